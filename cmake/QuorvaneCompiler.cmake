@@ -1,0 +1,31 @@
+# Compiler settings that every target of ours shares, carried by the target quorvane_options.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_AUTOMOC ON)
+
+find_program(QUORVANE_CCACHE ccache)
+if(QUORVANE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${QUORVANE_CCACHE}")
+endif()
+
+add_library(quorvane_options INTERFACE)
+target_compile_options(quorvane_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Werror)
+target_compile_definitions(
+    quorvane_options
+    INTERFACE QT_DEPRECATED_WARNINGS
+              # What 5.15 itself marks as deprecated is an error; what a later release may mark is not.
+              QT_DEPRECATED_WARNINGS_SINCE=0x050F00
+              QT_NO_CAST_TO_ASCII
+              QT_NO_FOREACH
+              QT_MESSAGELOGCONTEXT)
+
+if(QUORVANE_SANITIZE)
+    # No recovery: a finding ends the test.
+    add_compile_options(-fsanitize=${QUORVANE_SANITIZE} -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${QUORVANE_SANITIZE})
+endif()
