@@ -18,7 +18,8 @@ endfunction()
 #                   [TIMEOUT <seconds>])
 #
 # A QtTest program of its own, registered with CTest under the name <folder>/<name>, offscreen and
-# labelled with its folder. Its main is QUORVANE_TEST_MAIN of tests/support/staged_main.h.
+# labelled with its folder; the target tests_<folder> builds all of a folder's. Its main is
+# QUORVANE_TEST_MAIN of tests/support/staged_main.h.
 function(quorvane_add_test test)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
     string(REPLACE "/" "_" target "test_${test}")
@@ -26,6 +27,10 @@ function(quorvane_add_test test)
     add_executable(${target} ${ARG_SOURCES})
     target_link_libraries(${target} PRIVATE quorvane_options quorvane_test_support ${ARG_LINKS}
                                             Qt5::Test)
+    if(NOT TARGET tests_${folder})
+        add_custom_target(tests_${folder})
+    endif()
+    add_dependencies(tests_${folder} ${target})
     add_test(NAME "${test}" COMMAND ${target})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 300)
