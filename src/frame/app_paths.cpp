@@ -1,0 +1,219 @@
+#include "frame/app_paths.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QStorageInfo>
+
+namespace {
+
+// The program's own folder and five ancestors.
+const int searchedFolders = 6;
+
+QString root; // written by initialize() alone
+
+QString applicationDirectory() {
+    return QCoreApplication::applicationDirPath();
+}
+
+bool folderExists(const QString &path) {
+    return QFileInfo(path).isDir();
+}
+
+// Either sign makes a root. An installation below a folder that happens to hold a folder src takes
+// that one: meant, and the reason why isRepositoryLayout() asks for the project file alone.
+bool isRoot(const QDir &folder) {
+    return QFileInfo::exists(folder.filePath(QStringLiteral("Quorvane.pro"))) ||
+           folderExists(folder.filePath(QStringLiteral("src")));
+}
+
+// Empty if no folder is one.
+QString searchRoot(const QString &start) {
+    QDir folder(start);
+    for (int tested = 1; !isRoot(folder); ++tested) {
+        if (tested == searchedFolders || !folder.cdUp())
+            return QString();
+    }
+    return folder.absolutePath();
+}
+
+void makeFolder(const QString &path) {
+    // A folder that cannot be made shows up later, when it is used.
+    (void)QDir().mkpath(path);
+}
+
+void makeFolders() {
+    const QString data = AppPaths::dataDirectory();
+    const QString user = AppPaths::userDirectory();
+    makeFolder(data);
+    makeFolder(AppPaths::pluginsDirectory());
+    makeFolder(AppPaths::dumpsDirectory());
+    makeFolder(data + QStringLiteral("/update/temp"));
+    makeFolder(AppPaths::updateBackupDirectory());
+    makeFolder(AppPaths::updateCacheDirectory());
+    makeFolder(user);
+    makeFolder(user + QStringLiteral("/config"));
+}
+
+// Hidden entries are left out, nothing is overwritten, failures are ignored.
+void copyMissingFiles(const QString &source, const QString &target) {
+    const QDir from(source);
+    if (!from.exists())
+        return;
+    makeFolder(target);
+    const QDir to(target);
+    const auto entries = from.entryInfoList(QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot);
+    for (const QFileInfo &entry : entries) {
+        const QString copy = to.filePath(entry.fileName());
+        if (entry.isDir())
+            copyMissingFiles(entry.filePath(), copy);
+        else if (!QFileInfo::exists(copy))
+            (void)QFile::copy(entry.filePath(), copy);
+    }
+}
+
+// Once for each user folder: the marker is written whether or not there was a demo to copy, so
+// deleting the demo does not bring it back.
+void seedDemoProject() {
+    const QString projects = AppPaths::userDirectory() + QStringLiteral("/projects");
+    makeFolder(projects);
+    QFile marker(projects + QStringLiteral("/.demo_seed_done"));
+    if (marker.exists())
+        return;
+    const QString target = projects + QStringLiteral("/demo");
+    const QString source = root + QStringLiteral("/examples/projects/demo");
+    if (!folderExists(target) && folderExists(source))
+        copyMissingFiles(source, target);
+    if (marker.open(QIODevice::WriteOnly))
+        (void)marker.write("1", 1);
+}
+
+QString configFile(const QString &name) {
+    const QString path = AppPaths::configDirectory() + QLatin1Char('/') + name;
+    if (QFileInfo::exists(path))
+        return path;
+    return root + QStringLiteral("/resources/config/") + name;
+}
+
+} // namespace
+
+void AppPaths::initialize() {
+    const QString found = searchRoot(applicationDirectory());
+    if (!found.isEmpty())
+        root = found;
+    if (root.isEmpty())
+        root = applicationDirectory(); // the usual case of an installation
+    makeFolders();
+    seedDemoProject();
+}
+
+QString AppPaths::repositoryRoot() {
+    return root;
+}
+
+bool AppPaths::isRepositoryLayout() {
+    if (root.isEmpty())
+        initialize();
+    return QFileInfo::exists(root + QStringLiteral("/Quorvane.pro"));
+}
+
+QString AppPaths::installRoot() {
+    if (root.isEmpty())
+        initialize();
+    const QDir above(QDir(applicationDirectory() + QStringLiteral("/..")).absolutePath());
+    if (folderExists(above.filePath(QStringLiteral("python"))) ||
+        folderExists(above.filePath(QStringLiteral("USER"))))
+        return above.path();
+    return isRepositoryLayout() ? root : above.path();
+}
+
+QString AppPaths::dataDirectory() {
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
+        .filePath(QStringLiteral("Quorvane"));
+}
+
+QString AppPaths::databasePath() {
+    return dataDirectory() + QStringLiteral("/Quorvane.db");
+}
+
+QString AppPaths::launchLogPath() {
+    return dataDirectory() + QStringLiteral("/launcher.log");
+}
+
+QString AppPaths::dumpsDirectory() {
+    return dataDirectory() + QStringLiteral("/dumps");
+}
+
+QString AppPaths::launchNoncePath(qint64 pid) {
+    const QString name = QStringLiteral("launch_nonce_%1.txt").arg(pid);
+    return dataDirectory() + QLatin1Char('/') + name;
+}
+
+QString AppPaths::updateTempPath(const QString &name) {
+    return QDir(dataDirectory() + QStringLiteral("/update/temp")).filePath(name);
+}
+
+QString AppPaths::updateBackupDirectory() {
+    return dataDirectory() + QStringLiteral("/update/backup");
+}
+
+QString AppPaths::updateCacheDirectory() {
+    return dataDirectory() + QStringLiteral("/update/cache");
+}
+
+QString AppPaths::userDirectory() {
+    const QDir beside(QDir(applicationDirectory()).filePath(QStringLiteral("../USER")));
+    if (beside.exists())
+        return beside.absolutePath();
+    if (folderExists(root + QStringLiteral("/examples/projects"))) // a source tree
+        return QDir(root).filePath(QStringLiteral("USER"));
+    return beside.absolutePath(); // the first run of an installation
+}
+
+QString AppPaths::projectsDirectory() {
+    const QString projects = userDirectory() + QStringLiteral("/projects");
+    makeFolder(projects);
+    return QDir(projects).absolutePath();
+}
+
+QString AppPaths::pluginsDirectory() {
+    const QString beside = applicationDirectory() + QStringLiteral("/plugins");
+    return folderExists(beside) ? beside : root + QStringLiteral("/plugins");
+}
+
+QString AppPaths::configDirectory() {
+    const QString inRoot = root + QStringLiteral("/resources/config");
+    if (QFileInfo::exists(inRoot + QStringLiteral("/FunctionLib.ini")))
+        return inRoot;
+    return applicationDirectory() + QStringLiteral("/config");
+}
+
+QString AppPaths::functionLibraryPath() {
+    return configFile(QStringLiteral("FunctionLib.ini"));
+}
+
+QString AppPaths::updatePublicKeyPath() {
+    return configFile(QStringLiteral("update.pub"));
+}
+
+QString AppPaths::findUsbManifest() {
+    QStringList roots;
+    const auto volumes = QStorageInfo::mountedVolumes();
+    for (const QStorageInfo &volume : volumes) {
+        if (volume.isValid() && volume.isReady())
+            roots << volume.rootPath();
+    }
+    return findUsbManifest(roots);
+}
+
+QString AppPaths::findUsbManifest(const QStringList &volumeRoots) {
+    for (const QString &volumeRoot : volumeRoots) {
+        const QFileInfo manifest(
+            QDir(volumeRoot).filePath(QStringLiteral("QuorvanerUpdate/manifest.json")));
+        if (manifest.exists())
+            return manifest.absoluteFilePath();
+    }
+    return QString();
+}

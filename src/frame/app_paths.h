@@ -1,0 +1,50 @@
+// Where every file and folder of the launcher lives.
+//
+// One executable serves two layouts: an installation (the program's folder, with USER beside it)
+// and a source tree (the program was built somewhere below the root). The root folder that tells
+// them apart is found once, by initialize(); every path is computed from the program's folder, the
+// root and the data folder. Nothing is stored, so an installation can be moved.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+class AppPaths {
+public:
+    // Finds the root, makes the folders that the program writes to and seeds the demo project.
+    // Safe to call again. Main thread; everything below may be called from any thread after it.
+    static void initialize();
+
+    // Empty until initialize() has run.
+    [[nodiscard]] static QString repositoryRoot();
+    // Whether the root is a source tree: it holds Quorvane.pro. Initialises an empty root.
+    [[nodiscard]] static bool isRepositoryLayout();
+    // The folder above the binaries. Initialises an empty root.
+    [[nodiscard]] static QString installRoot();
+
+    // The data folder, and what lies in it. Paths only: nothing is created here.
+    [[nodiscard]] static QString dataDirectory();
+    [[nodiscard]] static QString databasePath();
+    [[nodiscard]] static QString launchLogPath();
+    [[nodiscard]] static QString dumpsDirectory();
+    [[nodiscard]] static QString launchNoncePath(qint64 pid);
+    [[nodiscard]] static QString updateTempPath(const QString &name);
+    [[nodiscard]] static QString updateBackupDirectory();
+    [[nodiscard]] static QString updateCacheDirectory();
+
+    // The user's folder; it need not exist.
+    [[nodiscard]] static QString userDirectory();
+    // The projects in the user's folder; created if missing, so it exists if it can.
+    [[nodiscard]] static QString projectsDirectory();
+
+    // What ships with the program: beside it, else in the root.
+    [[nodiscard]] static QString pluginsDirectory();
+    [[nodiscard]] static QString configDirectory();
+    [[nodiscard]] static QString functionLibraryPath();
+    [[nodiscard]] static QString updatePublicKeyPath();
+
+    // The update manifest on the first mounted and ready volume that has one; empty if none has.
+    [[nodiscard]] static QString findUsbManifest();
+    // The same walk over given volume roots, in their order.
+    [[nodiscard]] static QString findUsbManifest(const QStringList &volumeRoots);
+};

@@ -1,0 +1,29 @@
+#include "frame/launch_log.h"
+
+#include "frame/app_paths.h"
+#include "frame/log_append.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+
+void appendLaunchLog(const QString &message) {
+    const QString now =
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    const QString line = QStringLiteral("%1 %2\n").arg(now, message);
+    (void)appendToFile(AppPaths::launchLogPath(), line.toUtf8()); // a lost line stops nothing
+}
+
+RunLogView::RunLogView()
+    : m_offset(QFileInfo(AppPaths::launchLogPath()).size()) {}
+
+QString RunLogView::text() const {
+    QFile file(AppPaths::launchLogPath());
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return QString();
+    const qint64 start = file.size() < m_offset ? 0 : m_offset;
+    if (!file.seek(start))
+        return QString();
+    const QByteArray bytes = file.readAll();
+    return QString::fromUtf8(bytes.constData(), bytes.size()).trimmed();
+}

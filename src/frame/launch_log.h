@@ -1,0 +1,23 @@
+// The launch log: one plain UTF-8 file that records across runs what the launcher decided and why.
+// It only grows; a support engineer reads it, and the window shows the part of the current run.
+#pragma once
+
+#include <QString>
+
+// Adds one line, "yyyy-MM-dd HH:mm:ss message" in local time, to AppPaths::launchLogPath(). The
+// file is opened and closed for each line. A line that cannot be written is lost without a report:
+// the log never stops the flow. Any thread.
+void appendLaunchLog(const QString &message);
+
+// What the launch log gained since this view was made.
+class RunLogView {
+public:
+    RunLogView();
+
+    // The lines of this run without white space at the ends, read anew; empty if there are none or
+    // the file cannot be read. A log that became shorter was replaced and is read from its start.
+    [[nodiscard]] QString text() const;
+
+private:
+    qint64 m_offset = 0; // bytes that the file held before this run
+};

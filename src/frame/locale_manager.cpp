@@ -1,0 +1,86 @@
+#include "frame/locale_manager.h"
+
+#include "frame/app_paths.h"
+#include "frame/settings_store.h"
+
+#include <QApplication>
+#include <QDebug>
+#include <QEvent>
+#include <QStringList>
+#include <QWidget>
+
+namespace {
+
+QString localeKey() {
+    return QStringLiteral("ui/locale");
+}
+
+bool asksForEnglish(const QString &locale) {
+    return locale.startsWith(QLatin1String("en"));
+}
+
+QStringList translationFiles() {
+    const QString name = QStringLiteral("quorvane_en.qm");
+    const QString root = AppPaths::repositoryRoot();
+    return {QCoreApplication::applicationDirPath() + QStringLiteral("/translations/") + name,
+            root + QStringLiteral("/resources/translations/") + name,
+            root + QStringLiteral("/bin/translations/") + name};
+}
+
+void announceToWidgets() {
+    const QWidgetList widgets = QApplication::allWidgets();
+    for (QWidget *widget : widgets) {
+        QEvent change(QEvent::LanguageChange);
+        QCoreApplication::sendEvent(widget, &change);
+    }
+}
+
+} // namespace
+
+LocaleManager &LocaleManager::instance() {
+    static LocaleManager manager;
+    return manager;
+}
+
+QString LocaleManager::currentLocale() const {
+    return m_locale;
+}
+
+bool LocaleManager::isEnglish() const {
+    return asksForEnglish(m_locale);
+}
+
+void LocaleManager::applySavedLocale(const QString &defaultLocale) {
+    const QString saved = SettingsStore::instance().value(localeKey(), QString());
+    setLocale(saved.isEmpty() ? defaultLocale : saved);
+}
+
+void LocaleManager::setLocale(const QString &requested) {
+    QCoreApplication::removeTranslator(&m_translator);
+    if (asksForEnglish(requested) && loadEnglish()) {
+        m_locale = QStringLiteral("en");
+    } else {
+        if (asksForEnglish(requested))
+            qWarning("Failed to load English translation; falling back to Chinese source strings.");
+        m_locale = QStringLiteral("zh_CN");
+    }
+    // What is in force, not what was asked for: without the file a later start asks for Chinese.
+    SettingsStore::instance().setValue(localeKey(), m_locale);
+    announceToWidgets();
+}
+
+void LocaleManager::toggle() {
+    setLocale(isEnglish() ? QStringLiteral("zh_CN") : QStringLiteral("en"));
+}
+
+bool LocaleManager::loadEnglish() {
+    const QStringList files = translationFiles();
+    for (const QString &file : files) {
+        if (m_translator.load(file)) {
+            QCoreApplication::installTranslator(&m_translator);
+            return true;
+        }
+    }
+    qWarning() << "English translation not found. Checked:" << files;
+    return false;
+}

@@ -1,0 +1,11 @@
+#include "frame/log_append.h"
+
+#include <QFile>
+
+// The library opens with O_APPEND: the system places each write at the end of the file.
+bool appendToFile(const QString &path, const QByteArray &text) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text))
+        return false;
+    return file.write(text) == text.size() && file.flush();
+}
