@@ -1,11 +1,15 @@
 #include "update/text_file.h"
 
+#include "update/memory_guard.h"
+
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTextCodec>
 #include <QTextStream>
+
+#include <cerrno>
 
 namespace {
 
@@ -44,7 +48,10 @@ QString readTextFile(const QString &path, QString *error) {
     QFile file(path);
     if (!openFile(file, QIODevice::ReadOnly, error))
         return QString();
-    return decode(file.readAll());
+    const QString text = unlessOutOfMemory([&] { return decode(file.readAll()); }, QString());
+    if (text.isNull()) // no text that was decoded is null
+        refuse(qt_error_string(ENOMEM), error);
+    return text;
 }
 
 bool writeTextFile(const QString &path, const QString &text, QString *error) {

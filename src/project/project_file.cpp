@@ -1,0 +1,87 @@
+#include "project/project_file.h"
+
+#include "update/memory_guard.h"
+#include "update/text_file.h"
+#include "update/version_text.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+
+namespace {
+
+const QLatin1String projectKey("project");
+const QLatin1String versionKey("version");
+
+// An empty object stands for every text that is no JSON object: it holds no project either.
+QJsonObject rootObject(const QString &text) {
+    return unlessOutOfMemory([&] { return QJsonDocument::fromJson(text.toUtf8()).object(); },
+                             QJsonObject());
+}
+
+QString versionText(const QJsonValue &value) {
+    if (value.isDouble())
+        return QString::number(value.toDouble(), 'f', 8);
+    return value.toString();
+}
+
+// Looks at no structure on purpose: a version in a damaged file still counts, and so does one that
+// belongs to something else than the project.
+QString firstVersionInText(const QString &text) {
+    static const QRegularExpression version(QStringLiteral("\"version\"\\s*:\\s*\"([^\"]+)\""));
+    return normalizeVersion(version.match(text).captured(1));
+}
+
+bool stampProjectFile(const QString &projectPath, const QString &version) {
+    QJsonDocument document = QJsonDocument::fromJson(readTextFile(projectPath).toUtf8());
+    if (!document.isObject())
+        return false;
+    QJsonObject root = document.object();
+    QJsonObject project = root.value(projectKey).toObject();
+    project.insert(versionKey, version);
+    root.insert(projectKey, project);
+    document.setObject(root);
+    return writeTextFile(projectPath, QString::fromUtf8(document.toJson(QJsonDocument::Indented)));
+}
+
+} // namespace
+
+QString readProjectName(const QString &projectPath) {
+    const QJsonObject root = rootObject(readTextFile(projectPath));
+    return root.value(projectKey).toObject().value(QLatin1String("name")).toString();
+}
+
+QString readProjectVersion(const QString &projectPath) {
+    const QString text = readTextFile(projectPath);
+    const QJsonObject project = rootObject(text).value(projectKey).toObject();
+    const QString version = normalizeVersion(versionText(project.value(versionKey)));
+    return version.isEmpty() ? firstVersionInText(text) : version;
+}
+
+QString installedProjectVersion(const QString &projectPath) {
+    const QString version = readProjectVersion(projectPath);
+    if (!version.isEmpty())
+        return version;
+    const QString recorded = readTextFile(versionSidecarPath(projectPath)).trimmed();
+    return recorded.isEmpty() ? QString() : recorded;
+}
+
+QString versionSidecarPath(const QString &projectPath) {
+    if (projectPath.trimmed().isEmpty())
+        return QString();
+    const QDir folder(QFileInfo(projectPath).absolutePath());
+    return folder.filePath(QStringLiteral(".quorvane-installed-version"));
+}
+
+bool stampProjectVersion(const QString &projectPath, const QString &version) {
+    if (version.trimmed().isEmpty() || projectPath.trimmed().isEmpty())
+        return false;
+    const bool stamped =
+        unlessOutOfMemory([&] { return stampProjectFile(projectPath, version); }, false);
+    const bool recorded =
+        writeTextFile(versionSidecarPath(projectPath), version + QLatin1Char('\n'));
+    // The file is the first place: with the version in it, the sidecar may fail.
+    return stamped || recorded;
+}
