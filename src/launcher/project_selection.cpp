@@ -1,0 +1,83 @@
+// Which project runs: picked at the start, chosen by the user, brought to a path that exists.
+#include "launcher/launcher_service.h"
+
+#include "frame/app_paths.h"
+#include "frame/settings_store.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+void LauncherService::initialize() {
+    AppPaths::initialize();
+    // Without settings every read gives its default, and the launcher runs on.
+    (void)SettingsStore::instance().open();
+    pickProject();
+    const QString normalized = normalizeProjectPath(projectPath);
+    // A stale path stays as it is: the precheck refuses it in its own words.
+    if (!normalized.isEmpty())
+        projectPath = normalized;
+    setState(State::Idle);
+    refreshStatus();
+}
+
+void LauncherService::pickProject() {
+    const QString stored = SettingsStore::instance().defaultProject();
+    if (!stored.isEmpty() && QFileInfo::exists(stored)) {
+        projectPath = stored;
+        return;
+    }
+    const auto recent = SettingsStore::instance().recentProjects(1);
+    if (!recent.isEmpty())
+        projectPath = recent.first().path;
+    if (!projectPath.isEmpty())
+        return;
+    const QString demo =
+        QDir(AppPaths::projectsDirectory()).filePath(QStringLiteral("demo/demo.yslib"));
+    if (QFileInfo::exists(demo))
+        projectPath = demo;
+}
+
+void LauncherService::selectProject(const QString &path) {
+    const QString normalized = normalizeProjectPath(path);
+    const QString chosen = normalized.isEmpty() ? QFileInfo(path).absoluteFilePath() : normalized;
+    if (chosen == projectPath)
+        return;
+    forgetUpdates();
+    Q_EMIT updatePromptChanged(UpdatePromptMode::None);
+    projectPath = chosen;
+    setStatus(tr("已选项目：%1").arg(chosen));
+}
+
+// What is known of updates is about the project it was looked up for. `updatesHandled` stays: who
+// skipped updates once is not asked again in this run.
+void LauncherService::forgetUpdates() {
+    updateAvailable = false;
+    snapshot = UpdateSnapshot();
+    updateCheckDone = false;
+    promptMode = UpdatePromptMode::None;
+    updateSummary.clear();
+    remindLater = false;
+    countdownPaused = false;
+}
+
+QString LauncherService::normalizeProjectPath(const QString &path) {
+    if (path.trimmed().isEmpty())
+        return QString();
+    const QString absolute = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    const QString projects = QDir::cleanPath(AppPaths::projectsDirectory());
+    if (absolute.startsWith(projects + QLatin1Char('/'), Qt::CaseInsensitive) &&
+        QFileInfo::exists(absolute))
+        return absolute;
+
+    const QString mark = QStringLiteral("/USER/projects/");
+    QString forward = absolute;
+    // A path stored on Windows is understood everywhere.
+    forward.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    const int found = forward.indexOf(mark, 0, Qt::CaseInsensitive);
+    if (found >= 0) {
+        const QString moved = QDir(projects).filePath(forward.mid(found + mark.size()));
+        if (QFileInfo::exists(moved))
+            return QDir::cleanPath(QFileInfo(moved).absoluteFilePath());
+    }
+    return QFileInfo::exists(absolute) ? absolute : QString();
+}

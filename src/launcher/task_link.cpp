@@ -1,0 +1,20 @@
+#include "launcher/task_link.h"
+
+#include <QMetaObject>
+#include <QMutexLocker>
+#include <QObject>
+
+void TaskLink::reportProgress(const QString &taskId, const QString &phase, int percent,
+                              const QString &detail) {
+    const QMutexLocker locked(&m_lock);
+    if (!m_service)
+        return;
+    QMetaObject::invokeMethod(m_service, "reportUpdateTaskProgress", Qt::QueuedConnection,
+                              Q_ARG(QString, taskId), Q_ARG(QString, phase), Q_ARG(int, percent),
+                              Q_ARG(QString, detail));
+}
+
+void TaskLink::cut() {
+    const QMutexLocker locked(&m_lock);
+    m_service = nullptr;
+}
