@@ -20,11 +20,11 @@
 // Precheck,UpdateCheck check ended, no banner      launchAfterCheck      Launch
 // UpdateCheck          check ended, no banner      not to launch         RepairMode
 // RepairMode           remind later, skip version  paused, seconds left  Countdown
-// RepairMode           skip and launch                                   Launch (by Countdown if
-// paused) RepairMode, others   apply accepted                                    ApplyingUpdate
+// RepairMode           skip and launch                                   Launch (by way of Countdown)
+// RepairMode, others   apply accepted                                    ApplyingUpdate
 // ApplyingUpdate       apply cancelled or failed                         RepairMode
-// ApplyingUpdate       apply succeeded                                   ApplyingUpdate (setup
-// follows) ApplyingUpdate       setup cancelled                                   RepairMode
+// ApplyingUpdate       apply succeeded                                   ApplyingUpdate (setup)
+// ApplyingUpdate       setup cancelled                                   RepairMode
 // ApplyingUpdate       setup ended                 launchAfterSetup      Launch
 // ApplyingUpdate       setup ended                 not to launch         RepairMode
 // Launch               no target or start failed                         Failed
