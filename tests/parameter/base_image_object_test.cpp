@@ -1,0 +1,26 @@
+#include "parameter/base_image_object.h"
+
+#include "parameter_support.h"
+#include "support/staged_main.h"
+
+class BaseImageObjectTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void hasTheOneSignal() {
+        QCOMPARE(support::ownMethods(BaseImageObject::staticMetaObject),
+                 QStringList("public signal void SendMessage(QString)"));
+        QCOMPARE(BaseImageObject::staticMetaObject.superClass(), &QObject::staticMetaObject);
+    }
+
+    void itsSignalCarriesTheText() {
+        BaseImageObject image;
+        QSignalSpy messages(&image, &BaseImageObject::SendMessage);
+        emit image.SendMessage(QStringLiteral("文"));
+        QCOMPARE(messages.size(), 1);
+        QCOMPARE(messages.at(0).at(0).toString(), QStringLiteral("文"));
+    }
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, BaseImageObjectTest)
+#include "base_image_object_test.moc"
