@@ -1,0 +1,150 @@
+"""The launcher as its user has it: started, looked at, pressed and closed from outside."""
+import os
+import pathlib
+import signal
+import subprocess
+
+from harness import screen_reader
+from harness.translation import say
+from harness.waiting import wait_for
+
+# An ordinary user owns the installation and may do nothing that takes a privilege. Inside the
+# namespace every account bears the number 0; what makes root is the capabilities.
+WITHOUT_PRIVILEGE = ["setpriv", "--bounding-set=-all", "--inh-caps=-all", "--no-new-privs", "--"]
+
+STATUS_COUNTDOWN = "将在 %1 秒后自动启动（F8 = 修复模式）"
+STATUS_MONITOR = "正在监护目标进程。日志：%1"
+STATUS_REPAIR = "修复模式：选择 yslib、查看日志或手动启动。"
+BUTTON_LAUNCH = "立即启动"
+BUTTON_BROWSE = "浏览 yslib…"
+
+
+class Launcher:
+    def __init__(self, desktop, reader, installation, locale="en"):
+        self.desktop, self.reader, self.installation = desktop, reader, installation
+        self.locale = locale  # in which its texts are expected
+        self.output = open(installation.root / "output.log", "ab")
+        environment = dict(desktop.environment)
+        environment["XDG_DATA_HOME"] = str(installation.data_home)
+        account = [] if os.environ["QUORVANE_ACCOUNT"] == "root" else WITHOUT_PRIVILEGE
+        self.process = subprocess.Popen([*account, str(installation.program)], env=environment,
+                                        cwd="/", stdin=subprocess.DEVNULL, stdout=self.output,
+                                        stderr=self.output)
+        self.pid = self.process.pid
+
+    # What can be seen -------------------------------------------------------------------------
+
+    def say(self, source, *values):
+        return say(self.locale, source, *values)
+
+    def windows(self):
+        """Its windows that can be seen: the dialog, and message boxes over it."""
+        program = self.reader.program(self.pid)
+        children = program.children() if program else []
+        return [window for window in children if window.has(screen_reader.SHOWING)]
+
+    def window_titled(self, title):
+        return next((window for window in self.windows() if window.name() == title), None)
+
+    def texts(self):
+        """All names that can be read on its windows."""
+        return [node.name() for window in self.windows() for node in window.showing()]
+
+    def control(self, name):
+        """The button, box or field of this name that can be seen, or None."""
+        for window in self.windows():
+            for node in window.showing():
+                if node.name() == name and node.role() not in ("label", "dialog", "frame"):
+                    return node
+        return None
+
+    def children_pids(self):
+        try:
+            listed = pathlib.Path(f"/proc/{self.pid}/task/{self.pid}/children").read_text()
+        except OSError:
+            return []
+        return [int(pid) for pid in listed.split()]
+
+    def is_running(self):
+        return self.process.poll() is None
+
+    # Waiting ----------------------------------------------------------------------------------
+
+    def wait_for_window(self):
+        return wait_for(lambda: self.window_titled(self.say("Quorvane 启动器")),
+                        "the launcher's window", told=self.situation)
+
+    def wait_for_text(self, source, *values, seconds=30):
+        text = self.say(source, *values)
+        wait_for(lambda: text in self.texts(), f"the text {text!r}", seconds, self.situation)
+
+    def wait_for_box(self, title):
+        """A message box with this title; gives all that can be read in it."""
+        box = wait_for(lambda: self.window_titled(self.say(title)), f"a message box {title!r}",
+                       told=self.situation)
+        return [node.name() for node in box.showing()]
+
+    def wait_for_log(self, line, seconds=30):
+        wait_for(lambda: line in self.installation.log(), f"the log line {line!r}", seconds,
+                 self.situation)
+
+    def wait_for_countdown(self):
+        self.wait_for_window()
+        prefix = self.say(STATUS_COUNTDOWN).split("%1")[0]
+        wait_for(lambda: any(text.startswith(prefix) for text in self.texts()), "the countdown",
+                 told=self.situation)
+
+    def wait_for_monitor(self):
+        self.wait_for_text(STATUS_MONITOR, self.installation.log_file)
+
+    def wait_for_end(self, seconds=30):
+        """Its exit code."""
+        return self.process.wait(seconds)
+
+    def situation(self):
+        """What a failed wait tells about the launcher."""
+        lines = ["its windows read:", *map(repr, self.texts()), "its log:",
+                 *self.installation.log(), "its output:",
+                 pathlib.Path(self.output.name).read_text(errors="replace"),
+                 f"its exit code: {self.process.poll()}"]
+        return "\n".join(lines)
+
+    # Doing ------------------------------------------------------------------------------------
+
+    def press(self, *keys):
+        """Keys typed into its dialog."""
+        self._focus(self.say("Quorvane 启动器"))
+        self.desktop.key(*keys)
+
+    def click(self, source):
+        """A click on the control with this text."""
+        name = self.say(source)
+        control = wait_for(lambda: self.control(name), f"a control {name!r}", told=self.situation)
+        wait_for(lambda: control.has(screen_reader.ENABLED), f"{name!r} enabled")
+        self.desktop.click(*control.centre())
+
+    def answer_box(self, title):
+        """Presses Enter in a message box and waits until it is gone."""
+        self._focus(self.say(title))
+        self.desktop.key("Return")
+        wait_for(lambda: not self.window_titled(self.say(title)), f"box {title!r} closed",
+                 told=self.situation)
+
+    def close(self):
+        """What the cross in its title bar does."""
+        self.desktop.ask_to_close(self._focus(self.say("Quorvane 启动器")))
+
+    def kill(self):
+        """The end of a test: whatever is left of it goes."""
+        for pid in self.children_pids():
+            os.kill(pid, signal.SIGKILL)
+        if self.is_running():
+            self.process.kill()
+        self.process.wait(10)
+        self.output.close()
+
+    def _focus(self, title):
+        window = wait_for(lambda: self.desktop.window_of(self.pid, title), f"a window {title!r}",
+                          told=self.situation)
+        self.desktop.focus(window)
+        return window

@@ -1,0 +1,27 @@
+"""The base of all scenarios: one desktop for a file, one fresh installation for a test."""
+import unittest
+
+from harness.desktop import Desktop
+from harness.installation import Installation
+from harness.launcher import Launcher
+from harness.screen_reader import ScreenReader
+
+
+class Scenario(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = Desktop()
+        cls.addClassCleanup(cls.desktop.close)
+        cls.reader = ScreenReader(cls.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+
+    def setUp(self):
+        self.installation = Installation()
+        self.addCleanup(self.installation.remove)
+
+    def start_launcher(self, locale="en"):
+        launcher = Launcher(self.desktop, self.reader, self.installation, locale)
+        self.addCleanup(launcher.kill)
+        return launcher
+
+    def picture(self, name):
+        self.desktop.picture(f"{self.id().rsplit('.', 1)[-1]}-{name}")

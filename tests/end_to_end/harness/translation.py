@@ -1,0 +1,22 @@
+"""The English text of each Chinese one, read from the translation's source."""
+import os
+import pathlib
+import xml.etree.ElementTree as ElementTree
+
+FILE = pathlib.Path(os.environ["QUORVANE_STAGE"]) / "quorvane_en.ts"
+
+
+def _pairs():
+    for message in ElementTree.parse(FILE).getroot().iter("message"):
+        yield message.findtext("source"), message.findtext("translation")
+
+
+ENGLISH = dict(_pairs())
+
+
+def say(locale, source, *values):
+    """The text in a locale, with %1, %2, … filled in."""
+    text = ENGLISH[source] if locale == "en" else source
+    for place, value in reversed(list(enumerate(values, 1))):
+        text = text.replace(f"%{place}", str(value))
+    return text
