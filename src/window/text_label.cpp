@@ -1,0 +1,147 @@
+#include "window/text_label.h"
+
+#include <QHelpEvent>
+#include <QPainter>
+#include <QTextDocument>
+#include <QTextLayout>
+#include <QToolTip>
+
+#include <algorithm>
+
+namespace {
+
+const QChar ellipsis(0x2026);
+
+// Breaks one paragraph into at most `limit` lines; the last one holds all that is left.
+QStringList brokenParagraph(const QString &paragraph, const QFont &font, int width, int limit) {
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    QTextLayout layout(paragraph, font);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    QStringList lines;
+    int from = 0;
+    while (lines.size() < limit) {
+        QTextLine line = layout.createLine();
+        if (!line.isValid())
+            break;
+        line.setLineWidth(width);
+        from = line.textStart();
+        lines.append(paragraph.mid(from, line.textLength()));
+    }
+    layout.endLayout();
+    if (lines.isEmpty())
+        return {QString()};
+    lines.last() = paragraph.mid(from);
+    return lines;
+}
+
+} // namespace
+
+TextLabel::TextLabel(QWidget *parent)
+    : QLabel(parent) {
+    setTextFormat(Qt::PlainText);
+}
+
+void TextLabel::setMaximumLines(int lines) {
+    if (lines == m_maximumLines)
+        return;
+    m_maximumLines = lines;
+    updateGeometry();
+    update();
+}
+
+void TextLabel::setElideMode(Qt::TextElideMode mode) {
+    m_elideMode = mode;
+    update();
+}
+
+bool TextLabel::isElided() const {
+    return shownLines(contentsRect().size()) != lines(contentsRect().width(), lineLimit() + 1);
+}
+
+int TextLabel::lineLimit() const {
+    return wordWrap() ? m_maximumLines : 1;
+}
+
+// Fonts that stand in for missing characters may be higher than the label's own font: a Chinese
+// sample gives the height that both need.
+int TextLabel::lineHeight() const {
+    static const QString sample = QStringLiteral("Ag状态");
+    const QFontMetrics metrics = fontMetrics();
+    return std::max(metrics.lineSpacing(),
+                    metrics.boundingRect(QRect(), Qt::TextSingleLine, sample).height());
+}
+
+QStringList TextLabel::lines(int width, int limit) const {
+    if (!wordWrap())
+        return {QString(text()).replace(QLatin1Char('\n'), QLatin1Char(' '))};
+    QStringList all;
+    const QStringList paragraphs = text().split(QLatin1Char('\n'));
+    for (const QString &paragraph : paragraphs) {
+        if (all.size() >= limit)
+            break;
+        all += brokenParagraph(paragraph, font(), width, limit - all.size());
+    }
+    return all;
+}
+
+// What is painted: as many lines as the size holds, the last one cut where text is left over.
+QStringList TextLabel::shownLines(const QSize &size) const {
+    const int limit = std::max(1, std::min(lineLimit(), size.height() / lineHeight()));
+    QStringList shown = lines(size.width(), limit + 1);
+    const bool more = shown.size() > limit;
+    while (shown.size() > limit)
+        shown.removeLast();
+    if (more)
+        shown.last() =
+            fontMetrics().elidedText(shown.last() + ellipsis, Qt::ElideRight, size.width());
+    else if (!wordWrap())
+        shown.last() = fontMetrics().elidedText(shown.last(), m_elideMode, size.width());
+    return shown;
+}
+
+QSize TextLabel::minimumSizeHint() const {
+    const QMargins around = contentsMargins();
+    return {around.left() + around.right() + fontMetrics().averageCharWidth() * 8,
+            around.top() + around.bottom() + lineHeight()};
+}
+
+QSize TextLabel::sizeHint() const {
+    const int width = minimumSizeHint().width() * 4;
+    return {width, wordWrap() ? heightForWidth(width) : minimumSizeHint().height()};
+}
+
+int TextLabel::heightForWidth(int width) const {
+    if (!wordWrap())
+        return -1;
+    const QMargins around = contentsMargins();
+    const int count = lines(width - around.left() - around.right(), lineLimit()).size();
+    return around.top() + around.bottom() + count * lineHeight();
+}
+
+bool TextLabel::event(QEvent *event) {
+    if (event->type() != QEvent::ToolTip || !toolTip().isEmpty())
+        return QLabel::event(event);
+    const QPoint place = static_cast<QHelpEvent *>(event)->globalPos();
+    QToolTip::showText(place, isElided() ? plainToolTip(text()) : QString(), this);
+    return true;
+}
+
+void TextLabel::paintEvent(QPaintEvent *) {
+    const QRect area = contentsRect();
+    const QStringList shown = shownLines(area.size());
+    const int height = lineHeight();
+    int top = area.top() + std::max(0, (area.height() - height * shown.size()) / 2);
+    QPainter painter(this);
+    painter.setPen(palette().color(foregroundRole()));
+    for (const QString &line : shown) {
+        painter.drawText(QRect(area.left(), top, area.width(), height),
+                         Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, line);
+        top += height;
+    }
+}
+
+QString plainToolTip(const QString &text) {
+    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+}

@@ -1,0 +1,40 @@
+// A label for text from outside: paths, status lines, findings, release notes.
+//
+// The text is always plain. One that is too long never widens the window: it is broken anywhere,
+// takes the height for its width up to a number of lines, and ends in an ellipsis beyond that; the
+// tool tip then holds all of it. text() is always the whole text.
+#pragma once
+
+#include <QLabel>
+
+class TextLabel : public QLabel {
+public:
+    explicit TextLabel(QWidget *parent);
+
+    // How many lines a word-wrapped label may show; at least 1. Without word wrap it is one line.
+    void setMaximumLines(int lines);
+    // Where a label of one line is cut; at its end unless set.
+    void setElideMode(Qt::TextElideMode mode);
+
+    [[nodiscard]] bool isElided() const;
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override;
+    [[nodiscard]] int heightForWidth(int width) const override;
+
+protected:
+    bool event(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    [[nodiscard]] int lineLimit() const;
+    [[nodiscard]] int lineHeight() const;
+    [[nodiscard]] QStringList lines(int width, int limit) const;
+    [[nodiscard]] QStringList shownLines(const QSize &size) const;
+
+    int m_maximumLines = 1000;
+    Qt::TextElideMode m_elideMode = Qt::ElideRight;
+};
+
+// `text` as a tool tip that shows it letter by letter, also where it looks like rich text.
+[[nodiscard]] QString plainToolTip(const QString &text);

@@ -1,0 +1,154 @@
+// What the launcher window shows, derived from the service's fields.
+
+#include "window/launcher_window.h"
+
+#include "frame/locale_manager.h"
+#include "window/log_notice.h"
+#include "window/text_label.h"
+
+#include <QCheckBox>
+#include <QIcon>
+#include <QLayout>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QToolButton>
+
+using State = LauncherService::State;
+using PromptMode = LauncherService::UpdatePromptMode;
+
+// --- The state ---------------------------------------------------------------------------------
+
+void LauncherWindow::refreshUi() {
+    const State s = service->state;
+    showProject();
+    statusLabel->setText(s == State::Countdown ? QString() : service->statusText);
+    showPanels(s);
+    refreshLogView();
+    fitToText();
+}
+
+// Replaces what the user typed into the field and did not use yet, at every refresh: it shows the
+// project that would run.
+void LauncherWindow::showProject() {
+    const QString &path = service->projectPath;
+    projectLabel->setText(tr("项目：%1").arg(path.isEmpty() ? tr("（无）") : path));
+    projectLabel->setToolTip(plainToolTip(path));
+    versionLabel->setText(service->versionSummary());
+    projectPathEdit->setText(path);
+}
+
+void LauncherWindow::showPanels(State s) {
+    const bool showRepair = s == State::RepairMode || s == State::Failed;
+    const bool updateWaiting =
+        (s == State::Precheck || s == State::UpdateCheck) && service->updateAvailable;
+    repairPanel->setVisible(showRepair || updateWaiting);
+    countdownLabel->setVisible(s == State::Countdown);
+    if (s == State::Countdown)
+        showCountdown(service->countdownSeconds);
+    actionRow->hide();
+
+    const bool active = service->isUpdateTaskActive();
+    const bool banner = !active && bannerDue();
+    bannerPanel->setVisible(banner);
+    for (QPushButton *button :
+         {bannerUpdateButton, bannerRemindButton, bannerSkipButton, hasUpdateButton, launchButton})
+        button->setEnabled(!active);
+    if (banner)
+        fillBanner();
+    hasUpdateButton->setVisible(service->isOnlineUpdatePending() &&
+                                service->promptMode == PromptMode::BadgeOnly && showRepair);
+
+    applyButton->setEnabled(s != State::ApplyingUpdate);
+    const bool busy = (s == State::UpdateCheck || s == State::ApplyingUpdate) && !active;
+    busyBar->setVisible(busy);
+    if (busy)
+        busyBar->setRange(0, 0); // the moving form
+    taskPanel->setVisible(service->isUpdateTaskActive());
+    // Only while the seconds run: the repair panel has a button that opens the whole file.
+    logView->setVisible(s == State::Countdown);
+}
+
+void LauncherWindow::showCountdown(int secondsRemaining) {
+    countdownLabel->setText(tr("将在 %1 秒后自动启动（F8 = 修复模式）").arg(secondsRemaining));
+}
+
+// A text that is already there is left alone, so that the pane stays where it was scrolled to.
+void LauncherWindow::refreshLogView() {
+    const QString run = runLog.text();
+    const QString text =
+        run.isEmpty() ? logNotice(tr("本次会话尚无日志。启动过程将显示在这里。")) : run;
+    if (logView->toPlainText() != text)
+        logView->setPlainText(text);
+}
+
+// Lets the window grow until its text is whole, and cuts the long labels shorter, line by line,
+// where the largest window would not hold them. It never shrinks by itself.
+void LauncherWindow::fitToText() {
+    const int mostLines = 12;
+    const QList<TextLabel *> flowing = {statusLabel, bannerLabel, taskDetailLabel};
+    const auto layoutAnew = [this] {
+        for (QWidget *panel : {repairPanel, bannerPanel, taskPanel})
+            panel->layout()->activate();
+        layout()->invalidate();
+    };
+    layoutAnew();
+    const int wide = qBound(width(), layout()->totalMinimumSize().width(), maximumWidth());
+    int high = 0;
+    for (int limit = mostLines; limit > 0; --limit) {
+        for (TextLabel *label : flowing)
+            label->setMaximumLines(limit);
+        layoutAnew();
+        high = layout()->totalHeightForWidth(wide);
+        if (high <= maximumHeight())
+            break;
+    }
+    resize(wide, qBound(height(), high, maximumHeight()));
+}
+
+// --- The language ------------------------------------------------------------------------------
+
+void LauncherWindow::retranslateUi() {
+    setWindowTitle(tr("Quorvane 启动器"));
+    const QString version = service->currentLauncherVersion();
+    titleLabel->setText(version.isEmpty() ? tr("Quorvane 启动器")
+                                          : tr("Quorvane 启动器 v%1").arg(version));
+    skipPrecheckCheck->setText(tr("跳过核心插件预检（有风险）"));
+    browseButton->setText(tr("浏览 yslib…"));
+    openLogButton->setText(tr("打开启动日志"));
+    openDumpsButton->setText(tr("打开 dump 目录"));
+    launchButton->setText(tr("立即启动"));
+    applyButton->setText(tr("应用更新"));
+    skipButton->setText(tr("跳过并启动当前版本"));
+    bannerUpdateButton->setText(tr("立即更新"));
+    bannerRemindButton->setText(tr("稍后提醒"));
+    bannerSkipButton->setText(tr("跳过此版本"));
+    hasUpdateButton->setText(tr("有更新"));
+    taskCancelButton->setText(tr("取消更新任务"));
+    taskTitleLabel->setText(tr("更新任务"));
+    logView->setPlaceholderText(tr("启动日志（本次会话）"));
+    updateLanguageButton();
+    nameForAccessibility();
+    versionLabel->setText(service->versionSummary());
+    refreshLogView();
+}
+
+// The icon shows the language in force, the tip the way out of it, written in the language that the
+// button leads to.
+void LauncherWindow::updateLanguageButton() {
+    const bool english = LocaleManager::instance().isEnglish();
+    languageButton->setIcon(
+        QIcon(english ? QStringLiteral(":/EN.png") : QStringLiteral(":/CH.png")));
+    //: Shown while English is in force, to those who read Chinese: stays Chinese.
+    languageButton->setToolTip(english ? tr("切换到中文") : QStringLiteral("Switch to English"));
+}
+
+// What shows no text of its own has to be named for those who cannot see it.
+void LauncherWindow::nameForAccessibility() {
+    languageButton->setAccessibleName(languageButton->toolTip());
+    logView->setAccessibleName(logView->placeholderText());
+    projectPathEdit->setAccessibleName(tr("项目文件路径"));
+    busyBar->setAccessibleName(tr("正在处理"));
+    taskProgressBar->setAccessibleName(tr("更新任务"));
+}
