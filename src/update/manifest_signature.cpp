@@ -1,0 +1,97 @@
+#include "update/manifest_signature.h"
+
+#include "frame/app_paths.h"
+#include "update/text_file.h"
+
+#include <QCryptographicHash>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+
+namespace {
+
+VerifyResult refused(const QString &message) {
+    return {false, message};
+}
+
+VerifyResult refused(const char *message) {
+    return {false, QString::fromLatin1(message)};
+}
+
+} // namespace
+
+VerifyResult verifyManifest(const QString &manifestText, const QString &keyPath) {
+    const QJsonDocument document = QJsonDocument::fromJson(manifestText.toUtf8());
+    if (!document.isObject())
+        return refused("manifest JSON is invalid");
+    const QString signature = document.object().value(QLatin1String("signature")).toString();
+    return verifyManifestSignature(manifestText, signature, keyPath);
+}
+
+VerifyResult verifyManifestSignature(const QString &manifestText, const QString &signatureBase64,
+                                     const QString &keyPath) {
+    if (manifestText.trimmed().isEmpty())
+        return refused("manifest JSON is empty");
+    if (signatureBase64.trimmed().isEmpty())
+        return refused("signature is empty");
+
+    const QString path = keyPath.isEmpty() ? AppPaths::updatePublicKeyPath() : keyPath;
+    if (!QFileInfo::exists(path))
+        return refused(QStringLiteral("update public key not found: %1").arg(path));
+    const QString canonical = canonicalManifestText(manifestText);
+    if (canonical.isEmpty())
+        return refused("manifest JSON is invalid");
+
+    QString fileError;
+    const QString pemText = readTextFile(path, &fileError);
+    if (pemText.isEmpty())
+        return refused(QStringLiteral("unable to read update public key: %1").arg(fileError));
+    const QByteArray key = decodePemBody(pemText);
+    if (key.isEmpty())
+        return refused("update public key PEM is invalid");
+    // The decoder skips what is not base64; a text of which something decodes goes on.
+    const QByteArray signature = QByteArray::fromBase64(signatureBase64.trimmed().toLatin1());
+    if (signature.isEmpty())
+        return refused("signature base64 is invalid");
+
+    const QByteArray data = canonical.toUtf8();
+    QString details;
+    if (verifyRsaSha256(key, data, signature, &details))
+        return {true, QStringLiteral("signature verified")};
+    const QByteArray hash = QCryptographicHash::hash(data, QCryptographicHash::Sha256);
+    return refused(QStringLiteral("RSA signature verification failed (%1), key=%2, "
+                                  "canonical_sha256=%3, sig_bytes=%4")
+                       .arg(details, path, QString::fromLatin1(hash.toHex()),
+                            QString::number(signature.size())));
+}
+
+QByteArray decodePemBody(const QString &pemText) {
+    // The body ends at the first character outside its class, and the markers begin with one such,
+    // so nothing is gained by giving characters back: possessive repeats keep the match linear.
+    static const QRegularExpression block(
+        QStringLiteral("-----BEGIN [^-]++-----([A-Za-z0-9+/=\\s]++)-----END [^-]++-----"),
+        QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression blank(QStringLiteral("\\s"));
+    const QRegularExpressionMatch match = block.match(pemText);
+    if (!match.hasMatch())
+        return QByteArray();
+    return QByteArray::fromBase64(match.captured(1).remove(blank).toLatin1());
+}
+
+VerifyResult verifyFileSha256(const QString &path, const QString &expectedHex) {
+    const QString expected = expectedHex.trimmed();
+    if (expected.isEmpty())
+        return refused("expected SHA256 is empty");
+    QString error;
+    const QString actual = fileSha256Hex(path, &error);
+    if (actual.isEmpty()) {
+        return refused(error.isEmpty() ? QStringLiteral("unable to compute SHA256 for %1").arg(path)
+                                       : error);
+    }
+    if (actual.compare(expected, Qt::CaseInsensitive) != 0) {
+        return refused(QStringLiteral("SHA256 mismatch for %1 (expected %2, got %3)")
+                           .arg(path, expected, actual));
+    }
+    return {true, QStringLiteral("SHA256 verified")};
+}

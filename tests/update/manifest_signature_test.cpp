@@ -1,0 +1,463 @@
+// The whole check of a manifest and of a package, with real keys and exact texts.
+#include "frame/app_paths.h"
+#include "support/manifest_maker.h"
+#include "support/staged_main.h"
+#include "update/manifest_signature.h"
+
+#include <QCryptographicHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <functional>
+
+using support::KeyPair;
+
+namespace {
+
+const QString verified = QStringLiteral("signature verified");
+const QString allFailed =
+    QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 reversed=0xFFFFFFFFC000A000; "
+                   "CryptVerifySignature direct=2148073478 reversed=2148073478");
+
+QString sha256Hex(const QByteArray &bytes) {
+    return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
+}
+
+QJsonObject objectOf(const QString &json) {
+    return QJsonDocument::fromJson(json.toUtf8()).object();
+}
+
+// All places of a manifest: the path of keys and indexes to each value, the root's own included.
+void collectPlaces(const QJsonValue &value, const QString &path, QStringList *places) {
+    if (!path.isEmpty())
+        *places += path;
+    if (value.isObject()) {
+        const QJsonObject object = value.toObject();
+        for (auto it = object.begin(); it != object.end(); ++it)
+            collectPlaces(it.value(), path + "/" + it.key(), places);
+    } else if (value.isArray()) {
+        const QJsonArray array = value.toArray();
+        for (int i = 0; i < array.size(); ++i)
+            collectPlaces(array.at(i), path + "/" + QString::number(i), places);
+    }
+}
+
+QJsonValue replacedAt(const QJsonValue &value, QStringList path, const QJsonValue &with) {
+    if (path.isEmpty())
+        return with;
+    const QString step = path.takeFirst();
+    if (value.isArray()) {
+        QJsonArray array = value.toArray();
+        array.replace(step.toInt(), replacedAt(array.at(step.toInt()), path, with));
+        return array;
+    }
+    QJsonObject object = value.toObject();
+    object.insert(step, replacedAt(object.value(step), path, with));
+    return object;
+}
+
+QJsonObject replaced(const QJsonObject &manifest, const QString &place, const QJsonValue &with) {
+    return replacedAt(manifest, place.mid(1).split('/'), with).toObject();
+}
+
+QStringList placesOf(const QJsonObject &manifest) {
+    QStringList places;
+    collectPlaces(manifest, QString(), &places);
+    return places;
+}
+
+} // namespace
+
+class ManifestSignatureTest : public QObject {
+    Q_OBJECT
+
+private:
+    const KeyPair m_key = KeyPair::rsa(2048);
+    QTemporaryDir m_folder;
+    QString m_keyPath;
+
+    QString write(const QString &name, const QByteArray &bytes) {
+        QFile file(m_folder.filePath(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("cannot write %s", qPrintable(name));
+        return file.fileName();
+    }
+
+    QString refusal(const QString &manifest, int signatureBytes, const QString &keyPath) const {
+        return QStringLiteral("RSA signature verification failed (%1), key=%2, "
+                              "canonical_sha256=%3, sig_bytes=%4")
+            .arg(allFailed, keyPath, sha256Hex(canonicalManifestText(manifest).toUtf8()),
+                 QString::number(signatureBytes));
+    }
+
+private slots:
+    void initTestCase() { m_keyPath = write("update.pub", m_key.publicPem().toUtf8()); }
+
+    // --- what passes
+
+    void aSignedManifestIsVerified() {
+        const VerifyResult result =
+            verifyManifest(support::signedManifest(support::fullManifest(), m_key), m_keyPath);
+        QCOMPARE(result.message, verified);
+        QVERIFY(result.ok);
+    }
+
+    void aSignatureOverNothingIsVerified() {
+        const VerifyResult result = verifyManifest(support::signedManifest({}, m_key), m_keyPath);
+        QCOMPARE(result.message, verified);
+        QVERIFY(result.ok);
+    }
+
+    void aReversedSignatureIsVerifiedWithoutAWord() {
+        const QString manifest = support::jsonText(support::fullManifest());
+        QByteArray signature = m_key.sign(canonicalManifestText(manifest).toUtf8());
+        std::reverse(signature.begin(), signature.end());
+        const VerifyResult result =
+            verifyManifestSignature(manifest, signature.toBase64(), m_keyPath);
+        QCOMPARE(result.message, verified);
+        QVERIFY(result.ok);
+    }
+
+    void largerKeysVerify() {
+        for (const int bits : {3072, 4096}) {
+            const KeyPair key = KeyPair::rsa(bits);
+            const QString path = write("large.pub", key.publicPem().toUtf8());
+            const QString manifest = support::signedManifest(support::fullManifest(), key);
+            QVERIFY(verifyManifest(manifest, path).ok);
+            QCOMPARE(verifyManifest(manifest, m_keyPath).message,
+                     refusal(manifest, bits / 8, m_keyPath));
+        }
+    }
+
+    void whatIsNotSignedMayChange() {
+        QJsonObject manifest = objectOf(support::signedManifest(support::fullManifest(), m_key));
+        for (const char *component : {"runtime", "launcher", "editor", "pythonTools"})
+            manifest = replaced(manifest, QStringLiteral("/%1/version").arg(component), "99.0.0");
+        manifest.insert("notes", "added later");
+        const QString text = QString::fromUtf8(QJsonDocument(manifest).toJson());
+        QCOMPARE(verifyManifest(text, m_keyPath).message, verified);
+    }
+
+    void base64MayHoldStrayCharacters() {
+        const QString manifest = support::jsonText(support::fullManifest());
+        const QByteArray base64 = m_key.sign(canonicalManifestText(manifest).toUtf8()).toBase64();
+        QString text = QString::fromLatin1(base64);
+        text.insert(100, " \n-*\t").prepend(QStringLiteral("　 ")).append("\r\n");
+        QCOMPARE(verifyManifestSignature(manifest, text, m_keyPath).message, verified);
+    }
+
+    void anEmptyKeyPathMeansTheInstalledKey() {
+        const QString manifest = support::signedManifest(support::fullManifest(), m_key);
+        AppPaths::initialize();
+        const QString missing = AppPaths::updatePublicKeyPath();
+        QVERIFY(missing.startsWith(support::stageRoot()));
+        QCOMPARE(verifyManifest(manifest).message,
+                 QStringLiteral("update public key not found: %1").arg(missing));
+        const QDir program(QCoreApplication::applicationDirPath());
+        QVERIFY(program.mkpath("config"));
+        QVERIFY(QFile::copy(m_keyPath, program.filePath("config/update.pub")));
+        QCOMPARE(verifyManifest(manifest).message, verified);
+    }
+
+    // --- what is tampered with
+
+    void everySignedPlaceIsGuarded_data() {
+        QTest::addColumn<QString>("place");
+        for (const QString &place : placesOf(support::fullManifest())) {
+            if (!place.endsWith("/version") || place.startsWith("/projects"))
+                QTest::newRow(qPrintable(place)) << place;
+        }
+    }
+
+    void everySignedPlaceIsGuarded() {
+        QFETCH(QString, place);
+        const QJsonObject manifest =
+            objectOf(support::signedManifest(support::fullManifest(), m_key));
+        const QString tampered = support::jsonText(replaced(manifest, place, "tampered"));
+        const VerifyResult result = verifyManifest(tampered, m_keyPath);
+        QVERIFY(!result.ok);
+        QCOMPARE(result.message, refusal(tampered, 256, m_keyPath));
+    }
+
+    void anotherPublishersKey() {
+        const QString manifest =
+            support::signedManifest(support::fullManifest(), KeyPair::rsa(2048));
+        const VerifyResult result = verifyManifest(manifest, m_keyPath);
+        QVERIFY(!result.ok);
+        QCOMPARE(result.message, refusal(manifest, 256, m_keyPath));
+    }
+
+    void aSignatureOfFewBytesReachesTheAttempts() {
+        const QString manifest = support::jsonText(support::fullManifest());
+        const VerifyResult result = verifyManifestSignature(manifest, "!!AAAA!!", m_keyPath);
+        QVERIFY(!result.ok);
+        QCOMPARE(result.message, refusal(manifest, 3, m_keyPath));
+    }
+
+    // Texts from outside may look like places to fill in.
+    void percentSignsInAPathStayAsTheyAre() {
+        const QString path = write("%1%2%3%4.pub", m_key.publicPem().toUtf8());
+        const QString manifest = support::jsonText(support::fullManifest());
+        QCOMPARE(verifyManifestSignature(manifest, "AAAA", path).message,
+                 refusal(manifest, 3, path));
+    }
+
+    // --- what ends the check early, in its order
+
+    void refusals_data() {
+        QTest::addColumn<QString>("manifest");
+        QTest::addColumn<QString>("signature");
+        QTest::addColumn<QString>("keyFile");
+        QTest::addColumn<QString>("message");
+        write("empty.pub", "");
+        write("noblock.pub", "just text");
+        const QString folder = m_folder.path() + "/";
+        QDir(folder).mkpath("folder.pub");
+        QTest::newRow("no manifest") << ""
+                                     << ""
+                                     << "none"
+                                     << "manifest JSON is empty";
+        QTest::newRow("a manifest of blanks") << " \t\n"
+                                              << ""
+                                              << "none"
+                                              << "manifest JSON is empty";
+        QTest::newRow("no signature") << "["
+                                      << ""
+                                      << "none"
+                                      << "signature is empty";
+        QTest::newRow("a signature of blanks") << "["
+                                               << " \n"
+                                               << "none"
+                                               << "signature is empty";
+        QTest::newRow("no key file") << "["
+                                     << "!"
+                                     << "none"
+                                     << "update public key not found: " + folder + "none";
+        QTest::newRow("no JSON") << "{"
+                                 << "!"
+                                 << "empty.pub"
+                                 << "manifest JSON is invalid";
+        QTest::newRow("no object") << "[]"
+                                   << "!"
+                                   << "empty.pub"
+                                   << "manifest JSON is invalid";
+        QTest::newRow("an empty key file") << "{}"
+                                           << "!"
+                                           << "empty.pub"
+                                           << "unable to read update public key: ";
+        QTest::newRow("a folder as key file")
+            << "{}"
+            << "!"
+            << "folder.pub"
+            << "unable to read update public key: file to open is a directory";
+        QTest::newRow("no block in the key file") << "{}"
+                                                  << "!"
+                                                  << "noblock.pub"
+                                                  << "update public key PEM is invalid";
+        QTest::newRow("nothing of the signature is base64") << "{}"
+                                                            << "!?*-"
+                                                            << "update.pub"
+                                                            << "signature base64 is invalid";
+        QTest::newRow("Chinese is no base64") << "{}" << QStringLiteral("签名") << "update.pub"
+                                              << "signature base64 is invalid";
+    }
+
+    void refusals() {
+        QFETCH(QString, manifest);
+        QFETCH(QString, signature);
+        QFETCH(QString, keyFile);
+        QFETCH(QString, message);
+        const VerifyResult result =
+            verifyManifestSignature(manifest, signature, m_folder.filePath(keyFile));
+        QVERIFY(!result.ok);
+        QCOMPARE(result.message, message);
+    }
+
+    void aManifestWithoutItsSignature_data() {
+        QTest::addColumn<QString>("manifest");
+        QTest::addColumn<QString>("message");
+        const QString invalid = QStringLiteral("manifest JSON is invalid");
+        const QString noSignature = QStringLiteral("signature is empty");
+        QTest::newRow("no text") << "" << invalid;
+        QTest::newRow("no JSON") << "MZ\x90" << invalid;
+        QTest::newRow("an array") << "[]" << invalid;
+        QTest::newRow("a byte-order mark left standing") << QStringLiteral("\uFEFF[]") << invalid;
+        QTest::newRow("an object without a signature") << "{}" << noSignature;
+        QTest::newRow("an empty signature") << R"({"signature":""})" << noSignature;
+        QTest::newRow("a signature of blanks") << R"({"signature":"  "})" << noSignature;
+        QTest::newRow("a signature as a number") << R"({"signature":12})" << noSignature;
+        QTest::newRow("a signature as an array") << R"({"signature":["AAAA"]})" << noSignature;
+        QTest::newRow("a signature as null") << R"({"signature":null})" << noSignature;
+    }
+
+    void aManifestWithoutItsSignature() {
+        QFETCH(QString, manifest);
+        QFETCH(QString, message);
+        const VerifyResult result = verifyManifest(manifest, m_keyPath);
+        QVERIFY(!result.ok);
+        QCOMPARE(result.message, message);
+    }
+
+    // --- hostile manifests
+
+    void everyWrongTypeInEveryPlaceIsAnswered() {
+        const QList<QJsonValue> values = {QJsonValue(),
+                                          true,
+                                          -1.5e300,
+                                          "text",
+                                          QJsonArray{1, QJsonArray{}},
+                                          QJsonObject{{"name", QJsonObject{}}}};
+        for (const QString &place : placesOf(support::fullManifest())) {
+            for (const QJsonValue &value : values) {
+                const QJsonObject manifest = replaced(support::fullManifest(), place, value);
+                const VerifyResult result =
+                    verifyManifest(support::signedManifest(manifest, m_key), m_keyPath);
+                QVERIFY2(result.ok, qPrintable(place));
+            }
+        }
+    }
+
+    void invalidUtf8IsRefused() {
+        QByteArray bytes = support::signedManifest(support::fullManifest(), m_key).toUtf8();
+        bytes.replace("demo", "d\xC3\x28o");
+        const QString text = QString::fromUtf8(bytes);
+        QCOMPARE(verifyManifest(text, m_keyPath).message, refusal(text, 256, m_keyPath));
+    }
+
+    void aHundredThousandProjectsAreVerified() {
+        const QString manifest =
+            support::signedManifest(support::manifestOfProjects(100000), m_key);
+        QCOMPARE(verifyManifest(manifest, m_keyPath).message, verified);
+    }
+
+    void aManifestOfAHundredMegabytesIsVerified() {
+        QJsonObject manifest = support::fullManifest();
+        manifest.insert("notes", QString(100 * 1024 * 1024, 'x'));
+        const QString text = support::signedManifest(manifest, m_key);
+        QCOMPARE(verifyManifest(text, m_keyPath).message, verified);
+    }
+
+    // --- key files
+
+    void keyFiles_data() {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("decodes");
+        const QByteArray pem = m_key.publicPem().toUtf8();
+        const QByteArray body = m_key.publicDer().toBase64();
+        const QByteArray begin = "-----BEGIN PUBLIC KEY-----\n";
+        const QByteArray end = "\n-----END PUBLIC KEY-----\n";
+        const auto with = [&](const char *from, const char *to) {
+            return QByteArray(pem).replace(from, to);
+        };
+        QTest::newRow("as tools write it") << pem << true;
+        QTest::newRow("lines ending in CRLF") << with("\n", "\r\n") << true;
+        QTest::newRow("a byte-order mark in front") << "\xEF\xBB\xBF" + pem << true;
+        QTest::newRow("the body on one line") << begin + body + end << true;
+        QTest::newRow("the markers on the body's line")
+            << "-----BEGIN PUBLIC KEY-----" + body + "-----END PUBLIC KEY-----" << true;
+        QTest::newRow("any label") << with("PUBLIC KEY", "SOMETHING ELSE") << true;
+        QTest::newRow("two different labels") << with("END PUBLIC KEY", "END X") << true;
+        QTest::newRow("a label over two lines") << with("PUBLIC KEY", "PUBLIC\nKEY") << true;
+        QTest::newRow("text before and behind") << "Key of line 3\n" + pem + "end" << true;
+        QTest::newRow("blanks and empty lines in the body")
+            << begin + body.left(10) + " \t\n\n" + body.mid(10) + end << true;
+        QTest::newRow("a block that does not end, then a whole one") << begin + pem << true;
+        QTest::newRow("a second block behind it") << pem + begin + "AAAA" + end << true;
+
+        QTest::newRow("no beginning") << pem.mid(5) << false;
+        QTest::newRow("no end") << pem.left(pem.size() - 10) << false;
+        QTest::newRow("no label") << with(" PUBLIC KEY", "") << false;
+        QTest::newRow("markers in lower case") << with("BEGIN", "begin") << false;
+        QTest::newRow("four dashes") << with("-----", "----") << false;
+        QTest::newRow("no body") << begin + end << false;
+        QTest::newRow("a body of padding alone") << begin + "====" + end << false;
+        QTest::newRow("a header line in the body")
+            << begin + "Proc-Type: 4\n" + body + end << false;
+        QTest::newRow("a character outside base64") << begin + "*" + body + end << false;
+        QTest::newRow("Chinese in the body")
+            << begin + QStringLiteral("公钥").toUtf8() + body + end << false;
+    }
+
+    void keyFiles() {
+        QFETCH(QByteArray, content);
+        QFETCH(bool, decodes);
+        const QString path = write("variant.pub", content);
+        const QString manifest = support::signedManifest(support::fullManifest(), m_key);
+        QCOMPARE(verifyManifest(manifest, path).message,
+                 decodes ? verified : QStringLiteral("update public key PEM is invalid"));
+        if (!content.startsWith("\xEF"))
+            QCOMPARE(decodePemBody(QString::fromUtf8(content)),
+                     decodes ? m_key.publicDer() : QByteArray());
+    }
+
+    void onlyTheFirstBlockCounts() {
+        const QString pem = QStringLiteral("-----BEGIN X-----\nAAAA\n-----END X-----\n");
+        QCOMPARE(decodePemBody(pem + m_key.publicPem()), QByteArray(3, '\0'));
+        const QString path = write("first.pub", (pem + m_key.publicPem()).toUtf8());
+        const QString manifest = support::signedManifest(support::fullManifest(), m_key);
+        QCOMPARE(verifyManifest(manifest, path).message,
+                 QStringLiteral("RSA signature verification failed (CryptDecodeObjectEx failed: "
+                                "2148086027), key=%1, canonical_sha256=%2, sig_bytes=256")
+                     .arg(path, sha256Hex(canonicalManifestText(manifest).toUtf8())));
+    }
+
+    // A pattern that gives characters back would take hours here.
+    void aHugeKeyFileWithoutABlockIsAnsweredAtOnce() {
+        const QString begin = QStringLiteral("-----BEGIN X-----");
+        QCOMPARE(decodePemBody(begin + QString(10000000, ' ')), QByteArray());
+        QCOMPARE(decodePemBody(begin + QString(10000000, 'A') + "-----END "), QByteArray());
+        QCOMPARE(decodePemBody(begin.repeated(500000)), QByteArray());
+        QCOMPARE(decodePemBody(QString(10000000, '-')), QByteArray());
+    }
+
+    // --- packages
+
+    void packageHash_data() {
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QString>("message");
+        const QString path = write("package.zip", "package");
+        const QString hash = sha256Hex("package");
+        const QString other = sha256Hex("other");
+        const QString mismatch = QStringLiteral("SHA256 mismatch for %1 (expected %2, got %3)");
+        QTest::newRow("lower case") << hash << "SHA256 verified";
+        QTest::newRow("upper case") << hash.toUpper() << "SHA256 verified";
+        QTest::newRow("blanks around it") << " \t" + hash + "\r\n"
+                                          << "SHA256 verified";
+        QTest::newRow("no hash") << ""
+                                 << "expected SHA256 is empty";
+        QTest::newRow("a hash of blanks") << " \n "
+                                          << "expected SHA256 is empty";
+        QTest::newRow("another hash") << other << mismatch.arg(path, other, hash);
+        QTest::newRow("another hash in upper case, with blanks")
+            << " " + other.toUpper() + " " << mismatch.arg(path, other.toUpper(), hash);
+        QTest::newRow("a hash cut short")
+            << hash.left(63) << mismatch.arg(path, hash.left(63), hash);
+        QTest::newRow("percent signs") << "%1%2%3" << mismatch.arg(path, "%1%2%3", hash);
+    }
+
+    void packageHash() {
+        QFETCH(QString, expected);
+        QFETCH(QString, message);
+        const VerifyResult result = verifyFileSha256(m_folder.filePath("package.zip"), expected);
+        QCOMPARE(result.message, message);
+        QCOMPARE(result.ok, message == "SHA256 verified");
+    }
+
+    void aPackageThatCannotBeRead() {
+        const VerifyResult result = verifyFileSha256(m_folder.filePath("missing"), "ab");
+        QVERIFY(!result.ok);
+        QCOMPARE(result.message, QStringLiteral("No such file or directory"));
+    }
+
+    void anEmptyPackageHasAHash() {
+        const QString path = write("empty.zip", "");
+        QVERIFY(verifyFileSha256(path,
+                                 "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855")
+                    .ok);
+    }
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, ManifestSignatureTest)
+#include "manifest_signature_test.moc"

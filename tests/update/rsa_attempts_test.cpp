@@ -1,0 +1,169 @@
+// The four attempts and their report, walked with a verifier that answers as it is told.
+#include "support/staged_main.h"
+#include "update/rsa_verifier.h"
+
+#include <QCryptographicHash>
+
+namespace {
+
+const qint32 badStatus = static_cast<qint32>(0xC000A000U);
+const QByteArray key = "key";
+const QByteArray data = "data";
+const QByteArray signature = "abc";
+
+class ScriptedVerifier : public RsaVerifier {
+public:
+    RsaStep decode{true};
+    RsaStep import{true};
+    qint32 direct = badStatus;
+    qint32 reversed = badStatus;
+    RsaStep acquire{true};
+    RsaStep legacyDecode{true};
+    RsaStep legacyImport{true};
+    RsaStep legacyDirect{false, 11};
+    RsaStep legacyReversed{false, 22};
+    QStringList calls;
+
+    RsaStep decodeKey(const QByteArray &derKey) override {
+        calls += QStringLiteral("decode ") + derKey;
+        return decode;
+    }
+    RsaStep importKey() override {
+        calls += QStringLiteral("import");
+        return import;
+    }
+    qint32 verifyHash(const QByteArray &sha256, const QByteArray &bytes) override {
+        hash = sha256;
+        calls += QStringLiteral("verify ") + bytes;
+        return bytes == signature ? direct : reversed;
+    }
+    RsaStep acquireLegacyContext() override {
+        calls += QStringLiteral("legacy acquire");
+        return acquire;
+    }
+    RsaStep decodeLegacyKey(const QByteArray &derKey) override {
+        calls += QStringLiteral("legacy decode ") + derKey;
+        return legacyDecode;
+    }
+    RsaStep importLegacyKey() override {
+        calls += QStringLiteral("legacy import");
+        return legacyImport;
+    }
+    RsaStep verifyLegacy(const QByteArray &bytes, const QByteArray &signatureBytes) override {
+        calls += QStringLiteral("legacy verify ") + bytes + " " + signatureBytes;
+        return signatureBytes == signature ? legacyDirect : legacyReversed;
+    }
+
+    QByteArray hash;
+};
+
+const QStringList modernCalls = {"decode key", "import", "verify abc", "verify cba"};
+
+} // namespace
+
+class RsaAttemptsTest : public QObject {
+    Q_OBJECT
+
+private:
+    ScriptedVerifier m_verifier;
+    QString m_details;
+
+    bool run() { return verifyRsaSha256With(m_verifier, key, data, signature, &m_details); }
+    void reset() {
+        m_verifier.~ScriptedVerifier();
+        new (&m_verifier) ScriptedVerifier;
+        m_details.clear();
+    }
+
+private slots:
+    void init() { reset(); }
+
+    void theModernInterfacePassesDirectly() {
+        m_verifier.direct = 0;
+        QVERIFY(run());
+        QCOMPARE(m_details, QStringLiteral("BCryptVerifySignature direct"));
+        QCOMPARE(m_verifier.calls, modernCalls.mid(0, 3));
+        QCOMPARE(m_verifier.hash, QCryptographicHash::hash(data, QCryptographicHash::Sha256));
+    }
+
+    void theModernInterfacePassesReversed() {
+        m_verifier.reversed = 0;
+        QVERIFY(run());
+        QCOMPARE(m_details, QStringLiteral("BCryptVerifySignature reversed-bytes"));
+        QCOMPARE(m_verifier.calls, modernCalls);
+    }
+
+    void theLegacyInterfacePassesDirectly() {
+        m_verifier.legacyDirect = {true};
+        QVERIFY(run());
+        QCOMPARE(m_details, QStringLiteral("CryptVerifySignature direct"));
+        QCOMPARE(m_verifier.calls,
+                 modernCalls + QStringList({"legacy acquire", "legacy decode key", "legacy import",
+                                            "legacy verify data abc"}));
+    }
+
+    void theLegacyInterfacePassesReversed() {
+        m_verifier.legacyReversed = {true};
+        QVERIFY(run());
+        QCOMPARE(m_details, QStringLiteral("CryptVerifySignature reversed-bytes"));
+        QCOMPARE(m_verifier.calls,
+                 modernCalls + QStringList({"legacy acquire", "legacy decode key", "legacy import",
+                                            "legacy verify data abc", "legacy verify data cba"}));
+    }
+
+    void allFourFail() {
+        m_verifier.reversed = 5;
+        QVERIFY(!run());
+        QCOMPARE(m_details, QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
+                                           "reversed=0x5; CryptVerifySignature direct=11 "
+                                           "reversed=22"));
+    }
+
+    void aKeyThatDoesNotDecodeNeverReachesTheLegacyInterface() {
+        m_verifier.decode = {false, 2148086027U};
+        QVERIFY(!run());
+        QCOMPARE(m_details, QStringLiteral("CryptDecodeObjectEx failed: 2148086027"));
+        QCOMPARE(m_verifier.calls, modernCalls.mid(0, 1));
+    }
+
+    void aKeyThatCannotBeImportedNeverReachesTheLegacyInterface() {
+        m_verifier.import = {false, 7};
+        QVERIFY(!run());
+        QCOMPARE(m_details, QStringLiteral("CryptImportPublicKeyInfoEx2 failed: 7"));
+        QCOMPARE(m_verifier.calls, modernCalls.mid(0, 2));
+    }
+
+    void noLegacyContext() {
+        m_verifier.acquire = {false, 3};
+        QVERIFY(!run());
+        QCOMPARE(m_details,
+                 QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
+                                "reversed=0xFFFFFFFFC000A000; CryptAcquireContext failed: 3"));
+        QCOMPARE(m_verifier.calls, modernCalls + QStringList("legacy acquire"));
+    }
+
+    void theLegacyKeyDoesNotDecode() {
+        m_verifier.legacyDecode = {false, 4};
+        QVERIFY(!run());
+        QVERIFY(m_details.endsWith(
+            "reversed=0xFFFFFFFFC000A000; CryptDecodeObjectEx(legacy) failed: 4"));
+        QCOMPARE(m_verifier.calls.last(), QStringLiteral("legacy decode key"));
+    }
+
+    void theLegacyKeyCannotBeImported() {
+        m_verifier.legacyImport = {false, 5};
+        QVERIFY(!run());
+        QVERIFY(
+            m_details.endsWith("reversed=0xFFFFFFFFC000A000; CryptImportPublicKeyInfo failed: 5"));
+        QCOMPARE(m_verifier.calls.last(), QStringLiteral("legacy import"));
+    }
+
+    void detailsMayBeLeftOut() {
+        QVERIFY(!verifyRsaSha256With(m_verifier, key, data, signature));
+        m_verifier.direct = 0;
+        QVERIFY(verifyRsaSha256With(m_verifier, key, data, signature));
+    }
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, RsaAttemptsTest)
+#include "rsa_attempts_test.moc"

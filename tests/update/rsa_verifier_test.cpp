@@ -1,0 +1,242 @@
+// Real keys against the verifier of this platform: what must pass, and the published ways of
+// forging a PKCS#1 v1.5 signature, none of which may.
+#include "support/key_maker.h"
+#include "support/staged_main.h"
+#include "update/manifest_signature.h"
+#include "update/rsa_verifier.h"
+
+#include <QCryptographicHash>
+
+#include <algorithm>
+
+using support::KeyPair;
+
+namespace {
+
+const QByteArray data = "the canonical text";
+const QString allFailed =
+    QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 reversed=0xFFFFFFFFC000A000; "
+                   "CryptVerifySignature direct=2148073478 reversed=2148073478");
+
+QByteArray reversed(QByteArray bytes) {
+    std::reverse(bytes.begin(), bytes.end());
+    return bytes;
+}
+
+QByteArray sha256(const QByteArray &bytes) {
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+}
+
+// DigestInfo headers of RFC 8017, section 9.2, note 1.
+const QByteArray sha256Header = QByteArray::fromHex("3031300d060960864801650304020105000420");
+const QByteArray sha384Header = QByteArray::fromHex("3041300d060960864801650304020205000430");
+const QByteArray sha1Header = QByteArray::fromHex("3021300906052b0e03021a05000414");
+const QByteArray md5Header = QByteArray::fromHex("3020300c06082a864886f70d020505000410");
+// The same as for SHA-256, with the NULL of the parameters left out.
+const QByteArray sha256WithoutNull = QByteArray::fromHex("302f300b0609608648016503040201"
+                                                         "0420");
+
+// 00 01 FF... 00 and what follows it, filled up to the length of the modulus.
+QByteArray block(int size, const QByteArray &info) {
+    return QByteArray::fromHex("0001") + QByteArray(size - 3 - info.size(), '\xFF') +
+           QByteArray(1, '\0') + info;
+}
+
+} // namespace
+
+class RsaVerifierTest : public QObject {
+    Q_OBJECT
+
+private:
+    // Made once: a large pair takes a while.
+    const KeyPair m_key = KeyPair::rsa(2048);
+
+    static void refuse(const KeyPair &key, const QByteArray &signature) {
+        QString details;
+        QVERIFY(!verifyRsaSha256(key.publicDer(), data, signature, &details));
+        QCOMPARE(details, allFailed);
+        QVERIFY(!verifyRsaSha256(key.publicDer(), data, reversed(signature)));
+    }
+
+private slots:
+    void acceptsEitherByteOrder_data() {
+        QTest::addColumn<int>("bits");
+        QTest::newRow("2048 bits") << 2048;
+        QTest::newRow("3072 bits") << 3072;
+        QTest::newRow("4096 bits") << 4096;
+    }
+
+    void acceptsEitherByteOrder() {
+        QFETCH(int, bits);
+        const KeyPair key = KeyPair::rsa(bits);
+        const QByteArray signature = key.sign(data);
+        QCOMPARE(signature.size(), bits / 8);
+        QString details;
+        QVERIFY(verifyRsaSha256(key.publicDer(), data, signature, &details));
+        QCOMPARE(details, QStringLiteral("BCryptVerifySignature direct"));
+        QVERIFY(verifyRsaSha256(key.publicDer(), data, reversed(signature), &details));
+        QCOMPARE(details, QStringLiteral("BCryptVerifySignature reversed-bytes"));
+        refuse(key, m_key.sign(data));
+    }
+
+    // Attempts 1 and 4 take an ordinary signature, 2 and 3 a reversed one.
+    void theLegacyInterfaceReadsLittleEndian() {
+        const QByteArray signature = m_key.sign(data);
+        const std::unique_ptr<RsaVerifier> verifier = platformRsaVerifier();
+        QVERIFY(verifier->acquireLegacyContext().ok);
+        QVERIFY(verifier->decodeLegacyKey(m_key.publicDer()).ok);
+        QVERIFY(verifier->importLegacyKey().ok);
+        QVERIFY(verifier->verifyLegacy(data, reversed(signature)).ok);
+        const RsaStep refused = verifier->verifyLegacy(data, signature);
+        QVERIFY(!refused.ok);
+        QCOMPARE(refused.error, 2148073478U);
+    }
+
+    void everyChangedBitIsNoticed() {
+        const QByteArray signature = m_key.sign(data);
+        for (int bit = 0; bit < signature.size() * 8; bit += 37) {
+            QByteArray changed = signature;
+            changed[bit / 8] = static_cast<char>(changed.at(bit / 8) ^ (1 << (bit % 8)));
+            QVERIFY(!verifyRsaSha256(m_key.publicDer(), data, changed));
+        }
+        QVERIFY(!verifyRsaSha256(m_key.publicDer(), data + '\n', signature));
+        QVERIFY(!verifyRsaSha256(m_key.publicDer(), QByteArray(), signature));
+    }
+
+    void signaturesOfTheWrongLength() {
+        const QByteArray signature = m_key.sign(data);
+        refuse(m_key, signature.left(255));
+        refuse(m_key, QByteArray(1, '\0') + signature);
+        refuse(m_key, signature + QByteArray(1, '\0'));
+        refuse(m_key, QByteArray(1, '\x01'));
+        refuse(m_key, QByteArray(100000, '\x01'));
+    }
+
+    void numbersThatAreNoSignature() {
+        refuse(m_key, QByteArray(256, '\0'));
+        refuse(m_key, QByteArray(255, '\0') + '\x01');
+        refuse(m_key, QByteArray(256, '\xFF'));
+        refuse(m_key, m_key.modulus());
+    }
+
+    void keysThatDoNotDecode_data() {
+        QTest::addColumn<QByteArray>("der");
+        QTest::newRow("no bytes") << QByteArray();
+        QTest::newRow("text") << QByteArray("not a key");
+        QTest::newRow("zeros") << QByteArray(300, '\0');
+        QTest::newRow("cut short") << m_key.publicDer().left(200);
+        QTest::newRow("with bytes behind it") << m_key.publicDer() + "x";
+        // The RSAPublicKey inside, without the structure that names the algorithm.
+        QTest::newRow("the inner key alone") << m_key.publicDer().mid(24);
+    }
+
+    void keysThatDoNotDecode() {
+        QFETCH(QByteArray, der);
+        QString details;
+        QVERIFY(!verifyRsaSha256(der, data, m_key.sign(data), &details));
+        QCOMPARE(details, QStringLiteral("CryptDecodeObjectEx failed: 2148086027"));
+    }
+
+    void keysOfAnotherKindFailAtTheImport() {
+        QString details;
+        QVERIFY(!verifyRsaSha256(KeyPair::ellipticCurve().publicDer(), data, "x", &details));
+        QCOMPARE(details, QStringLiteral("CryptImportPublicKeyInfoEx2 failed: 2148073480"));
+        QVERIFY(!verifyRsaSha256(KeyPair::rsaPss(2048).publicDer(), data, "x", &details));
+        QCOMPARE(details, QStringLiteral("CryptImportPublicKeyInfoEx2 failed: 2148073480"));
+        // A structure that names RSA around bits that are no RSA key.
+        QByteArray broken = m_key.publicDer();
+        broken[24] = '\x04';
+        QVERIFY(!verifyRsaSha256(broken, data, "x", &details));
+        QCOMPARE(details, QStringLiteral("CryptImportPublicKeyInfoEx2 failed: 2148086027"));
+    }
+
+    // Blocks that only the owner of the key could make: refused all the same, so that no verifier
+    // that is lenient about their form stands behind us.
+    void malformedBlocks_data() {
+        QTest::addColumn<QByteArray>("block");
+        const int size = m_key.size();
+        const QByteArray hash = sha256(data);
+        const QByteArray zero(1, '\0');
+        QTest::newRow("the parameters' NULL left out") << block(size, sha256WithoutNull + hash);
+        QTest::newRow("the hash named as SHA-384") << block(size, sha384Header + hash);
+        QTest::newRow("the hash named as SHA-1") << block(size, sha1Header + hash);
+        QTest::newRow("a SHA-1 hash, truly named")
+            << block(size, sha1Header + QCryptographicHash::hash(data, QCryptographicHash::Sha1));
+        QTest::newRow("an MD5 hash, truly named")
+            << block(size, md5Header + QCryptographicHash::hash(data, QCryptographicHash::Md5));
+        QTest::newRow("the hash without its header") << block(size, hash);
+        QTest::newRow("another hash") << block(size, sha256Header + sha256("other"));
+        QTest::newRow("a hash cut short") << block(size, sha256Header + hash.left(31));
+        QTest::newRow("bytes behind the hash")
+            << block(size - 40, sha256Header + hash) + QByteArray(40, '\x5A');
+        QTest::newRow("zeros behind the hash")
+            << block(size - 40, sha256Header + hash) + QByteArray(40, '\0');
+        QTest::newRow("one byte behind the hash") << block(size - 1, sha256Header + hash) + zero;
+        QTest::newRow("padding of eight bytes, the rest behind the hash")
+            << QByteArray::fromHex("0001") + QByteArray(8, '\xFF') + zero + sha256Header + hash +
+                   QByteArray(size - 11 - 51, '\x5A');
+        QTest::newRow("no padding, the rest behind the hash")
+            << QByteArray::fromHex("000100") + sha256Header + hash +
+                   QByteArray(size - 3 - 51, '\x5A');
+        QTest::newRow("padding with a hole")
+            << QByteArray(block(size, sha256Header + hash)).replace(10, 1, "\xFE");
+        QTest::newRow("padding of zeros, block type 0")
+            << QByteArray(size - 51, '\0') + sha256Header + hash;
+        QTest::newRow("padding of block type 2")
+            << QByteArray(block(size, sha256Header + hash)).replace(1, 1, "\x02");
+        QTest::newRow("no zero between padding and hash")
+            << QByteArray::fromHex("0001") + QByteArray(size - 53, '\xFF') + sha256Header + hash;
+        QTest::newRow("a first byte that is not zero")
+            << QByteArray(block(size, sha256Header + hash)).replace(0, 1, "\x01");
+        QTest::newRow("parameters that hide bytes")
+            << block(size, QByteArray::fromHex("3039301506096086480165030402010"
+                                               "408"
+                                               "4141414141414141"
+                                               "0420") +
+                               hash);
+        QTest::newRow("lengths in the long form")
+            << block(size, QByteArray::fromHex("308131300d060960864801650304020105000420") + hash);
+    }
+
+    void malformedBlocks() {
+        QFETCH(QByteArray, block);
+        QCOMPARE(block.size(), m_key.size());
+        refuse(m_key, m_key.signRawBlock(block));
+    }
+
+    // The rows above would also pass if signRawBlock made nonsense.
+    void theWellFormedBlockIsAccepted() {
+        const QByteArray signature =
+            m_key.signRawBlock(block(m_key.size(), sha256Header + sha256(data)));
+        QCOMPARE(signature, m_key.sign(data));
+        QVERIFY(verifyRsaSha256(m_key.publicDer(), data, signature));
+    }
+
+    // With exponent 3, and a verifier that does not look behind the hash, a cube root forges a
+    // signature without any private key.
+    void lowExponentForgeries_data() {
+        QTest::addColumn<QByteArray>("start");
+        const QByteArray zero(1, '\0');
+        const QByteArray info = sha256Header + sha256(data);
+        QTest::newRow("padding of eight bytes")
+            << QByteArray::fromHex("0001") + QByteArray(8, '\xFF') + zero + info;
+        QTest::newRow("padding of one byte") << QByteArray::fromHex("0001FF00") + info;
+        QTest::newRow("no padding") << QByteArray::fromHex("000100") + info;
+        QTest::newRow("the parameters' NULL left out") << QByteArray::fromHex("0001") +
+                                                              QByteArray(8, '\xFF') + zero +
+                                                              sha256WithoutNull + sha256(data);
+    }
+
+    void lowExponentForgeries() {
+        QFETCH(QByteArray, start);
+        static const KeyPair key = KeyPair::rsa(3072, 3);
+        QVERIFY(verifyRsaSha256(key.publicDer(), data, key.sign(data)));
+        const QByteArray target = start + QByteArray(key.size() - start.size(), '\0');
+        const QByteArray forged = support::cubeRootAtLeast(target, key.size());
+        QVERIFY(support::cubeOf(forged, key.size()).startsWith(start));
+        refuse(key, forged);
+    }
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, RsaVerifierTest)
+#include "rsa_verifier_test.moc"
