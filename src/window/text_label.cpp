@@ -108,8 +108,12 @@ QSize TextLabel::minimumSizeHint() const {
 }
 
 QSize TextLabel::sizeHint() const {
-    const int width = minimumSizeHint().width() * 4;
-    return {width, wordWrap() ? heightForWidth(width) : minimumSizeHint().height()};
+    const QSize least = minimumSizeHint();
+    if (wordWrap())
+        return {least.width() * 4, heightForWidth(least.width() * 4)};
+    const QMargins around = contentsMargins();
+    const int whole = around.left() + fontMetrics().horizontalAdvance(text()) + around.right();
+    return {std::max(whole, least.width()), least.height()};
 }
 
 int TextLabel::heightForWidth(int width) const {

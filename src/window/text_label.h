@@ -1,8 +1,9 @@
 // A label for text from outside: paths, status lines, findings, release notes.
 //
-// The text is always plain. One that is too long never widens the window: it is broken anywhere,
-// takes the height for its width up to a number of lines, and ends in an ellipsis beyond that; the
-// tool tip then holds all of it. text() is always the whole text.
+// The text is always plain. However long it is, it asks for little room at least: a label of one line
+// would like the width of its text, one with word wrap breaks its text anywhere and takes the height
+// for its width up to a number of lines. What finds no room ends in an ellipsis, and the tool tip
+// then holds all of it. text() is always the whole text.
 #pragma once
 
 #include <QLabel>

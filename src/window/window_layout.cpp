@@ -65,6 +65,7 @@ void LauncherWindow::createWidgets() {
     projectLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     versionLabel = new TextLabel(this);
     countdownLabel = new QLabel(this);
+    countdownLabel->setTextFormat(Qt::PlainText);
     statusLabel = wrappedLabel(this);
     busyBar = new QProgressBar(this);
     busyBar->setTextVisible(false);
@@ -100,6 +101,7 @@ void LauncherWindow::buildRepairPanel() {
         buttons->addWidget(*button);
     }
     auto *panel = new QVBoxLayout(repairPanel);
+    panel->setContentsMargins(QMargins()); // in line with the labels above it
     panel->addWidget(projectPathEdit);
     panel->addWidget(skipPrecheckCheck);
     panel->addWidget(hasUpdateButton, 0, Qt::AlignLeft);
@@ -150,6 +152,7 @@ void LauncherWindow::buildActionRow() {
     applyButton = plainButton(actionRow);
     skipButton = plainButton(actionRow);
     auto *row = new QHBoxLayout(actionRow);
+    row->setContentsMargins(QMargins());
     row->addWidget(applyButton);
     row->addWidget(skipButton);
 }

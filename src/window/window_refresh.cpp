@@ -83,8 +83,9 @@ void LauncherWindow::refreshLogView() {
         logView->setPlainText(text);
 }
 
-// Lets the window grow until its text is whole, and cuts the long labels shorter, line by line,
-// where the largest window would not hold them. It never shrinks by itself.
+// Lets the window grow until its text is whole: wide enough for what stands on one line, high enough
+// for the rest. Where the largest window would not hold it, the long labels lose line after line. The
+// window never shrinks by itself.
 void LauncherWindow::fitToText() {
     const int mostLines = 12;
     const QList<TextLabel *> flowing = {statusLabel, bannerLabel, taskDetailLabel};
@@ -94,7 +95,7 @@ void LauncherWindow::fitToText() {
         layout()->invalidate();
     };
     layoutAnew();
-    const int wide = qBound(width(), layout()->totalMinimumSize().width(), maximumWidth());
+    const int wide = qBound(width(), layout()->totalSizeHint().width(), maximumWidth());
     int high = 0;
     for (int limit = mostLines; limit > 0; --limit) {
         for (TextLabel *label : flowing)

@@ -1,0 +1,93 @@
+#include "window_scene.h"
+
+#include "frame/locale_manager.h"
+#include "support/staged_main.h"
+
+#include <QApplication>
+#include <QTimer>
+
+using State = LauncherService::State;
+using PromptMode = LauncherService::UpdatePromptMode;
+
+WindowScene::WindowScene()
+    : window((service.initialize(), &service))
+    , parts(window) {}
+
+void WindowScene::put(State state) {
+    service.state = state;
+    refresh();
+}
+
+void WindowScene::setTaskActive(bool active) {
+    service.checkInFlight = active;
+    refresh();
+}
+
+void WindowScene::offerUpdate(PromptMode mode) {
+    service.updateAvailable = mode != PromptMode::None;
+    service.promptMode = mode;
+    service.snapshot.fromUsb = mode == PromptMode::UsbBanner;
+    refresh();
+}
+
+void WindowScene::refresh() {
+    QVERIFY(QMetaObject::invokeMethod(&window, "refreshUi", Qt::DirectConnection));
+}
+
+namespace {
+
+QString stagedTranslation() {
+    return support::stageRoot() + "/app/translations/quorvane_en.qm";
+}
+
+} // namespace
+
+void stageTranslation() {
+    const QString staged = stagedTranslation();
+    QVERIFY(QDir().mkpath(QFileInfo(staged).path()));
+    if (!QFile::exists(staged))
+        QVERIFY(QFile::copy(QUORVANE_TRANSLATION, staged));
+}
+
+void removeTranslation() {
+    QVERIFY(QFile::remove(stagedTranslation()));
+}
+
+void useLanguage(Language language) {
+    const QString wanted = language == Language::English ? "en" : "zh_CN";
+    LocaleManager::instance().setLocale(wanted);
+    QCOMPARE(LocaleManager::instance().currentLocale(), wanted);
+}
+
+void addLanguageRows() {
+    QTest::addColumn<Language>("language");
+    QTest::newRow("Chinese") << Language::Chinese;
+    QTest::newRow("English") << Language::English;
+}
+
+QList<State> allStates() {
+    const QMetaEnum states = QMetaEnum::fromType<State>();
+    QList<State> all;
+    for (int i = 0; i < states.keyCount(); ++i)
+        all.append(static_cast<State>(states.value(i)));
+    return all;
+}
+
+QByteArray nameOf(State state) {
+    return QMetaEnum::fromType<State>().valueToKey(static_cast<int>(state));
+}
+
+bool duringModal(const std::function<void()> &action, const std::function<void(QWidget *)> &visit) {
+    bool visited = false;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &look, [&] {
+        QWidget *modal = QApplication::activeModalWidget();
+        if (!modal || visited)
+            return;
+        visited = true;
+        visit(modal);
+    });
+    look.start(0);
+    action();
+    return visited;
+}
