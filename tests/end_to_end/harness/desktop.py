@@ -53,7 +53,8 @@ class Desktop:
 
     def ask_to_close(self, window):
         """What the cross in a title bar does."""
-        self._output(["xdotool", "windowquit", window])
+        self.focus(window)
+        self.key("alt+F4")
 
     def picture(self, name):
         self._output(["import", "-window", "root", str(STAGE / "pictures" / f"{name}.png")])

@@ -12,17 +12,21 @@ class Installation:
     def __init__(self):
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="case-", dir=STAGE))
         shutil.copytree(STAGE / "template", self.root / "Quorvaner", symlinks=True)
-        self.program_folder = self.root / "Quorvaner" / "bin"
-        self.program = self.program_folder / "Quorvaner"
-        self.runtime = self.program_folder / "LineRunner.exe"
-        self.user = self.root / "Quorvaner" / "USER"
-        self.demo = self.user / "projects" / "demo" / "demo.yslib"
+        self.move_to(self.root / "Quorvaner")
         self.data_home = self.root / "data"
         self.data_home.mkdir()
         self.data = self.data_home / "Quorvane"
         self.log_file = self.data / "launcher.log"
         self.database = self.data / "Quorvane.db"
         self.runtime_ends(exit_code=0)
+
+    def move_to(self, folder):
+        """Where it lies from now on; moving it there is the caller's."""
+        self.program_folder = folder / "bin"
+        self.program = self.program_folder / "Quorvaner"
+        self.runtime = self.program_folder / "LineRunner.exe"
+        self.user = folder / "USER"
+        self.demo = self.user / "projects" / "demo" / "demo.yslib"
 
     def remove(self):
         shutil.rmtree(self.root, ignore_errors=True)

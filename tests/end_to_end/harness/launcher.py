@@ -20,12 +20,13 @@ BUTTON_BROWSE = "浏览 yslib…"
 
 
 class Launcher:
-    def __init__(self, desktop, reader, installation, locale="en"):
+    def __init__(self, desktop, reader, installation, locale, more_environment):
         self.desktop, self.reader, self.installation = desktop, reader, installation
         self.locale = locale  # in which its texts are expected
         self.output = open(installation.root / "output.log", "ab")
         environment = dict(desktop.environment)
         environment["XDG_DATA_HOME"] = str(installation.data_home)
+        environment.update(more_environment)
         account = [] if os.environ["QUORVANE_ACCOUNT"] == "root" else WITHOUT_PRIVILEGE
         self.process = subprocess.Popen([*account, str(installation.program)], env=environment,
                                         cwd="/", stdin=subprocess.DEVNULL, stdout=self.output,
@@ -49,6 +50,11 @@ class Launcher:
     def texts(self):
         """All names that can be read on its windows."""
         return [node.name() for window in self.windows() for node in window.showing()]
+
+    def path_field(self):
+        """The field of the project's path in the repair panel."""
+        return next((node for window in self.windows() for node in window.showing()
+                     if node.role() == "text" and node.has(screen_reader.EDITABLE)), None)
 
     def control(self, name):
         """The button, box or field of this name that can be seen, or None."""
@@ -88,6 +94,11 @@ class Launcher:
         wait_for(lambda: line in self.installation.log(), f"the log line {line!r}", seconds,
                  self.situation)
 
+    def wait_until_logged(self, start, times=1, seconds=30):
+        """Waits for so many log lines with this start."""
+        wait_for(lambda: sum(line.startswith(start) for line in self.installation.log()) >= times,
+                 f"{times} log lines {start!r}", seconds, self.situation)
+
     def wait_for_countdown(self):
         self.wait_for_window()
         prefix = self.say(STATUS_COUNTDOWN).split("%1")[0]
@@ -122,6 +133,25 @@ class Launcher:
         control = wait_for(lambda: self.control(name), f"a control {name!r}", told=self.situation)
         wait_for(lambda: control.has(screen_reader.ENABLED), f"{name!r} enabled")
         self.desktop.click(*control.centre())
+
+    def enter_repair_mode(self):
+        self.wait_for_window()
+        self.press("F8")
+        self.wait_for_text(STATUS_REPAIR)
+
+    def tab_to(self, node):
+        """Presses Tab until this control has the focus."""
+        for _ in range(20):
+            if node.has(screen_reader.FOCUSED):
+                return
+            before = self.focused()
+            self.press("Tab")
+            wait_for(lambda: self.focused() != before, "the focus moved on", told=self.situation)
+        raise AssertionError(f"the Tab key never comes to {node.name()!r}\n{self.situation()}")
+
+    def focused(self):
+        return next((node.path for window in self.windows() for node in window.showing()
+                     if node.has(screen_reader.FOCUSED)), None)
 
     def answer_box(self, title):
         """Presses Enter in a message box and waits until it is gone."""

@@ -18,8 +18,9 @@ class Scenario(unittest.TestCase):
         self.installation = Installation()
         self.addCleanup(self.installation.remove)
 
-    def start_launcher(self, locale="en"):
-        launcher = Launcher(self.desktop, self.reader, self.installation, locale)
+    def start_launcher(self, locale="en", **environment):
+        """`locale` is the one its texts are expected in; the rest is added to its environment."""
+        launcher = Launcher(self.desktop, self.reader, self.installation, locale, environment)
         self.addCleanup(launcher.kill)
         return launcher
 

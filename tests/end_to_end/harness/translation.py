@@ -16,7 +16,7 @@ ENGLISH = dict(_pairs())
 
 def say(locale, source, *values):
     """The text in a locale, with %1, %2, … filled in."""
-    text = ENGLISH[source] if locale == "en" else source
+    text = source if locale != "en" or source == "%1" else ENGLISH[source]
     for place, value in reversed(list(enumerate(values, 1))):
         text = text.replace(f"%{place}", str(value))
     return text
