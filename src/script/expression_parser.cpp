@@ -1,0 +1,354 @@
+#include "script/expression_parser.h"
+
+#include "script/lexer.h"
+
+#include <utility>
+
+namespace ast {
+namespace {
+
+using ExprPointer = std::shared_ptr<ExprNode>;
+
+// Of a binary operator, 1 binds loosest; 0 for any other token.
+int binaryLevel(qint32 kind) {
+    switch (kind) {
+    case OrOr:
+        return 1;
+    case AndAnd:
+        return 2;
+    case EqualEqual:
+    case NotEqual:
+        return 3;
+    case Less:
+    case Greater:
+    case LessEqual:
+    case GreaterEqual:
+        return 4;
+    case Plus:
+    case Minus:
+        return 5;
+    case Star:
+    case Slash:
+    case Percent:
+        return 6;
+    default:
+        return 0;
+    }
+}
+
+ExprPointer newNode(ExprKind kind, TextPosition position = {}) {
+    auto node = std::make_shared<ExprNode>();
+    node->kind = kind;
+    node->line = position.line;
+    node->column = position.column;
+    return node;
+}
+
+ExprPointer rawNode(const QString &text) {
+    ExprPointer node = newNode(ExprKind::Raw);
+    node->rawText = text;
+    return node;
+}
+
+// What a call or a member access keeps of the tree before it.
+const QString &nameOf(const ExprNode &tree) {
+    return tree.kind == ExprKind::Identifier ? tree.identifierName : tree.rawText;
+}
+
+// "a" for a, "a[]" for a[i]; the subscript's text is kept only where it could not be parsed.
+QString memberBaseOf(const ExprNode &tree) {
+    if (tree.kind != ExprKind::Index || !tree.indexBase ||
+        tree.indexBase->kind != ExprKind::Identifier)
+        return nameOf(tree);
+    const bool isRaw = tree.indexValue && tree.indexValue->kind == ExprKind::Raw;
+    return tree.indexBase->identifierName + QLatin1Char('[') +
+           (isRaw ? tree.indexValue->rawText : QString()) + QLatin1Char(']');
+}
+
+} // namespace
+
+ExprPointer parseExpressionText(const QString &text, QString *error) {
+    const QString trimmed = text.trimmed();
+    if (trimmed.isEmpty())
+        return nullptr;
+    QString lexError;
+    std::vector<Token> tokens = Lexer(text).tokenize(&lexError);
+    if (!lexError.isEmpty()) {
+        if (error)
+            *error = lexError;
+        return rawNode(trimmed);
+    }
+    ExprPointer root = ExprParser(std::move(tokens)).parseOr();
+    return root ? root : rawNode(trimmed);
+}
+
+Expression makeExpression(const QString &text, qint32 line, qint32 column) {
+    const QString trimmed = text.trimmed();
+    // The Raw node that a lexical error gives is all that is kept of it.
+    QString ignored;
+    return {trimmed, line, column, parseExpressionText(trimmed, &ignored)};
+}
+
+Expression makeExpression(const Clause &clause, qint32 line, qint32 column) {
+    QString text = joinedText(clause);
+    if (!clause.lexesAlike)
+        return makeExpression(text, line, column);
+    if (text.isEmpty())
+        return {text, line, column, nullptr};
+    ExprPointer root = ExprParser(clause).parseOr();
+    if (!root)
+        root = rawNode(text);
+    return {std::move(text), line, column, std::move(root)};
+}
+
+ExprParser::ExprParser(std::vector<Token> tokens)
+    : m_owned(std::move(tokens))
+    , m_first(m_owned.data())
+    , m_count(qint32(m_owned.size()))
+    , m_joined(false) {}
+
+ExprParser::ExprParser(const Clause &clause)
+    : m_first(clause.first)
+    , m_count(qint32(clause.last - clause.first))
+    , m_joined(true) {}
+
+const Token &ExprParser::current() const {
+    static const Token end;
+    return m_pos < m_count ? m_first[m_pos] : end;
+}
+
+bool ExprParser::check(qint32 kind) const {
+    const qint32 here = current().kind;
+    return here != Eof && here == kind;
+}
+
+bool ExprParser::match(qint32 kind) {
+    if (!check(kind))
+        return false;
+    advance();
+    return true;
+}
+
+const Token &ExprParser::advance() {
+    const Token &token = m_first[m_pos++];
+    if (m_joined) {
+        m_consumed = m_position;
+        m_position.stepOver(token);
+    } else {
+        m_consumed = {token.line, token.column};
+    }
+    return token;
+}
+
+void ExprParser::push(Frame::Kind kind, ExprPointer node, int level) {
+    m_frames.append(Frame{kind, level, std::move(node)});
+}
+
+ExprPointer ExprParser::pop() {
+    ExprPointer node = std::move(m_frames.last().node);
+    m_frames.removeLast();
+    return node;
+}
+
+// A node that follows a tree takes the tree's position.
+void ExprParser::replaceValue(ExprPointer node) {
+    node->line = m_value->line;
+    node->column = m_value->column;
+    m_value = std::move(node);
+}
+
+// The recursive rule, with what it would leave on the stack kept in m_frames.
+ExprPointer ExprParser::parseOr() {
+    Step step = Step::Operand;
+    while (step != Step::Done) {
+        switch (step) {
+        case Step::Operand:
+            step = readOperand();
+            break;
+        case Step::Postfix:
+            step = readPostfix();
+            break;
+        default:
+            step = readOperator();
+            break;
+        }
+    }
+    return std::move(m_value);
+}
+
+ExprParser::Step ExprParser::readOperand() {
+    switch (current().kind) {
+    case PlusPlus:
+    case MinusMinus: {
+        ExprPointer node = newNode(ExprKind::IncDec);
+        node->isIncrement = advance().kind == PlusPlus;
+        push(Frame::Kind::Prefix, std::move(node));
+        return Step::Operand;
+    }
+    case Not:
+    case Minus:
+    case Plus: {
+        ExprPointer node = newNode(ExprKind::Unary);
+        node->op = advance().text;
+        push(Frame::Kind::Unary, std::move(node));
+        return Step::Operand;
+    }
+    case LParen:
+        advance();
+        push(Frame::Kind::Paren, nullptr);
+        return Step::Operand;
+    default:
+        return readPrimary();
+    }
+}
+
+ExprParser::Step ExprParser::readPrimary() {
+    switch (current().kind) {
+    case IntLiteral:
+    case FloatLiteral:
+    case StringLiteral:
+    case CharLiteral: {
+        const Token &token = advance();
+        m_value = newNode(ExprKind::Literal, m_consumed);
+        m_value->literalText = token.text;
+        m_value->literalIsString = token.kind == StringLiteral || token.kind == CharLiteral;
+        return Step::Postfix;
+    }
+    case Identifier: {
+        const Token &token = advance();
+        // The one constant that is folded.
+        const bool isPi = token.text == QLatin1String("Pi");
+        m_value = newNode(isPi ? ExprKind::Literal : ExprKind::Identifier, m_consumed);
+        if (isPi)
+            m_value->literalText = QStringLiteral("3.1415926");
+        else
+            m_value->identifierName = token.text;
+        return Step::Postfix;
+    }
+    default:
+        m_value.reset();
+        return Step::Operator;
+    }
+}
+
+ExprParser::Step ExprParser::readPostfix() {
+    switch (current().kind) {
+    case LBracket: {
+        advance();
+        ExprPointer node = newNode(ExprKind::Index, {m_value->line, m_value->column});
+        node->indexBase = std::move(m_value);
+        push(Frame::Kind::Index, std::move(node));
+        return Step::Operand;
+    }
+    case Dot:
+        advance();
+        return readMember();
+    case LParen:
+        advance();
+        return beginCall();
+    case PlusPlus:
+    case MinusMinus: {
+        ExprPointer node = newNode(ExprKind::IncDec, {m_value->line, m_value->column});
+        node->isIncrement = advance().kind == PlusPlus;
+        node->isPrefix = false;
+        node->incDecOperand = std::move(m_value);
+        m_value = std::move(node);
+        return Step::Postfix;
+    }
+    default:
+        return Step::Operator;
+    }
+}
+
+// A member access keeps the text of the tree before it and drops the tree. A dot without a name
+// stays consumed and ends the operand.
+ExprParser::Step ExprParser::readMember() {
+    if (!check(Identifier))
+        return Step::Operator;
+    ExprPointer node = newNode(ExprKind::Member);
+    node->memberName = advance().text;
+    node->memberBase = memberBaseOf(*m_value);
+    replaceValue(std::move(node));
+    return Step::Postfix;
+}
+
+ExprParser::Step ExprParser::beginCall() {
+    ExprPointer node = newNode(ExprKind::Call);
+    node->callee = nameOf(*m_value);
+    replaceValue(std::move(node));
+    if (match(RParen))
+        return Step::Postfix;
+    push(Frame::Kind::Call, std::move(m_value));
+    return Step::Operand;
+}
+
+// An operand is complete: a binary operator goes on with it, anything else closes what it stands
+// in.
+ExprParser::Step ExprParser::readOperator() {
+    closePrefixes();
+    const int level = binaryLevel(current().kind);
+    closeBinaries(level);
+    if (level > 0) {
+        ExprPointer node = newNode(ExprKind::Binary);
+        node->left = std::move(m_value);
+        node->op = advance().text;
+        push(Frame::Kind::Binary, std::move(node), level);
+        return Step::Operand;
+    }
+    if (m_frames.isEmpty())
+        return Step::Done;
+    return m_frames.last().kind == Frame::Kind::Call ? closeArgument() : closeBracket();
+}
+
+void ExprParser::closePrefixes() {
+    while (!m_frames.isEmpty()) {
+        const Frame::Kind kind = m_frames.last().kind;
+        if (kind != Frame::Kind::Unary && kind != Frame::Kind::Prefix)
+            return;
+        ExprPointer node = pop();
+        if (kind == Frame::Kind::Unary) {
+            node->operand = std::move(m_value);
+        } else {
+            node->incDecOperand = std::move(m_value);
+            // Meant: the last token of the operand and not the operator.
+            node->line = m_consumed.line;
+            node->column = m_consumed.column;
+        }
+        m_value = std::move(node);
+    }
+}
+
+// Operators of one level nest on the left; 0 closes all.
+void ExprParser::closeBinaries(int level) {
+    while (!m_frames.isEmpty() && m_frames.last().kind == Frame::Kind::Binary &&
+           m_frames.last().level >= level) {
+        ExprPointer node = pop();
+        node->right = std::move(m_value);
+        m_value = std::move(node);
+    }
+}
+
+ExprParser::Step ExprParser::closeBracket() {
+    const bool isIndex = m_frames.last().kind == Frame::Kind::Index;
+    ExprPointer node = pop();
+    // A missing bracket is passed over.
+    (void)match(isIndex ? RBracket : RParen);
+    if (isIndex) {
+        node->indexValue = std::move(m_value);
+        m_value = std::move(node);
+    }
+    // An empty pair of parentheses is null, and nothing can follow it.
+    return m_value ? Step::Postfix : Step::Operator;
+}
+
+ExprParser::Step ExprParser::closeArgument() {
+    m_frames.last().node->args.push_back(std::move(m_value));
+    if (match(Comma))
+        return Step::Operand;
+    // A missing parenthesis is passed over.
+    (void)match(RParen);
+    m_value = pop();
+    return Step::Postfix;
+}
+
+} // namespace ast

@@ -1,0 +1,111 @@
+// Parses the text of an expression.
+//
+// The parser is forgiving on purpose: it never fails. What it cannot read at all becomes a Raw
+// node, a missing operand stays a null pointer, a missing ')' or ']' is passed over, and tokens
+// left over after a complete expression are dropped. Syntax errors of a script are found by the
+// lexer and the statement parser only.
+//
+//   or             = and { "||" and }
+//   and            = equality { "&&" equality }
+//   equality       = comparison { ( "==" | "!=" ) comparison }
+//   comparison     = additive { ( "<" | ">" | "<=" | ">=" ) additive }
+//   additive       = multiplicative { ( "+" | "-" ) multiplicative }
+//   multiplicative = unary { ( "*" | "/" | "%" ) unary }
+//   unary          = ( "++" | "--" | "!" | "-" | "+" ) unary | postfix
+//   postfix        = primary { "[" or "]" | "." name | "(" [ or { "," or } ] ")" | "++" | "--" }
+//   primary        = number | string | character | name | "(" or ")"
+//
+// Depth is data: parsing uses a fixed amount of the thread's stack.
+#pragma once
+
+#include "script/clause.h"
+#include "script/syntax_tree.h"
+#include "script/token.h"
+
+#include <QString>
+#include <QVarLengthArray>
+
+#include <memory>
+#include <vector>
+
+namespace ast {
+
+// Null only for blank text. A lexical error gives a Raw node of the trimmed text, with the
+// message in `error`.
+[[nodiscard]] std::shared_ptr<ExprNode> parseExpressionText(const QString &text,
+                                                            QString *error = nullptr);
+
+// The trimmed text, the position it has in the script, and its parse. A lexical error of the text
+// reaches nobody.
+[[nodiscard]] Expression makeExpression(const QString &text, qint32 line, qint32 column);
+
+// The same for a stretch of tokens, with the same result as for its joined text.
+[[nodiscard]] Expression makeExpression(const Clause &clause, qint32 line, qint32 column);
+
+// Reads one expression from a stretch of tokens. Used once.
+class ExprParser {
+public:
+    // Over tokens with positions of their own; they end with Eof.
+    explicit ExprParser(std::vector<Token> tokens);
+
+    // Over the tokens of a clause, which outlive the parser. The nodes get the positions that the
+    // tokens have in the clause's text.
+    explicit ExprParser(const Clause &clause);
+
+    ExprParser(const ExprParser &) = delete;
+    ExprParser &operator=(const ExprParser &) = delete;
+
+    // True if the current token has this kind; false at the end, whatever the kind.
+    [[nodiscard]] bool check(qint32 kind) const;
+
+    // `check`, and consumes the token if so.
+    bool match(qint32 kind);
+
+    // An expression from the current token on; null if none can start there.
+    [[nodiscard]] std::shared_ptr<ExprNode> parseOr();
+
+private:
+    // What stands open around the operand that is being read.
+    struct Frame {
+        enum class Kind { Binary, Unary, Prefix, Paren, Index, Call };
+        Kind kind;
+        // Of a Binary: its level, 1 binds loosest.
+        int level;
+        // The node that waits for its operand; null for Paren.
+        std::shared_ptr<ExprNode> node;
+    };
+    // What comes next: an operand with its prefixes, what may follow a primary, what may follow an
+    // operand.
+    enum class Step { Operand, Postfix, Operator, Done };
+
+    const Token &current() const;
+    const Token &advance();
+    void push(Frame::Kind kind, std::shared_ptr<ExprNode> node, int level = 0);
+    std::shared_ptr<ExprNode> pop();
+    void replaceValue(std::shared_ptr<ExprNode> node);
+
+    Step readOperand();
+    Step readPrimary();
+    Step readPostfix();
+    Step readMember();
+    Step beginCall();
+    Step readOperator();
+    void closePrefixes();
+    void closeBinaries(int level);
+    Step closeBracket();
+    Step closeArgument();
+
+    std::vector<Token> m_owned;
+    const Token *m_first;
+    qint32 m_count;
+    qint32 m_pos = 0;
+    bool m_joined;
+    // Of the current token and of the one consumed last.
+    TextPosition m_position;
+    TextPosition m_consumed;
+    // The operand read last.
+    std::shared_ptr<ExprNode> m_value;
+    QVarLengthArray<Frame, 16> m_frames;
+};
+
+} // namespace ast

@@ -1,0 +1,77 @@
+// The init and update clauses of "for", which are statements inside a text.
+#include "script/lexer.h"
+#include "script/parser.h"
+#include "script/stop_tests.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace ast {
+namespace {
+
+// A plain prefix of the text decides, without a word boundary: "internal = 0" counts as a
+// declaration, and fails as one.
+bool looksLikeDeclaration(const Clause &clause) {
+    // No prefix holds a blank, so the first token tells what the joined text would.
+    const QString text =
+        clause.lexesAlike && clause.first != clause.last ? clause.first->text : joinedText(clause);
+    static const QLatin1String prefixes[] = {QLatin1String("int"),   QLatin1String("bool"),
+                                             QLatin1String("float"), QLatin1String("string"),
+                                             QLatin1String("char"),  QLatin1String("static"),
+                                             QLatin1String("global")};
+    return std::any_of(std::begin(prefixes), std::end(prefixes),
+                       [&text](QLatin1String prefix) { return text.startsWith(prefix); });
+}
+
+} // namespace
+
+// Reads the clause and the ';' behind it. What is reported inside it has positions of its own text.
+std::shared_ptr<Stmt> Parser::parseForInit(QString *error) {
+    const Token &at = peek();
+    const Clause clause = collectClause(isSemicolon);
+    if (!expect(Semicolon, QStringLiteral("expected ';' after for init"), error))
+        return nullptr;
+    std::shared_ptr<Stmt> init;
+    if (looksLikeDeclaration(clause)) {
+        QString lexError;
+        Parser parser(lexAgain(clause, QString(), &lexError), TokenOrigin::Lexer);
+        if (!lexError.isEmpty()) {
+            if (error)
+                *error = lexError;
+            return nullptr;
+        }
+        init = parser.parseInitDeclaration(error);
+        if (!init && error && error->contains(QLatin1String("(at 1:")))
+            report(QStringLiteral("for init: expected variable name"), at, error);
+    } else {
+        // An empty clause meets "empty statement" here, at 1:1, and so does a lexical error.
+        Parser parser(lexAgain(clause, QStringLiteral(";")), TokenOrigin::Lexer);
+        init = parser.parseSimpleStatement(error);
+    }
+    if (!init && error && error->isEmpty())
+        report(QStringLiteral("for init parse failed"), at, error);
+    return init;
+}
+
+// The token behind "static" or "global" is taken for the type, whatever it is.
+std::shared_ptr<Stmt> Parser::parseInitDeclaration(QString *error) {
+    const bool isStatic = check(KwStatic);
+    const bool isGlobal = check(KwGlobal);
+    if (isStatic || isGlobal)
+        advance();
+    const Token &type = peek();
+    advance();
+    return parseVarDecl(type, isStatic, isGlobal, error);
+}
+
+// An empty clause is an expression statement of empty text.
+std::shared_ptr<Stmt> Parser::parseForUpdate(QString *error) {
+    const Token &at = peek();
+    auto update = parseSimpleClause(collectClause(isCloseParen), at.line, at.column, error);
+    if (!update && error && error->isEmpty())
+        report(QStringLiteral("for update parse failed"), at, error);
+    return update;
+}
+
+} // namespace ast

@@ -1,0 +1,269 @@
+#include "script/lexer.h"
+
+#include "library/function_library.h"
+#include "script/spelling_table.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ast {
+namespace {
+
+struct Operator {
+    qint32 kind = -1;
+    QString text;
+};
+
+// The operators of two characters; a kind of -1 is no match.
+Operator twoCharacterOperator(char16_t first, char16_t second) {
+    switch (first) {
+    case '=':
+        return second == '=' ? Operator{EqualEqual, QStringLiteral("==")} : Operator();
+    case '!':
+        return second == '=' ? Operator{NotEqual, QStringLiteral("!=")} : Operator();
+    case '<':
+        return second == '=' ? Operator{LessEqual, QStringLiteral("<=")} : Operator();
+    case '>':
+        return second == '=' ? Operator{GreaterEqual, QStringLiteral(">=")} : Operator();
+    case '&':
+        return second == '&' ? Operator{AndAnd, QStringLiteral("&&")} : Operator();
+    case '|':
+        return second == '|' ? Operator{OrOr, QStringLiteral("||")} : Operator();
+    case '+':
+        return second == '+' ? Operator{PlusPlus, QStringLiteral("++")} : Operator();
+    case '-':
+        return second == '-' ? Operator{MinusMinus, QStringLiteral("--")} : Operator();
+    default:
+        return {};
+    }
+}
+
+Operator oneCharacterOperator(char16_t character) {
+    switch (character) {
+    case '!':
+        return {Not, QStringLiteral("!")};
+    case '#':
+        return {Hash, QStringLiteral("#")};
+    case '%':
+        return {Percent, QStringLiteral("%")};
+    case '(':
+        return {LParen, QStringLiteral("(")};
+    case ')':
+        return {RParen, QStringLiteral(")")};
+    case '*':
+        return {Star, QStringLiteral("*")};
+    case '+':
+        return {Plus, QStringLiteral("+")};
+    case ',':
+        return {Comma, QStringLiteral(",")};
+    case '-':
+        return {Minus, QStringLiteral("-")};
+    case '.':
+        return {Dot, QStringLiteral(".")};
+    case '/':
+        return {Slash, QStringLiteral("/")};
+    case ':':
+        return {Colon, QStringLiteral(":")};
+    case ';':
+        return {Semicolon, QStringLiteral(";")};
+    case '<':
+        return {Less, QStringLiteral("<")};
+    case '=':
+        return {Assign, QStringLiteral("=")};
+    case '>':
+        return {Greater, QStringLiteral(">")};
+    case '[':
+        return {LBracket, QStringLiteral("[")};
+    case ']':
+        return {RBracket, QStringLiteral("]")};
+    case '{':
+        return {LBrace, QStringLiteral("{")};
+    case '}':
+        return {RBrace, QStringLiteral("}")};
+    default:
+        return {};
+    }
+}
+
+bool isBlank(QChar character) {
+    return character == QLatin1Char(' ') || character == QLatin1Char('\t') ||
+           character == QLatin1Char('\r');
+}
+
+// One run over a text. Every token keeps inside its line but for literals and Newline itself, so a
+// column is the distance from the start of the line.
+class Scan {
+public:
+    Scan(const QString &source, std::vector<Token> &tokens)
+        : m_begin(source.constData())
+        , m_end(m_begin + source.size())
+        , m_next(m_begin)
+        , m_lineStart(m_begin)
+        , m_tokens(tokens) {}
+
+    // False at an unknown character, which then stands at position().
+    bool run() {
+        for (;;) {
+            while (m_next != m_end && isBlank(*m_next))
+                ++m_next;
+            if (m_next == m_end)
+                return true;
+            m_tokenLine = m_line;
+            m_tokenColumn = column();
+            if (!readOne())
+                return false;
+        }
+    }
+
+    const QChar *next() const { return m_next; }
+    qint32 line() const { return m_line; }
+    qint32 column() const { return qint32(m_next - m_lineStart) + 1; }
+
+private:
+    bool readOne() {
+        const QChar first = *m_next;
+        if (first == QLatin1Char('\n'))
+            readLineFeed();
+        else if (first == QLatin1Char('/') && second() == u'/')
+            skipComment();
+        else if (first.isLetter() || first == QLatin1Char('_'))
+            readWord();
+        else if (first.isDigit())
+            readNumber();
+        else if (first == QLatin1Char('"'))
+            readString();
+        else if (first == QLatin1Char('\''))
+            readCharacter();
+        else
+            return readOperator();
+        return true;
+    }
+
+    // The unit after the next one; 0 at the end of the text, which matches nothing.
+    char16_t second() const { return m_next + 1 == m_end ? u'\0' : m_next[1].unicode(); }
+
+    void append(qint32 kind, QString text) {
+        m_tokens.push_back({kind, std::move(text), m_tokenLine, m_tokenColumn});
+    }
+
+    void readLineFeed() {
+        ++m_next;
+        append(Newline, QStringLiteral("\n"));
+        ++m_line;
+        m_lineStart = m_next;
+    }
+
+    void skipComment() { m_next = std::find(m_next, m_end, QLatin1Char('\n')); }
+
+    void consume() {
+        if (*m_next++ == QLatin1Char('\n')) {
+            ++m_line;
+            m_lineStart = m_next;
+        }
+    }
+
+    // The shared spelling of the units from `start` to here.
+    Spelling &spelling(const QChar *start) {
+        quint32 hash = 0;
+        for (const QChar *unit = start; unit != m_next; ++unit)
+            hash = (hash ^ unit->unicode()) * 0x9e3779b1U;
+        return m_spellings.find(start, qint32(m_next - start), hash ^ (hash >> 15));
+    }
+
+    void readWord() {
+        const QChar *start = m_next;
+        while (m_next != m_end && (m_next->isLetterOrNumber() || *m_next == QLatin1Char('_')))
+            ++m_next;
+        Spelling &word = spelling(start);
+        if (word.kind < 0) {
+            const auto keyword = FunctionLibrary::instance().tokenKindOf(word.text);
+            word.kind = keyword.first ? keyword.second : qint32(Identifier);
+        }
+        append(word.kind, word.text);
+    }
+
+    void readNumber() {
+        const QChar *start = m_next;
+        bool hasDot = false;
+        for (; m_next != m_end; ++m_next) {
+            if (!m_next->isDigit() && (hasDot || *m_next != QLatin1Char('.')))
+                break;
+            hasDot = hasDot || *m_next == QLatin1Char('.');
+        }
+        append(hasDot ? FloatLiteral : IntLiteral, spelling(start).text);
+    }
+
+    void readString() {
+        const QChar *start = m_next++;
+        while (m_next != m_end) {
+            const QChar unit = *m_next;
+            consume();
+            if (unit == QLatin1Char('"'))
+                break;
+            if (unit == QLatin1Char('\\') && m_next != m_end)
+                consume();
+        }
+        append(StringLiteral, spelling(start).text);
+    }
+
+    // A backslash has no meaning here, which differs from strings on purpose.
+    void readCharacter() {
+        const QChar *start = m_next++;
+        while (m_next != m_end) {
+            const QChar unit = *m_next;
+            consume();
+            if (unit == QLatin1Char('\''))
+                break;
+        }
+        append(CharLiteral, spelling(start).text);
+    }
+
+    bool readOperator() {
+        qint32 length = 2;
+        Operator found = twoCharacterOperator(m_next->unicode(), second());
+        if (found.kind < 0) {
+            length = 1;
+            found = oneCharacterOperator(m_next->unicode());
+        }
+        if (found.kind < 0)
+            return false;
+        m_next += length;
+        append(found.kind, std::move(found.text));
+        return true;
+    }
+
+    const QChar *m_begin;
+    const QChar *m_end;
+    const QChar *m_next;
+    const QChar *m_lineStart;
+    qint32 m_line = 1;
+    qint32 m_tokenLine = 1;
+    qint32 m_tokenColumn = 1;
+    std::vector<Token> &m_tokens;
+    SpellingTable m_spellings;
+};
+
+} // namespace
+
+Lexer::Lexer(const QString &text)
+    : source(text) {}
+
+std::vector<Token> Lexer::tokenize(QString *error) {
+    std::vector<Token> tokens;
+    Scan scan(source, tokens);
+    const bool isKnown = scan.run();
+    pos = qint32(scan.next() - source.constData());
+    line = scan.line();
+    column = scan.column();
+    if (!isKnown) {
+        if (error)
+            *error =
+                QStringLiteral("Unknown character '%1' at %2:%3")
+                    .arg(QString(source.at(pos)), QString::number(line), QString::number(column));
+        return {};
+    }
+    tokens.push_back({Eof, QString(), line, column});
+    return tokens;
+}
+
+} // namespace ast

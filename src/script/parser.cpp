@@ -1,0 +1,263 @@
+// The parser's primitives, and the top of a script: functions, "#include" and "import".
+#include "script/parser.h"
+
+#include "script/stop_tests.h"
+
+#include <utility>
+
+namespace ast {
+namespace {
+
+// What collectText remembers of the characters it has walked over.
+struct BracketWalk {
+    int parentheses = 0;
+    int brackets = 0;
+    int braces = 0;
+    bool inString = false;
+    QChar quote;
+
+    // A count below zero does not stop either: a stray ')' runs on until something balances it.
+    bool mayStop() const { return !parentheses && !brackets && !braces && !inString; }
+
+    void stepOver(const Token &token, bool fromLexer) {
+        if (!fromLexer || token.kind == StringLiteral || token.kind == CharLiteral)
+            walk(token.text);
+        else if (!inString)
+            count(token.kind);
+    }
+
+    // Tokens of other kinds hold no quote, and a bracket is a token of its own.
+    void count(qint32 kind) {
+        parentheses += int(kind == LParen) - int(kind == RParen);
+        brackets += int(kind == LBracket) - int(kind == RBracket);
+        braces += int(kind == LBrace) - int(kind == RBrace);
+    }
+
+    // Looks at one character before a quote only, so a literal that ends in an escaped backslash
+    // leaves the string open for the tokens behind it. That is meant.
+    void walk(const QString &text) {
+        for (int i = 0; i < text.size(); ++i) {
+            const QChar character = text.at(i);
+            if (inString) {
+                if (character == quote && (i == 0 || text.at(i - 1) != QLatin1Char('\\')))
+                    inString = false;
+            } else if (character == QLatin1Char('"') || character == QLatin1Char('\'')) {
+                inString = true;
+                quote = character;
+            } else {
+                countCharacter(character.unicode());
+            }
+        }
+    }
+
+    void countCharacter(char16_t character) {
+        parentheses += int(character == '(') - int(character == ')');
+        brackets += int(character == '[') - int(character == ']');
+        braces += int(character == '{') - int(character == '}');
+    }
+};
+
+QString withoutQuotes(const QString &text) {
+    const QLatin1Char quote('"');
+    return text.size() > 1 && text.startsWith(quote) && text.endsWith(quote)
+               ? text.mid(1, text.size() - 2)
+               : text;
+}
+
+QString parameterType(qint32 kind) {
+    switch (kind) {
+    case KwBool:
+        return QStringLiteral("bool");
+    case KwFloat:
+        return QStringLiteral("float");
+    case KwString:
+        return QStringLiteral("string");
+    case KwChar:
+        return QStringLiteral("char");
+    default:
+        return QStringLiteral("int");
+    }
+}
+
+} // namespace
+
+Parser::Parser(std::vector<Token> tokens, TokenOrigin origin)
+    : m_tokens(std::move(tokens))
+    , m_fromLexer(origin == TokenOrigin::Lexer) {
+    if (m_tokens.empty() || m_tokens.back().kind != Eof)
+        m_tokens.emplace_back();
+}
+
+const Token &Parser::peek(qint32 offset) const {
+    const qint64 index = qint64(m_pos) + offset;
+    return index < qint64(m_tokens.size()) ? m_tokens[size_t(index)] : m_tokens.back();
+}
+
+bool Parser::atEnd() const {
+    return m_tokens[size_t(m_pos)].kind == Eof;
+}
+
+bool Parser::check(qint32 kind) const {
+    const qint32 here = m_tokens[size_t(m_pos)].kind;
+    return here != Eof && here == kind;
+}
+
+const Token &Parser::advance() {
+    if (!atEnd())
+        ++m_pos;
+    return m_tokens[size_t(m_pos > 0 ? m_pos - 1 : 0)];
+}
+
+bool Parser::match(qint32 kind) {
+    if (!check(kind))
+        return false;
+    advance();
+    return true;
+}
+
+bool Parser::expect(qint32 kind, const QString &message, QString *error) {
+    if (match(kind))
+        return true;
+    report(message, peek(), error);
+    return false;
+}
+
+// Writes the message as `expect` does.
+void Parser::report(const QString &message, const Token &at, QString *error) {
+    if (error)
+        *error = QStringLiteral("%1 (at %2:%3)")
+                     .arg(message, QString::number(at.line), QString::number(at.column));
+}
+
+bool Parser::isType(const Token &token) {
+    return token.kind >= KwInt && token.kind <= KwChar;
+}
+
+void Parser::skipNewlines() {
+    while (check(Newline))
+        advance();
+}
+
+Clause Parser::collectClause(StopTest stop) {
+    BracketWalk walk;
+    const Token *first = &m_tokens[size_t(m_pos)];
+    const Token *token = first;
+    for (; token->kind != Eof; ++token) {
+        if (walk.mayStop() && stop(*token))
+            break;
+        walk.stepOver(*token, m_fromLexer);
+    }
+    m_pos += qint32(token - first);
+    return makeClause(first, token, m_fromLexer);
+}
+
+QString Parser::collectText(StopTest stop) {
+    return joinedText(collectClause(stop));
+}
+
+std::shared_ptr<Program> Parser::parseProgram(QString *error) {
+    auto program = std::make_shared<Program>();
+    for (;;) {
+        skipNewlines();
+        if (atEnd())
+            return program;
+        if (check(KwFunction)) {
+            auto function = parseFunctionDecl(error);
+            if (!function)
+                return nullptr;
+            program->functions.push_back(std::move(function));
+            continue;
+        }
+        auto statement = parseStatement(error);
+        // A statement that fails at the very end of the file is dropped, and the rest stands.
+        if (!statement)
+            return atEnd() ? program : nullptr;
+        program->statements.push_back(std::move(statement));
+    }
+}
+
+std::shared_ptr<FunctionDeclStmt> Parser::parseFunctionDecl(QString *error) {
+    auto function = std::make_shared<FunctionDeclStmt>();
+    function->line = peek().line;
+    function->column = peek().column;
+    advance();
+    if (!check(Identifier)) {
+        report(QStringLiteral("expected function name"), peek(), error);
+        return nullptr;
+    }
+    function->name = advance().text;
+    if (!expect(LParen, QStringLiteral("expected '(' after function name"), error))
+        return nullptr;
+    if (!check(RParen) && !parseParameters(*function, error))
+        return nullptr;
+    if (!expect(RParen, QStringLiteral("expected ')' after function params"), error))
+        return nullptr;
+    skipNewlines();
+    if (check(LBrace)) {
+        function->body = parseBlock(error);
+        return function->body ? function : nullptr;
+    }
+    auto body = std::make_shared<Block>();
+    body->line = peek().line;
+    body->column = peek().column;
+    auto statement = parseSimpleStatement(error);
+    if (!statement)
+        return nullptr;
+    body->statements.push_back(std::move(statement));
+    function->body = std::move(body);
+    return function;
+}
+
+// Newlines are not skipped in the list, and a trailing comma fails.
+bool Parser::parseParameters(FunctionDeclStmt &function, QString *error) {
+    do {
+        const QString type = parameterType(peek().kind);
+        if (isType(peek()))
+            advance();
+        if (!check(Identifier)) {
+            report(QStringLiteral("expected parameter name"), peek(), error);
+            return false;
+        }
+        function.paramTypes.append(type);
+        function.paramNames.append(advance().text);
+    } while (match(Comma));
+    return true;
+}
+
+std::shared_ptr<Stmt> Parser::parseIncludeDirective(QString *error) {
+    advance();
+    if (!expect(KwInclude, QStringLiteral("expected include"), error))
+        return nullptr;
+    auto statement = std::make_shared<IncludeStmt>();
+    statement->line = peek().line;
+    statement->column = peek().column;
+    if (match(Less)) {
+        statement->path = collectText(isGreater);
+        // A missing '>' leaves its message behind and the statement stands.
+        (void)expect(Greater, QStringLiteral("expected '>' after include path"), error);
+        return statement;
+    }
+    if (check(StringLiteral)) {
+        statement->path = withoutQuotes(advance().text);
+        return statement;
+    }
+    report(QStringLiteral("invalid include syntax"), peek(), error);
+    return nullptr;
+}
+
+std::shared_ptr<Stmt> Parser::parseImportStatement(QString *error) {
+    advance();
+    auto statement = std::make_shared<ImportStmt>();
+    statement->line = peek().line;
+    statement->column = peek().column;
+    if (!check(StringLiteral)) {
+        report(QStringLiteral("import requires string path"), peek(), error);
+        return nullptr;
+    }
+    statement->path = withoutQuotes(advance().text);
+    if (!expect(Semicolon, QStringLiteral("expected ';' after import"), error))
+        return nullptr;
+    return statement;
+}
+
+} // namespace ast

@@ -1,0 +1,60 @@
+#include "script/spelling_table.h"
+
+#include <cstring>
+#include <utility>
+
+namespace ast {
+namespace {
+
+const quint32 firstSize = 64;
+// A well-mixed hash in a half-full table needs two or three; the bound is for hostile scripts.
+const quint32 probeLimit = 8;
+
+bool equals(const QString &text, const QChar *units, qint32 length) {
+    return text.size() == length &&
+           std::memcmp(text.constData(), units, size_t(length) * sizeof(QChar)) == 0;
+}
+
+} // namespace
+
+// The slot that holds the spelling or that is free for it; null if both are out of reach.
+SpellingTable::Slot *SpellingTable::place(const QChar *units, qint32 length, quint32 hash) {
+    const quint32 mask = quint32(m_slots.size()) - 1;
+    for (quint32 probe = 0; probe < probeLimit; ++probe) {
+        Slot &slot = m_slots[(hash + probe) & mask];
+        if (!slot.isUsed || (slot.hash == hash && equals(slot.spelling.text, units, length)))
+            return &slot;
+    }
+    return nullptr;
+}
+
+Spelling &SpellingTable::find(const QChar *units, qint32 length, quint32 hash) {
+    if (m_used * 2 >= m_slots.size())
+        grow();
+    Slot *slot = place(units, length, hash);
+    if (!slot) {
+        m_unshared = {QString(units, length), -1};
+        return m_unshared;
+    }
+    if (!slot->isUsed) {
+        *slot = {{QString(units, length), -1}, hash, true};
+        ++m_used;
+    }
+    return slot->spelling;
+}
+
+void SpellingTable::grow() {
+    std::vector<Slot> old(m_slots.empty() ? firstSize : m_slots.size() * 2);
+    old.swap(m_slots);
+    m_used = 0;
+    for (Slot &slot : old) {
+        const QString &text = slot.spelling.text;
+        Slot *target = slot.isUsed ? place(text.constData(), text.size(), slot.hash) : nullptr;
+        if (!target)
+            continue;
+        *target = std::move(slot);
+        ++m_used;
+    }
+}
+
+} // namespace ast
