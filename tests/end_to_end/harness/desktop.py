@@ -15,7 +15,7 @@ class Desktop:
         subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
         self.environment = dict(os.environ)
         self.environment["DISPLAY"] = ":" + self._answer_of(
-            lambda fd: ["Xvfb", "-displayfd", str(fd), "-screen", "0", "1280x1024x24",
+            lambda fd: ["Xvfb", "-displayfd", str(fd), "-screen", "0", "1600x1200x24",
                         "-nolisten", "tcp", "-ac"])
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = self._answer_of(
             lambda fd: ["dbus-daemon", "--session", "--nofork", f"--print-address={fd}",
@@ -42,7 +42,7 @@ class Desktop:
 
     def window_of(self, pid, title):
         """The newest visible window of a process with exactly this title, or None."""
-        for window in reversed(self._output(["xdotool", "search", "--onlyvisible", "--pid", str(pid),
+        for window in reversed(self._output(["xdotool", "search", "--all", "--onlyvisible", "--pid", str(pid),
                                              "--name", ""]).split()):
             if self._output(["xdotool", "getwindowname", window]).rstrip("\n") == title:
                 return window

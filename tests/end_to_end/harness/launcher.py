@@ -128,7 +128,8 @@ class Launcher:
         self.desktop.key(*keys)
 
     def click(self, source):
-        """A click on the control with this text."""
+        """A click on the control of the dialog with this text."""
+        self._focus(self.say("Quorvane 启动器"))  # raised above whatever lay over it
         name = self.say(source)
         control = wait_for(lambda: self.control(name), f"a control {name!r}", told=self.situation)
         wait_for(lambda: control.has(screen_reader.ENABLED), f"{name!r} enabled")
