@@ -1,0 +1,86 @@
+// How the printed forms walk a tree without recursion.
+#pragma once
+
+#include "script/syntax_tree.h"
+
+#include <QString>
+
+#include <iterator>
+#include <memory>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace ast {
+
+// What is left to print: a finished text, or a part of the tree.
+using Part = std::variant<QString, const ExprNode *, const Stmt *, const Block *>;
+
+// The parts of one node, in order.
+class Parts {
+public:
+    Parts &text(const QString &text) {
+        if (!m_list.empty() && std::holds_alternative<QString>(m_list.back()))
+            std::get<QString>(m_list.back()) += text;
+        else
+            m_list.emplace_back(text);
+        return *this;
+    }
+    Parts &text(const char *text) { return this->text(QString::fromLatin1(text)); }
+    template<typename Node>
+    Parts &node(const std::shared_ptr<Node> &node) {
+        if constexpr (std::is_base_of_v<Stmt, Node>)
+            m_list.emplace_back(static_cast<const Stmt *>(node.get()));
+        else
+            m_list.emplace_back(static_cast<const Node *>(node.get()));
+        return *this;
+    }
+    // The parts behind `separator`, one for each entry of a list.
+    template<typename List, typename Print>
+    Parts &list(const List &entries, const char *separator, Print print) {
+        bool isFirst = true;
+        for (const auto &entry : entries) {
+            if (!isFirst)
+                text(separator);
+            isFirst = false;
+            print(entry);
+        }
+        return *this;
+    }
+    std::vector<Part> &parts() { return m_list; }
+
+private:
+    std::vector<Part> m_list;
+};
+
+// Prints `first` and all below it. `Form::partsOf` gives the parts of a node, which may be null.
+template<typename Form>
+QString printed(Parts first) {
+    QString result;
+    std::vector<Part> left;
+    const auto push = [&left](std::vector<Part> &parts) {
+        left.insert(left.end(), std::make_move_iterator(parts.rbegin()),
+                    std::make_move_iterator(parts.rend()));
+    };
+    push(first.parts());
+    while (!left.empty()) {
+        const Part part = std::move(left.back());
+        left.pop_back();
+        if (const auto *text = std::get_if<QString>(&part)) {
+            result += *text;
+            continue;
+        }
+        Parts parts;
+        std::visit(
+            [&parts](const auto &node) {
+                if constexpr (!std::is_same_v<std::decay_t<decltype(node)>, QString>)
+                    Form::partsOf(node, parts);
+            },
+            part);
+        push(parts.parts());
+    }
+    return result;
+}
+
+} // namespace ast

@@ -1,0 +1,173 @@
+// The product's parsers against the plain recursive rules, over generated scripts, mutations of
+// them and noise: the same tree to the last field, or the same failure, with the same message.
+#include "script/lexer.h"
+#include "script/parser.h"
+#include "script/printed_form.h"
+
+#include "reference_parser.h"
+#include "script/expression_parser.h"
+#include "support/library_file.h"
+#include "support/same_tree.h"
+#include "support/script_generator.h"
+#include "support/staged_main.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+using support::ScriptGenerator;
+
+// What came out of a parse.
+struct Outcome {
+    std::vector<ast::Token> tokens;
+    std::shared_ptr<ast::Program> program;
+    QString error;
+};
+
+bool operator==(const Outcome &a, const Outcome &b) {
+    return a.error == b.error && a.tokens == b.tokens &&
+           support::sameTree(a.program.get(), b.program.get());
+}
+
+QString printed(const Outcome &outcome) {
+    return outcome.error + "\n" +
+           (outcome.program ? ast::programToJson(*outcome.program) : QString("no program"));
+}
+
+Outcome byTheRules(const QString &source) {
+    Outcome outcome;
+    outcome.tokens = reference::tokenize(source, &outcome.error);
+    if (outcome.error.isEmpty())
+        outcome.program = reference::Parser(outcome.tokens).parseProgram(&outcome.error);
+    return outcome;
+}
+
+Outcome parsed(const QString &source, ast::TokenOrigin origin) {
+    Outcome outcome;
+    outcome.tokens = ast::Lexer(source).tokenize(&outcome.error);
+    if (outcome.error.isEmpty())
+        outcome.program = ast::Parser(outcome.tokens, origin).parseProgram(&outcome.error);
+    return outcome;
+}
+
+// Compares both ways of reading clauses with the rules.
+bool compare(const QString &source, bool *hasProgram = nullptr) {
+    const Outcome rule = byTheRules(source);
+    if (hasProgram)
+        *hasProgram = rule.program != nullptr;
+    for (const auto origin : {ast::TokenOrigin::Lexer, ast::TokenOrigin::Anywhere}) {
+        const Outcome outcome = parsed(source, origin);
+        if (outcome == rule)
+            continue;
+        qWarning().noquote() << "source:" << source << "\nrule:" << printed(rule)
+                             << "\nparsed:" << printed(outcome);
+        return false;
+    }
+    return true;
+}
+
+enum class Kind { Script, Mutation, Noise };
+
+QString generate(ScriptGenerator &generator, Kind kind) {
+    switch (kind) {
+    case Kind::Script:
+        return generator.script();
+    case Kind::Mutation:
+        return generator.mutation(generator.script());
+    default:
+        return generator.noise(1 + generator.below(40));
+    }
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Kind)
+
+class ReferenceComparisonTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
+
+    void scripts_data() {
+        QTest::addColumn<Kind>("kind");
+        QTest::addColumn<quint32>("seed");
+        QTest::addColumn<int>("count");
+        QTest::newRow("scripts from the grammar") << Kind::Script << 1U << 4000;
+        QTest::newRow("mutations of scripts") << Kind::Mutation << 2U << 8000;
+        QTest::newRow("noise") << Kind::Noise << 3U << 12000;
+    }
+
+    void scripts() {
+        QFETCH(Kind, kind);
+        QFETCH(quint32, seed);
+        QFETCH(int, count);
+        ScriptGenerator generator(seed);
+        int programs = 0;
+        for (int i = 0; i < count; ++i) {
+            bool hasProgram = false;
+            QVERIFY(compare(generate(generator, kind), &hasProgram));
+            programs += int(hasProgram);
+        }
+        qInfo("%d of %d gave a program", programs, count);
+        // Neither kind of end must be rare, except that the grammar gives good scripts only.
+        QVERIFY(programs > count / 20);
+        QVERIFY(kind == Kind::Script ? programs == count : programs < count);
+    }
+
+    void expressions() {
+        ScriptGenerator generator(4);
+        for (int i = 0; i < 12000; ++i) {
+            const QString source =
+                i % 2 == 0 ? generator.expression(4) : generator.mutation(generator.expression(3));
+            QString ruleError;
+            QString error;
+            const auto rule = reference::parseExpressionText(source, &ruleError);
+            const auto tree = ast::parseExpressionText(source, &error);
+            if (!support::sameTree(tree.get(), rule.get()))
+                QCOMPARE(ast::expressionToJson(tree.get()), ast::expressionToJson(rule.get()));
+            QCOMPARE(error, ruleError);
+        }
+    }
+
+    // The whole set of short token sequences, where most of the odd cases live.
+    void allShortSequences() {
+        const QStringList words{"if",     "else", "for",       "switch",  "case",  "int", "static",
+                                "import", "#",    "a",         "1",       "\"s\"", "(",   ")",
+                                "[",      "{",    "}",         ";",       ":",     "=",   "++",
+                                ".",      "\n",   "\"x\\\\\"", "function"};
+        const int base = words.size();
+        for (int number = 0; number < base * base * base; ++number) {
+            const QString source = words.at(number % base) + ' ' + words.at(number / base % base) +
+                                   ' ' + words.at(number / base / base);
+            QVERIFY(compare(source));
+        }
+    }
+
+    // Sequences behind a "for (" and inside a block, where texts are cut out of texts.
+    void sequencesInsideClauses() {
+        ScriptGenerator generator(5);
+        for (int i = 0; i < 12000; ++i) {
+            const QString noise = generator.noise(1 + generator.below(8));
+            const QStringList frames{"for (%1; a; b) { }",
+                                     "for (a = 1; %1; b) { }",
+                                     "for (a = 1; a; %1) { }",
+                                     "if (%1) { a } else { b }",
+                                     "switch (%1) { case 1: a }",
+                                     "switch (a) { case %1: a }",
+                                     "int a[%1] = 2",
+                                     "while (a) { %1 }",
+                                     "if (a) %1 else b",
+                                     "function f(%1) { }",
+                                     "for (int %1; ; ) a",
+                                     "for (static %1; ; ) a",
+                                     "#include <%1>",
+                                     "return %1"};
+            const QString source = frames.at(generator.below(frames.size())).arg(noise);
+            QVERIFY(compare(source));
+        }
+    }
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, ReferenceComparisonTest)
+#include "reference_comparison_test.moc"
