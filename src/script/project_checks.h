@@ -1,0 +1,49 @@
+// The two faults that no script shows alone: a cycle of `import` statements, and a `global` that
+// two scripts declare.
+//
+// Both checks take the path of the .yslib file and its `scripts` array, read and parse the script
+// files themselves, on the caller's thread, and share nothing. A script that is missing, too large
+// for memory, unreadable or does not parse is passed over without a finding; so is an entry that is
+// no object or has no path. One script's tree is freed before the next is read.
+#pragma once
+
+#include "script/script_diagnostics.h"
+
+#include <QHash>
+#include <QJsonArray>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+namespace ast {
+
+// A listed script's absolute path, not cleaned, to the cleaned absolute paths that it imports. What
+// is imported but not listed occurs in values only.
+using ImportGraph = QHash<QString, QSet<QString>>;
+
+// YS404 at 1:1 if a listed script imports itself, directly or through other listed ones; at most
+// one for a project.
+[[nodiscard]] ScriptCheckResult checkImportGraph(const QString &projectPath,
+                                                 const QJsonArray &scripts);
+
+// YS408 for each name that direct statements of two scripts or more declare `global`. The message
+// lists all declarations as "path:line".
+[[nodiscard]] ScriptCheckResult checkCrossScriptGlobals(const QString &projectPath,
+                                                        const QJsonArray &scripts);
+
+// The imports among the direct statements of a script, as cleaned absolute paths resolved against
+// the script's own folder; rooted paths are left out. Empty on any failure. The project's folder
+// takes no part.
+[[nodiscard]] QStringList collectImports(const QString &scriptPath, const QString &projectFolder);
+
+// Whether a cycle can be reached from `node`. `onPath` holds the nodes between the start of the
+// search and `node`, `finished` those that are known to reach none; the node that closes the cycle
+// is appended to `path` if one is given. Takes no stack however long the chain of imports is.
+[[nodiscard]] bool findImportCycle(const QString &node, const ImportGraph &graph,
+                                   QSet<QString> &onPath, QSet<QString> &finished,
+                                   QStringList *path = nullptr);
+
+// Whether a path starts with a separator of either kind, or with a drive letter, a colon and one.
+[[nodiscard]] bool isRootedPath(const QString &path);
+
+} // namespace ast
