@@ -1,0 +1,37 @@
+// Decides nothing, finds everything: the list of what is wrong with a project.
+//
+// Its rules look at the .yslib document, at the files that it names, at the scripts that
+// lie beside it and, through script/project_checks.h, into the scripts. All rules run whatever was
+// found before; only a document that cannot be read at all stops them. The caller looks at the
+// severities: any error means that the project cannot run, warnings never do. A script with a
+// syntax error is no finding.
+//
+// Runs on the caller's thread and blocks it, the parsing of all scripts included. Holds nothing
+// between two runs and changes nothing; the function library must be loaded. The messages are
+// Chinese in every locale.
+#pragma once
+
+#include <QString>
+#include <QVector>
+
+struct ProjectIssue {
+    qint32 severity = 0; // 0 error, 1 warning
+    // Where it lies: a path into the document such as "tasks.subs[1].entryScriptId", "yslib" for
+    // the file as a whole, "scripts" for the registry as a whole, or a script's path as written.
+    QString path;
+    QString message;
+};
+
+// The findings for the .yslib file at `projectPath`, in the order in which the rules fired; empty
+// for a clean project. A file that cannot be read, or that memory does not suffice for, is one
+// finding.
+[[nodiscard]] QVector<ProjectIssue> validateProjectFile(const QString &projectPath);
+
+// The same for a text in memory. `projectPath` says where its paths count from; the file itself
+// need not exist.
+[[nodiscard]] QVector<ProjectIssue> validateProjectText(const QString &text,
+                                                        const QString &projectPath);
+
+// One line for each issue, "[Error] path: message" or "[Warning] path: message", for logs and
+// message boxes. No line feed after the last.
+[[nodiscard]] QString formatProjectIssues(const QVector<ProjectIssue> &issues);
