@@ -1,0 +1,40 @@
+// A project file: the validator over it, and the readers and the stamping of name and version.
+
+#include "project/project_file.h"
+#include "project/project_validator.h"
+#include "script_language.h"
+
+#include <QDir>
+
+namespace {
+
+// The files that a document can name.
+void writeScripts() {
+    fuzz::loadScriptLanguage();
+    fuzz::demand(QDir(fuzz::folder().path()).mkpath(QStringLiteral("p/sub")));
+    fuzz::write(QStringLiteral("p/a.ys"), "import \"sub/b.ys\";\nglobal int cam1_w = 1;\n");
+    fuzz::write(QStringLiteral("p/sub/b.ys"), "import \"../a.ys\";\nglobal int cam1_w;\n");
+    fuzz::write(QStringLiteral("p/c.ys"), "global int bad;\n} @\n");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    static const bool written = (writeScripts(), true);
+    Q_UNUSED(written)
+    const QByteArray bytes = fuzz::bytesOf(data, size);
+    const QString path = fuzz::write(QStringLiteral("p/line.yslib"), bytes);
+    const QVector<ProjectIssue> issues = validateProjectFile(path);
+    for (const ProjectIssue &issue : issues) {
+        fuzz::demand(issue.severity == 0 || issue.severity == 1);
+        fuzz::demand(!issue.message.isEmpty());
+    }
+    fuzz::demand(formatProjectIssues(issues).isEmpty() == issues.isEmpty());
+
+    static_cast<void>(readProjectName(path));
+    static_cast<void>(installedProjectVersion(path));
+    fuzz::demand(stampProjectVersion(path, QStringLiteral("1.2.3")));
+    fuzz::demand(installedProjectVersion(path) == QLatin1String("1.2.3") ||
+                 !readProjectVersion(path).isEmpty());
+    return 0;
+}
