@@ -1,0 +1,50 @@
+// The entry: builds the process-wide frame in one fixed order, shows the window, starts the flow and
+// tears down in reverse. No step depends on how an earlier one ended, so no result is looked at: a
+// frame without settings, translation or function library runs on with less.
+#include "frame/app_paths.h"
+#include "frame/locale_manager.h"
+#include "frame/settings_store.h"
+#include "launcher/launcher_service.h"
+#include "library/function_library.h"
+#include "parameter/source_parameter.h"
+#include "window/launcher_window.h"
+
+#include <QApplication>
+#include <QList>
+
+namespace {
+
+// Never deleted: the first one's thread still runs when the process ends.
+QList<SourceParameter *> sourceParameters;
+
+void makeSourceParameters() {
+    if (!sourceParameters.isEmpty())
+        return;
+    sourceParameters.append(new SourceParameter(true));
+    sourceParameters.append(new SourceParameter(false));
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    // Line PCs have screens of any density. These two only count before there is an application.
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+
+    QApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("Quorvaner"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Quorvane"));
+
+    AppPaths::initialize();
+    (void)SettingsStore::instance().open();
+    LocaleManager::instance().applySavedLocale(QStringLiteral("en"));
+    (void)FunctionLibrary::instance().load(AppPaths::functionLibraryPath(), nullptr);
+    makeSourceParameters();
+
+    LauncherService service;
+    service.initialize(); // stands on its own, so it makes the folders and opens the settings again
+    LauncherWindow window(&service);
+    window.show();
+    service.start(); // only now: the first countdownChanged must reach a window that is shown
+    return QApplication::exec();
+}
