@@ -1,6 +1,5 @@
 #include "parameter/source_parameter.h"
 
-#include <QCoreApplication>
 #include <QDebug>
 #include <QThread>
 
@@ -62,11 +61,10 @@ SourceParameter::~SourceParameter() {
         endThread();
 }
 
-// On another thread. The deletion that the thread's end would ask for is cut off first, and one
-// that was asked for before is dropped: the store is being deleted already.
+// On another thread. The deletion that the thread's end asks for is cut off first: the store is
+// being deleted already.
 void SourceParameter::endThread() {
     disconnect(m_thread, &QThread::finished, this, &QObject::deleteLater);
-    QCoreApplication::removePostedEvents(this, QEvent::DeferredDelete);
     m_thread->quit();
     m_thread->wait();
     delete m_thread;

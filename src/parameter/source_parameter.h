@@ -15,10 +15,10 @@
 // (parameter/ys_date.h); if the very first write of a process emits a temporary, no cell has ever
 // been copied, and Qt then drops the writes to that store for good, with a warning.
 //
-// Ending: when the thread of a threaded store ends, the store is destroyed with it, on that thread.
-// A store may instead be deleted from any thread but its own, which ends its thread and waits for
-// it, or by deleteLater. Choose one of these; and in each case the writers must have stopped by
-// then.
+// Ending: the end of its thread destroys a threaded store, on that thread. Deleting the store from
+// another thread ends its thread and waits for it; deleteLater ends it without a wait. Do one of
+// these, once, when the writers have stopped. To end the thread while they still emit, first
+// disconnect its finished signal from the store; what they emit then is dropped with the store.
 #pragma once
 
 #include "parameter/base_parameter.h"
