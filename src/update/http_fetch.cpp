@@ -1,0 +1,209 @@
+#include "update/http_fetch.h"
+
+#include "update/https_fallback.h"
+#include "update/text_file.h"
+
+#include <QEventLoop>
+#include <QFile>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QTimer>
+
+#include <new>
+
+namespace {
+
+const int cancelPollMs = 100;
+const int downloadTimeoutMs = 120000;
+const int downloadRedirects = 8;
+
+bool isCancelled(const CancelFlag *cancelFlag) {
+    return cancelFlag != nullptr && cancelFlag->load(std::memory_order_relaxed) != 0;
+}
+
+QString cancelledText() {
+    return QStringLiteral("cancelled");
+}
+
+// The end of a hop: whether another follows. With the text, the call has failed.
+bool endWith(const QString &error, FetchResult *result) {
+    result->error = error;
+    return false;
+}
+
+QNetworkRequest requestFor(const QUrl &url) {
+    QNetworkRequest request(url);
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED // the older of two attributes, for libraries that know only it
+        request.setAttribute(QNetworkRequest::FollowRedirectsAttribute, true);
+    QT_WARNING_POP
+    // Where both are known this one wins: each redirect comes back here and is counted.
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         QNetworkRequest::ManualRedirectPolicy);
+    return request;
+}
+
+bool isWebUrl(const QUrl &url) {
+    return url.isValid() &&
+           (url.scheme().compare(QLatin1String("http"), Qt::CaseInsensitive) == 0 ||
+            url.scheme().compare(QLatin1String("https"), Qt::CaseInsensitive) == 0);
+}
+
+// Invalid if the reply names none that may be followed: a file on this machine may not.
+QUrl redirectTarget(const QNetworkReply &reply, const QUrl &current) {
+    QUrl target = reply.attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
+    if (!target.isValid())
+        target = QUrl(QString::fromUtf8(reply.rawHeader("Location")).trimmed());
+    if (target.isValid() && target.isRelative())
+        target = current.resolved(target);
+    return isWebUrl(target) ? target : QUrl();
+}
+
+bool succeedWithBody(FetchResult *result) {
+    if (result->body.isEmpty()) {
+        const QString status = result->statusCode < 1 ? QStringLiteral("unknown")
+                                                      : QString::number(result->statusCode);
+        return endWith(QStringLiteral("empty response body (HTTP %1) from %2")
+                           .arg(status, result->finalUrl.toString()),
+                       result);
+    }
+    result->ok = true;
+    return false;
+}
+
+// Leaves the result alone if the client failed: the user sees the library's failure, not its own.
+bool fallBack(const QUrl &current, int timeoutMs, FetchResult *result) {
+    if (current.scheme().compare(QLatin1String("https"), Qt::CaseInsensitive) != 0)
+        return false;
+    QByteArray body;
+    qint32 status = 0;
+    QUrl finalUrl;
+    if (!httpsFallback(current, timeoutMs, &body, &status, &finalUrl))
+        return false;
+    *result = {body, status, finalUrl.isValid() ? finalUrl : current, QString(), true};
+    return true;
+}
+
+QString failureText(const QNetworkReply &reply, const QUrl &current, int statusCode) {
+    const QString text =
+        reply.isFinished() ? reply.errorString() : QStringLiteral("network request timed out");
+    const QString suffix =
+        statusCode >= 1 ? QStringLiteral(" (HTTP %1)").arg(statusCode) : QString();
+    return text + suffix + QStringLiteral(" URL: ") + current.toString();
+}
+
+// One request. True if another hop follows, to the URL that `current` holds then.
+bool runHop(QUrl *current, bool mayRedirect, int timeoutMs, const CancelFlag *cancelFlag,
+            FetchResult *result) {
+    // The manager outlives the reading of the reply, and takes the reply with it: a pool thread has
+    // no event loop that would carry out deleteLater.
+    QNetworkAccessManager manager;
+    QNetworkReply *const reply = manager.get(requestFor(*current));
+    QEventLoop loop;
+    waitForReply(*reply, loop, timeoutMs, cancelFlag);
+    reply->deleteLater();
+    if (isCancelled(cancelFlag))
+        return endWith(cancelledText(), result);
+
+    result->statusCode = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    result->finalUrl = reply->url();
+    if (reply->isOpen()) // an aborted one is closed
+        result->body = reply->readAll();
+    if (mayRedirect && result->statusCode >= 300 && result->statusCode <= 399) {
+        const QUrl target = redirectTarget(*reply, *current);
+        if (!target.isValid()) {
+            return endWith(QStringLiteral("redirect (%1) missing Location header from %2")
+                               .arg(QString::number(result->statusCode), current->toString()),
+                           result);
+        }
+        *current = target;
+        return true;
+    }
+    if (reply->isFinished() && reply->error() == QNetworkReply::NoError)
+        return succeedWithBody(result);
+    const QString failure = failureText(*reply, *current, result->statusCode);
+    return fallBack(*current, timeoutMs, result) ? false : endWith(failure, result);
+}
+
+bool fail(const QString &text, QString *error) {
+    if (error != nullptr)
+        *error = text;
+    return false;
+}
+
+bool writeBody(const QByteArray &body, const QString &path, QString *error) {
+    // A folder that cannot be made shows when the file is opened.
+    (void)ensureParentDir(path);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return fail(file.errorString(), error);
+    // Only a write of nothing counts as failed; a full disk shows when the hash is checked.
+    if (file.write(body) == 0)
+        return fail(file.errorString(), error);
+    return true;
+}
+
+} // namespace
+
+void waitForReply(QNetworkReply &reply, QEventLoop &loop, int timeoutMs,
+                  const CancelFlag *cancelFlag) {
+    const auto abandon = [&reply, &loop] {
+        reply.abort();
+        loop.quit();
+    };
+    QTimer limit;
+    limit.setSingleShot(true);
+    QObject::connect(&limit, &QTimer::timeout, &loop, abandon);
+    QObject::connect(&reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    QTimer poll;
+    if (cancelFlag != nullptr) {
+        QObject::connect(&poll, &QTimer::timeout, &loop, [abandon, cancelFlag] {
+            if (isCancelled(cancelFlag))
+                abandon();
+        });
+        poll.start(cancelPollMs);
+    }
+    limit.start(timeoutMs);
+    loop.exec();
+    poll.stop();
+}
+
+FetchResult fetchUrl(const QUrl &url, int timeoutMs, int maxRedirects,
+                     const CancelFlag *cancelFlag) {
+    FetchResult result;
+    if (!url.isValid())
+        result.error = QStringLiteral("invalid URL: %1").arg(url.toString());
+    else if (isCancelled(cancelFlag))
+        result.error = cancelledText();
+    else if (maxRedirects < 0)
+        result.error = QStringLiteral("too many redirects while requesting %1").arg(url.toString());
+    if (!result.error.isEmpty())
+        return result;
+
+    QUrl current = url;
+    // The reply of the last allowed hop is taken as it is, so nine replies at most for eight hops.
+    for (int hop = 0; runHop(&current, hop < maxRedirects, timeoutMs, cancelFlag, &result); ++hop) {
+        if (isCancelled(cancelFlag)) {
+            result.error = cancelledText();
+            return result;
+        }
+    }
+    return result;
+}
+
+bool downloadToFile(const QUrl &url, const QString &path, QString *error,
+                    const CancelFlag *cancelFlag) {
+    if (isCancelled(cancelFlag))
+        return fail(cancelledText(), error);
+    try {
+        const FetchResult result = fetchUrl(url, downloadTimeoutMs, downloadRedirects, cancelFlag);
+        if (!result.ok)
+            return fail(result.error, error);
+        if (isCancelled(cancelFlag))
+            return fail(cancelledText(), error);
+        return writeBody(result.body, path, error);
+    } catch (const std::bad_alloc &) {
+        return fail(QStringLiteral("not enough memory to hold %1").arg(url.toString()), error);
+    }
+}

@@ -1,0 +1,6 @@
+#include "update/https_fallback.h"
+
+bool httpsFallback(const QUrl &url, int timeoutMs, QByteArray *body, qint32 *status, QUrl *finalUrl,
+                   QString *error) {
+    return powershellFetch(url, timeoutMs, body, status, finalUrl, error);
+}
