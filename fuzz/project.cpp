@@ -19,6 +19,12 @@ void writeScripts() {
 
 } // namespace
 
+// The JSON parser of Qt 5.15 loses the memory of an object or array whose key comes twice. That is
+// not ours to mend; leaks of ours show in the tests of src/project.
+extern "C" const char *__asan_default_options() { // NOLINT(bugprone-reserved-identifier)
+    return "detect_leaks=0";
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     static const bool written = (writeScripts(), true);
     Q_UNUSED(written)
