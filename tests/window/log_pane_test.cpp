@@ -1,0 +1,132 @@
+// The pane that shows this run's part of the launch log.
+#include "support/staged_main.h"
+#include "window_scene.h"
+
+#include "frame/app_paths.h"
+
+#include <QScrollBar>
+
+using State = LauncherService::State;
+
+class LogPaneTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void onlyLinesOfThisRunAreShown();
+    void aFirstRunShowsTheWholeLog();
+    void aReplacedLogIsShownFromItsStart();
+    void theBuiltInNoticeIsTranslated();
+    void theNoticeFileIsShownTrimmed();
+    void anEmptyNoticeFileShowsNothing();
+    void statusAndCountdownRenewThePane();
+    void anUnchangedLogKeepsTheScrollPosition();
+
+private:
+    static QString noticePath();
+};
+
+QString LogPaneTest::noticePath() {
+    return support::stageRoot() + "/app/config/launcher_notice.txt";
+}
+
+namespace {
+
+void write(const QString &path, const QByteArray &bytes) {
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+} // namespace
+
+void LogPaneTest::init() {
+    QFile::remove(AppPaths::launchLogPath());
+    QFile::remove(noticePath());
+    useLanguage(Language::Chinese);
+}
+
+void LogPaneTest::onlyLinesOfThisRunAreShown() {
+    AppPaths::initialize();
+    LauncherService::appendLaunchLog("a line of the run before");
+    WindowScene scene;
+    QVERIFY(!scene.parts.logView->toPlainText().contains("run before"));
+    LauncherService::appendLaunchLog("a line of this run");
+    scene.refresh();
+    QVERIFY(scene.parts.logView->toPlainText().endsWith(" a line of this run"));
+    QCOMPARE(scene.parts.logView->toPlainText().count('\n'), 0);
+}
+
+void LogPaneTest::aFirstRunShowsTheWholeLog() {
+    WindowScene scene;
+    QVERIFY(!QFile::exists(AppPaths::launchLogPath()));
+    LauncherService::appendLaunchLog("first");
+    LauncherService::appendLaunchLog("second");
+    scene.refresh();
+    const QStringList lines = scene.parts.logView->toPlainText().split('\n');
+    QCOMPARE(lines.size(), 2);
+    QVERIFY(lines.first().endsWith(" first"));
+    QVERIFY(lines.last().endsWith(" second"));
+}
+
+void LogPaneTest::aReplacedLogIsShownFromItsStart() {
+    AppPaths::initialize();
+    LauncherService::appendLaunchLog(QString("long ").repeated(100));
+    WindowScene scene;
+    QVERIFY(QFile::remove(AppPaths::launchLogPath()));
+    LauncherService::appendLaunchLog("anew");
+    scene.refresh();
+    QVERIFY(scene.parts.logView->toPlainText().endsWith(" anew"));
+}
+
+void LogPaneTest::theBuiltInNoticeIsTranslated() {
+    stageTranslation();
+    WindowScene scene;
+    QCOMPARE(scene.parts.logView->toPlainText(),
+             QString("本次会话尚无日志。启动过程将显示在这里。"));
+    useLanguage(Language::English);
+    QCOMPARE(scene.parts.logView->toPlainText(),
+             QString("Nothing has been logged in this session yet. "
+                     "What the launcher does will be shown here."));
+}
+
+void LogPaneTest::theNoticeFileIsShownTrimmed() {
+    write(noticePath(), "\n  产线 3 的操作说明 <b>\n\n");
+    const WindowScene scene;
+    QCOMPARE(scene.parts.logView->toPlainText(), QString("产线 3 的操作说明 <b>"));
+}
+
+void LogPaneTest::anEmptyNoticeFileShowsNothing() {
+    write(noticePath(), " \n");
+    const WindowScene scene;
+    QCOMPARE(scene.parts.logView->toPlainText(), QString());
+}
+
+void LogPaneTest::statusAndCountdownRenewThePane() {
+    WindowScene scene;
+    scene.put(State::Countdown);
+    LauncherService::appendLaunchLog("one");
+    Q_EMIT scene.service.countdownChanged(4);
+    QVERIFY(scene.parts.logView->toPlainText().endsWith(" one"));
+    LauncherService::appendLaunchLog("two");
+    Q_EMIT scene.service.statusChanged("x");
+    QVERIFY(scene.parts.logView->toPlainText().endsWith(" two"));
+}
+
+void LogPaneTest::anUnchangedLogKeepsTheScrollPosition() {
+    WindowScene scene;
+    for (int i = 0; i < 100; ++i)
+        LauncherService::appendLaunchLog("line");
+    scene.put(State::Countdown);
+    scene.window.show();
+    QScrollBar *bar = scene.parts.logView->verticalScrollBar();
+    QVERIFY(bar->maximum() > 0);
+    bar->setValue(bar->maximum() / 2);
+    const int before = bar->value();
+    scene.refresh();
+    QCOMPARE(bar->value(), before);
+}
+
+QUORVANE_TEST_MAIN(QApplication, LogPaneTest)
+#include "log_pane_test.moc"
