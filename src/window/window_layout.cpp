@@ -15,6 +15,7 @@ namespace {
 
 const QSize startSize(640, 360);
 const QSize largestSize(1280, 720);
+const QMargins panelPadding(6, 6, 6, 6); // of the style sheets, which a layout does not see
 
 // A button that Enter never presses by accident: the buttons of a dialog are default buttons unless
 // told otherwise, and Enter in the path field would start something.
@@ -122,6 +123,7 @@ void LauncherWindow::buildBannerPanel() {
     }
     buttons->addStretch();
     auto *panel = new QVBoxLayout(bannerPanel);
+    panel->setContentsMargins(panelPadding);
     panel->addWidget(bannerLabel);
     panel->addLayout(buttons);
 }
@@ -142,6 +144,7 @@ void LauncherWindow::buildTaskPanel() {
     buttons->addStretch();
     buttons->addWidget(taskCancelButton);
     auto *panel = new QVBoxLayout(taskPanel);
+    panel->setContentsMargins(panelPadding);
     panel->addWidget(taskTitleLabel);
     panel->addWidget(taskDetailLabel);
     panel->addWidget(taskProgressBar);

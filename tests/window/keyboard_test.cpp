@@ -65,11 +65,10 @@ void KeyboardTest::f8WorksFromEveryWidget() {
     WindowScene scene;
     scene.put(State::Failed);
     showActive(scene);
-    for (QWidget *widget :
-         {static_cast<QWidget *>(scene.parts.projectPathEdit),
-          static_cast<QWidget *>(scene.parts.skipPrecheckCheck),
-          static_cast<QWidget *>(scene.parts.launchButton),
-          static_cast<QWidget *>(scene.parts.languageButton)}) {
+    for (QWidget *widget : {static_cast<QWidget *>(scene.parts.projectPathEdit),
+                            static_cast<QWidget *>(scene.parts.skipPrecheckCheck),
+                            static_cast<QWidget *>(scene.parts.launchButton),
+                            static_cast<QWidget *>(scene.parts.languageButton)}) {
         scene.put(State::Failed);
         widget->setFocus();
         QVERIFY(widget->hasFocus());

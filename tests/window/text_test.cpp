@@ -102,8 +102,10 @@ void TextTest::theLanguageButtonShowsTheLanguageAndTheWayOut_data() {
     QTest::addColumn<Language>("language");
     QTest::addColumn<QString>("icon");
     QTest::addColumn<QString>("tip");
-    QTest::newRow("Chinese") << Language::Chinese << ":/CH.png" << "Switch to English";
-    QTest::newRow("English") << Language::English << ":/EN.png" << "切换到中文";
+    QTest::newRow("Chinese") << Language::Chinese << ":/CH.png"
+                             << "Switch to English";
+    QTest::newRow("English") << Language::English << ":/EN.png"
+                             << "切换到中文";
 }
 
 void TextTest::theLanguageButtonShowsTheLanguageAndTheWayOut() {

@@ -4,6 +4,7 @@
 #include "support/staged_main.h"
 
 #include <QApplication>
+#include <QPointer>
 #include <QTimer>
 
 using State = LauncherService::State;
@@ -81,11 +82,14 @@ bool duringModal(const std::function<void()> &action, const std::function<void(Q
     bool visited = false;
     QTimer look;
     QObject::connect(&look, &QTimer::timeout, &look, [&] {
-        QWidget *modal = QApplication::activeModalWidget();
+        const QPointer<QWidget> modal = QApplication::activeModalWidget();
         if (!modal || visited)
             return;
         visited = true;
         visit(modal);
+        // A visit that failed half-way must not leave the test waiting for ever.
+        if (modal && modal->isVisible())
+            modal->close();
     });
     look.start(0);
     action();

@@ -41,8 +41,8 @@ void addLanguageRows();
 [[nodiscard]] QList<LauncherService::State> allStates();
 [[nodiscard]] QByteArray nameOf(LauncherService::State state);
 
-// Runs `action`, and `visit` with the modal widget that comes up during it; `visit` must close it.
-// True when one came up.
+// Runs `action`, and `visit` with the modal widget that comes up during it; one that is still open
+// then is closed. True when one came up.
 [[nodiscard]] bool duringModal(const std::function<void()> &action,
                                const std::function<void(QWidget *)> &visit);
 

@@ -1,0 +1,241 @@
+// What a screen reader is told, and whether the text can be read on its ground.
+#include "support/staged_main.h"
+#include "window_scene.h"
+
+#include <QAccessible>
+#include <QMessageBox>
+
+#include <algorithm>
+#include <cmath>
+
+using State = LauncherService::State;
+using PromptMode = LauncherService::UpdatePromptMode;
+
+class AccessibilityTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void everyControlHasANameAndARole_data();
+    void everyControlHasANameAndARole();
+    void theDialogOfUpdatesIsNamedToo();
+    void theRolesAreThoseOfTheControls();
+    void theLabelsAreReadInFull();
+    void textStandsOutFromItsGround_data();
+    void textStandsOutFromItsGround();
+};
+
+void AccessibilityTest::initTestCase() {
+    stageTranslation();
+}
+
+namespace {
+
+QList<QAccessibleInterface *> withDescendants(QAccessibleInterface *root) {
+    QList<QAccessibleInterface *> all = {root};
+    for (int i = 0; i < root->childCount(); ++i)
+        if (QAccessibleInterface *child = root->child(i))
+            all += withDescendants(child);
+    return all;
+}
+
+bool isInteractive(QAccessible::Role role) {
+    static const QList<QAccessible::Role> roles = {
+        QAccessible::PushButton,  QAccessible::ButtonMenu,    QAccessible::CheckBox,
+        QAccessible::RadioButton, QAccessible::EditableText,  QAccessible::ProgressBar,
+        QAccessible::ComboBox,    QAccessible::ButtonDropDown};
+    return roles.contains(role);
+}
+
+QStringList namesOfInteractive(QWidget *root) {
+    QStringList names;
+    const auto all = withDescendants(QAccessible::queryAccessibleInterface(root));
+    for (const QAccessibleInterface *item : all)
+        if (isInteractive(item->role()) || (item->state().focusable && item->object() != root))
+            names.append(item->text(QAccessible::Name));
+    return names;
+}
+
+// --- Contrast, as the web's accessibility rules reckon it ---------------------------------------
+
+double channel(int value) {
+    const double c = value / 255.0;
+    return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+}
+
+double luminance(const QColor &colour) {
+    return 0.2126 * channel(colour.red()) + 0.7152 * channel(colour.green()) +
+           0.0722 * channel(colour.blue());
+}
+
+double contrast(const QColor &a, const QColor &b) {
+    const double high = std::max(luminance(a), luminance(b));
+    const double low = std::min(luminance(a), luminance(b));
+    return (high + 0.05) / (low + 0.05);
+}
+
+// The ground is the colour that covers most of the widget, the ink the one that differs most from
+// it; between them lie only the smoothed edges of letters.
+double contrastInPixels(QWidget *widget) {
+    const QImage image =
+        widget->window()
+            ->grab(QRect(widget->mapTo(widget->window(), QPoint()), widget->size()))
+            .toImage();
+    QHash<QRgb, int> colours;
+    for (int y = 2; y < image.height() - 2; ++y)
+        for (int x = 2; x < image.width() - 2; ++x)
+            ++colours[image.pixel(x, y)];
+    const QRgb ground = std::max_element(colours.cbegin(), colours.cend()).key();
+    double best = 1;
+    for (auto it = colours.cbegin(); it != colours.cend(); ++it)
+        best = std::max(best, contrast(QColor(it.key()), QColor(ground)));
+    return best;
+}
+
+QPalette paletteNamed(const QString &name) {
+    if (name == "light")
+        return QPalette(QColor(0xef, 0xef, 0xef));
+    QPalette palette(name == "dark" ? QColor(0x31, 0x36, 0x3b) : QColor(Qt::black));
+    if (name == "high-contrast") {
+        for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+            palette.setColor(role, Qt::yellow);
+        for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Button})
+            palette.setColor(role, Qt::black);
+    }
+    return palette;
+}
+
+} // namespace
+
+void AccessibilityTest::everyControlHasANameAndARole_data() {
+    addLanguageRows();
+}
+
+void AccessibilityTest::everyControlHasANameAndARole() {
+    QFETCH(Language, language);
+    useLanguage(language);
+    WindowScene scene;
+    scene.window.show();
+    for (const State state : allStates())
+        for (const bool task : {false, true}) {
+            scene.service.state = state;
+            scene.service.checkInFlight = task;
+            scene.offerUpdate(PromptMode::OnlineBanner);
+            const QStringList names = namesOfInteractive(&scene.window);
+            QVERIFY(names.size() >= 1);
+            for (const QString &name : names)
+                QVERIFY2(!name.trimmed().isEmpty(), nameOf(state));
+        }
+    scene.service.checkInFlight = false;
+    // Hidden ones too: all there are.
+    const auto widgets = scene.window.findChildren<QWidget *>();
+    int controls = 0;
+    for (QWidget *widget : widgets) {
+        const QAccessibleInterface *item = QAccessible::queryAccessibleInterface(widget);
+        QVERIFY(item);
+        if (!isInteractive(item->role()))
+            continue;
+        ++controls;
+        QVERIFY2(!item->text(QAccessible::Name).trimmed().isEmpty(),
+                 widget->metaObject()->className());
+        QVERIFY(item->role() != QAccessible::NoRole);
+    }
+    QCOMPARE(controls, 17); // 11 buttons, language, box, field, pane, two bars
+}
+
+void AccessibilityTest::theDialogOfUpdatesIsNamedToo() {
+    useLanguage(Language::Chinese);
+    WindowScene scene;
+    scene.service.state = State::RepairMode;
+    scene.offerUpdate(PromptMode::OnlineBanner);
+    QVERIFY(duringModal([&] { scene.parts.bannerUpdateButton->click(); },
+                        [](QWidget *dialog) {
+                            const QStringList names = namesOfInteractive(dialog);
+                            QCOMPARE(names.size(), 7); // five boxes, OK and Cancel
+                            for (const QString &name : names)
+                                QVERIFY(!name.trimmed().isEmpty());
+                        }));
+}
+
+void AccessibilityTest::theRolesAreThoseOfTheControls() {
+    const WindowScene scene;
+    const auto roleOf = [](QWidget *widget) {
+        return QAccessible::queryAccessibleInterface(widget)->role();
+    };
+    QCOMPARE(roleOf(scene.parts.launchButton), QAccessible::PushButton);
+    QCOMPARE(roleOf(scene.parts.hasUpdateButton), QAccessible::PushButton);
+    QCOMPARE(roleOf(scene.parts.languageButton), QAccessible::PushButton);
+    QCOMPARE(roleOf(scene.parts.skipPrecheckCheck), QAccessible::CheckBox);
+    QCOMPARE(roleOf(scene.parts.projectPathEdit), QAccessible::EditableText);
+    QCOMPARE(roleOf(scene.parts.taskProgressBar), QAccessible::ProgressBar);
+    QCOMPARE(roleOf(scene.parts.statusLabel), QAccessible::StaticText);
+}
+
+void AccessibilityTest::theLabelsAreReadInFull() {
+    WindowScene scene;
+    scene.service.statusText = QString("finding\n").repeated(30);
+    scene.put(State::RepairMode);
+    QCOMPARE(
+        QAccessible::queryAccessibleInterface(scene.parts.statusLabel)->text(QAccessible::Name),
+        scene.service.statusText);
+}
+
+void AccessibilityTest::textStandsOutFromItsGround_data() {
+    QTest::addColumn<QString>("palette");
+    QTest::addColumn<QString>("style");
+    for (const char *style : {"Fusion", "Windows"})
+        for (const char *palette : {"light", "dark", "high-contrast"})
+            QTest::addRow("%s palette, %s style", palette, style) << palette << style;
+}
+
+void AccessibilityTest::textStandsOutFromItsGround() {
+    QFETCH(QString, palette);
+    QFETCH(QString, style);
+    useLanguage(Language::English);
+    QApplication::setStyle(style);
+    QApplication::setPalette(paletteNamed(palette));
+    WindowScene scene;
+    const WindowParts &parts = scene.parts;
+    scene.service.projectPath = "/lines/a.yslib";
+    scene.service.statusText = "A status";
+    scene.service.state = State::RepairMode;
+    scene.service.updateSummary = "Project -> 2.0";
+    const auto readable = [&](const QList<QWidget *> &widgets) {
+        scene.window.show();
+        QCoreApplication::processEvents();
+        for (QWidget *widget : widgets) {
+            QVERIFY(widget->isVisible());
+            const double found = contrastInPixels(widget);
+            QVERIFY2(found >= 4.5, qPrintable(QString("%1: %2").arg(
+                                       widget->metaObject()->className(), QString::number(found))));
+        }
+    };
+
+    scene.offerUpdate(PromptMode::OnlineBanner);
+    readable({parts.titleLabel, parts.projectLabel, parts.statusLabel, parts.bannerLabel,
+              parts.bannerUpdateButton, parts.bannerRemindButton, parts.bannerSkipButton,
+              parts.projectPathEdit, parts.skipPrecheckCheck, parts.launchButton});
+    scene.offerUpdate(PromptMode::BadgeOnly);
+    readable({parts.hasUpdateButton});
+    scene.service.taskId = "apply_1";
+    scene.setTaskActive(true);
+    Q_EMIT scene.service.updateTaskProgressChanged("apply_1", "download", 0, "Five of seven");
+    readable({parts.taskTitleLabel, parts.taskDetailLabel, parts.taskProgressBar,
+              parts.taskCancelButton});
+    scene.service.checkInFlight = false;
+
+    // The grounds of the panels are the style sheets' under every palette.
+    QCOMPARE(parts.bannerPanel->styleSheet().contains("#e3f2fd"), true);
+    QVERIFY(contrast(parts.bannerLabel->palette().color(QPalette::WindowText), QColor("#e3f2fd")) >=
+            4.5);
+    QVERIFY(contrast(parts.taskTitleLabel->palette().color(QPalette::WindowText),
+                     QColor("#fff8e1")) >= 4.5);
+    QVERIFY(contrast(parts.taskDetailLabel->palette().color(QPalette::WindowText),
+                     QColor("#fff8e1")) >= 4.5);
+    QVERIFY(parts.hasUpdateButton->autoFillBackground());
+    QVERIFY(contrast(QColor("#1565c0"), parts.hasUpdateButton->palette().color(
+                                            parts.hasUpdateButton->backgroundRole())) >= 4.5);
+}
+
+QUORVANE_TEST_MAIN(QApplication, AccessibilityTest)
+#include "accessibility_test.moc"
