@@ -7,6 +7,7 @@
 
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -18,13 +19,6 @@ bool isReserved(const QString &name) {
         return set;
     }();
     return words.contains(name);
-}
-
-bool startsLikeAName(const QString &name) {
-    if (name.isEmpty())
-        return false;
-    const ushort first = name.at(0).unicode();
-    return (first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z') || first == '_';
 }
 
 // False if memory cannot hold so many.
@@ -57,7 +51,7 @@ QString kindMessage(const QString &name) {
 bool BaseParameter::ParaNameIsLegal(const QString &name) {
     // The dollar also matches before a final line feed, so a name may end in one.
     static const QRegularExpression form(QStringLiteral("^[a-zA-Z_][a-zA-Z0-9_]*$"));
-    return startsLikeAName(name) && form.match(name).hasMatch() && !isReserved(name);
+    return form.match(name).hasMatch() && !isReserved(name);
 }
 
 void BaseParameter::ParaCreate(const QString &name, const YsDate &value) {

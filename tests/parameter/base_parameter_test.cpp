@@ -210,6 +210,16 @@ private slots:
         QCOMPARE(l.messages, QStringList(limitMessage("a[3]", "2")));
     }
 
+    void arrayOfOneElementIsNoScalar() {
+        Listened l;
+        l.parameter.ParaCreateArray("a", cell(9), 1);
+        QCOMPARE(l.values(), QList<int>{9});
+        QCOMPARE(l.parameter.m_arraySize, 1);
+        l.parameter.ParaCreateArray("a", cell(8), 0);
+        QCOMPARE(l.values(), QList<int>{8});
+        QCOMPARE(l.messages, QStringList());
+    }
+
     void arraySizeBelowOneHoldsNoElements_data() {
         QTest::addColumn<int>("size");
         QTest::addColumn<QString>("message");
@@ -346,6 +356,16 @@ private slots:
         QCOMPARE(l.messages, QStringList(limitMessage("a[1]", "2")));
         QVERIFY(!l.parameter.ParaModifyElement("a", cell(4), 0));
         QCOMPARE(l.values(), QList<int>{4});
+    }
+
+    void scalarWriteToAnArrayIsComparedWithItsFirstElement() {
+        Listened l;
+        l.parameter.ParaCreateArray("a", cell(1, 3), 2);
+        l.parameter.m_values[1].kind = 4;
+        QVERIFY(l.parameter.ParaModify("a", cell(2, 4)));
+        QCOMPARE(l.values(), (QList<int>{1, 1}));
+        QVERIFY(!l.parameter.ParaModify("a", cell(2, 3)));
+        QCOMPARE(l.values(), QList<int>{2});
     }
 
     void scalarWriteToAnArrayOfNoElementsIsAccepted() {
