@@ -101,6 +101,8 @@ private slots:
     void textWithoutFile();
     void noFile();
     void absolutePathThatExists();
+    void driveLetterThatExists();
+    void filesThatMayNotBeRead();
     void everyRuleInItsOrder();
     void linksOnTheDisk();
     void hugeFiles();
@@ -268,7 +270,12 @@ void ProjectValidatorTest::projects_data() {
         {QStringLiteral("[Error] scripts[0].role: 缺少 script role")});
     row("a role of other case", "scripts.0.role", "\"Main\"",
         {QStringLiteral("[Error] scripts[0].role: script role 必须为 main、sub 或 module")});
-    row("role and task are not tied", "scripts.0.role", "\"module\"");
+    row("an entry script of role module, and no script of role main", "scripts.0.role",
+        "\"module\"");
+    row("two scripts of one id that is still known", "scripts.2",
+        R"({"id":"main","path":"sub/sub.ys","role":"module"})");
+    row("a script that does not end in .ys", "scripts.2",
+        R"({"id":"a","path":"data.json","role":"module"})");
 
     const QString noTasks = QStringLiteral("[Error] tasks: 缺少 tasks 对象");
     const QString noMain = QStringLiteral("[Error] tasks.main: 缺少 tasks.main");
@@ -493,6 +500,21 @@ void ProjectValidatorTest::noFile() {
     }
 }
 
+void ProjectValidatorTest::filesThatMayNotBeRead() {
+    const ProjectFolder folder;
+    for (const auto &file : cleanFiles)
+        folder.write(file.first, file.second);
+    const QString project = folder.write("line.yslib", cleanProject);
+    folder.write("sub/sub.ys", "import \"../main.ys\"; global int w;");
+    QVERIFY(QFile::setPermissions(folder.path("sub/sub.ys"), {}));
+    if (QFile(folder.path("sub/sub.ys")).open(QIODevice::ReadOnly))
+        QSKIP("this account may read everything");
+    QCOMPARE(linesOf(validateProjectFile(project)), QStringList());
+    QVERIFY(QFile::setPermissions(project, {}));
+    QVERIFY(formatProjectIssues(validateProjectFile(project))
+                .startsWith(QStringLiteral("[Error] yslib: 无法读取 yslib：")));
+}
+
 void ProjectValidatorTest::absolutePathThatExists() {
     const ProjectFolder elsewhere;
     const QString path = elsewhere.write("a.ys", "global int w;");
@@ -504,6 +526,17 @@ void ProjectValidatorTest::absolutePathThatExists() {
                       "[Warning] scripts[2].path: path 疑似绝对路径；请使用相对 yslib 目录的路径"),
                   QStringLiteral("[Warning] %1: global 变量 'w' 不符合 {camId}_{metric} 命名")
                       .arg(path)}));
+}
+
+// Only Windows reads the name as an absolute path; the warning is the same everywhere.
+void ProjectValidatorTest::driveLetterThatExists() {
+    const QJsonValue root =
+        edited(parsed(cleanProject), {"scripts", "2"},
+               QJsonObject{{"id", "a"}, {"path", "C:\\proj\\a.ys"}, {"role", "sub"}});
+    const QStringList expected(QStringLiteral(
+        "[Warning] scripts[2].path: path 疑似绝对路径；请使用相对 yslib 目录的路径"));
+    QCOMPARE(issuesOf(toJson(root), {{"C:\\proj\\a.ys", ""}}), expected);
+    QCOMPARE(issuesOf(toJson(root), {{"C:/proj/a.ys", ""}}), expected);
 }
 
 void ProjectValidatorTest::everyRuleInItsOrder() {
