@@ -2,8 +2,8 @@
 // that it holds, against a bare queued signal that carries the same arguments to a slot that does
 // nothing. Both are received on a thread of their own, and a round ends when its last write is done.
 //
-// The store finds a name by looking along its list. Up to a hundred names that is lost in the cost of
-// the signal itself; at a thousand a write costs some three times as much, at ten thousand twenty.
+// The store finds a name by looking along its list. Up to a hundred names that hardly shows beside
+// the signal itself; with a thousand a write costs some three times as much, with ten thousand twenty.
 //
 //   benchmark_parameter [--benchmark_repetitions=5]
 #include "parameter/source_parameter.h"
