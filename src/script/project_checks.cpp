@@ -55,7 +55,7 @@ std::shared_ptr<Program> parsedText(const QString &text) {
     if (!lexicalError.isEmpty())
         return nullptr;
     QString syntaxError;
-    return Parser(std::move(tokens)).parseProgram(&syntaxError);
+    return Parser(std::move(tokens), TokenOrigin::Lexer).parseProgram(&syntaxError);
 }
 
 QStringList importsOf(const QString &scriptPath) {
