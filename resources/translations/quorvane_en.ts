@@ -155,6 +155,174 @@ Log: %3
         <source>准备组件安装包…</source>
         <translation>Preparing the component installers…</translation>
     </message>
+    <message>
+        <source>正在检查更新，请稍候…</source>
+        <translation>Checking for updates, please wait…</translation>
+    </message>
+    <message>
+        <source>插件 %1 版本 %2 低于 manifest 要求 %3（仅警告，不拦截）。</source>
+        <translation>Plug-in %1 has version %2, below the %3 that the manifest asks for (a warning only, nothing is blocked).</translation>
+    </message>
+    <message>
+        <source>插件 %1 缺失：%2（仅警告，不拦截）。</source>
+        <translation>Plug-in %1 is missing: %2 (a warning only, nothing is blocked).</translation>
+    </message>
+    <message>
+        <source>项目预检失败：
+%1
+日志：%2</source>
+        <translation>The project check failed:
+%1
+Log: %2</translation>
+    </message>
+    <message>
+        <source>Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。</source>
+        <translation>Runtime version %1 is below the %2 that the manifest asks for (a warning only, nothing is blocked).</translation>
+    </message>
+    <message>
+        <source>在线更新不可用（%1）。可使用 U 盘更新：QuorvanerUpdate/manifest.json。</source>
+        <translation>Online updates are not available (%1). You can update from a USB stick: QuorvanerUpdate/manifest.json.</translation>
+    </message>
+    <message>
+        <source>未找到更新 manifest，将继续使用当前版本。</source>
+        <translation>No update manifest was found. The current version stays in use.</translation>
+    </message>
+    <message>
+        <source>更新被拒绝：%1（source=%2）。将继续使用当前版本。</source>
+        <translation>The update was refused: %1 (source=%2). The current version stays in use.</translation>
+    </message>
+    <message>
+        <source>更新 manifest 解析失败，将继续使用当前版本。</source>
+        <translation>The update manifest could not be parsed. The current version stays in use.</translation>
+    </message>
+    <message>
+        <source>U 盘 manifest 无法读取，尝试在线更新：%1 (%2)</source>
+        <translation>The manifest on the USB stick cannot be read, trying the online update: %1 (%2)</translation>
+    </message>
+    <message>
+        <source>已读取 U 盘 manifest：%1（文件 SHA256 计算失败：%2）</source>
+        <translation>Read the manifest on the USB stick: %1 (the SHA256 of the file could not be computed: %2)</translation>
+    </message>
+    <message>
+        <source>已读取 U 盘 manifest：%1（file_sha256=%2）</source>
+        <translation>Read the manifest on the USB stick: %1 (file_sha256=%2)</translation>
+    </message>
+    <message>
+        <source>已读取在线 manifest：%1</source>
+        <translation>Read the online manifest: %1</translation>
+    </message>
+    <message>
+        <source>%1：%2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>未检测到高于当前版本的可用更新。</source>
+        <translation>No update newer than the current version was found.</translation>
+    </message>
+    <message>
+        <source>项目：%1</source>
+        <translation>Project: %1</translation>
+    </message>
+    <message>
+        <source>未找到与当前项目匹配的项目记录（%1）。</source>
+        <translation>There is no project record for the current project (%1).</translation>
+    </message>
+    <message>
+        <source>新版本</source>
+        <translation>a new version</translation>
+    </message>
+    <message>
+        <source>已验证的更新可用（来源：%1）。</source>
+        <translation>A verified update is available (source: %1).</translation>
+    </message>
+    <message>
+        <source>当前项目版本：%1（%2）</source>
+        <translation>Current project version: %1 (%2)</translation>
+    </message>
+    <message>
+        <source>可更新项：%1</source>
+        <translation>Can be updated: %1</translation>
+    </message>
+    <message>
+        <source>检测到离线更新包，可在主界面选择「立即更新」或继续启动。</source>
+        <translation>An offline update was found. Choose &quot;Update now&quot; in the main window, or go on starting.</translation>
+    </message>
+    <message>
+        <source>发现在线更新，可在主界面选择「立即更新」「稍后提醒」或「跳过此版本」。</source>
+        <translation>An online update is available. Choose &quot;Update now&quot;, &quot;Remind me later&quot; or &quot;Skip this version&quot; in the main window.</translation>
+    </message>
+    <message>
+        <source>Runtime</source>
+        <translation>Runtime</translation>
+    </message>
+    <message>
+        <source>Launcher</source>
+        <translation>Launcher</translation>
+    </message>
+    <message>
+        <source>Editor</source>
+        <translation>Editor</translation>
+    </message>
+    <message>
+        <source>Python 工具</source>
+        <translation>Python tools</translation>
+    </message>
+    <message>
+        <source>修复模式下更新检查命中节流窗口（%1 秒），跳过重复请求。</source>
+        <translation>Repair mode: the last update check started less than %1 seconds ago, the repeated request was skipped.</translation>
+    </message>
+    <message>
+        <source>%1 未提供 setupUrl。</source>
+        <translation>%1 has no setupUrl.</translation>
+    </message>
+    <message>
+        <source>%1 安装包缺失：%2</source>
+        <translation>The installer of %1 is missing: %2</translation>
+    </message>
+    <message>
+        <source>%1 缺少可识别的目标版本（manifest 未提供 version 且 setupUrl 无版本号）。</source>
+        <translation>%1 has no recognisable target version (the manifest gives no version, and setupUrl holds none).</translation>
+    </message>
+    <message>
+        <source>目标版本 %1 不高于当前版本 %2。</source>
+        <translation>Target version %1 is not newer than the current version %2.</translation>
+    </message>
+    <message>
+        <source>当前版本 %1 低于该更新包最小可更新版本 %2。</source>
+        <translation>The current version %1 is below %2, the lowest version that this package can update.</translation>
+    </message>
+    <message>
+        <source>未知版本</source>
+        <translation>an unknown version</translation>
+    </message>
+    <message>
+        <source>可从 %1 更新到 %2。</source>
+        <translation>Can be updated from %1 to %2.</translation>
+    </message>
+    <message>
+        <source>manifest 未提供可更新的项目记录。</source>
+        <translation>The manifest offers no project record to update with.</translation>
+    </message>
+    <message>
+        <source>当前项目版本 %1 已不低于更新版本 %2。</source>
+        <translation>The current project version %1 is not below the update's version %2.</translation>
+    </message>
+    <message>
+        <source>项目记录缺少 zipUrl。</source>
+        <translation>The project record has no zipUrl.</translation>
+    </message>
+    <message>
+        <source>项目记录缺少 zipSha256。</source>
+        <translation>The project record has no zipSha256.</translation>
+    </message>
+    <message>
+        <source>项目更新包缺失：%1</source>
+        <translation>The project package is missing: %1</translation>
+    </message>
+    <message>
+        <source>可更新到 %1。</source>
+        <translation>Can be updated to %1.</translation>
+    </message>
 </context>
 <context>
     <name>LauncherWindow</name>

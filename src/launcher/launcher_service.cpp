@@ -102,6 +102,8 @@ void LauncherService::lookForUpdates() {
     if (updateAvailable) {
         computePromptMode();
         Q_EMIT updatePromptChanged(promptMode);
+    } else if (!updateCheckDone) {
+        startUpdateCheck();
     }
 }
 
@@ -126,9 +128,41 @@ void LauncherService::runStartFlow() {
         Q_EMIT launchFailed(text);
         return;
     }
+    const bool manual = state == State::RepairMode || state == State::Failed;
     setState(State::Precheck);
     setStatus(tr("正在执行项目预检..."));
+    QString error;
+    if (!runPrecheck(&error)) {
+        setState(State::RepairMode);
+        setStatus(error);
+        Q_EMIT precheckFailed(error);
+        return;
+    }
+    if (!updatesHandled && waitForUpdates(manual))
+        return;
     launchTarget();
+}
+
+// True when the flow now waits for a check or for the user.
+bool LauncherService::waitForUpdates(bool manual) {
+    if (checkInFlight || checkWatcher.isRunning()) {
+        launchAfterCheck = true;
+        setStatus(tr("正在检查更新，请稍候…"));
+        return true;
+    }
+    if (!updateCheckDone) {
+        launchAfterCheck = true;
+        startUpdateCheck();
+        return true;
+    }
+    computePromptMode();
+    Q_EMIT updatePromptChanged(promptMode);
+    // A manual start passes a banner by.
+    if (!updateAvailable || !bannerDue() || manual)
+        return false;
+    pauseForPrompt();
+    setStatus(promptText());
+    return true;
 }
 
 void LauncherService::enterRepairMode() {
@@ -153,6 +187,7 @@ void LauncherService::setUpdateSelection(const UpdateSelection &chosen) {
 }
 
 void LauncherService::refreshStatus() {
+    refreshUpdateSummary();
     switch (state) {
     case State::Idle:
         setStatus(projectPath.isEmpty() ? tr("未选择项目。按 F8 进入修复模式。")

@@ -97,10 +97,6 @@ public:
     // Says again what the state is; also renews the texts after the language has changed.
     void refreshStatus();
 
-    // The versions line of the window; a version that cannot be read shows as unknown.
-    [[nodiscard]] QString versionSummary() const;
-    // Empty when it cannot be read.
-    [[nodiscard]] QString currentLauncherVersion() const;
     // Which items of the update dialog can be chosen. Evaluated anew at each call.
     [[nodiscard]] UpdateChoices updateChoices() const;
 
@@ -195,6 +191,11 @@ private:
 
     // Flow
     void lookForUpdates();
+    [[nodiscard]] bool waitForUpdates(bool manual);
+
+    // Precheck. On false `error` receives the whole text for the user, which is logged too.
+    [[nodiscard]] bool runPrecheck(QString *error) const;
+    [[nodiscard]] static bool checkCorePlugin(QString *error);
 
     // Project
     void pickProject();
@@ -210,14 +211,17 @@ private:
     [[nodiscard]] bool bannerDue() const;
     [[nodiscard]] QString promptText() const;
     void computePromptMode();
+    void refreshUpdateSummary();
     void pauseForPrompt();
     void resumeCountdownAfterPrompt();
     void settleAfterAnswer();
     [[nodiscard]] bool takeCheckResult(const UpdateCheckResult &result);
     void resumeAfterCheck();
     void ensureUpdateCheck(bool throttled);
+    void startUpdateCheck();
 
     // Update tasks
+    QString beginUpdateTask(const QString &kind);
     void notifyTaskActive();
     void logTaskPhase(const QString &phase, qint64 elapsedMs, const QString &detail) const;
 };

@@ -5,14 +5,12 @@
 // `cancelRef`.
 #pragma once
 
+#include "update/http_fetch.h"
+
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
-
-#include <atomic>
-
-// Raised to a value other than 0 by the main thread, polled by workers with relaxed loads.
-using CancelFlag = std::atomic<qint32>;
+#include <QStringList>
 
 // A verified manifest. The records are kept as JSON and read key by key where they are needed, so a
 // missing key and one of the wrong type are one case.
@@ -78,14 +76,70 @@ struct ComponentSetupResult {
     bool cancelled = false;
 };
 
+// The four fields, and the operations that read them. Those that take no context are pure reads of
+// files and JSON. Texts are translated in the context of LauncherService. Any thread, on its own
+// copy.
 struct UpdateContext {
     QString projectPath; // the selected project file, or empty
     UpdateSnapshot snapshot;
     UpdateSelection selection;
     const CancelFlag *cancelRef = nullptr; // null: cannot be cancelled
 
-    // True when the user asked to cancel. Any thread.
+    // True when the user asked to cancel.
     [[nodiscard]] bool cancelRequested() const {
         return cancelRef && cancelRef->load(std::memory_order_relaxed) != 0;
     }
+
+    // --- What is installed. Read anew at each call, so a finished installer shows at once --------
+
+    // A key of config/release_version.json in the program's folder, else empty.
+    [[nodiscard]] static QString releaseVersionValue(const QString &key);
+    // Of "runtime", "launcher", "editor" or "pythonTools", in any case; empty when unknown.
+    [[nodiscard]] static QString currentComponentVersion(const QString &key);
+    [[nodiscard]] static QString currentLauncherVersion();
+    // The versions line of the window; a version that cannot be read shows as unknown.
+    [[nodiscard]] static QString versionSummary();
+
+    // --- What a manifest offers. `reason` receives the text for either answer --------------------
+
+    // The version in a component record or in its package's name, else empty.
+    [[nodiscard]] static QString targetComponentVersion(const QJsonObject &record);
+    [[nodiscard]] static bool isComponentEligible(const QString &key, const QString &label,
+                                                  const QJsonObject &record, bool fromUsb,
+                                                  const QString &baseLocation,
+                                                  QString *reason = nullptr);
+    // About snapshot.projectEntry; logs the comparison of the versions.
+    [[nodiscard]] bool isProjectEligible(QString *reason = nullptr) const;
+    // Without regard to case. A record named "demo" serves every folder whose name begins so.
+    [[nodiscard]] static bool projectRecordMatches(const QString &recordName,
+                                                   const QString &projectName,
+                                                   const QString &folderName);
+    // One text for each plug-in that is missing or too old. They never block anything.
+    [[nodiscard]] static QStringList collectPluginWarnings(const QJsonArray &plugins);
+    // Tells an online offer from another in the memory of skipped ones; empty: nothing is offered.
+    [[nodiscard]] QString onlineUpdateFingerprint() const;
+    // The same offer for the log.
+    [[nodiscard]] QString onlineUpdateItems() const;
+
+    // --- The check --------------------------------------------------------------------------------
+
+    // Looks for a manifest on a stick, else online, proves it genuine and evaluates it. Blocks for
+    // seconds, and on volumes that do not answer: only ever on a worker. True when something can
+    // be offered; `summary` receives lines for the user in all cases.
+    [[nodiscard]] bool runUpdateCheck(QString *summary);
+    // The same with the stick's manifest already looked for; empty: there is no stick.
+    [[nodiscard]] bool runUpdateCheck(const QString &stickManifest, QString *summary);
+    // Takes a verified manifest apart into `snapshot` and weighs it. True when at least one item is
+    // eligible. `summary` receives lines for the user in both cases.
+    [[nodiscard]] bool evaluateManifest(const QJsonObject &root, QString *summary);
+    // Makes a package's address usable: a URL, or a path joined to the manifest's place.
+    [[nodiscard]] static QString resolveManifestUrl(const UpdateSnapshot &snapshot,
+                                                    const QString &value);
+
+private:
+    [[nodiscard]] QString readStickManifest(const QString &path);
+    [[nodiscard]] QString fetchOnlineManifest(QString *error);
+    void weighProject(const QJsonArray &projects, QStringList *offers, QStringList *refusals);
+    [[nodiscard]] QStringList offerLines(const QStringList &offers,
+                                         const QStringList &warnings) const;
 };

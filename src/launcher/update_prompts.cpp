@@ -1,7 +1,35 @@
 // Where the flow meets updates: when it stops for the user, and how an answer lets it go on.
 #include "launcher/launcher_service.h"
 
+#include "frame/settings_store.h"
+
+#include <QDateTime>
+#include <QJsonDocument>
+
 #include <utility>
+
+namespace {
+
+constexpr int throttleMs = 30000; // between the starts of two checks in repair mode
+
+QString skippedKey() {
+    return QStringLiteral("update/online_skipped_version_fingerprint");
+}
+
+// An offer without a fingerprint cannot be remembered, so it was never skipped.
+bool wasSkipped(const QString &fingerprint) {
+    return !fingerprint.isEmpty() &&
+           SettingsStore::instance().value(skippedKey(), QString()) == fingerprint;
+}
+
+void rememberSkipped(const QString &fingerprint) {
+    SettingsStore &settings = SettingsStore::instance();
+    settings.setValue(skippedKey(), fingerprint);
+    settings.setValue(QStringLiteral("update/online_skipped_at"),
+                      QDateTime::currentDateTimeUtc().toString(Qt::ISODate));
+}
+
+} // namespace
 
 bool LauncherService::isOnlineUpdatePending() const {
     return updateAvailable && !snapshot.fromUsb;
@@ -22,10 +50,26 @@ void LauncherService::computePromptMode() {
         promptMode = UpdatePromptMode::None;
     else if (snapshot.fromUsb)
         promptMode = UpdatePromptMode::UsbBanner;
-    else if (remindLater)
+    else if (remindLater || wasSkipped(onlineUpdateFingerprint()))
         promptMode = UpdatePromptMode::BadgeOnly;
     else
         promptMode = UpdatePromptMode::OnlineBanner;
+}
+
+// Weighs the held manifest again, so that the summary speaks the language in force.
+void LauncherService::refreshUpdateSummary() {
+    if (!updateAvailable || snapshot.manifestText.isEmpty())
+        return;
+    const QJsonDocument manifest = QJsonDocument::fromJson(snapshot.manifestText.toUtf8());
+    QString summary;
+    if (!manifest.isObject() || !evaluateManifest(manifest.object(), &summary))
+        return;
+    updateSummary = summary;
+    Q_EMIT updateSuggestionReady(summary);
+    computePromptMode();
+    Q_EMIT updatePromptChanged(promptMode);
+    if (bannerDue())
+        setStatus(promptText());
 }
 
 void LauncherService::pauseForPrompt() {
@@ -69,6 +113,12 @@ void LauncherService::remindUpdateLater() {
 void LauncherService::skipThisOnlineVersion() {
     if (!isOnlineUpdatePending())
         return;
+    const QString fingerprint = onlineUpdateFingerprint();
+    const QString items = onlineUpdateItems();
+    if (!fingerprint.isEmpty())
+        rememberSkipped(fingerprint);
+    appendLaunchLog(QStringLiteral("Online update skipped fingerprint=%1 components=[%2] source=%3")
+                        .arg(fingerprint, items, snapshot.source));
     promptMode = UpdatePromptMode::BadgeOnly;
     setStatus(tr("已跳过此在线版本提示。可通过「有更新」再次打开更新。"));
     Q_EMIT updatePromptChanged(promptMode);
@@ -85,7 +135,6 @@ void LauncherService::skipUpdateAndLaunch() {
 }
 
 void LauncherService::ensureUpdateCheck(bool throttled) {
-    Q_UNUSED(throttled)
     if (updatesHandled)
         return;
     if (state >= State::Precheck && state != State::RepairMode)
@@ -93,7 +142,17 @@ void LauncherService::ensureUpdateCheck(bool throttled) {
     if (updateAvailable) {
         computePromptMode();
         Q_EMIT updatePromptChanged(promptMode);
+        return;
     }
+    if (updateCheckDone)
+        return;
+    const qint64 sinceLast = QDateTime::currentMSecsSinceEpoch() - lastCheckStartMs;
+    if (throttled && lastCheckStartMs > 0 && sinceLast < throttleMs) {
+        appendLaunchLog(
+            tr("修复模式下更新检查命中节流窗口（%1 秒），跳过重复请求。").arg(throttleMs / 1000));
+        return;
+    }
+    startUpdateCheck();
 }
 
 void LauncherService::onUpdateCheckFinished() {

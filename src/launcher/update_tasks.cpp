@@ -3,13 +3,62 @@
 
 #include "frame/settings_store.h"
 
+#include <QDateTime>
 #include <QStringList>
+#include <QUuid>
+#include <QtConcurrent>
 
 #include <utility>
+
+namespace {
+
+// On a pool thread, with a context of its own. `link` keeps the cancel flag alive.
+UpdateCheckResult checkForUpdates(UpdateContext context, const std::shared_ptr<TaskLink> &link) {
+    Q_UNUSED(link)
+    UpdateCheckResult result;
+    try {
+        result.found = context.runUpdateCheck(&result.summary);
+        result.snapshot = context.snapshot;
+    } catch (...) {
+        // Out of memory: as if nothing had been found. Nothing may leave the thread.
+        result = UpdateCheckResult();
+    }
+    result.cancelled = context.cancelRequested();
+    return result;
+}
+
+} // namespace
 
 bool LauncherService::isUpdateTaskActive() const {
     return checkInFlight || checkWatcher.isRunning() || applyWatcher.isRunning() ||
            setupWatcher.isRunning();
+}
+
+QString LauncherService::beginUpdateTask(const QString &kind) {
+    const QString unique = QUuid::createUuid().toString(QUuid::WithoutBraces).left(8);
+    taskId = QStringLiteral("%1_%2").arg(kind, unique);
+    cancelFlag = 0;
+    cancelRef = &cancelFlag;
+    appendLaunchLog(QStringLiteral("[task %1] started kind=%2").arg(taskId, kind));
+    notifyTaskActive();
+    return taskId;
+}
+
+void LauncherService::startUpdateCheck() {
+    if (checkInFlight || checkWatcher.isRunning() || updatesHandled)
+        return;
+    lastCheckStartMs = QDateTime::currentMSecsSinceEpoch();
+    beginUpdateTask(QStringLiteral("check"));
+    checkInFlight = true;
+    resumeCountdownAfterCheck = state == State::Countdown;
+    if (state != State::Countdown)
+        setState(State::UpdateCheck);
+    reportUpdateTaskProgress(taskId, QStringLiteral("check"), -1,
+                             QStringLiteral("detail:fetch-manifest"));
+    UpdateContext context;
+    context.projectPath = projectPath;
+    context.cancelRef = cancelRef;
+    checkWatcher.setFuture(QtConcurrent::run(checkForUpdates, context, taskLink));
 }
 
 void LauncherService::cancelUpdateTask() {

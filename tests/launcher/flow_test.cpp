@@ -179,7 +179,7 @@ private Q_SLOTS:
     void everyPairOfStateAndOperation() {
         QFETCH(State, from);
         QFETCH(const Operation *, operation);
-        const QString project = installation::addProject("demo");
+        const QString project = installation::addRunnableProject("demo");
         LauncherService service;
         service.projectPath = project;
         service.updatesHandled = true;
@@ -273,7 +273,7 @@ private Q_SLOTS:
     }
 
     void countdownWithProjectEndsInTheStartFlow() {
-        const QString project = installation::addProject("demo");
+        const QString project = installation::addRunnableProject("demo");
         LauncherService service;
         service.projectPath = project;
         service.updatesHandled = true;
@@ -335,7 +335,7 @@ private Q_SLOTS:
 
     // A message box runs an event loop inside the emission: what is behind the emission waits.
     void aLaunchFailureIsLoggedAfterItsMessageBox() {
-        const QString project = installation::addProject("demo");
+        const QString project = installation::addRunnableProject("demo");
         LauncherService service;
         service.projectPath = project;
         service.updatesHandled = true;
@@ -346,7 +346,7 @@ private Q_SLOTS:
         service.runStartFlow();
         QCOMPARE(log.take(),
                  QStringList({"state Precheck", prechecking(), "state Launch"}) + noTarget());
-        QVERIFY(!logWhileOpen.contains(noTargetText().section('\n', 0, 0)));
+        QCOMPARE(logWhileOpen, QStringList("Precheck passed for " + project));
         QCOMPARE(installation::takeLog(), noTargetText().split('\n'));
     }
 
@@ -370,6 +370,28 @@ private Q_SLOTS:
                                                  "countdown 3", "countdown 2", "countdown 2",
                                                  "countdown 1", "countdown 1", "countdown 0"}) +
                                         noProject(State::Countdown));
+    }
+
+    void aStartDuringAPrecheckBoxIsWholeBeforeTheBoxCloses() {
+        const QString project = installation::addRunnableProject("demo");
+        LauncherService service;
+        service.projectPath = "/gone.yslib";
+        service.updatesHandled = true;
+        SignalLog log(service);
+        connect(&service, &LauncherService::precheckFailed, this, [&] {
+            runNestedLoop([&] {
+                service.selectProject(project);
+                service.runStartFlow();
+            });
+        });
+        service.runStartFlow();
+        const QString refusal =
+            "Project file not found: /gone.yslib\nLog: " + AppPaths::launchLogPath();
+        QCOMPARE(log.take(), QStringList({"state Precheck", prechecking(), "state RepairMode",
+                                          "status " + refusal, "precheckFailed " + refusal,
+                                          "prompt None", "status 已选项目：" + project,
+                                          "state Precheck", prechecking(), "state Launch"}) +
+                                 noTarget());
     }
 
     void f8DuringALaunchFailureBoxIsTheLastWord() {

@@ -28,6 +28,19 @@ inline QString addProject(const QString &folder, const QString &text = "{}") {
     return write(path, text) ? path : QString();
 }
 
+// A project without findings, and the core plug-in; returns the path of the project file.
+inline QString addRunnableProject(const QString &folder, const QString &version = QString()) {
+    const QString text = QStringLiteral(R"({"schemaVersion": 1,
+"project": {"name": "line", "displayName": "Line", "createdAt": "2026-01-01", "version": "%1"},
+"scripts": [{"id": "main", "path": "main.ys", "role": "main"}],
+"tasks": {"main": {"entryScriptId": "main"}}})")
+                             .arg(version);
+    const QString path = addProject(folder, text);
+    const bool done = write(QFileInfo(path).absolutePath() + "/main.ys", "") &&
+                      write(appPath("plugins/CoreOperators.dll"), "");
+    return done ? path : QString();
+}
+
 // Puts the stand-in runtime into the program's folder. `plan` tells it what to do, see
 // line_runner.cpp.
 inline bool addTarget(const QString &plan, const QString &name = "LineRunner.exe") {
@@ -67,8 +80,11 @@ inline void reset() {
     qunsetenv("QUORVANE_DEV");
     AppPaths::initialize();
     (void)SettingsStore::instance().open();
-    for (const char *key : {"default_project_path", "update/online_skipped_version_fingerprint"})
-        SettingsStore::instance().setValue(key, "");
+    // Each write reaches the disk, so only what a test left is written over.
+    for (const char *key : {"default_project_path", "update/online_skipped_version_fingerprint"}) {
+        if (!SettingsStore::instance().value(key, "").isEmpty())
+            SettingsStore::instance().setValue(key, "");
+    }
 }
 
 } // namespace installation

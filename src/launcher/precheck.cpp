@@ -1,0 +1,46 @@
+// Whether the selected project can run: the validator's findings and the core plug-in.
+#include "launcher/launcher_service.h"
+
+#include "frame/app_paths.h"
+#include "project/project_validator.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+bool LauncherService::runPrecheck(QString *error) const {
+    const auto refuse = [error](const QString &text) {
+        if (error)
+            *error = text;
+        appendLaunchLog(text);
+        return false;
+    };
+    const QString log = AppPaths::launchLogPath();
+    if (!QFileInfo::exists(projectPath))
+        return refuse(QStringLiteral("Project file not found: %1\nLog: %2").arg(projectPath, log));
+
+    QStringList errors;
+    QStringList warnings;
+    for (const ProjectIssue &issue : validateProjectFile(projectPath))
+        (issue.severity == 0 ? errors : warnings) << formatProjectIssues({issue});
+    QString missing;
+    if (!skipCorePluginPrecheck && !checkCorePlugin(&missing))
+        errors << missing;
+    if (!errors.isEmpty())
+        return refuse(tr("项目预检失败：\n%1\n日志：%2").arg(errors.join(QLatin1Char('\n')), log));
+    // Warnings are for the log alone: they do not stop an operator.
+    if (!warnings.isEmpty())
+        appendLaunchLog(
+            QStringLiteral("Precheck warnings:\n%1").arg(warnings.join(QLatin1Char('\n'))));
+    appendLaunchLog(QStringLiteral("Precheck passed for %1").arg(projectPath));
+    return true;
+}
+
+bool LauncherService::checkCorePlugin(QString *error) {
+    const QString plugin =
+        QDir(AppPaths::pluginsDirectory()).filePath(QStringLiteral("CoreOperators.dll"));
+    if (QFileInfo::exists(plugin))
+        return true;
+    if (error)
+        *error = QStringLiteral("Core plugin missing: %1").arg(plugin);
+    return false;
+}

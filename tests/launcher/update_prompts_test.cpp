@@ -1,0 +1,658 @@
+// Where the flow meets updates, with a real worker, a real manifest and a server on loopback: all
+// signals of a run in one sequence.
+#include "installation.h"
+#include "launcher/launcher_service.h"
+#include "signal_log.h"
+#include "support/manifest_maker.h"
+#include "support/scripted_server.h"
+#include "support/staged_main.h"
+#include "update/default_manifest_url.h"
+
+#include <QCoreApplication>
+#include <QJsonDocument>
+#include <QThreadPool>
+
+#include <functional>
+
+using State = LauncherService::State;
+using Prompt = LauncherService::UpdatePromptMode;
+
+namespace {
+
+QString onlineUrl; // of this test's server
+
+const char manifestPath[] = "/Quorvaner/Update/manifest.json";
+const char skippedKey[] = "update/online_skipped_version_fingerprint";
+
+const support::KeyPair &publisher() {
+    static const support::KeyPair key = support::KeyPair::rsa(2048);
+    return key;
+}
+
+QString manifestWith(const QString &runtimeVersion) {
+    const QJsonObject runtime{{"version", runtimeVersion}, {"setupUrl", "setup.exe"}};
+    return support::signedManifest({{"runtime", runtime}}, publisher());
+}
+
+QString prompt(bool fromUsb = false) {
+    return fromUsb ? "status 检测到离线更新包。请选择是否更新，或继续启动。"
+                   : "status 发现在线更新。请选择是否更新，或继续启动。";
+}
+
+QString repairText() {
+    return "status 修复模式：选择 yslib、查看日志或手动启动。";
+}
+
+QString prechecking() {
+    return "status 正在执行项目预检...";
+}
+
+QStringList checkStarts() {
+    return {"active false", "progress check -1 detail:fetch-manifest"};
+}
+
+QStringList started() {
+    return {"state Launch", "status 已启动 LineRunner.exe", "state Monitor",
+            "status 正在监护目标进程。日志：" + AppPaths::launchLogPath()};
+}
+
+QStringList fromTheCountdown() {
+    return {"state Countdown", "countdown 5", "countdown 5"};
+}
+
+// A service with a runnable project and a target, whose countdown waits for the test's ticks.
+struct Launcher {
+    LauncherService service;
+    SignalLog log{service};
+
+    Launcher() {
+        service.projectPath = installation::addRunnableProject("line", "1.0");
+        service.countdownTimer.setInterval(1000 * 1000);
+    }
+
+    // What the held manifest's summary gives whenever it is built again.
+    [[nodiscard]] QStringList offer(const QString &mode) const {
+        return {"suggestion " + service.updateSummary, "prompt " + mode};
+    }
+
+    void waitForCheck() { QTRY_VERIFY(!service.isUpdateTaskActive()); }
+
+    // As after a check that found the manifest.
+    void knowUpdate(bool fromUsb = false) {
+        service.updateAvailable = service.updateCheckDone = true;
+        service.snapshot.manifestText = manifestWith("9.0.0");
+        service.snapshot.source = "src";
+        service.snapshot.baseLocation = fromUsb ? support::stageRoot() : "https://host/";
+        service.snapshot.fromUsb = fromUsb;
+        service.snapshot.runtimeEntry = {{"version", "9.0.0"}, {"setupUrl", "setup.exe"}};
+        service.promptMode = fromUsb ? Prompt::UsbBanner : Prompt::OnlineBanner;
+        service.updateSummary =
+            "已验证的更新可用（来源：src）。\n当前项目版本：1.0（" + service.projectPath +
+            "）\n可更新项：Runtime -> 9.0.0\n" +
+            (fromUsb ? "检测到离线更新包，可在主界面选择「立即更新」或继续启动。"
+                     : "发现在线更新，可在主界面选择「立即更新」「稍后提醒」"
+                       "或「跳过此版本」。");
+    }
+};
+
+void processPosted() {
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+}
+
+QStringList taskLines() {
+    static const QRegularExpression id("check_[0-9a-f]{8}");
+    QStringList lines;
+    for (QString line : installation::takeLog()) {
+        if (line.startsWith("[task "))
+            lines << line.replace(id, "check_ID");
+    }
+    return lines;
+}
+
+} // namespace
+
+QString defaultManifestUrl() {
+    return onlineUrl;
+}
+
+class UpdatePromptsTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() {
+        installation::reset();
+        QVERIFY(installation::write(installation::appPath("config/update.pub"),
+                                    publisher().publicPem()));
+        QVERIFY(installation::write(support::stageRoot() + "/setup.exe", ""));
+        QVERIFY(installation::addTarget("wait"));
+        (void)installation::takeLog();
+        onlineUrl = QString("http://127.0.0.1:1") + manifestPath;
+        m_server = std::make_unique<support::ScriptedServer>();
+    }
+
+    void cleanup() { m_server.reset(); }
+
+    // --- The check in the background of the countdown ---------------------------------------
+
+    void aBannerStopsTheCountdown() {
+        offer("9.0.0");
+        Launcher launcher;
+        launcher.service.start();
+        QCOMPARE(launcher.log.take(), fromTheCountdown());
+        processPosted();
+        QCOMPARE(launcher.log.take(), checkStarts());
+        QVERIFY(launcher.service.isUpdateTaskActive());
+        QCOMPARE(launcher.service.state, State::Countdown);
+        launcher.waitForCheck();
+        QCOMPARE(launcher.log.take(),
+                 launcher.offer("OnlineBanner") +
+                     QStringList({"state RepairMode", prompt(), "active false"}));
+        QVERIFY(!launcher.service.countdownTimer.isActive());
+        QVERIFY(launcher.service.countdownPaused);
+        QVERIFY(launcher.service.isOnlineUpdatePending());
+        QCOMPARE(taskLines(), QStringList({"[task check_ID] started kind=check",
+                                           "[task check_ID] phase=check elapsedMs=0 found"}));
+    }
+
+    void nothingFoundLetsTheCountdownRunOn() {
+        offer("0.0.1");
+        QVERIFY(installation::write(installation::appPath("config/release_version.json"),
+                                    R"({"runtimePackageVersion": "1.0"})"));
+        Launcher launcher;
+        launcher.service.start();
+        processPosted();
+        (void)launcher.log.take();
+        launcher.waitForCheck();
+        const QString summary = launcher.service.statusText;
+        QVERIFY(summary.startsWith("未检测到高于当前版本的可用更新。\n"));
+        QCOMPARE(launcher.log.take(),
+                 QStringList({"status " + summary, "countdown 5", "countdown 5", "active false"}));
+        QVERIFY(launcher.service.countdownTimer.isActive());
+        QVERIFY(launcher.service.updateCheckDone && !launcher.service.updateAvailable);
+        QCOMPARE(taskLines().last(), QString("[task check_ID] phase=check elapsedMs=0 none"));
+    }
+
+    void aServerThatIsAwayLetsTheCountdownRunOn() {
+        Launcher launcher;
+        launcher.service.start();
+        processPosted();
+        launcher.waitForCheck();
+        QVERIFY(launcher.service.statusText.startsWith("在线更新不可用（"));
+        QCOMPARE(launcher.service.state, State::Countdown);
+        QVERIFY(launcher.service.updateCheckDone);
+    }
+
+    void anUpdatePutAsideBeforeLetsTheCountdownRunOn() {
+        offer("9.0.0");
+        SettingsStore::instance().setValue(skippedKey, "runtime:9.0.0");
+        Launcher launcher;
+        launcher.service.start();
+        processPosted();
+        (void)launcher.log.take();
+        launcher.waitForCheck();
+        QCOMPARE(launcher.log.take(), launcher.offer("BadgeOnly") + QStringList("countdown 5") +
+                                          launcher.offer("BadgeOnly") +
+                                          QStringList({"countdown 5", "active false"}));
+        QCOMPARE(launcher.service.state, State::Countdown);
+        for (int i = 0; i < 5; ++i)
+            launcher.service.tickCountdown();
+        QCOMPARE(launcher.service.state, State::Monitor);
+        QVERIFY(launcher.service.updateAvailable);
+    }
+
+    void anotherOfferThanTheSkippedOneStops() {
+        offer("9.0.1");
+        SettingsStore::instance().setValue(skippedKey, "runtime:9.0.0");
+        Launcher launcher;
+        launcher.service.start();
+        processPosted();
+        launcher.waitForCheck();
+        QCOMPARE(launcher.service.promptMode, Prompt::OnlineBanner);
+        QCOMPARE(launcher.service.state, State::RepairMode);
+    }
+
+    // --- The start flow -------------------------------------------------------------------------
+
+    void theFlowChecksWhenNothingIsKnown_data() {
+        QTest::addColumn<bool>("manual");
+        QTest::newRow("automatic") << false;
+        QTest::newRow("manual: a banner that was not known before stops it") << true;
+    }
+
+    void theFlowChecksWhenNothingIsKnown() {
+        QFETCH(bool, manual);
+        offer("9.0.0");
+        Launcher launcher;
+        launcher.service.state = manual ? State::RepairMode : State::Countdown;
+        launcher.service.runStartFlow();
+        QCOMPARE(launcher.log.take(),
+                 QStringList({"state Precheck", prechecking(), "active false", "state UpdateCheck",
+                              "progress check -1 detail:fetch-manifest"}));
+        launcher.waitForCheck();
+        QCOMPARE(launcher.log.take(),
+                 launcher.offer("OnlineBanner") +
+                     QStringList({"state RepairMode", prompt(), "active false"}));
+        QVERIFY(!launcher.service.countdownPaused);
+        QVERIFY(!launcher.service.countdownTimer.isActive());
+        QVERIFY(!launcher.service.launchAfterCheck);
+    }
+
+    void theFlowLaunchesWhenItsCheckFindsNothing() {
+        Launcher launcher;
+        launcher.service.runStartFlow();
+        (void)launcher.log.take();
+        launcher.waitForCheck();
+        QTRY_COMPARE(launcher.service.state, State::Monitor);
+        const QStringList sequence = launcher.log.take();
+        QVERIFY(sequence.first().startsWith("status 在线更新不可用（"));
+        QCOMPARE(sequence.mid(1), started() + QStringList("active false"));
+    }
+
+    void theFlowJoinsARunningCheck_data() {
+        QTest::addColumn<bool>("finds");
+        QTest::newRow("that finds nothing: launch") << false;
+        QTest::newRow("that finds an update: stop, with the timer off") << true;
+    }
+
+    void theFlowJoinsARunningCheck() {
+        QFETCH(bool, finds);
+        answerLate(finds ? manifestWith("9.0.0") : QString("no manifest"));
+        Launcher launcher;
+        launcher.service.start();
+        processPosted();
+        for (int i = 0; i < 4; ++i)
+            launcher.service.tickCountdown();
+        (void)launcher.log.take();
+        launcher.service.tickCountdown();
+        QCOMPARE(launcher.log.take(), QStringList({"countdown 0", "state Precheck", prechecking(),
+                                                   "status 正在检查更新，请稍候…"}));
+        QVERIFY(launcher.service.launchAfterCheck);
+        launcher.waitForCheck();
+        QTRY_COMPARE(launcher.service.state, finds ? State::RepairMode : State::Monitor);
+        const QStringList sequence = launcher.log.take();
+        QCOMPARE(sequence.mid(finds ? 0 : 1),
+                 (finds
+                      ? launcher.offer("OnlineBanner") + QStringList({"state RepairMode", prompt()})
+                      : started()) +
+                     QStringList("active false"));
+        QVERIFY(!launcher.service.countdownTimer.isActive());
+        QVERIFY(!launcher.service.countdownPaused);
+    }
+
+    void theFlowWithAKnownUpdate_data() {
+        QTest::addColumn<State>("from");
+        QTest::addColumn<bool>("fromUsb");
+        QTest::addColumn<bool>("launches");
+        for (const bool usb : {false, true}) {
+            const char *kind = usb ? "stick" : "online";
+            QTest::addRow("%s: an automatic start stops", kind) << State::Countdown << usb << false;
+            QTest::addRow("%s: a manual start from RepairMode passes by", kind)
+                << State::RepairMode << usb << true;
+            QTest::addRow("%s: a manual start from Failed passes by", kind)
+                << State::Failed << usb << true;
+        }
+    }
+
+    void theFlowWithAKnownUpdate() {
+        QFETCH(State, from);
+        QFETCH(bool, fromUsb);
+        QFETCH(bool, launches);
+        Launcher launcher;
+        launcher.knowUpdate(fromUsb);
+        launcher.service.state = from;
+        launcher.service.runStartFlow();
+        const QString mode = fromUsb ? "prompt UsbBanner" : "prompt OnlineBanner";
+        const QStringList head{"state Precheck", prechecking(), mode};
+        QCOMPARE(launcher.log.take().mid(0, launches ? 7 : 5),
+                 head + (launches ? QStringList({"state Launch", "status 已启动 LineRunner.exe",
+                                                 "state Monitor", launcher.offer("").first()})
+                                  : QStringList({"state RepairMode", prompt(fromUsb)})));
+    }
+
+    void aBadgeDoesNotStopAnAutomaticStart() {
+        Launcher launcher;
+        launcher.knowUpdate();
+        launcher.service.remindLater = true;
+        launcher.service.state = State::Countdown;
+        launcher.service.runStartFlow();
+        QCOMPARE(launcher.service.state, State::Monitor);
+        QCOMPARE(launcher.log.take().value(2), QString("prompt BadgeOnly"));
+    }
+
+    void handledUpdatesAreNotLookedAt() {
+        Launcher launcher;
+        launcher.knowUpdate();
+        launcher.service.updatesHandled = true;
+        launcher.service.snapshot.manifestText.clear();
+        launcher.service.runStartFlow();
+        QCOMPARE(launcher.log.take(), QStringList({"state Precheck", prechecking()}) + started());
+    }
+
+    void twoChecksNeverOverlap() {
+        answerLate("no manifest");
+        Launcher launcher;
+        launcher.service.start();
+        processPosted();
+        const QString task = launcher.service.taskId;
+        // The worker has ended, but its end has not been taken yet.
+        QVERIFY(QThreadPool::globalInstance()->waitForDone());
+        QVERIFY(!launcher.service.checkWatcher.isRunning());
+        QVERIFY(launcher.service.checkInFlight);
+        launcher.service.runStartFlow();
+        QCOMPARE(launcher.service.taskId, task);
+        QCOMPARE(launcher.service.state, State::Precheck);
+        QTRY_COMPARE(launcher.service.state, State::Monitor);
+        QCOMPARE(m_server->requests().size(), 1);
+    }
+
+    // --- Cancelling ---------------------------------------------------------------------------------
+
+    void aCancelledCheck_data() {
+        QTest::addColumn<bool>("launch");
+        QTest::newRow("lets the countdown run on") << false;
+        QTest::newRow("still launches when the flow waits for it") << true;
+    }
+
+    void aCancelledCheck() {
+        QFETCH(bool, launch);
+        answerLate(manifestWith("9.0.0"));
+        Launcher launcher;
+        launcher.service.start();
+        processPosted();
+        if (launch)
+            launcher.service.runStartFlow();
+        (void)launcher.log.take();
+        launcher.service.cancelUpdateTask();
+        QCOMPARE(launcher.log.take(), QStringList("status 正在取消更新任务…"));
+        launcher.waitForCheck();
+        QTRY_COMPARE(launcher.service.state, launch ? State::Monitor : State::Countdown);
+        QCOMPARE(launcher.log.take(),
+                 QStringList("status 更新检查已取消。") +
+                     (launch ? started() : QStringList({"countdown 5", "countdown 5"})) +
+                     QStringList("active false"));
+        QVERIFY(!launcher.service.updateCheckDone && !launcher.service.updateAvailable);
+        QCOMPARE(taskLines().value(1), QString("[task check_ID] cancel requested by user"));
+    }
+
+    // --- Repair mode ----------------------------------------------------------------------------------
+
+    void f8ChecksOnceAndReturnsToRepairMode() {
+        Launcher launcher;
+        launcher.service.enterRepairMode();
+        QCOMPARE(launcher.log.take(), QStringList({"state RepairMode", repairText()}));
+        processPosted();
+        QCOMPARE(launcher.log.take(), QStringList({"active false", "state UpdateCheck",
+                                                   "progress check -1 detail:fetch-manifest"}));
+        launcher.waitForCheck();
+        QTRY_COMPARE(launcher.service.state, State::RepairMode);
+        QCOMPARE(launcher.log.take().mid(1), QStringList({"state RepairMode", "active false"}));
+        launcher.service.enterRepairMode();
+        processPosted();
+        QCOMPARE(launcher.log.take(), QStringList(repairText()));
+        QVERIFY(!launcher.service.isUpdateTaskActive());
+    }
+
+    void f8IsRefusedWhileTheCheckRuns() {
+        answerLate("no manifest");
+        Launcher launcher;
+        launcher.service.start();
+        processPosted();
+        (void)launcher.log.take();
+        launcher.service.enterRepairMode();
+        QCOMPARE(
+            launcher.log.take(),
+            QStringList("status 更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。"));
+        QVERIFY(launcher.service.countdownTimer.isActive());
+        launcher.waitForCheck();
+    }
+
+    void aSecondCheckWithinTheWindowIsThrottled_data() {
+        QTest::addColumn<int>("ageMs");
+        QTest::addColumn<bool>("checks");
+        QTest::newRow("just after the first") << 0 << false;
+        QTest::newRow("shortly before the window's end") << 25000 << false;
+        QTest::newRow("at the window's end") << 30000 << true;
+    }
+
+    void aSecondCheckWithinTheWindowIsThrottled() {
+        QFETCH(int, ageMs);
+        QFETCH(bool, checks);
+        Launcher launcher;
+        launcher.service.lastCheckStartMs = QDateTime::currentMSecsSinceEpoch() - ageMs;
+        launcher.service.enterRepairMode();
+        processPosted();
+        QCOMPARE(launcher.service.isUpdateTaskActive(), checks);
+        const QString line = "修复模式下更新检查命中节流窗口（30 秒），跳过重复请求。";
+        QCOMPARE(installation::takeLog().contains(line), !checks);
+        launcher.waitForCheck();
+    }
+
+    void f8WithAKnownUpdateShowsItAgain() {
+        Launcher launcher;
+        launcher.knowUpdate();
+        launcher.service.enterRepairMode();
+        QCOMPARE(launcher.log.take(), QStringList("state RepairMode") +
+                                          launcher.offer("OnlineBanner") + QStringList(prompt()));
+        processPosted();
+        QCOMPARE(launcher.log.take(), QStringList("prompt OnlineBanner"));
+    }
+
+    // --- Answers ------------------------------------------------------------------------------------------
+
+    void everyAnswerInEveryState_data() {
+        QTest::addColumn<State>("from");
+        QTest::addColumn<int>("answer"); // 0 remind, 1 skip for good, 2 skip and launch
+        QTest::addColumn<bool>("fromUsb");
+        QTest::addColumn<bool>("paused");
+        const char *answers[] = {"remind later", "skip for good", "skip and launch"};
+        for (int i = 0; i <= static_cast<int>(State::Failed); ++i) {
+            const State from = static_cast<State>(i);
+            for (int answer = 0; answer < 3; ++answer) {
+                for (const bool usb : {false, true}) {
+                    for (const bool paused : {false, true})
+                        QTest::addRow("%s in %s, %s%s", answers[answer],
+                                      qPrintable(SignalLog::name(from)), usb ? "stick" : "online",
+                                      paused ? ", paused" : "")
+                            << from << answer << usb << paused;
+                }
+            }
+        }
+    }
+
+    void everyAnswerInEveryState() {
+        QFETCH(State, from);
+        QFETCH(int, answer);
+        QFETCH(bool, fromUsb);
+        QFETCH(bool, paused);
+        Launcher launcher;
+        launcher.knowUpdate(fromUsb);
+        launcher.service.state = from;
+        launcher.service.countdownPaused = paused;
+        launcher.service.countdownSeconds = 3;
+        const auto answerIt = [&] {
+            if (answer == 0)
+                launcher.service.remindUpdateLater();
+            else if (answer == 1)
+                launcher.service.skipThisOnlineVersion();
+            else
+                launcher.service.skipUpdateAndLaunch();
+        };
+        answerIt();
+        const bool passedBy = answer == 1 && fromUsb; // a stick's offer is not skipped for good
+        const bool resumed = paused && from == State::RepairMode && !passedBy;
+        QStringList expected;
+        if (answer == 0)
+            expected << "status 已设为下次启动再提醒。本次可继续启动。"
+                     << "prompt BadgeOnly";
+        if (answer == 1 && !passedBy)
+            expected << "status 已跳过此在线版本提示。可通过「有更新」再次打开更新。"
+                     << "prompt BadgeOnly";
+        // On the way through refreshStatus the prompt is weighed anew: a stick's comes back.
+        const QString mode = fromUsb ? "UsbBanner" : answer == 2 ? "OnlineBanner" : "BadgeOnly";
+        const QStringList again =
+            launcher.offer(mode) +
+            (mode == "BadgeOnly" ? QStringList() : QStringList(prompt(fromUsb)));
+        if (resumed)
+            expected << "state Countdown"
+                     << "countdown 3" << again << "countdown 3";
+        const bool settles = answer != 2 && !passedBy && !resumed && from != State::Countdown &&
+                             from < State::ApplyingUpdate;
+        if (settles)
+            expected << "state RepairMode";
+        if (answer == 2) {
+            if (from != State::Launch || resumed)
+                expected << "state Launch";
+            expected << "status 已启动 LineRunner.exe"
+                     << "state Monitor" << again << started().last();
+            if (from == State::Launch && !resumed)
+                expected.removeAll("state Launch");
+        }
+        QCOMPARE(launcher.log.take(), expected);
+        QCOMPARE(launcher.service.countdownPaused, paused && passedBy);
+        QCOMPARE(launcher.service.updatesHandled, answer == 2);
+        QCOMPARE(launcher.service.remindLater, answer == 0);
+        QCOMPARE(launcher.service.countdownTimer.isActive(), resumed);
+    }
+
+    void aPauseWithoutSecondsLeftIsNotResumed() {
+        Launcher launcher;
+        launcher.knowUpdate();
+        launcher.service.state = State::RepairMode;
+        launcher.service.countdownPaused = true;
+        launcher.service.countdownSeconds = 0;
+        launcher.service.remindUpdateLater();
+        QCOMPARE(launcher.log.take(), QStringList({"status 已设为下次启动再提醒。本次可继续启动。",
+                                                   "prompt BadgeOnly"}));
+        QVERIFY(!launcher.service.countdownPaused);
+        QCOMPARE(launcher.service.state, State::RepairMode);
+    }
+
+    void skippingForGoodIsRememberedAndLogged() {
+        Launcher launcher;
+        launcher.knowUpdate();
+        launcher.service.snapshot.launcherEntry = {{"version", "9.1.0"}, {"setupUrl", "l.exe"}};
+        launcher.service.state = State::RepairMode;
+        const QDateTime before = QDateTime::currentDateTimeUtc();
+        launcher.service.skipThisOnlineVersion();
+        SettingsStore &settings = SettingsStore::instance();
+        QCOMPARE(settings.value(skippedKey, ""), QString("launcher:9.1.0|runtime:9.0.0"));
+        const QDateTime at =
+            QDateTime::fromString(settings.value("update/online_skipped_at", ""), Qt::ISODate);
+        QCOMPARE(at.timeSpec(), Qt::UTC);
+        QVERIFY(qAbs(before.secsTo(at)) <= 5);
+        QCOMPARE(installation::takeLog(),
+                 QStringList("Online update skipped fingerprint=launcher:9.1.0|runtime:9.0.0 "
+                             "components=[runtime:9.0.0, launcher:9.1.0] source=src"));
+    }
+
+    void anOfferWithoutAFingerprintIsNotRemembered() {
+        Launcher launcher;
+        launcher.knowUpdate();
+        launcher.service.snapshot.runtimeEntry = QJsonObject();
+        launcher.service.state = State::RepairMode;
+        launcher.service.skipThisOnlineVersion();
+        QCOMPARE(SettingsStore::instance().value(skippedKey, ""), QString());
+        QCOMPARE(launcher.service.promptMode, Prompt::BadgeOnly);
+        QCOMPARE(installation::takeLog(),
+                 QStringList("Online update skipped fingerprint= components=[] source=src"));
+    }
+
+    void answersWithoutAnUpdateDoNothing() {
+        Launcher launcher;
+        launcher.service.remindUpdateLater();
+        launcher.service.skipThisOnlineVersion();
+        QCOMPARE(launcher.log.take(), QStringList());
+    }
+
+    // --- The summary ----------------------------------------------------------------------------------
+
+    void refreshStatusBuildsTheSummaryAnew_data() {
+        QTest::addColumn<State>("state");
+        for (int i = 0; i <= static_cast<int>(State::Failed); ++i) {
+            const State state = static_cast<State>(i);
+            QTest::addRow("in %s", qPrintable(SignalLog::name(state))) << state;
+        }
+    }
+
+    void refreshStatusBuildsTheSummaryAnew() {
+        QFETCH(State, state);
+        Launcher launcher;
+        launcher.knowUpdate();
+        const QString summary = launcher.service.updateSummary;
+        launcher.service.updateSummary = "old";
+        launcher.service.state = state;
+        launcher.service.refreshStatus();
+        const QStringList sequence = launcher.log.take();
+        QCOMPARE(sequence.mid(0, 3),
+                 QStringList({"suggestion " + summary, "prompt OnlineBanner", prompt()}));
+        const QStringList quiet{"UpdateCheck", "ApplyingUpdate", "RepairMode", "Failed"};
+        QCOMPARE(sequence.size(), quiet.contains(SignalLog::name(state)) ? 3 : 4);
+        QCOMPARE(launcher.service.updateSummary, summary);
+    }
+
+    void anUpdateThatIsInstalledMeanwhileKeepsItsSummary() {
+        Launcher launcher;
+        launcher.knowUpdate();
+        QVERIFY(installation::write(installation::appPath("config/release_version.json"),
+                                    R"({"runtimePackageVersion": "9.0.0"})"));
+        launcher.service.state = State::Failed;
+        launcher.service.refreshStatus();
+        QCOMPARE(launcher.log.take(), QStringList());
+        QVERIFY(launcher.service.updateAvailable);
+    }
+
+    void aSnapshotWithoutTextIsNotWeighed() {
+        Launcher launcher;
+        launcher.knowUpdate();
+        launcher.service.state = State::Failed;
+        for (const char *text : {"", "no JSON", "[]"}) {
+            launcher.service.snapshot.manifestText = text;
+            launcher.service.refreshStatus();
+            QCOMPARE(launcher.log.take(), QStringList());
+        }
+    }
+
+    void theStartShotShowsAKnownUpdate() {
+        Launcher launcher;
+        launcher.knowUpdate();
+        launcher.service.snapshot.manifestText.clear();
+        launcher.service.start();
+        (void)launcher.log.take();
+        processPosted();
+        QCOMPARE(launcher.log.take(), QStringList("prompt OnlineBanner"));
+    }
+
+    // --- Lifetime ---------------------------------------------------------------------------------------
+
+    void theServiceWaitsForItsCheck() {
+        answerLate("no manifest");
+        QStringList sequence;
+        {
+            Launcher launcher;
+            launcher.service.start();
+            processPosted();
+            QVERIFY(launcher.service.checkWatcher.isRunning());
+            (void)launcher.log.take();
+        }
+        QVERIFY(QThreadPool::globalInstance()->waitForDone(0));
+    }
+
+private:
+    void offer(const QString &runtimeVersion) {
+        m_server->on(manifestPath, support::answer(200, manifestWith(runtimeVersion).toUtf8()));
+        onlineUrl = m_server->url(manifestPath).toString();
+    }
+
+    // Late enough that the test acts before the answer.
+    void answerLate(const QString &body) {
+        m_server->on(manifestPath, support::ServerScript{support::pause(300)} +
+                                       support::answer(200, body.toUtf8()));
+        onlineUrl = m_server->url(manifestPath).toString();
+    }
+
+    std::unique_ptr<support::ScriptedServer> m_server;
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, UpdatePromptsTest)
+#include "update_prompts_test.moc"
