@@ -350,7 +350,7 @@ private slots:
         server.on("/a", redirect(302, "/b"));
         server.on("/b", answer(200, QByteArray(100000, 'x')));
         CancelFlag flag{0};
-        const int runs = 4;
+        const size_t runs = 4;
         std::vector<int> sizes(6 * runs);
         std::vector<std::thread> threads;
         for (size_t thread = 0; thread < sizes.size() / runs; ++thread) {

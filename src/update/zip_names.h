@@ -1,0 +1,15 @@
+// The names in a zip archive as they are stored, for what the zip reader does not show: a name that
+// holds a NUL looks to it like one that ends there.
+#pragma once
+
+#include <QString>
+
+// False with "unsafe zip entry: " and the name if a name in the archive's directory, or before an
+// entry's data, holds a NUL. An archive that cannot be followed passes: the reader refuses it.
+[[nodiscard]] bool checkStoredNames(const QString &zipPath, QString *error = nullptr);
+
+// Whether the archive is nothing but an end record: valid, and unknown to the zip reader.
+[[nodiscard]] bool isEmptyArchive(const QString &zipPath);
+
+// Characters below U+0020, and delete.
+[[nodiscard]] bool hasControlCharacter(const QString &name);
