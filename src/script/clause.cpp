@@ -2,7 +2,8 @@
 
 #include "script/lexer.h"
 
-#include <cstring>
+#include <algorithm>
+#include <limits>
 
 namespace ast {
 namespace {
@@ -18,7 +19,7 @@ QString joined(const Token *first, const Token *last) {
     for (const Token *token = first; token != last; ++token)
         length += token->text.size() + 1;
     QString text;
-    text.reserve(int(length));
+    text.reserve(int(std::min<qint64>(length, std::numeric_limits<int>::max())));
     for (const Token *token = first; token != last; ++token) {
         if (!text.isEmpty())
             text += QLatin1Char(' ');
@@ -53,7 +54,9 @@ Clause makeClause(const Token *first, const Token *last, bool fromLexer) {
 }
 
 QString joinedText(const Clause &clause) {
-    return joined(clause.first, clause.last).trimmed();
+    QString text = joined(clause.first, clause.last);
+    // A clause that lexes alike has no blank at either end.
+    return clause.lexesAlike ? text : text.trimmed();
 }
 
 std::vector<Token> lexAgain(const Clause &clause, const QString &tail, QString *error) {

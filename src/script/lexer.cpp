@@ -9,6 +9,11 @@
 namespace ast {
 namespace {
 
+// A guess at the number of tokens saves the copies of a growing vector. It is bounded, since a huge
+// text need not hold a single token.
+const int unitsOfToken = 3;
+const int mostReserved = 4 * 1024 * 1024;
+
 struct Operator {
     qint32 kind = -1;
     QString text;
@@ -250,6 +255,7 @@ Lexer::Lexer(const QString &text)
 
 std::vector<Token> Lexer::tokenize(QString *error) {
     std::vector<Token> tokens;
+    tokens.reserve(size_t(std::min(source.size() / unitsOfToken + 1, mostReserved)));
     Scan scan(source, tokens);
     const bool isKnown = scan.run();
     pos = qint32(scan.next() - source.constData());
