@@ -5,6 +5,7 @@ import subprocess
 
 from harness.waiting import wait_for
 
+SOCKETS = pathlib.Path("/tmp/.X11-unix")
 STAGE = pathlib.Path(os.environ["QUORVANE_STAGE"])
 
 
@@ -13,6 +14,9 @@ class Desktop:
         self.processes = []
         self.log = open(STAGE / "desktop.log", "ab")
         subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
+        # Servers of several runs would take the sockets of each other's screens.
+        SOCKETS.mkdir(mode=0o1777, exist_ok=True)
+        subprocess.run(["mount", "-t", "tmpfs", "none", str(SOCKETS)], check=True)
         self.environment = dict(os.environ)
         self.environment["DISPLAY"] = ":" + self._answer_of(
             lambda fd: ["Xvfb", "-displayfd", str(fd), "-screen", "0", "1600x1200x24",
@@ -42,8 +46,9 @@ class Desktop:
 
     def window_of(self, pid, title):
         """The newest visible window of a process with exactly this title, or None."""
-        for window in reversed(self._output(["xdotool", "search", "--all", "--onlyvisible", "--pid", str(pid),
-                                             "--name", ""]).split()):
+        windows = self._output(["xdotool", "search", "--all", "--onlyvisible", "--pid", str(pid),
+                                "--name", ""]).split()
+        for window in reversed(windows):
             if self._output(["xdotool", "getwindowname", window]).rstrip("\n") == title:
                 return window
         return None
@@ -60,9 +65,13 @@ class Desktop:
         self._output(["import", "-window", "root", str(STAGE / "pictures" / f"{name}.png")])
 
     def _output(self, command):
-        return subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL,
-                              stdout=subprocess.PIPE, stderr=self.log, check=False,
-                              timeout=60).stdout.decode()
+        """What a command prints; nothing if it hangs, which the next wait will tell."""
+        try:
+            return subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL,
+                                  stdout=subprocess.PIPE, stderr=self.log, check=False,
+                                  timeout=20).stdout.decode()
+        except subprocess.TimeoutExpired:
+            return ""
 
     def _start(self, command, **more):
         process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL,
