@@ -27,6 +27,15 @@ QStringList translationFiles() {
             root + QStringLiteral("/bin/translations/") + name};
 }
 
+// What is in force, not what was asked for: without its file a later start does not look for English.
+// A value that stands already is left alone, since a write waits for the disk and this one would hold
+// up every start.
+void storeLocale(const QString &locale) {
+    SettingsStore &settings = SettingsStore::instance();
+    if (settings.value(localeKey(), QString()) != locale)
+        settings.setValue(localeKey(), locale);
+}
+
 void announceToWidgets() {
     const QWidgetList widgets = QApplication::allWidgets();
     for (QWidget *widget : widgets) {
@@ -64,8 +73,7 @@ void LocaleManager::setLocale(const QString &requested) {
             qWarning("Failed to load English translation; falling back to Chinese source strings.");
         m_locale = QStringLiteral("zh_CN");
     }
-    // What is in force, not what was asked for: without the file a later start asks for Chinese.
-    SettingsStore::instance().setValue(localeKey(), m_locale);
+    storeLocale(m_locale);
     announceToWidgets();
 }
 
