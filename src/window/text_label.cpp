@@ -12,6 +12,15 @@ namespace {
 
 const QChar ellipsis(0x2026);
 
+// Whether a font made for European scripts may lack some of the characters.
+bool needsStandIn(const QString &text) {
+    const ushort firstBeyond = 0x0590; // where Latin, Greek and Cyrillic end
+    return std::any_of(text.cbegin(), text.cend(), [&](QChar character) {
+        const bool punctuation = character.unicode() >= 0x2000 && character.unicode() < 0x2070;
+        return character.unicode() >= firstBeyond && !punctuation;
+    });
+}
+
 // Breaks one paragraph into at most `limit` lines; the last one holds all that is left.
 QStringList brokenParagraph(const QString &paragraph, const QFont &font, int width, int limit) {
     QTextOption option;
@@ -64,11 +73,14 @@ int TextLabel::lineLimit() const {
     return wordWrap() ? m_maximumLines : 1;
 }
 
-// Fonts that stand in for missing characters may be higher than the label's own font: a Chinese
-// sample gives the height that both need.
+// Fonts that stand in for missing characters may be higher than the label's own font: for a text that
+// needs one, a Chinese sample gives the height of both. A text without is not measured by it, since
+// the first use of such a font reads a large file, which an English start can do without.
 int TextLabel::lineHeight() const {
     static const QString sample = QStringLiteral("Ag状态");
     const QFontMetrics metrics = fontMetrics();
+    if (!needsStandIn(text()))
+        return metrics.lineSpacing();
     return std::max(metrics.lineSpacing(),
                     metrics.boundingRect(QRect(), Qt::TextSingleLine, sample).height());
 }

@@ -135,12 +135,24 @@ void LauncherWindow::retranslateUi() {
     refreshLogView();
 }
 
+namespace {
+
+// The format is named because the library otherwise loads every image plug-in to look at the content,
+// which would hold up the start.
+QIcon languageIcon(const QString &language) {
+    QIcon icon;
+    for (const QString &size : {QString(), QStringLiteral("@2x")})
+        icon.addPixmap(QPixmap(QStringLiteral(":/%1%2.png").arg(language, size), "PNG"));
+    return icon;
+}
+
+} // namespace
+
 // The icon shows the language in force, the tip the way out of it, written in the language that the
 // button leads to.
 void LauncherWindow::updateLanguageButton() {
     const bool english = LocaleManager::instance().isEnglish();
-    languageButton->setIcon(
-        QIcon(english ? QStringLiteral(":/EN.png") : QStringLiteral(":/CH.png")));
+    languageButton->setIcon(languageIcon(english ? QStringLiteral("EN") : QStringLiteral("CH")));
     //: Shown while English is in force, to those who read Chinese: stays Chinese.
     languageButton->setToolTip(english ? tr("切换到中文") : QStringLiteral("Switch to English"));
 }
