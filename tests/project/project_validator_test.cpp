@@ -10,6 +10,11 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextCodec>
+#include <QThread>
+
+#include <array>
+#include <memory>
+#include <vector>
 
 using support::ProjectFolder;
 
@@ -107,6 +112,7 @@ private slots:
     void linksOnTheDisk();
     void hugeFiles();
     void manyIssues();
+    void twoThreadsAtOnce();
     void format();
 };
 
@@ -629,6 +635,27 @@ void ProjectValidatorTest::manyIssues() {
     const QStringList issues = issuesOf(toJson(root), {});
     QCOMPARE(issues.size(), 3002);
     QCOMPARE(issues.at(2999), QStringLiteral("[Error] scripts[999].role: 缺少 script role"));
+}
+
+// The check before a start and the check of an update may meet.
+void ProjectValidatorTest::twoThreadsAtOnce() {
+    const ProjectFolder folder;
+    for (const auto &file : cleanFiles)
+        folder.write(file.first, file.second);
+    folder.write("sub/sub.ys", "global int cam1_width; global int w;");
+    const QString project = folder.write("line.yslib", cleanProject);
+    std::array<QString, 4> found;
+    std::vector<std::unique_ptr<QThread>> threads;
+    for (QString &text : found) {
+        threads.emplace_back(QThread::create(
+            [&text, &project] { text = formatProjectIssues(validateProjectFile(project)); }));
+        threads.back()->start();
+    }
+    for (const auto &thread : threads)
+        QVERIFY(thread->wait());
+    for (const QString &text : found)
+        QCOMPARE(text, formatProjectIssues(validateProjectFile(project)));
+    QCOMPARE(found.front().count('\n'), 1);
 }
 
 void ProjectValidatorTest::format() {
