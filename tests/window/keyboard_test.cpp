@@ -7,8 +7,6 @@
 using State = LauncherService::State;
 using PromptMode = LauncherService::UpdatePromptMode;
 
-Q_DECLARE_METATYPE(PromptMode)
-
 class KeyboardTest : public QObject {
     Q_OBJECT
 

@@ -405,7 +405,5 @@ void ReactionTest::cancellingATask() {
     scene.service.checkInFlight = false;
 }
 
-Q_DECLARE_METATYPE(PromptMode)
-
 QUORVANE_TEST_MAIN(QApplication, ReactionTest)
 #include "reaction_test.moc"

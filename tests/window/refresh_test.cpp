@@ -5,8 +5,6 @@
 using State = LauncherService::State;
 using PromptMode = LauncherService::UpdatePromptMode;
 
-Q_DECLARE_METATYPE(PromptMode)
-
 class RefreshTest : public QObject {
     Q_OBJECT
 

@@ -1,8 +1,11 @@
-// Draws the launcher window in the states that the documentation shows: scripts/screenshots runs it.
+// Draws the launcher window in the states that the documentation shows, in both languages:
+// scripts/screenshots runs it. The service stands still; its fields say what there is to see.
 //
-//   quorvane_screenshots FOLDER [SCALE]     SCALE enlarges the fonts; 1 unless given
+//   quorvane_screenshots FOLDER [PER CENT]     the size of the fonts; 100 unless given
 #include "support/staged_main.h"
 #include "window_scene.h"
+
+#include "frame/app_paths.h"
 
 #include <QApplication>
 #include <QTextStream>
@@ -12,84 +15,97 @@ using PromptMode = LauncherService::UpdatePromptMode;
 
 namespace {
 
-void shoot(WindowScene &scene, const QString &folder, const QString &name) {
-    scene.window.show();
-    QCoreApplication::processEvents();
-    scene.window.grab().save(folder + "/" + name + ".png");
-    QTextStream(stdout) << name << ' ' << scene.window.width() << 'x' << scene.window.height()
-                        << '\n';
+const char *const dataFolder = "C:/ProgramData/Quorvane";
+
+QString flowText(const char *chinese) {
+    return QCoreApplication::translate("LauncherService", chinese);
 }
 
+class Camera {
+public:
+    Camera(const QString &folder, const QString &language)
+        : m_folder(folder)
+        , m_language(language) {}
+
+    void shoot(WindowScene &scene, const QString &name) const {
+        scene.window.show();
+        QCoreApplication::processEvents();
+        const QString file = QString("%1/%2-%3.png").arg(m_folder, name, m_language);
+        const bool saved =
+            scene.window.grab().toImage().convertToFormat(QImage::Format_RGB888).save(file);
+        QTextStream(stdout) << file << ' ' << scene.window.width() << 'x' << scene.window.height()
+                            << (saved ? "\n" : " was not saved\n");
+    }
+
+private:
+    QString m_folder;
+    QString m_language;
+};
+
 void place(WindowScene &scene, State state, const QString &status) {
+    scene.service.projectPath = "D:/Line3/USER/projects/demo/demo.yslib";
     scene.service.statusText = status;
     scene.put(state);
 }
 
-void shootStates(const QString &folder, const QString &suffix) {
-    const QString demo = "D:/Line/USER/projects/demo/demo.yslib";
-    {
-        WindowScene scene;
-        scene.service.projectPath = demo;
-        LauncherService::appendLaunchLog("[task check_1f0c27aa] started kind=check");
-        scene.put(State::Countdown);
-        shoot(scene, folder, "countdown" + suffix);
-    }
-    {
-        WindowScene scene;
-        scene.service.projectPath = demo;
-        scene.service.state = State::RepairMode;
-        scene.service.refreshStatus();
-        shoot(scene, folder, "repair" + suffix);
-    }
-    {
-        WindowScene scene;
-        scene.service.projectPath = demo;
-        scene.service.state = State::Monitor;
-        scene.service.refreshStatus();
-        shoot(scene, folder, "monitor" + suffix);
-    }
-    {
-        WindowScene scene;
-        scene.service.projectPath = demo;
-        place(scene, State::Failed,
-              QCoreApplication::translate("LauncherService",
-                                          "目标进程已退出，代码 %1%2。\n日志：%3\n%4")
-                  .arg("7", "", "C:/ProgramData/Quorvane/Quorvaner/launcher.log",
-                       QCoreApplication::translate("LauncherService", "Dump 目录：%1")
-                           .arg("C:/ProgramData/Quorvane/Quorvaner/dumps")));
-        shoot(scene, folder, "failed" + suffix);
-    }
-    {
-        WindowScene scene;
-        scene.service.projectPath = demo;
-        place(scene, State::RepairMode,
-              QCoreApplication::translate("LauncherService",
-                                          "发现在线更新。请选择是否更新，或继续启动。"));
-        scene.service.updateSummary = "https://updates.example/Quorvaner/Update/manifest.json\n"
-                                      "Project -> 2.4.0, Runtime -> 1.8.2";
-        scene.offerUpdate(PromptMode::OnlineBanner);
-        shoot(scene, folder, "banner" + suffix);
-        scene.offerUpdate(PromptMode::BadgeOnly);
-        shoot(scene, folder, "badge" + suffix);
-        scene.service.taskId = "apply_1f0c27aa";
-        place(scene, State::ApplyingUpdate,
-              QCoreApplication::translate("LauncherService", "正在应用更新（后台执行）..."));
-        scene.setTaskActive(true);
-        Q_EMIT scene.service.updateTaskProgressChanged("apply_1f0c27aa", "download", 42,
-                                                       "detail:download-project");
-        shoot(scene, folder, "task" + suffix);
-    }
-    {
-        WindowScene scene;
-        scene.service.projectPath = "/media/line/" + QString("ordner/").repeated(40) + "demo.yslib";
-        QString findings;
-        for (int i = 1; i <= 30; ++i)
-            findings += QString("[错误] scripts/station_%1.ys: 第 %1 项检查未通过\n").arg(i);
-        scene.service.updateSummary = findings;
-        place(scene, State::RepairMode, findings + scene.service.projectPath);
-        scene.offerUpdate(PromptMode::OnlineBanner);
-        shoot(scene, folder, "crowded" + suffix);
-    }
+void shootOrdinaryRun(const Camera &camera) {
+    QFile::remove(AppPaths::launchLogPath());
+    WindowScene scene;
+    LauncherService::appendLaunchLog("[task check_1f0c27aa] started kind=check");
+    place(scene, State::Countdown, QString());
+    camera.shoot(scene, "countdown");
+    place(scene, State::Monitor,
+          flowText("正在监护目标进程。日志：%1").arg(QString(dataFolder) + "/launcher.log"));
+    camera.shoot(scene, "monitor");
+    const QString dumps = flowText("Dump 目录：%1").arg(QString(dataFolder) + "/dumps");
+    place(scene, State::Failed,
+          flowText("目标进程已退出，代码 %1%2。\n日志：%3\n%4")
+              .arg("7", QString(), QString(dataFolder) + "/launcher.log", dumps));
+    camera.shoot(scene, "failed");
+}
+
+void shootRepair(const Camera &camera) {
+    WindowScene scene;
+    place(scene, State::RepairMode, flowText("修复模式：选择 yslib、查看日志或手动启动。"));
+    camera.shoot(scene, "repair");
+}
+
+void shootUpdate(const Camera &camera) {
+    WindowScene scene;
+    place(scene, State::RepairMode, flowText("发现在线更新。请选择是否更新，或继续启动。"));
+    scene.service.updateSummary = "Project -> 2.4.0, Runtime -> 1.8.2";
+    scene.offerUpdate(PromptMode::OnlineBanner);
+    camera.shoot(scene, "banner");
+    scene.offerUpdate(PromptMode::BadgeOnly);
+    camera.shoot(scene, "badge");
+    place(scene, State::ApplyingUpdate, flowText("正在应用更新..."));
+    scene.service.taskId = "apply_1f0c27aa";
+    scene.setTaskActive(true);
+    Q_EMIT scene.service.updateTaskProgressChanged("apply_1f0c27aa", "download", 42,
+                                                   "detail:download-project");
+    camera.shoot(scene, "task");
+    scene.service.checkInFlight = false;
+}
+
+// As much text as there can be: a path of 300 characters and thirty findings.
+void shootCrowded(const Camera &camera) {
+    WindowScene scene;
+    const QString path = ("D:/" + QString("Line3/").repeated(50)).left(292) + "/a.yslib";
+    QString findings;
+    for (int i = 1; i <= 30; ++i)
+        findings += QString("[error] YS%1 scripts/station_%1.ys: import not found\n").arg(100 + i);
+    place(scene, State::RepairMode, findings + path);
+    scene.service.projectPath = path;
+    scene.service.updateSummary = findings;
+    scene.offerUpdate(PromptMode::OnlineBanner);
+    camera.shoot(scene, "crowded");
+}
+
+void shootAll(const Camera &camera) {
+    shootOrdinaryRun(camera);
+    shootRepair(camera);
+    shootUpdate(camera);
+    shootCrowded(camera);
 }
 
 } // namespace
@@ -99,17 +115,17 @@ int main(int argc, char **argv) {
         return support::runStaged(argc, argv);
     support::dropStagedMarker(argc, argv);
     QApplication application(argc, argv);
-    if (argc < 2)
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() < 2)
         return 2;
-    const QString folder = QString::fromLocal8Bit(argv[1]);
-    const qreal scale = argc > 2 ? QString::fromLocal8Bit(argv[2]).toDouble() : 1.0;
+    const int percent = arguments.size() > 2 ? arguments.at(2).toInt() : 100;
     QFont font = QApplication::font();
-    font.setPointSizeF(font.pointSizeF() * scale);
+    font.setPointSizeF(font.pointSizeF() * percent / 100);
     QApplication::setFont(font);
     stageTranslation();
     useLanguage(Language::Chinese);
-    shootStates(folder, "_zh");
+    shootAll(Camera(arguments.at(1), "zh"));
     useLanguage(Language::English);
-    shootStates(folder, "_en");
+    shootAll(Camera(arguments.at(1), "en"));
     return 0;
 }

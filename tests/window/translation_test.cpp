@@ -87,8 +87,8 @@ QList<Message> textsOfTheSources() {
     QTemporaryDir folder;
     const QString fresh = folder.filePath("fresh.ts");
     QProcess lupdate;
-    lupdate.start(QUORVANE_LUPDATE,
-                  {"-silent", "-extensions", "cpp,h", QUORVANE_SOURCES "/src", "-ts", fresh});
+    const QString sources = QUORVANE_SOURCES "/src";
+    lupdate.start(QUORVANE_LUPDATE, {"-silent", "-extensions", "cpp,h", sources, "-ts", fresh});
     if (!lupdate.waitForFinished(60000) || lupdate.exitCode() != 0)
         qWarning() << "lupdate:" << lupdate.errorString() << lupdate.readAllStandardError();
     return messagesOf(fresh);

@@ -466,7 +466,5 @@ void UpdateTest::inEnglishTheTitleOfACancelIsFoundToo() {
     QCOMPARE(title, QString(text == "更新任务已取消。" ? "Update failed" : "Cancelled"));
 }
 
-Q_DECLARE_METATYPE(PromptMode)
-
 QUORVANE_TEST_MAIN(QApplication, UpdateTest)
 #include "update_test.moc"
