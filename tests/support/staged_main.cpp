@@ -4,7 +4,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QProcess>
+#include <QScreen>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -34,6 +36,11 @@ void dropStagedMarker(int &argc, char **argv) {
     for (int i = 1; i + 1 < argc; ++i)
         argv[i] = argv[i + 1];
     argv[--argc] = nullptr;
+}
+
+void keepScreens() {
+    static const auto *kept = new QList<QScreen *>(QGuiApplication::screens());
+    Q_UNUSED(kept)
 }
 
 QString stageRoot() {

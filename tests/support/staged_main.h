@@ -19,6 +19,10 @@ namespace support {
 // Drops the marker that runStaged added to the arguments.
 void dropStagedMarker(int &argc, char **argv);
 
+// Keeps the screens of a program with windows reachable to its very end. The offscreen platform that
+// the tests run on never frees them, and the leak checker would take them for lost.
+void keepScreens();
+
 // The temporary folder: holds "app" (the program's folder) and "data" (XDG_DATA_HOME).
 [[nodiscard]] QString stageRoot();
 
@@ -31,6 +35,7 @@ void dropStagedMarker(int &argc, char **argv);
             return support::runStaged(argc, argv);                                                 \
         support::dropStagedMarker(argc, argv);                                                     \
         Application application(argc, argv);                                                       \
+        support::keepScreens();                                                                    \
         TestClass test;                                                                            \
         return QTest::qExec(&test, argc, argv);                                                    \
     }
