@@ -167,7 +167,8 @@ QString AppPaths::userDirectory() {
     const QDir beside(QDir(applicationDirectory()).filePath(QStringLiteral("../USER")));
     if (beside.exists())
         return beside.absolutePath();
-    if (folderExists(root + QStringLiteral("/examples/projects"))) // a source tree
+    const bool sourceTree = folderExists(root + QStringLiteral("/examples/projects"));
+    if (!root.isEmpty() && sourceTree)
         return QDir(root).filePath(QStringLiteral("USER"));
     return beside.absolutePath(); // the first run of an installation
 }
@@ -210,6 +211,8 @@ QString AppPaths::findUsbManifest() {
 
 QString AppPaths::findUsbManifest(const QStringList &volumeRoots) {
     for (const QString &volumeRoot : volumeRoots) {
+        if (volumeRoot.isEmpty()) // would be taken for the current folder
+            continue;
         const QFileInfo manifest(
             QDir(volumeRoot).filePath(QStringLiteral("QuorvanerUpdate/manifest.json")));
         if (manifest.exists())

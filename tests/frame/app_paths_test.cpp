@@ -333,6 +333,16 @@ private slots:
         QTEST(found.isEmpty() ? found : machine.relative(found), "expected");
     }
 
+    void volumeWithoutARootIsNotTheCurrentFolder() {
+        const Machine machine;
+        machine.make({"here/QuorvanerUpdate/manifest.json"});
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(machine.path("here")));
+        const QString found = AppPaths::findUsbManifest(QStringList(""));
+        QVERIFY(QDir::setCurrent(before));
+        QCOMPARE(found, QString());
+    }
+
     void mountedVolumesAreWalkedInTheirOrder() {
         QStringList ready;
         const auto volumes = QStorageInfo::mountedVolumes();
