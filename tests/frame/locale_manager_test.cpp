@@ -73,6 +73,14 @@ protected:
     }
 };
 
+// Does not pass a change of language on to its children.
+class Silent : public QWidget {
+protected:
+    bool event(QEvent *event) override {
+        return event->type() == QEvent::LanguageChange || QWidget::event(event);
+    }
+};
+
 } // namespace
 
 class LocaleManagerTest : public QObject {
@@ -207,6 +215,14 @@ private slots:
             for (Listener *listener : {&hidden, child, grandchild})
                 listener->seen.clear();
         }
+    }
+
+    void childrenAreToldByThemselves() {
+        putTranslation(0);
+        Silent parent;
+        Listener *const child = new Listener(&parent);
+        manager().toggle();
+        QCOMPARE(child->seen, QStringList("copy 0 en"));
     }
 
     void askingForTheSameAgainTellsAgain() {
