@@ -1,4 +1,4 @@
-// Depth and size are data: scripts that nest a million deep (a hundred thousand for the less likely
+// Depth and size are data: scripts that nest a million deep (twenty thousand for the less likely
 // shapes) give what the rules give for three levels, and are parsed, printed and freed on a thread
 // with a stack of 256 KiB.
 #include "script/expression_parser.h"
@@ -73,7 +73,7 @@ private slots:
         QTest::addColumn<Shape>("result");
         QTest::addColumn<int>("depth");
         const auto row = [](const char *name, const Shape &source, const Shape &result,
-                            int depth = million / 10) {
+                            int depth = million / 50) {
             QTest::newRow(name) << source << result << depth;
         };
         row("parentheses", {"", "(", "a", ")", ""}, {"", "", "a", "", "\n"}, million);
@@ -138,14 +138,14 @@ private slots:
         runOnSmallStack([&] { actual = parsed(source.at(depth), ast::TokenOrigin::Lexer); });
         QVERIFY(actual == expected(depth));
         // Clauses that are joined and lexed again: slower, and the same.
-        depth = million / 20;
+        depth = million / 50;
         runOnSmallStack([&] { actual = parsed(source.at(depth), ast::TokenOrigin::Anywhere); });
         QVERIFY(actual == expected(depth));
     }
 
     // Printing as JSON and freeing need no more stack either.
     void aDeepTreeIsPrintedAsJson() {
-        const int depth = million / 20;
+        const int depth = million / 50;
         QString json;
         runOnSmallStack([&json] {
             auto program = ast::Parser(ast::Lexer(QString("- ").repeated(depth) + "a").tokenize())
