@@ -17,6 +17,7 @@ namespace {
 const int cancelPollMs = 100;
 const int downloadTimeoutMs = 120000;
 const int downloadRedirects = 8;
+const int largestBody = 0x7FFFFF00; // bytes, what a byte array can hold
 
 bool isCancelled(const CancelFlag *cancelFlag) {
     return cancelFlag != nullptr && cancelFlag->load(std::memory_order_relaxed) != 0;
@@ -24,6 +25,10 @@ bool isCancelled(const CancelFlag *cancelFlag) {
 
 QString cancelledText() {
     return QStringLiteral("cancelled");
+}
+
+QString tooLargeText(const QUrl &url) {
+    return QStringLiteral("response body too large for memory from %1").arg(url.toString());
 }
 
 // The end of a hop: whether another follows. With the text, the call has failed.
@@ -93,6 +98,26 @@ QString failureText(const QNetworkReply &reply, const QUrl &current, int statusC
     return text + suffix + QStringLiteral(" URL: ") + current.toString();
 }
 
+// A body as it comes: taken piece by piece, so that it is never held twice.
+struct IncomingBody {
+    QByteArray bytes;
+    bool tooLarge = false;
+};
+
+// Runs within the event loop, through which no exception may pass.
+void takeWhatCame(QNetworkReply &reply, IncomingBody *body) {
+    try {
+        const QByteArray piece = reply.readAll();
+        body->tooLarge = piece.size() > largestBody - body->bytes.size();
+        if (!body->tooLarge)
+            body->bytes += piece;
+    } catch (const std::bad_alloc &) {
+        body->tooLarge = true;
+    }
+    if (body->tooLarge)
+        reply.abort();
+}
+
 // One request. True if another hop follows, to the URL that `current` holds then.
 bool runHop(QUrl *current, bool mayRedirect, int timeoutMs, const CancelFlag *cancelFlag,
             FetchResult *result) {
@@ -100,16 +125,23 @@ bool runHop(QUrl *current, bool mayRedirect, int timeoutMs, const CancelFlag *ca
     // no event loop that would carry out deleteLater.
     QNetworkAccessManager manager;
     QNetworkReply *const reply = manager.get(requestFor(*current));
+    IncomingBody body;
+    QObject::connect(reply, &QNetworkReply::readyRead, reply,
+                     [reply, &body] { takeWhatCame(*reply, &body); });
     QEventLoop loop;
     waitForReply(*reply, loop, timeoutMs, cancelFlag);
     reply->deleteLater();
     if (isCancelled(cancelFlag))
         return endWith(cancelledText(), result);
+    const bool isOpen = reply->isOpen(); // an aborted reply is closed, and has no body
+    if (isOpen)
+        takeWhatCame(*reply, &body);
+    if (body.tooLarge)
+        return endWith(tooLargeText(*current), result);
 
     result->statusCode = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     result->finalUrl = reply->url();
-    if (reply->isOpen()) // an aborted one is closed
-        result->body = reply->readAll();
+    result->body = isOpen ? body.bytes : QByteArray();
     if (mayRedirect && result->statusCode >= 300 && result->statusCode <= 399) {
         const QUrl target = redirectTarget(*reply, *current);
         if (!target.isValid()) {
@@ -182,12 +214,17 @@ FetchResult fetchUrl(const QUrl &url, int timeoutMs, int maxRedirects,
         return result;
 
     QUrl current = url;
-    // The reply of the last allowed hop is taken as it is, so nine replies at most for eight hops.
-    for (int hop = 0; runHop(&current, hop < maxRedirects, timeoutMs, cancelFlag, &result); ++hop) {
-        if (isCancelled(cancelFlag)) {
-            result.error = cancelledText();
-            return result;
+    try {
+        // The reply of the last allowed hop is taken as it is: nine at most for eight redirects.
+        for (int hop = 0; runHop(&current, hop < maxRedirects, timeoutMs, cancelFlag, &result);
+             ++hop) {
+            if (isCancelled(cancelFlag)) {
+                result.error = cancelledText();
+                return result;
+            }
         }
+    } catch (const std::bad_alloc &) {
+        result.error = tooLargeText(current);
     }
     return result;
 }
@@ -196,14 +233,10 @@ bool downloadToFile(const QUrl &url, const QString &path, QString *error,
                     const CancelFlag *cancelFlag) {
     if (isCancelled(cancelFlag))
         return fail(cancelledText(), error);
-    try {
-        const FetchResult result = fetchUrl(url, downloadTimeoutMs, downloadRedirects, cancelFlag);
-        if (!result.ok)
-            return fail(result.error, error);
-        if (isCancelled(cancelFlag))
-            return fail(cancelledText(), error);
-        return writeBody(result.body, path, error);
-    } catch (const std::bad_alloc &) {
-        return fail(QStringLiteral("not enough memory to hold %1").arg(url.toString()), error);
-    }
+    const FetchResult result = fetchUrl(url, downloadTimeoutMs, downloadRedirects, cancelFlag);
+    if (!result.ok)
+        return fail(result.error, error);
+    if (isCancelled(cancelFlag))
+        return fail(cancelledText(), error);
+    return writeBody(result.body, path, error);
 }
