@@ -305,7 +305,7 @@ Log: %2</translation>
     </message>
     <message>
         <source>当前项目版本 %1 已不低于更新版本 %2。</source>
-        <translation>The current project version %1 is not below the update's version %2.</translation>
+        <translation>The current project version %1 is not below the update&apos;s version %2.</translation>
     </message>
     <message>
         <source>项目记录缺少 zipUrl。</source>
@@ -322,6 +322,58 @@ Log: %2</translation>
     <message>
         <source>可更新到 %1。</source>
         <translation>Can be updated to %1.</translation>
+    </message>
+    <message>
+        <source>%1 安装包下载失败（%2），将继续使用当前版本。</source>
+        <translation>The %1 installer could not be downloaded (%2). The current version stays in use.</translation>
+    </message>
+    <message>
+        <source>%1 安装包不存在：%2，将继续使用当前版本。</source>
+        <translation>The %1 installer does not exist: %2. The current version stays in use.</translation>
+    </message>
+    <message>
+        <source>%1 安装包校验失败且重下失败（校验：%2；重下：%3），将继续使用当前版本。</source>
+        <translation>The %1 installer failed its check and could not be downloaded again (check: %2; download: %3). The current version stays in use.</translation>
+    </message>
+    <message>
+        <source>%1 安装包缓存命中但校验不一致，已自动重下并通过校验：%2</source>
+        <translation>The %1 installer in the cache did not match; it was downloaded again and passed its check: %2</translation>
+    </message>
+    <message>
+        <source>%1 安装包校验失败（%2），将继续使用当前版本。</source>
+        <translation>The %1 installer failed its check (%2). The current version stays in use.</translation>
+    </message>
+    <message>
+        <source>%1 安装包已就绪：%2（请在关闭 Launcher 后手动执行该安装包）</source>
+        <translation>The %1 installer is ready: %2 (run it by hand after closing the Launcher)</translation>
+    </message>
+    <message>
+        <source>%1 安装包启动失败：%2，请稍后手动执行。</source>
+        <translation>The %1 installer could not be started: %2. Run it by hand later.</translation>
+    </message>
+    <message>
+        <source>%1 安装包已自动启动：%2（组件版本将在安装程序完成后写入本地配置）</source>
+        <translation>The %1 installer was started: %2 (the component version is recorded once the installer has finished)</translation>
+    </message>
+    <message>
+        <source>更新任务正在进行中...</source>
+        <translation>An update task is already running...</translation>
+    </message>
+    <message>
+        <source>未选择任何更新内容。</source>
+        <translation>Nothing was chosen to update.</translation>
+    </message>
+    <message>
+        <source>项目更新不可用：%1</source>
+        <translation>The project update is not available: %1</translation>
+    </message>
+    <message>
+        <source>正在应用更新（后台执行）...</source>
+        <translation>Applying the update in the background...</translation>
+    </message>
+    <message>
+        <source>更新任务已取消。</source>
+        <translation>The update task was cancelled.</translation>
     </message>
 </context>
 <context>

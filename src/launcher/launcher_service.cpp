@@ -63,6 +63,8 @@ LauncherService::LauncherService(QObject *parent)
     connect(&countdownTimer, &QTimer::timeout, this, &LauncherService::tickCountdown);
     connect(&targetProcess, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             &LauncherService::onTargetFinished);
+    connect(&applyWatcher, &QFutureWatcherBase::finished, this,
+            &LauncherService::onProjectApplyFinished);
     connect(&checkWatcher, &QFutureWatcherBase::finished, this,
             &LauncherService::onUpdateCheckFinished);
     connect(&setupWatcher, &QFutureWatcherBase::finished, this,

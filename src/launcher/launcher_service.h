@@ -222,6 +222,12 @@ private:
 
     // Update tasks
     QString beginUpdateTask(const QString &kind);
+    void startProjectApply();
+    void onProjectApplyFinished();
+    void endApply(const QString &why);
+    // `keepTask`: go on in the current task, if there is one.
+    void startComponentSetup(bool launchAfter, bool keepTask);
+    [[nodiscard]] QString setupDetails(const ComponentSetupResult &result) const;
     void notifyTaskActive();
     void logTaskPhase(const QString &phase, qint64 elapsedMs, const QString &detail) const;
 };

@@ -136,6 +136,17 @@ struct UpdateContext {
     [[nodiscard]] static QString resolveManifestUrl(const UpdateSnapshot &snapshot,
                                                     const QString &value);
 
+    // --- The component setup ------------------------------------------------------------------------
+
+    // Gets, checks and starts the installer of each selected component. Blocks for the downloads:
+    // only ever on a worker. A component that fails is left out with a warning.
+    [[nodiscard]] ComponentSetupResult runComponentSetup() const;
+    // One component: returns a note for the user, or nothing if its record names no installer or
+    // it failed. The reason goes to the log and to `error`; "cancelled" after a cancel. Without
+    // `autoStart` the installer is left to the user.
+    [[nodiscard]] QString setupComponent(const QJsonObject &record, const QString &label,
+                                         bool autoStart, QString *error = nullptr) const;
+
 private:
     [[nodiscard]] QString readStickManifest(const QString &path);
     [[nodiscard]] QString fetchOnlineManifest(QString *error);

@@ -2,6 +2,7 @@
 #include "launcher/launcher_service.h"
 
 #include "frame/settings_store.h"
+#include "launcher/project_apply.h"
 
 #include <QDateTime>
 #include <QStringList>
@@ -12,7 +13,18 @@
 
 namespace {
 
-// On a pool thread, with a context of its own. `link` keeps the cancel flag alive.
+// What is said where memory ran out in a worker: nothing may leave its thread.
+QString outOfMemory() {
+    return QStringLiteral("not enough memory for the update");
+}
+
+bool choosesAnything(const UpdateSelection &chosen) {
+    return chosen.project || chosen.runtime || chosen.launcher || chosen.editor ||
+           chosen.pythonTools;
+}
+
+// The three workers. On a pool thread, with a context of its own. `link` keeps the cancel flag
+// alive.
 UpdateCheckResult checkForUpdates(UpdateContext context, const std::shared_ptr<TaskLink> &link) {
     Q_UNUSED(link)
     UpdateCheckResult result;
@@ -25,6 +37,35 @@ UpdateCheckResult checkForUpdates(UpdateContext context, const std::shared_ptr<T
     }
     result.cancelled = context.cancelRequested();
     return result;
+}
+
+ApplyResult applyProject(const UpdateContext &context, const QString &taskId,
+                         const std::shared_ptr<TaskLink> &link) {
+    link->reportProgress(taskId, QStringLiteral("download"), -1,
+                         QStringLiteral("detail:download-project"));
+    ApplyResult result;
+    try {
+        result = applyProjectUpdate(context.snapshot, context.projectPath, context.cancelRef);
+    } catch (...) {
+        result = ApplyResult();
+        result.message = outOfMemory();
+    }
+    link->reportProgress(taskId, QStringLiteral("verify"), -1,
+                         result.success ? QStringLiteral("detail:verify-ok")
+                                        : QStringLiteral("detail:verify-fail"));
+    return result;
+}
+
+ComponentSetupResult setUpComponents(const UpdateContext &context, const QString &taskId,
+                                     const std::shared_ptr<TaskLink> &link) {
+    if (!context.cancelRequested())
+        link->reportProgress(taskId, QStringLiteral("setup"), -1,
+                             QStringLiteral("detail:setup-prepare"));
+    try {
+        return context.runComponentSetup();
+    } catch (...) {
+        return {true, QString(), outOfMemory(), context.cancelRequested()};
+    }
 }
 
 } // namespace
@@ -91,7 +132,73 @@ void LauncherService::logTaskPhase(const QString &phase, qint64 elapsedMs,
 }
 
 void LauncherService::applyChosenUpdate() {
-    Q_EMIT applyUpdateFinished(false, tr("当前没有可应用的已验证更新。"));
+    const auto refuse = [this](const QString &why) { Q_EMIT applyUpdateFinished(false, why); };
+    if (!updateAvailable)
+        return refuse(tr("当前没有可应用的已验证更新。"));
+    if (isUpdateTaskActive())
+        return setStatus(tr("更新任务正在进行中..."));
+    cancelFlag = 0;
+    if (!choosesAnything(selection))
+        return refuse(tr("未选择任何更新内容。"));
+    if (!selection.project) {
+        beginUpdateTask(QStringLiteral("setup"));
+        return startComponentSetup(true, true);
+    }
+    QString reason;
+    if (!isProjectEligible(&reason))
+        return refuse(tr("项目更新不可用：%1").arg(reason));
+    startProjectApply();
+}
+
+void LauncherService::startProjectApply() {
+    setState(State::ApplyingUpdate);
+    beginUpdateTask(QStringLiteral("apply"));
+    setStatus(tr("正在应用更新（后台执行）..."));
+    reportUpdateTaskProgress(taskId, QStringLiteral("check"), -1,
+                             QStringLiteral("detail:verify-manifest"));
+    const UpdateContext &context = *this;
+    applyWatcher.setFuture(QtConcurrent::run(applyProject, context, taskId, taskLink));
+}
+
+void LauncherService::onProjectApplyFinished() {
+    const ApplyResult result = applyWatcher.result();
+    // A cancel that the worker did not see any more counts too, even if the project was replaced.
+    const QString cancelled = QStringLiteral("cancelled");
+    if (cancelRequested() || result.errorClass == cancelled ||
+        result.message.compare(cancelled, Qt::CaseInsensitive) == 0)
+        return endApply(tr("更新任务已取消。"));
+    if (!result.success) {
+        return endApply(result.errorClass.isEmpty()
+                            ? result.message
+                            : QStringLiteral("[%1] %2").arg(result.errorClass, result.message));
+    }
+    if (!result.projectPath.isEmpty())
+        projectPath = result.projectPath;
+    reloadModelsOnLaunch = true;
+    logTaskPhase(QStringLiteral("apply"), 0, result.message);
+    startComponentSetup(true, true);
+}
+
+void LauncherService::endApply(const QString &why) {
+    setState(State::RepairMode);
+    setStatus(why);
+    appendLaunchLog(why);
+    Q_EMIT applyUpdateFinished(false, why);
+    notifyTaskActive();
+}
+
+void LauncherService::startComponentSetup(bool launchAfter, bool keepTask) {
+    if (setupWatcher.isRunning())
+        return;
+    launchAfterSetup = launchAfter;
+    setState(State::ApplyingUpdate);
+    cancelFlag = 0;
+    if (!keepTask || taskId.isEmpty())
+        beginUpdateTask(QStringLiteral("setup"));
+    reportUpdateTaskProgress(taskId, QStringLiteral("setup"), -1,
+                             QStringLiteral("detail:setup-prepare"));
+    const UpdateContext &context = *this;
+    setupWatcher.setFuture(QtConcurrent::run(setUpComponents, context, taskId, taskLink));
 }
 
 void LauncherService::onComponentSetupFinished() {
@@ -105,12 +212,7 @@ void LauncherService::onComponentSetupFinished() {
         notifyTaskActive();
         return;
     }
-    QStringList lines{selection.project ? tr("项目更新已完成。") : tr("已跳过项目更新。")};
-    for (const QString &text : {result.summary, result.warnings}) {
-        if (!text.isEmpty())
-            lines << text;
-    }
-    const QString details = lines.join(QLatin1Char('\n'));
+    const QString details = setupDetails(result);
     SettingsStore::instance().setDefaultProject(projectPath);
     appendLaunchLog(details);
     logTaskPhase(QStringLiteral("setup"), 0, QString());
@@ -123,4 +225,13 @@ void LauncherService::onComponentSetupFinished() {
         launchTarget();
     else
         setState(State::RepairMode);
+}
+
+QString LauncherService::setupDetails(const ComponentSetupResult &result) const {
+    QStringList lines{selection.project ? tr("项目更新已完成。") : tr("已跳过项目更新。")};
+    for (const QString &text : {result.summary, result.warnings}) {
+        if (!text.isEmpty())
+            lines << text;
+    }
+    return lines.join(QLatin1Char('\n'));
 }

@@ -1,4 +1,5 @@
 // Update tasks: their progress, their ends, and workers that live longer than the service.
+#include "ended_future.h"
 #include "installation.h"
 #include "launcher/launcher_service.h"
 #include "signal_log.h"
@@ -14,14 +15,6 @@
 using State = LauncherService::State;
 
 namespace {
-
-template<typename Result>
-QFuture<Result> ended(const Result &result) {
-    QFutureInterface<Result> promise;
-    promise.reportStarted();
-    promise.reportFinished(&result);
-    return promise.future();
-}
 
 bool report(LauncherService &service, const QString &taskId) {
     return QMetaObject::invokeMethod(&service, "reportUpdateTaskProgress", Qt::DirectConnection,
