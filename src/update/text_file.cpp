@@ -42,15 +42,23 @@ QString decode(const QByteArray &bytes) {
     return gbk == nullptr ? text : gbk->toUnicode(bytes);
 }
 
+// Null for more bytes than one array holds, which the library reads as none.
+QString readOpenFile(QFile &file) {
+    const QByteArray bytes = file.readAll();
+    return bytes.isEmpty() && file.size() > 0 ? QString() : decode(bytes);
+}
+
 } // namespace
 
 QString readTextFile(const QString &path, QString *error) {
     QFile file(path);
     if (!openFile(file, QIODevice::ReadOnly, error))
         return QString();
-    const QString text = unlessOutOfMemory([&] { return decode(file.readAll()); }, QString());
-    if (text.isNull()) // no text that was decoded is null
-        refuse(qt_error_string(ENOMEM), error);
+    const QString text = unlessOutOfMemory([&] { return readOpenFile(file); }, QString());
+    if (text.isNull()) {
+        const bool told = file.error() != QFileDevice::NoError;
+        refuse(told ? file.errorString() : qt_error_string(ENOMEM), error);
+    }
     return text;
 }
 

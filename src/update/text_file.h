@@ -8,8 +8,8 @@
 #include <QString>
 
 // The file's text: UTF-8 behind a byte-order mark, else UTF-8 if the bytes are valid, else GBK. No
-// other encoding is recognised. Null only if the file cannot be opened or memory runs out; an
-// empty file gives an empty text that is not null.
+// other encoding is recognised. Null only if the file cannot be opened or read or is too
+// large for memory; an empty file gives an empty text that is not null.
 [[nodiscard]] QString readTextFile(const QString &path, QString *error = nullptr);
 
 // Replaces the file's content by `text` in UTF-8 without a byte-order mark and with the platform's

@@ -615,12 +615,13 @@ void ProjectValidatorTest::linksOnTheDisk() {
                 .startsWith(QStringLiteral("[Error] yslib: 无法读取 yslib：")));
 }
 
-// More text than one string can hold.
+// More text than one string can hold, and more bytes than one array can.
 void ProjectValidatorTest::hugeFiles() {
     const qint64 gigabyte = 1LL << 30;
     const ProjectFolder folder;
-    QCOMPARE(linesOf(validateProjectFile(folder.writeZeros("huge.yslib", gigabyte))),
-             QStringList(QStringLiteral("[Error] yslib: 无法读取 yslib：") + outOfMemory));
+    for (const qint64 size : {gigabyte, 3 * gigabyte})
+        QCOMPARE(linesOf(validateProjectFile(folder.writeZeros("huge.yslib", size))),
+                 QStringList(QStringLiteral("[Error] yslib: 无法读取 yslib：") + outOfMemory));
     for (const auto &file : cleanFiles)
         folder.write(file.first, file.second);
     folder.writeZeros("sub/sub.ys", gigabyte);

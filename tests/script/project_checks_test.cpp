@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QJsonObject>
+#include <QRandomGenerator>
 #include <QThread>
 
 #include <memory>
@@ -46,6 +47,42 @@ QStringList findings(const ScriptCheckResult &result) {
     return texts;
 }
 
+struct SearchState {
+    QSet<QString> onPath;
+    QSet<QString> finished;
+    QStringList path;
+};
+
+// The rule as one would write it down, which needs a stack as deep as the chain of imports.
+bool searchRecursively(const QString &node, const ImportGraph &graph, SearchState &state) {
+    if (state.onPath.contains(node)) {
+        state.path.append(node);
+        return true;
+    }
+    if (state.finished.contains(node))
+        return false;
+    state.onPath.insert(node);
+    for (const QString &next : graph.value(node)) {
+        if (searchRecursively(next, graph, state))
+            return true;
+    }
+    state.onPath.remove(node);
+    state.finished.insert(node);
+    return false;
+}
+
+// Up to eight nodes with up to three imports each, some of them no keys.
+ImportGraph randomGraph(QRandomGenerator &random) {
+    ImportGraph graph;
+    const int count = random.bounded(1, 9);
+    for (int i = 0; i < count; ++i) {
+        QSet<QString> &imports = graph[QString::number(i)];
+        for (int left = random.bounded(0, 4); left > 0; --left)
+            imports.insert(QString::number(random.bounded(0, 12)));
+    }
+    return graph;
+}
+
 // Runs `work` on a thread whose stack is far too small for a recursion in proportion to the input.
 template<typename Work>
 void runOnSmallStack(Work work) {
@@ -79,6 +116,7 @@ private slots:
     void entriesWithoutPath();
     void emptyArray();
     void searchOfAGraph();
+    void searchEqualsTheRecursiveRule();
     void searchOfALongChain();
     void rootedPath_data();
     void rootedPath();
@@ -380,6 +418,29 @@ void ProjectChecksTest::searchOfAGraph() {
     onPath.clear();
     finished.insert("b");
     QVERIFY(!findImportCycle("a", graph, onPath, finished));
+}
+
+// Small graphs of every kind: same answer, same node that closes the cycle, same sets afterwards.
+void ProjectChecksTest::searchEqualsTheRecursiveRule() {
+    QRandomGenerator random(1);
+    int cycles = 0;
+    for (int round = 0; round < 5000; ++round) {
+        const ImportGraph graph = randomGraph(random);
+        SearchState found;
+        SearchState expected;
+        for (auto node = graph.keyBegin(); node != graph.keyEnd(); ++node) {
+            found.onPath.clear();
+            expected.onPath.clear();
+            const bool cycle = searchRecursively(*node, graph, expected);
+            QCOMPARE(findImportCycle(*node, graph, found.onPath, found.finished, &found.path),
+                     cycle);
+            QCOMPARE(found.onPath, expected.onPath);
+            QCOMPARE(found.finished, expected.finished);
+            QCOMPARE(found.path, expected.path);
+            cycles += cycle ? 1 : 0;
+        }
+    }
+    QVERIFY(cycles > 1000);
 }
 
 void ProjectChecksTest::searchOfALongChain() {
