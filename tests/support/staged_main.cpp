@@ -38,9 +38,11 @@ void dropStagedMarker(int &argc, char **argv) {
     argv[--argc] = nullptr;
 }
 
+// Visible from outside, so that the compiler cannot do without it.
+QList<QScreen *> *keptScreens = nullptr;
+
 void keepScreens() {
-    static const auto *kept = new QList<QScreen *>(QGuiApplication::screens());
-    Q_UNUSED(kept)
+    keptScreens = new QList<QScreen *>(QGuiApplication::screens());
 }
 
 QString stageRoot() {
