@@ -55,7 +55,7 @@ private:
     template<typename Check>
     void countUp(Check check);
 
-    const support::ProjectFolder folder;
+    support::ProjectFolder folder;
     const QJsonArray scripts = {QJsonObject{{"path", "a.ys"}}, QJsonObject{{"path", "b.ys"}}};
 };
 
