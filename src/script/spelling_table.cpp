@@ -29,7 +29,7 @@ SpellingTable::Slot *SpellingTable::place(const QChar *units, qint32 length, qui
 }
 
 Spelling &SpellingTable::find(const QChar *units, qint32 length, quint32 hash) {
-    if (m_used * 2 >= m_slots.size())
+    if (m_used >= m_slots.size() / 2)
         grow();
     Slot *slot = place(units, length, hash);
     if (!slot) {
