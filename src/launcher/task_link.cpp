@@ -1,12 +1,11 @@
 #include "launcher/task_link.h"
 
 #include <QMetaObject>
-#include <QMutexLocker>
 #include <QObject>
 
 void TaskLink::reportProgress(const QString &taskId, const QString &phase, int percent,
                               const QString &detail) {
-    const QMutexLocker locked(&m_lock);
+    const std::lock_guard<std::mutex> locked(m_lock);
     if (!m_service)
         return;
     QMetaObject::invokeMethod(m_service, "reportUpdateTaskProgress", Qt::QueuedConnection,
@@ -15,6 +14,6 @@ void TaskLink::reportProgress(const QString &taskId, const QString &phase, int p
 }
 
 void TaskLink::cut() {
-    const QMutexLocker locked(&m_lock);
+    const std::lock_guard<std::mutex> locked(m_lock);
     m_service = nullptr;
 }

@@ -6,8 +6,9 @@
 
 #include "launcher/update_context.h"
 
-#include <QMutex>
 #include <QString>
+
+#include <mutex>
 
 class QObject;
 
@@ -27,6 +28,6 @@ public:
     void cut();
 
 private:
-    QMutex m_lock;
+    std::mutex m_lock; // a standard one, which ThreadSanitizer can see
     QObject *m_service;
 };

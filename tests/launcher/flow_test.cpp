@@ -194,6 +194,39 @@ private Q_SLOTS:
         QVERIFY(!service.isUpdateTaskActive());
     }
 
+    void everyPairWhileACheckRuns_data() { everyPairOfStateAndOperation_data(); }
+
+    // A check whose end is not taken yet: the flow waits for it, F8 is refused, it can be
+    // cancelled, and all else is as ever.
+    void everyPairWhileACheckRuns() {
+        QFETCH(State, from);
+        QFETCH(const Operation *, operation);
+        const QString project = installation::addRunnableProject("demo");
+        LauncherService service;
+        service.projectPath = project;
+        service.checkInFlight = true;
+        service.state = from;
+        const QString name = operation->name;
+        QStringList expected = operation->expected(from, service);
+        if (name == "runStartFlow")
+            expected = entering(from, State::Precheck) +
+                       QStringList({prechecking(), "status 正在检查更新，请稍候…"});
+        else if (name == "enterRepairMode")
+            expected = QStringList(
+                "status 更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。");
+        else if (name == "cancelUpdateTask")
+            expected = QStringList("status 正在取消更新任务…");
+        SignalLog log(service);
+        operation->run(service);
+        service.countdownTimer.stop();
+        QCOMPARE(log.take(), expected);
+        processPosted();
+        QCOMPARE(log.take(), QStringList());
+        QVERIFY(service.isUpdateTaskActive());
+        QCOMPARE(service.launchAfterCheck, name == "runStartFlow");
+        QCOMPARE(service.cancelFlag.load(), name == "cancelUpdateTask" ? 1 : 0);
+    }
+
     void startFlowWithoutProject_data() {
         QTest::addColumn<State>("from");
         for (const State from : allStates())

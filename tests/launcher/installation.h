@@ -11,8 +11,22 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QStringList>
+#include <QTranslator>
 
 namespace installation {
+
+// A translation that marks each text of the service, so that a test sees what went through it.
+class MarkingTranslator : public QTranslator {
+public:
+    MarkingTranslator() { QCoreApplication::installTranslator(this); }
+    ~MarkingTranslator() override { QCoreApplication::removeTranslator(this); }
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    [[nodiscard]] QString translate(const char *context, const char *source, const char *,
+                                    int) const override {
+        return qstrcmp(context, "LauncherService") == 0 ? "<" + QString::fromUtf8(source) + ">"
+                                                        : QString();
+    }
+};
 
 inline QString appPath(const QString &name) {
     return QCoreApplication::applicationDirPath() + '/' + name;

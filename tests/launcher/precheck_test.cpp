@@ -146,6 +146,21 @@ private Q_SLOTS:
         QCOMPARE(installation::takeLog(), text.split('\n'));
     }
 
+    // The frame of the text is translated; what the validator and the plug-in test say is not.
+    void inAnotherLanguage() {
+        const installation::MarkingTranslator translator;
+        QVERIFY(installation::write(m_project, brokenProject));
+        QVERIFY(QFile::remove(pluginPath()));
+        LauncherService service;
+        service.projectPath = m_project;
+        service.runStartFlow();
+        QCOMPARE(service.statusText,
+                 "<" + refusal(QString(brokenErrors) + '\n' + pluginMissing()) + ">");
+        service.projectPath = "/gone.yslib";
+        service.runStartFlow();
+        QVERIFY(service.statusText.startsWith("Project file not found: /gone.yslib\n"));
+    }
+
     void aFolderOfThatNameIsTheValidatorsToRefuse() {
         LauncherService service;
         service.projectPath = QFileInfo(m_project).absolutePath();

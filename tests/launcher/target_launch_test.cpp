@@ -290,6 +290,32 @@ private Q_SLOTS:
                                  .arg(QString::number(code), suffix, AppPaths::launchLogPath())));
     }
 
+    // The report is translated, its hint included; the log keeps the hint's source text.
+    void theEndInAnotherLanguage() {
+        const installation::MarkingTranslator translator;
+        QVERIFY(installation::addTarget("exit 1"));
+        Launcher launcher;
+        launcher.launch();
+        QTRY_COMPARE(launcher.service.state, State::Failed);
+        QCOMPARE(launcher.service.statusText,
+                 "<目标进程已退出，代码 1<（可能被外部终止，如任务管理器）>。\n日志：" +
+                     AppPaths::launchLogPath() + "\n<Dump 目录：" + AppPaths::dumpsDirectory() +
+                     ">>");
+        QCOMPARE(launchLines().last(),
+                 "Target exited with code 1（可能被外部终止，如任务管理器）. Log: " +
+                     AppPaths::launchLogPath());
+    }
+
+    void englishFailuresAreNotTranslated() {
+        const installation::MarkingTranslator translator;
+        Launcher launcher;
+        launcher.launch();
+        QVERIFY(launcher.service.statusText.startsWith("LineRunner.exe not found in "));
+        QVERIFY(installation::write(appPath("LineRunner.exe"), "no program"));
+        launcher.launch();
+        QVERIFY(launcher.service.statusText.startsWith("Failed to start "));
+    }
+
     void aCrashWithCodeOneIsACrash() {
         QCOMPARE(QString::fromUtf8(exitSuffix(1, QProcess::CrashExit)), QString("（进程崩溃）"));
         QCOMPARE(QString::fromUtf8(exitSuffix(1, QProcess::NormalExit)),

@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QJsonDocument>
+#include <QSemaphore>
 #include <QThreadPool>
 
 #include <functional>
@@ -20,6 +21,9 @@ using Prompt = LauncherService::UpdatePromptMode;
 namespace {
 
 QString onlineUrl; // of this test's server
+
+// A check waits here, on its worker, until the test lets it go: so nothing depends on who is faster.
+QSemaphore gate;
 
 const char manifestPath[] = "/Quorvaner/Update/manifest.json";
 const char skippedKey[] = "update/online_skipped_version_fingerprint";
@@ -75,7 +79,10 @@ struct Launcher {
         return {"suggestion " + service.updateSummary, "prompt " + mode};
     }
 
-    void waitForCheck() { QTRY_VERIFY(!service.isUpdateTaskActive()); }
+    void waitForCheck() {
+        gate.release();
+        QTRY_VERIFY(!service.isUpdateTaskActive());
+    }
 
     // As after a check that found the manifest.
     void knowUpdate(bool fromUsb = false) {
@@ -113,6 +120,7 @@ QStringList taskLines() {
 } // namespace
 
 QString defaultManifestUrl() {
+    gate.acquire();
     return onlineUrl;
 }
 
@@ -128,6 +136,8 @@ private Q_SLOTS:
         QVERIFY(installation::addTarget("wait"));
         (void)installation::takeLog();
         onlineUrl = QString("http://127.0.0.1:1") + manifestPath;
+        QVERIFY(QThreadPool::globalInstance()->waitForDone());
+        gate.acquire(gate.available());
         m_server = std::make_unique<support::ScriptedServer>();
     }
 
@@ -257,7 +267,7 @@ private Q_SLOTS:
 
     void theFlowJoinsARunningCheck() {
         QFETCH(bool, finds);
-        answerLate(finds ? manifestWith("9.0.0") : QString("no manifest"));
+        answer(finds ? manifestWith("9.0.0") : QString("no manifest"));
         Launcher launcher;
         launcher.service.start();
         processPosted();
@@ -330,12 +340,13 @@ private Q_SLOTS:
     }
 
     void twoChecksNeverOverlap() {
-        answerLate("no manifest");
+        answer("no manifest");
         Launcher launcher;
         launcher.service.start();
         processPosted();
         const QString task = launcher.service.taskId;
         // The worker has ended, but its end has not been taken yet.
+        gate.release();
         QVERIFY(QThreadPool::globalInstance()->waitForDone());
         QVERIFY(!launcher.service.checkWatcher.isRunning());
         QVERIFY(launcher.service.checkInFlight);
@@ -356,7 +367,7 @@ private Q_SLOTS:
 
     void aCancelledCheck() {
         QFETCH(bool, launch);
-        answerLate(manifestWith("9.0.0"));
+        answer(manifestWith("9.0.0"));
         Launcher launcher;
         launcher.service.start();
         processPosted();
@@ -373,6 +384,59 @@ private Q_SLOTS:
                      QStringList("active false"));
         QVERIFY(!launcher.service.updateCheckDone && !launcher.service.updateAvailable);
         QCOMPARE(taskLines().value(1), QString("[task check_ID] cancel requested by user"));
+    }
+
+    // Whatever comes together, a check that was started is told to have ended exactly once.
+    void theEndOfACheckIsToldOnce_data() {
+        QTest::addColumn<bool>("finds");
+        QTest::addColumn<bool>("cancels");
+        QTest::addColumn<bool>("targetEnds");
+        QTest::addColumn<bool>("joins");
+        for (int i = 0; i < 16; ++i) {
+            const bool finds = i & 1;
+            const bool cancels = i & 2;
+            const bool targetEnds = i & 4;
+            const bool joins = i & 8;
+            QTest::addRow("%s%s%s%s", finds ? "found" : "none", cancels ? ", cancelled" : "",
+                          targetEnds ? ", the target ends" : "", joins ? ", the flow waits" : "")
+                << finds << cancels << targetEnds << joins;
+        }
+    }
+
+    void theEndOfACheckIsToldOnce() {
+        QFETCH(bool, finds);
+        QFETCH(bool, cancels);
+        QFETCH(bool, targetEnds);
+        QFETCH(bool, joins);
+        answer(finds ? manifestWith("9.0.0") : QString("no manifest"));
+        Launcher launcher;
+        LauncherService &service = launcher.service;
+        if (targetEnds) {
+            QVERIFY(installation::addTarget("exit 7"));
+            service.targetProcess.start(installation::appPath("LineRunner.exe"), QStringList());
+            QVERIFY(service.targetProcess.waitForStarted());
+        }
+        service.start();
+        processPosted();
+        if (joins)
+            service.runStartFlow();
+        if (cancels) {
+            service.cancelUpdateTask();
+            service.cancelUpdateTask();
+        }
+        service.enterRepairMode();
+        launcher.waitForCheck();
+        if (targetEnds)
+            QTRY_VERIFY(!launcher.log.entries().filter("exited 7 ").isEmpty());
+        processPosted();
+        QCOMPARE(launcher.log.entries().count("active false"), 2); // at the start and at the end
+        QCOMPARE(launcher.log.entries().count("active true"), 0);
+        const QStringList ends = taskLines().filter("phase=check");
+        QCOMPARE(ends, QStringList(QString("[task check_ID] phase=check elapsedMs=0 ") +
+                                   (finds && !cancels ? "found" : "none")));
+        QCOMPARE(service.updateCheckDone, !cancels);
+        QCOMPARE(service.updateAvailable, finds && !cancels);
+        QVERIFY(!service.launchAfterCheck);
     }
 
     // --- Repair mode ----------------------------------------------------------------------------------
@@ -394,7 +458,7 @@ private Q_SLOTS:
     }
 
     void f8IsRefusedWhileTheCheckRuns() {
-        answerLate("no manifest");
+        answer("no manifest");
         Launcher launcher;
         launcher.service.start();
         processPosted();
@@ -425,7 +489,8 @@ private Q_SLOTS:
         QCOMPARE(launcher.service.isUpdateTaskActive(), checks);
         const QString line = "修复模式下更新检查命中节流窗口（30 秒），跳过重复请求。";
         QCOMPARE(installation::takeLog().contains(line), !checks);
-        launcher.waitForCheck();
+        if (checks)
+            launcher.waitForCheck();
     }
 
     void f8WithAKnownUpdateShowsItAgain() {
@@ -591,6 +656,24 @@ private Q_SLOTS:
         QCOMPARE(launcher.service.updateSummary, summary);
     }
 
+    void theSummaryFollowsTheLanguage() {
+        Launcher launcher;
+        launcher.knowUpdate();
+        launcher.service.state = State::RepairMode;
+        const QString before = launcher.service.updateSummary;
+        {
+            const installation::MarkingTranslator translator;
+            launcher.service.refreshStatus();
+            QVERIFY2(
+                launcher.service.updateSummary.startsWith("<已验证的更新可用（来源：src）。>\n"),
+                qPrintable(launcher.service.updateSummary));
+            QCOMPARE(launcher.service.statusText,
+                     QString("<发现在线更新。请选择是否更新，或继续启动。>"));
+        }
+        launcher.service.refreshStatus();
+        QCOMPARE(launcher.service.updateSummary, before);
+    }
+
     void anUpdateThatIsInstalledMeanwhileKeepsItsSummary() {
         Launcher launcher;
         launcher.knowUpdate();
@@ -626,28 +709,21 @@ private Q_SLOTS:
     // --- Lifetime ---------------------------------------------------------------------------------------
 
     void theServiceWaitsForItsCheck() {
-        answerLate("no manifest");
-        QStringList sequence;
         {
             Launcher launcher;
             launcher.service.start();
             processPosted();
             QVERIFY(launcher.service.checkWatcher.isRunning());
-            (void)launcher.log.take();
+            gate.release();
         }
         QVERIFY(QThreadPool::globalInstance()->waitForDone(0));
     }
 
 private:
-    void offer(const QString &runtimeVersion) {
-        m_server->on(manifestPath, support::answer(200, manifestWith(runtimeVersion).toUtf8()));
-        onlineUrl = m_server->url(manifestPath).toString();
-    }
+    void offer(const QString &runtimeVersion) { answer(manifestWith(runtimeVersion)); }
 
-    // Late enough that the test acts before the answer.
-    void answerLate(const QString &body) {
-        m_server->on(manifestPath, support::ServerScript{support::pause(300)} +
-                                       support::answer(200, body.toUtf8()));
+    void answer(const QString &body) {
+        m_server->on(manifestPath, support::answer(200, body.toUtf8()));
         onlineUrl = m_server->url(manifestPath).toString();
     }
 
