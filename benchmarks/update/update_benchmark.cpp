@@ -51,6 +51,7 @@ double median(std::vector<double> values) {
 Spent runProcess(const std::vector<QByteArray> &command) {
     std::vector<QByteArray> words = command;
     std::vector<char *> arguments;
+    arguments.reserve(words.size() + 1);
     for (QByteArray &word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);

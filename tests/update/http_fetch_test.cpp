@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -303,6 +304,17 @@ private slots:
                                    .arg(server.url("/a").toString()));
     }
 
+    void aBodyTooLargeForMemory() {
+        ScriptedServer server;
+        server.on("/small", answer(200, "body"));
+        server.on("/large", answer(200, QByteArray(256 << 20, 'x')));
+        if (fetchWithin(600, server.url("/small")) != "4\n")
+            QSKIP("this build cannot run in a limited address space");
+        QCOMPARE(fetchWithin(600, server.url("/large")),
+                 QStringLiteral("response body too large for memory from %1\n")
+                     .arg(server.url("/large").toString()));
+    }
+
     // --- cancel
 
     void aCancelEndsTheWaitSoon() {
@@ -473,6 +485,15 @@ private slots:
     }
 
 private:
+    // What the program prints that fetches in an address space of so many MiB.
+    static QString fetchWithin(int mebibytes, const QUrl &url) {
+        QProcess process;
+        process.start("sh", {"-c", "ulimit -v \"$1\" && exec \"$2\" \"$3\"", "sh",
+                             QString::number(mebibytes * 1024), FETCH_PROGRAM, url.toString()});
+        process.waitForFinished(120000);
+        return QString::fromUtf8(process.readAllStandardOutput());
+    }
+
     static QByteArray contentOf(const QString &path) {
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
