@@ -20,6 +20,7 @@ void note(const QString &step) {
 }
 
 void Paths::initialize() {
+    support::keepScreens(); // at the first moment with an application
     note("folders for " + QCoreApplication::organizationName() + " " +
          QCoreApplication::applicationName());
     AppPaths::initialize();
