@@ -30,14 +30,24 @@ public:
     void shoot(WindowScene &scene, const QString &name) const {
         scene.window.show();
         QCoreApplication::processEvents();
-        const QString file = QString("%1/%2-%3.png").arg(m_folder, name, m_language);
-        const bool saved =
-            scene.window.grab().toImage().convertToFormat(QImage::Format_RGB888).save(file);
-        QTextStream(stdout) << file << ' ' << scene.window.width() << 'x' << scene.window.height()
-                            << (saved ? "\n" : " was not saved\n");
+        save(&scene.window, name);
+    }
+
+    // The dialog or box that comes up during `action`.
+    void shootModal(const std::function<void()> &action, const QString &name) const {
+        if (!duringModal(action, [&](QWidget *modal) { save(modal, name); }))
+            QTextStream(stdout) << name << " did not come up\n";
     }
 
 private:
+    void save(QWidget *widget, const QString &name) const {
+        const QString file = QString("%1/%2-%3.png").arg(m_folder, name, m_language);
+        const bool saved =
+            widget->grab().toImage().convertToFormat(QImage::Format_RGB888).save(file);
+        QTextStream(stdout) << file << ' ' << widget->width() << 'x' << widget->height()
+                            << (saved ? "\n" : " was not saved\n");
+    }
+
     QString m_folder;
     QString m_language;
 };
@@ -76,6 +86,8 @@ void shootUpdate(const Camera &camera) {
     scene.service.updateSummary = "Project -> 2.4.0, Runtime -> 1.8.2";
     scene.offerUpdate(PromptMode::OnlineBanner);
     camera.shoot(scene, "banner");
+    scene.service.snapshot.runtimeEntry = {{"version", "1.8.2"}, {"setupUrl", "runtime.exe"}};
+    camera.shootModal([&] { scene.parts.bannerUpdateButton->click(); }, "choice");
     scene.offerUpdate(PromptMode::BadgeOnly);
     camera.shoot(scene, "badge");
     place(scene, State::ApplyingUpdate, flowText("正在应用更新..."));
@@ -99,6 +111,8 @@ void shootCrowded(const Camera &camera) {
     scene.service.updateSummary = findings;
     scene.offerUpdate(PromptMode::OnlineBanner);
     camera.shoot(scene, "crowded");
+    camera.shootModal([&] { Q_EMIT scene.service.precheckFailed(scene.service.statusText); },
+                      "findings");
 }
 
 void shootAll(const Camera &camera) {
