@@ -1,0 +1,266 @@
+#!/usr/bin/env python3
+"""Breaks a project update off at every file operation and looks at what lies on disk afterwards.
+
+  run.py REFERENCE_APPLY INTERPOSER             all points: each operation fails with EACCES, ENOSPC
+                                                and EIO, and the process is killed at it
+  run.py --sample N --seed S ...                N of these, chosen by chance
+  run.py --every N ...                          each N-th operation
+  run.py --only LAYOUT OPERATION FAULT ...      one of them, with its outcome in full
+  run.py --list ...                             the operations of each layout
+
+Layouts: "one" has the data folder and the project on one volume, "two" on two. The outcome must be
+the old project whole, the new project whole, the whole backup in its place or beside it, or one of
+the cases that `named_case` knows. Ends with 1 if any other came.
+"""
+import argparse
+import collections
+import concurrent.futures
+import errno
+import json
+import os
+import pathlib
+import random
+import shutil
+import subprocess
+import sys
+import tempfile
+
+FAULTS = {"EACCES": errno.EACCES, "ENOSPC": errno.ENOSPC, "EIO": errno.EIO, "KILL": 0}
+PROJECT_FILE = "产线三.yslib"
+SIDECAR = ".quorvane-installed-version"
+
+
+def read_tree(folder):
+    """Relative path -> content; empty folders end in a slash. None if there is no such folder."""
+    if not folder.is_dir():
+        return None
+    tree = {}
+    for path, folders, files in os.walk(folder):
+        below = os.path.relpath(path, folder)
+        for name in files:
+            file = pathlib.Path(path, name)
+            tree[os.path.normpath(os.path.join(below, name))] = file.read_bytes()
+        if not folders and not files and below != ".":
+            tree[below + "/"] = b""
+    return tree
+
+
+def is_hidden(name):
+    return any(part.startswith(".") for part in name.split("/"))
+
+
+def without_hidden(tree):
+    return {name: content for name, content in tree.items() if not is_hidden(name)}
+
+
+def is_part_of(part, whole):
+    """Every file of `part` is one of `whole`, or a file or folder of it that was cut short."""
+    def known(name, content):
+        if name.endswith("/"):
+            return any(other.startswith(name) for other in whole)
+        return name in whole and whole[name].startswith(content)
+    return all(known(name, content) for name, content in part.items())
+
+
+def is_log(name):
+    return name.startswith("logs/")
+
+
+def without_logs(tree):
+    return {name: content for name, content in tree.items() if not is_log(name)}
+
+
+class Bench:
+    """The folders, the program and the trees that a run may end with."""
+
+    def __init__(self, program, interposer, near, far):
+        self.place = near / "place"
+        self.volumes = {"one": near, "two": far}
+        self.interposer = interposer
+        self.near = near
+        (self.place / "app").mkdir(parents=True)
+        self.program = self.place / "app" / "reference_apply"
+        shutil.copy2(program, self.program)
+        subprocess.run([self.program, "prepare", self.place], check=True)
+        self.old = read_tree(self.place / "old")
+        self.package = read_tree(self.place / "package")
+        self.new = {}  # by layout
+        self.operations = {}  # by layout: their names
+
+    def measure(self, layout):
+        """An apply without a fault."""
+        trace = self.near / "trace"
+        outcome = self.run(layout, 0, 0, trace)
+        if not (outcome.told and outcome.told["success"]):
+            sys.exit(f"the apply without a fault failed: {outcome.told}")
+        self.new[layout] = outcome.project
+        self.operations[layout] = trace.read_text(errors="replace").splitlines()
+
+    def run(self, layout, operation, number, trace=None):
+        data = pathlib.Path(tempfile.mkdtemp(prefix="data", dir=self.near))
+        home = pathlib.Path(tempfile.mkdtemp(prefix="project", dir=self.volumes[layout]))
+        try:
+            project = home / "产线三"
+            shutil.copytree(self.place / "old", project)
+            environment = dict(os.environ, LD_PRELOAD=str(self.interposer), FAULT_AT=str(operation),
+                               FAULT_WITH=str(number), XDG_DATA_HOME=str(data), LC_ALL="C.UTF-8")
+            if trace:
+                environment["FAULT_TRACE"] = str(trace)
+            done = subprocess.run([self.program, "apply", self.place, project / PROJECT_FILE],
+                                  env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                  timeout=120)
+            told = json.loads(done.stdout) if done.returncode == 0 else None
+            backups = sorted((data / "Quorvane/update/backup").iterdir())
+            return Outcome(layout, told, done.returncode, read_tree(project),
+                           [read_tree(backup) for backup in backups])
+        finally:
+            shutil.rmtree(data)
+            shutil.rmtree(home)
+
+
+Outcome = collections.namedtuple("Outcome", "layout told code project backups")
+
+
+def whole(bench, outcome):
+    """The name of a whole state, or None."""
+    project, told = outcome.project, outcome.told
+    backup = without_hidden(bench.old)
+    new = bench.new[outcome.layout]
+    killed = told is None
+    if project == bench.old and (killed or not told["success"]):
+        return "the old project, whole"
+    if project == new and (killed or told["success"]):
+        return "the new project, whole"
+    if project == backup and (killed or not told["success"]):
+        return "the backup in the project's place, whole: hidden entries are gone"
+    if killed and backup in outcome.backups:
+        return "killed during the swap: the backup lies whole in update/backup"
+    return None
+
+
+def named_case(bench, outcome):
+    """Outcomes that are known and kept, each also in docs/support.md. None for any other."""
+    project, told = outcome.project, outcome.told
+    killed = told is None
+    if project is None:
+        return None
+    message = "" if killed else told["message"]
+    new = bench.new[outcome.layout]
+    unstamped = {name: content for name, content in new.items()
+                 if name not in (PROJECT_FILE, SIDECAR)}
+    rest = {name: content for name, content in project.items()
+            if name not in (PROJECT_FILE, SIDECAR)}
+    if rest == unstamped and (killed or told["success"]):
+        text = project.get(PROJECT_FILE, b"")
+        if not text:
+            return "version stamp: the project file is left empty"
+        return "version stamp: the new project is whole, its version is not recorded everywhere"
+    if rest == unstamped and message == "No yslib after replace, rolled back.":
+        return "told as rolled back: the new project stays"
+    if rest == without_hidden(unstamped) and (killed or told["success"]):
+        return "moved in by copying: hidden files of the package are gone"
+    if (not killed and told["success"] and without_logs(project) == without_logs(new)
+            and all(name.endswith("/") or content in (new.get(name), bench.package.get(name))
+                    for name, content in project.items() if is_log(name))):
+        return "logs: a folder of them could not be listed, and its old logs are gone"
+    if not killed and message.startswith("Replace failed, rolled back: unable to "):
+        if is_part_of(project, without_hidden(bench.old)):
+            return "partial backup: what was copied takes the project's place"
+    return None
+
+
+def judge(bench, layout, operation, fault):
+    outcome = bench.run(layout, operation, FAULTS[fault])
+    if outcome.told is None and not (fault == "KILL" and outcome.code == -9):
+        return None, outcome
+    return whole(bench, outcome) or named_case(bench, outcome), outcome
+
+
+def explain(bench, layout, outcome):
+    new = bench.new[layout]
+    print(f"  told: {outcome.told}, exit code {outcome.code}, {len(outcome.backups)} backups")
+    if outcome.project is None:
+        print("  there is no project folder")
+        return
+    for title, tree in (("old", bench.old), ("new", new)):
+        missing = sorted(name for name in tree if name not in outcome.project)
+        other = sorted(name for name in tree
+                       if name in outcome.project and tree[name] != outcome.project[name])
+        extra = sorted(name for name in outcome.project if name not in tree)
+        print(f"  beside the {title} project: missing {missing[:5]} ({len(missing)}), "
+              f"different {other[:5]} ({len(other)}), more {extra[:5]} ({len(extra)})")
+
+
+def arguments():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--sample", type=int)
+    parser.add_argument("--seed", type=int, default=0)
+    parser.add_argument("--every", type=int, default=1)
+    parser.add_argument("--only", nargs=3, metavar=("LAYOUT", "OPERATION", "FAULT"))
+    parser.add_argument("--list", action="store_true")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    parser.add_argument("program", type=pathlib.Path)
+    parser.add_argument("interposer", type=pathlib.Path)
+    return parser.parse_args()
+
+
+def run_points(bench, points, jobs):
+    counts = collections.Counter()
+    unlisted = []
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        for point, (name, outcome) in zip(points, pool.map(lambda p: judge(bench, *p), points)):
+            counts[name or "NOT LISTED"] += 1
+            if name is None:
+                unlisted.append((point, outcome))
+    for name, number in counts.most_common():
+        print(f"{number:7}  {name}")
+    for (layout, operation, fault), outcome in unlisted[:20]:
+        print(f"not listed: --only {layout} {operation} {fault}: "
+              f"{bench.operations[layout][operation - 1]}")
+        explain(bench, layout, outcome)
+    return len(unlisted)
+
+
+def main():
+    options = arguments()
+    shared = pathlib.Path("/dev/shm")
+    near = pathlib.Path(tempfile.mkdtemp(prefix="fault", dir=shared if shared.is_dir() else None))
+    far = pathlib.Path(tempfile.mkdtemp(prefix="fault"))
+    try:
+        bench = Bench(options.program, options.interposer.resolve(), near, far)
+        layouts = ["one", "two"]
+        if near.stat().st_dev == far.stat().st_dev:
+            print("there is only one volume here: the layout \"two\" is left out")
+            layouts = ["one"]
+        for layout in layouts:
+            bench.measure(layout)
+            print(f"layout {layout}: {len(bench.operations[layout])} operations")
+        if options.list:
+            for layout in layouts:
+                for number, name in enumerate(bench.operations[layout], 1):
+                    print(layout, number, name)
+            return 0
+        if options.only:
+            layout, operation, fault = options.only
+            name, outcome = judge(bench, layout, int(operation), fault)
+            print(bench.operations[layout][int(operation) - 1])
+            print(name or "NOT LISTED")
+            explain(bench, layout, outcome)
+            return 0 if name else 1
+        points = [(layout, operation, fault) for layout in layouts
+                  for operation in range(1, len(bench.operations[layout]) + 1, options.every)
+                  for fault in FAULTS]
+        if options.sample:
+            points = random.Random(options.seed).sample(points, min(options.sample, len(points)))
+        print(f"{len(points)} runs")
+        failed = run_points(bench, points, options.jobs)
+        print(f"{failed} outcomes that are not listed")
+        return 1 if failed else 0
+    finally:
+        shutil.rmtree(near)
+        shutil.rmtree(far)
+
+
+if __name__ == "__main__":
+    sys.exit(main())

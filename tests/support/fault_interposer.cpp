@@ -1,0 +1,170 @@
+// Stands between a program and its C library (LD_PRELOAD) and lets the n-th file operation go wrong.
+//
+// Counts from fault_begin() to fault_end(), which the program looks up by name and calls around the
+// part that it means. What is to happen stands in the environment:
+//   FAULT_AT     the number of the operation, from 1; 0 or nothing: none fails
+//   FAULT_WITH   the errno that it fails with, or 0: the process is killed instead of it
+//   FAULT_TRACE  a file that the name and the path of each operation are written to, one a line
+// Only one thread may be at work in between.
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/types.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+namespace {
+
+bool counting = false;
+long count = 0;
+long failAt = 0;
+int failWith = 0;
+int trace = -1;
+
+long numberIn(const char *variable) {
+    const char *const text = getenv(variable);
+    return text != nullptr ? strtol(text, nullptr, 10) : 0;
+}
+
+void traceCall(const char *name, const char *path) {
+    char line[512];
+    const int size = snprintf(line, sizeof line, "%s %s\n", name, path);
+    syscall(SYS_write, trace, line, static_cast<size_t>(size));
+}
+
+// True when the operation must not be done: errno is set.
+bool fails(const char *name, const char *path = "") {
+    if (!counting)
+        return false;
+    ++count;
+    if (trace >= 0)
+        traceCall(name, path);
+    if (count != failAt)
+        return false;
+    if (failWith == 0)
+        syscall(SYS_kill, getpid(), SIGKILL);
+    errno = failWith;
+    return true;
+}
+
+template<typename Function>
+Function real(Function, const char *name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+#define QUORVANE_REAL(name)                                                                        \
+    ({                                                                                             \
+        static const auto function = real(&::name, #name);                                         \
+        function;                                                                                  \
+    })
+
+extern "C" {
+
+void fault_begin() {
+    failAt = numberIn("FAULT_AT");
+    failWith = static_cast<int>(numberIn("FAULT_WITH"));
+    if (const char *const file = getenv("FAULT_TRACE"))
+        trace = static_cast<int>(
+            syscall(SYS_openat, AT_FDCWD, file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    count = 0;
+    counting = true;
+}
+
+// Returns the number of operations.
+long fault_end() {
+    counting = false;
+    return count;
+}
+
+#define QUORVANE_OPEN(name)                                                                        \
+    int name(const char *path, int flags, ...) {                                                   \
+        va_list more;                                                                              \
+        va_start(more, flags);                                                                     \
+        const mode_t mode = va_arg(more, mode_t);                                                  \
+        va_end(more);                                                                              \
+        return fails(#name, path) ? -1 : QUORVANE_REAL(name)(path, flags, mode);                   \
+    }
+#define QUORVANE_OPENAT(name)                                                                      \
+    int name(int folder, const char *path, int flags, ...) {                                       \
+        va_list more;                                                                              \
+        va_start(more, flags);                                                                     \
+        const mode_t mode = va_arg(more, mode_t);                                                  \
+        va_end(more);                                                                              \
+        return fails(#name, path) ? -1 : QUORVANE_REAL(name)(folder, path, flags, mode);           \
+    }
+#define QUORVANE_CALL(Result, failure, name, path, parameters, arguments)                          \
+    Result name parameters {                                                                       \
+        return fails(#name, path) ? failure : QUORVANE_REAL(name) arguments;                       \
+    }
+
+QUORVANE_OPEN(open)
+QUORVANE_OPEN(open64)
+QUORVANE_OPENAT(openat)
+QUORVANE_OPENAT(openat64)
+
+QUORVANE_CALL(ssize_t, -1, read, "", (int fd, void *data, size_t size), (fd, data, size))
+QUORVANE_CALL(ssize_t, -1, pread64, "", (int fd, void *data, size_t size, off64_t at),
+              (fd, data, size, at))
+QUORVANE_CALL(ssize_t, -1, write, "", (int fd, const void *data, size_t size), (fd, data, size))
+QUORVANE_CALL(ssize_t, -1, pwrite64, "", (int fd, const void *data, size_t size, off64_t at),
+              (fd, data, size, at))
+QUORVANE_CALL(ssize_t, -1, writev, "", (int fd, const iovec *parts, int number),
+              (fd, parts, number))
+QUORVANE_CALL(ssize_t, -1, sendfile, "", (int out, int in, off_t *at, size_t size),
+              (out, in, at, size))
+QUORVANE_CALL(ssize_t, -1, sendfile64, "", (int out, int in, off64_t *at, size_t size),
+              (out, in, at, size))
+QUORVANE_CALL(ssize_t, -1, copy_file_range, "",
+              (int in, off64_t *inAt, int out, off64_t *outAt, size_t size, unsigned flags),
+              (in, inAt, out, outAt, size, flags))
+QUORVANE_CALL(int, -1, ftruncate64, "", (int fd, off64_t size), (fd, size))
+QUORVANE_CALL(int, -1, fsync, "", (int fd), (fd))
+QUORVANE_CALL(int, -1, fdatasync, "", (int fd), (fd))
+
+QUORVANE_CALL(int, -1, link, to, (const char *from, const char *to), (from, to))
+QUORVANE_CALL(int, -1, linkat, to, (int a, const char *from, int b, const char *to, int flags),
+              (a, from, b, to, flags))
+QUORVANE_CALL(int, -1, rename, to, (const char *from, const char *to), (from, to))
+QUORVANE_CALL(int, -1, renameat, to, (int a, const char *from, int b, const char *to),
+              (a, from, b, to))
+QUORVANE_CALL(int, -1, renameat2, to,
+              (int a, const char *from, int b, const char *to, unsigned flags),
+              (a, from, b, to, flags))
+QUORVANE_CALL(int, -1, unlink, path, (const char *path), (path))
+QUORVANE_CALL(int, -1, unlinkat, path, (int folder, const char *path, int flags),
+              (folder, path, flags))
+QUORVANE_CALL(int, -1, remove, path, (const char *path), (path))
+QUORVANE_CALL(int, -1, rmdir, path, (const char *path), (path))
+QUORVANE_CALL(int, -1, mkdir, path, (const char *path, mode_t mode), (path, mode))
+QUORVANE_CALL(int, -1, mkdirat, path, (int folder, const char *path, mode_t mode),
+              (folder, path, mode))
+QUORVANE_CALL(int, -1, chmod, path, (const char *path, mode_t mode), (path, mode))
+QUORVANE_CALL(int, -1, fchmod, "", (int fd, mode_t mode), (fd, mode))
+QUORVANE_CALL(int, -1, futimens, "", (int fd, const timespec times[2]), (fd, times))
+
+QUORVANE_CALL(DIR *, nullptr, opendir, path, (const char *path), (path))
+QUORVANE_CALL(DIR *, nullptr, fdopendir, "", (int fd), (fd))
+QUORVANE_CALL(dirent64 *, nullptr, readdir64, "", (DIR * folder), (folder))
+
+// Of the requests only that for a shared copy of a file is an operation on files.
+int ioctl(int fd, unsigned long request, ...) {
+    va_list more;
+    va_start(more, request);
+    void *const argument = va_arg(more, void *);
+    va_end(more);
+    if (request == FICLONE && fails("ioctl"))
+        return -1;
+    return QUORVANE_REAL(ioctl)(fd, request, argument);
+}
+
+} // extern "C"
