@@ -11,6 +11,8 @@
 #include <QStorageInfo>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 namespace {
 
@@ -34,6 +36,21 @@ bool removeEntry(const QString &path) {
         return true;
     QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteUser);
     return QFile::remove(path) || QDir().rmdir(path);
+}
+
+// The entries of one folder. Unlike Qt's iterator this tells a folder that cannot be read from an
+// empty one: what it holds would be left out without a word.
+bool listFolder(const QString &folder, QFileInfoList *entries, QString *error) {
+    namespace fs = std::filesystem;
+    std::error_code failure;
+    fs::directory_iterator entry(fs::u8path(folder.toUtf8().constData()), failure);
+    while (!failure && entry != fs::directory_iterator()) {
+        entries->append(QFileInfo(QString::fromUtf8(entry->path().u8string().c_str())));
+        entry.increment(failure);
+    }
+    return !failure || fail(QStringLiteral("unable to copy file: %1")
+                                .arg(QDir::cleanPath(QFileInfo(folder).absoluteFilePath())),
+                            error);
 }
 
 // From the top down, folders in a list of their own: their depth is not bounded by the stack.
@@ -67,6 +84,29 @@ bool copyFile(const QString &source, const QString &destination, QString *error)
         return fail(
             QStringLiteral("unable to copy file: %1").arg(QFileInfo(source).absoluteFilePath()),
             error);
+    }
+    return true;
+}
+
+// A link to a folder becomes a folder; what is neither a folder nor a file is left out.
+bool copyEntry(const QFileInfo &info, const QString &destination, QString *error) {
+    if (!info.isDir())
+        return !info.isFile() || copyFile(info.filePath(), destination, error);
+    return QDir().mkpath(destination) ||
+           fail(QStringLiteral("unable to create directory: %1").arg(destination), error);
+}
+
+// A project of which a folder cannot be read could neither be backed up nor removed whole.
+bool canBeRead(const QString &tree, QString *error) {
+    QStringList folders{tree};
+    for (int i = 0; i < folders.size(); ++i) {
+        QFileInfoList entries;
+        if (!listFolder(folders.at(i), &entries, error))
+            return false;
+        for (const QFileInfo &info : qAsConst(entries)) {
+            if (info.isDir() && !isLink(info))
+                folders += info.filePath();
+        }
     }
     return true;
 }
@@ -171,23 +211,15 @@ bool copyDirectory(const QString &source, const QString &target, QString *error)
     QStringList folders{QString()}; // relative to source, each with a slash behind it
     for (int i = 0; i < folders.size(); ++i) {
         const QString below = folders.at(i);
-        QDirIterator entries(source + QLatin1Char('/') + below,
-                             QDir::AllEntries | QDir::NoDotAndDotDot);
-        while (entries.hasNext()) {
-            entries.next();
-            const QFileInfo info = entries.fileInfo();
+        QFileInfoList entries;
+        if (!listFolder(source + QLatin1Char('/') + below, &entries, error))
+            return false;
+        for (const QFileInfo &info : qAsConst(entries)) {
             const QString relative = below + info.fileName();
-            const QString destination = QDir(target).filePath(relative);
-            if (info.isDir()) {
-                if (!QDir().mkpath(destination)) {
-                    return fail(QStringLiteral("unable to create directory: %1").arg(destination),
-                                error);
-                }
-                if (!isLink(info))
-                    folders += relative + QLatin1Char('/');
-            } else if (info.isFile() && !copyFile(info.filePath(), destination, error)) {
+            if (!info.isHidden() && !copyEntry(info, QDir(target).filePath(relative), error))
                 return false;
-            }
+            if (!info.isHidden() && info.isDir() && !isLink(info))
+                folders += relative + QLatin1Char('/');
         }
     }
     return true;
@@ -211,7 +243,7 @@ bool replaceDirectory(const QString &staging, const QString &target,
         return fail(QStringLiteral("unable to remove directory: %1").arg(target), error);
 
     if (QFileInfo::exists(target)) {
-        if (!backUpDirectory(target, backupPath, error) ||
+        if (!canBeRead(target, error) || !backUpDirectory(target, backupPath, error) ||
             !preserve(preservedNames, target, staging, backupPath, error) ||
             !clearTarget(target, backupPath, error))
             return false;

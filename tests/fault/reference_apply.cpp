@@ -1,7 +1,7 @@
 // One project update of a known size, to be broken off anywhere: see run.py.
 //
 //   reference_apply prepare PLACE          makes the package, its signed manifest, the publisher's
-//                                          key, and both projects as folders below PLACE
+//                                          key and the old project below PLACE
 //   reference_apply apply PLACE PROJECT    replaces the project at this project file and prints the
 //                                          outcome and the number of file operations as JSON
 //
@@ -83,7 +83,6 @@ void prepare(const QString &place) {
                                {"manifest.json", manifest.toUtf8()},
                                {"app/config/update.pub", publisher.publicPem().toUtf8()}});
     support::writeTree(place + "/old", oldProject());
-    support::writeTree(place + "/package", newProject());
 }
 
 UpdateSnapshot snapshotOf(const QString &place) {

@@ -2,7 +2,9 @@
 """Breaks a project update off at every file operation and looks at what lies on disk afterwards.
 
   run.py REFERENCE_APPLY INTERPOSER             all points: each operation fails with EACCES, ENOSPC
-                                                and EIO, and the process is killed at it
+                                                and EIO, the process is killed at it (KILL), it
+                                                fails at each further try (STUCK), and from it on
+                                                the disk is full (FULL)
   run.py --sample N --seed S ...                N of these, chosen by chance
   run.py --every N ...                          each N-th operation
   run.py --only LAYOUT OPERATION FAULT ...      one of them, with its outcome in full
@@ -25,7 +27,10 @@ import subprocess
 import sys
 import tempfile
 
-FAULTS = {"EACCES": errno.EACCES, "ENOSPC": errno.ENOSPC, "EIO": errno.EIO, "KILL": 0}
+# Name -> errno (0: the process is killed) and whether later operations meet the same cause.
+FAULTS = {"EACCES": (errno.EACCES, False), "ENOSPC": (errno.ENOSPC, False),
+          "EIO": (errno.EIO, False), "KILL": (0, False),
+          "STUCK": (errno.EACCES, True), "FULL": (errno.ENOSPC, True)}
 PROJECT_FILE = "产线三.yslib"
 SIDECAR = ".quorvane-installed-version"
 
@@ -62,14 +67,6 @@ def is_part_of(part, whole):
     return all(known(name, content) for name, content in part.items())
 
 
-def is_log(name):
-    return name.startswith("logs/")
-
-
-def without_logs(tree):
-    return {name: content for name, content in tree.items() if not is_log(name)}
-
-
 class Bench:
     """The folders, the program and the trees that a run may end with."""
 
@@ -83,27 +80,28 @@ class Bench:
         shutil.copy2(program, self.program)
         subprocess.run([self.program, "prepare", self.place], check=True)
         self.old = read_tree(self.place / "old")
-        self.package = read_tree(self.place / "package")
         self.new = {}  # by layout
         self.operations = {}  # by layout: their names
 
     def measure(self, layout):
         """An apply without a fault."""
         trace = self.near / "trace"
-        outcome = self.run(layout, 0, 0, trace)
+        outcome = self.run(layout, 0, (0, False), trace)
         if not (outcome.told and outcome.told["success"]):
             sys.exit(f"the apply without a fault failed: {outcome.told}")
         self.new[layout] = outcome.project
         self.operations[layout] = trace.read_text(errors="replace").splitlines()
 
-    def run(self, layout, operation, number, trace=None):
+    def run(self, layout, operation, fault, trace=None):
+        number, stays = fault
         data = pathlib.Path(tempfile.mkdtemp(prefix="data", dir=self.near))
         home = pathlib.Path(tempfile.mkdtemp(prefix="project", dir=self.volumes[layout]))
         try:
             project = home / "产线三"
             shutil.copytree(self.place / "old", project)
             environment = dict(os.environ, LD_PRELOAD=str(self.interposer), FAULT_AT=str(operation),
-                               FAULT_WITH=str(number), XDG_DATA_HOME=str(data), LC_ALL="C.UTF-8")
+                               FAULT_WITH=str(number), FAULT_STAYS=str(int(stays)),
+                               XDG_DATA_HOME=str(data), LC_ALL="C.UTF-8")
             if trace:
                 environment["FAULT_TRACE"] = str(trace)
             done = subprocess.run([self.program, "apply", self.place, project / PROJECT_FILE],
@@ -142,9 +140,10 @@ def named_case(bench, outcome):
     """Outcomes that are known and kept, each also in docs/support.md. None for any other."""
     project, told = outcome.project, outcome.told
     killed = told is None
-    if project is None:
-        return None
     message = "" if killed else told["message"]
+    if project is None:
+        return ("moving in and rolling back both fail: no project is left"
+                if message.startswith("Replace failed, rolled back: unable to ") else None)
     new = bench.new[outcome.layout]
     unstamped = {name: content for name, content in new.items()
                  if name not in (PROJECT_FILE, SIDECAR)}
@@ -159,13 +158,11 @@ def named_case(bench, outcome):
         return "told as rolled back: the new project stays"
     if rest == without_hidden(unstamped) and (killed or told["success"]):
         return "moved in by copying: hidden files of the package are gone"
-    if (not killed and told["success"] and without_logs(project) == without_logs(new)
-            and all(name.endswith("/") or content in (new.get(name), bench.package.get(name))
-                    for name, content in project.items() if is_log(name))):
-        return "logs: a folder of them could not be listed, and its old logs are gone"
     if not killed and message.startswith("Replace failed, rolled back: unable to "):
         if is_part_of(project, without_hidden(bench.old)):
-            return "partial backup: what was copied takes the project's place"
+            return "partial backup or rollback: what was copied takes the project's place"
+        if is_part_of(project, bench.old):
+            return "removal fails twice: what is left of the project stays, without a backup"
     return None
 
 

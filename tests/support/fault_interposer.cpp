@@ -4,6 +4,8 @@
 // part that it means. What is to happen stands in the environment:
 //   FAULT_AT     the number of the operation, from 1; 0 or nothing: none fails
 //   FAULT_WITH   the errno that it fails with, or 0: the process is killed instead of it
+//   FAULT_STAYS  1: so do later ones, as long as the cause would last: on a full disk (ENOSPC) all that
+//                take room, else the same operation on the same path
 //   FAULT_TRACE  a file that the name and the path of each operation are written to, one a line
 // Only one thread may be at work in between.
 #include <cerrno>
@@ -11,9 +13,11 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <initializer_list>
 #include <linux/fs.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -27,7 +31,9 @@ bool counting = false;
 long count = 0;
 long failAt = 0;
 int failWith = 0;
+bool failStays = false;
 int trace = -1;
+char stuck[4096]; // the name and the path of the operation that failed
 
 long numberIn(const char *variable) {
     const char *const text = getenv(variable);
@@ -40,6 +46,26 @@ void traceCall(const char *name, const char *path) {
     syscall(SYS_write, trace, line, static_cast<size_t>(size));
 }
 
+bool takesRoom(const char *name) {
+    for (const char *const taking :
+         {"write", "pwrite64", "writev", "sendfile", "sendfile64", "copy_file_range", "ftruncate64",
+          "mkdir", "mkdirat", "link", "linkat"}) {
+        if (strcmp(name, taking) == 0)
+            return true;
+    }
+    return false;
+}
+
+bool failsAgain(const char *name, const char *path) {
+    if (!failStays || failAt == 0 || count < failAt)
+        return false;
+    if (failWith == ENOSPC)
+        return takesRoom(name);
+    char here[sizeof stuck];
+    snprintf(here, sizeof here, "%s %s", name, path);
+    return *path != '\0' && strcmp(here, stuck) == 0;
+}
+
 // True when the operation must not be done: errno is set.
 bool fails(const char *name, const char *path = "") {
     if (!counting)
@@ -47,10 +73,12 @@ bool fails(const char *name, const char *path = "") {
     ++count;
     if (trace >= 0)
         traceCall(name, path);
-    if (count != failAt)
+    if (count != failAt && !failsAgain(name, path))
         return false;
     if (failWith == 0)
         syscall(SYS_kill, getpid(), SIGKILL);
+    if (count == failAt)
+        snprintf(stuck, sizeof stuck, "%s %s", name, path);
     errno = failWith;
     return true;
 }
@@ -73,6 +101,7 @@ extern "C" {
 void fault_begin() {
     failAt = numberIn("FAULT_AT");
     failWith = static_cast<int>(numberIn("FAULT_WITH"));
+    failStays = numberIn("FAULT_STAYS") != 0;
     if (const char *const file = getenv("FAULT_TRACE"))
         trace = static_cast<int>(
             syscall(SYS_openat, AT_FDCWD, file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
@@ -155,6 +184,7 @@ QUORVANE_CALL(int, -1, futimens, "", (int fd, const timespec times[2]), (fd, tim
 QUORVANE_CALL(DIR *, nullptr, opendir, path, (const char *path), (path))
 QUORVANE_CALL(DIR *, nullptr, fdopendir, "", (int fd), (fd))
 QUORVANE_CALL(dirent64 *, nullptr, readdir64, "", (DIR * folder), (folder))
+QUORVANE_CALL(dirent *, nullptr, readdir, "", (DIR * folder), (folder))
 
 // Of the requests only that for a shared copy of a file is an operation on files.
 int ioctl(int fd, unsigned long request, ...) {

@@ -320,6 +320,24 @@ private slots:
         QCOMPARE(read("old/logs/same"), QByteArray("old"));
     }
 
+    // The fault run shows the same as root.
+    void aFolderThatCannotBeReadIsLeftAlone() {
+        if (::geteuid() == 0)
+            QSKIP("root reads every folder");
+        write("target/a/file");
+        write("target/b/file");
+        write("staging/new");
+        QVERIFY(QFile::setPermissions(path("target/b"), QFile::Permissions()));
+        QString error;
+        const bool replaced =
+            replaceDirectory(path("staging"), path("target"), {}, path("backup"), &error);
+        QVERIFY(QFile::setPermissions(path("target/b"), QFile::Permissions(0x7000)));
+        QVERIFY(!replaced);
+        QCOMPARE(error, "unable to copy file: " + path("target/b"));
+        QCOMPARE(tree("target"), QStringList({"a/", "a/file", "b/", "b/file"}));
+        QVERIFY(!QFileInfo::exists(path("backup")));
+    }
+
     void aPreservedNameThatIsAFile() {
         write("new/file", "new");
         write("old/file", "old");
