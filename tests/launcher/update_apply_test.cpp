@@ -10,6 +10,8 @@
 #include <QCoreApplication>
 #include <QThreadPool>
 
+Q_DECLARE_METATYPE(ApplyResult)
+
 using State = LauncherService::State;
 using update_offer::Offer;
 
@@ -439,8 +441,6 @@ private Q_SLOTS:
         QCOMPARE(support::readTree(update_offer::projectFolder()), runnable("1.0"));
     }
 };
-
-Q_DECLARE_METATYPE(ApplyResult)
 
 QUORVANE_TEST_MAIN(QCoreApplication, UpdateApplyTest)
 #include "update_apply_test.moc"
