@@ -52,11 +52,11 @@ LocaleManager &LocaleManager::instance() {
 }
 
 QString LocaleManager::currentLocale() const {
-    return m_locale;
+    return locale;
 }
 
 bool LocaleManager::isEnglish() const {
-    return asksForEnglish(m_locale);
+    return asksForEnglish(locale);
 }
 
 void LocaleManager::applySavedLocale(const QString &defaultLocale) {
@@ -65,15 +65,15 @@ void LocaleManager::applySavedLocale(const QString &defaultLocale) {
 }
 
 void LocaleManager::setLocale(const QString &requested) {
-    QCoreApplication::removeTranslator(&m_translator);
+    QCoreApplication::removeTranslator(&translator);
     if (asksForEnglish(requested) && loadEnglish()) {
-        m_locale = QStringLiteral("en");
+        locale = QStringLiteral("en");
     } else {
         if (asksForEnglish(requested))
             qWarning("Failed to load English translation; falling back to Chinese source strings.");
-        m_locale = QStringLiteral("zh_CN");
+        locale = QStringLiteral("zh_CN");
     }
-    storeLocale(m_locale);
+    storeLocale(locale);
     announceToWidgets();
 }
 
@@ -84,8 +84,8 @@ void LocaleManager::toggle() {
 bool LocaleManager::loadEnglish() {
     const QStringList files = translationFiles();
     for (const QString &file : files) {
-        if (m_translator.load(file)) {
-            QCoreApplication::installTranslator(&m_translator);
+        if (translator.load(file)) {
+            QCoreApplication::installTranslator(&translator);
             return true;
         }
     }

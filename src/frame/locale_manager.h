@@ -28,6 +28,6 @@ private:
     LocaleManager() = default;
     [[nodiscard]] bool loadEnglish();
 
-    QTranslator m_translator;
-    QString m_locale = QStringLiteral("zh_CN");
+    QTranslator translator;
+    QString locale = QStringLiteral("zh_CN");
 };
