@@ -41,6 +41,10 @@ class Desktop:
         """Presses keys, one after the other, in the window that has the focus."""
         self._output(["xdotool", "key", "--clearmodifiers", *keys])
 
+    def type(self, text):
+        """Types into whatever has the focus."""
+        self._output(["xdotool", "type", "--clearmodifiers", text])
+
     def click(self, x, y):
         self._output(["xdotool", "mousemove", str(x), str(y), "click", "1"])
 

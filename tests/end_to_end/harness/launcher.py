@@ -127,6 +127,11 @@ class Launcher:
         self._focus(self.say("Quorvane 启动器"))
         self.desktop.key(*keys)
 
+    def type(self, text):
+        """Text typed into the field that has the focus."""
+        self._focus(self.say("Quorvane 启动器"))
+        self.desktop.type(text)
+
     def click(self, source):
         """A click on the control of the dialog with this text."""
         self._focus(self.say("Quorvane 启动器"))  # raised above whatever lay over it
