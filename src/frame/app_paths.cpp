@@ -12,11 +12,8 @@ namespace {
 // The program's own folder and five ancestors.
 const int searchedFolders = 6;
 
-QString root; // written by initialize() alone
-
-QString applicationDirectory() {
-    return QCoreApplication::applicationDirPath();
-}
+QString root;      // written by initialize() and inspect() alone
+QString inspected; // the program's folder of another installation; usually empty
 
 bool folderExists(const QString &path) {
     return QFileInfo(path).isDir();
@@ -41,7 +38,8 @@ QString searchRoot(const QString &start) {
 
 void makeFolder(const QString &path) {
     // A folder that cannot be made shows up later, when it is used.
-    (void)QDir().mkpath(path);
+    if (inspected.isEmpty())
+        (void)QDir().mkpath(path);
 }
 
 void makeFolders() {
@@ -105,8 +103,28 @@ void AppPaths::initialize() {
         root = found;
     if (root.isEmpty())
         root = applicationDirectory(); // the usual case of an installation
+    if (!inspected.isEmpty())
+        return;
     makeFolders();
     seedDemoProject();
+}
+
+void AppPaths::inspect(const QString &applicationDirectory) {
+    inspected = QDir(applicationDirectory).absolutePath();
+    root.clear();
+    initialize();
+}
+
+QString AppPaths::applicationDirectory() {
+    return inspected.isEmpty() ? QCoreApplication::applicationDirPath() : inspected;
+}
+
+QString AppPaths::applicationFile() {
+    if (inspected.isEmpty())
+        return QCoreApplication::applicationFilePath();
+    // An installation that came from a line PC may lie on any system.
+    const QString windows = inspected + QStringLiteral("/Quorvaner.exe");
+    return QFileInfo::exists(windows) ? windows : inspected + QStringLiteral("/Quorvaner");
 }
 
 QString AppPaths::repositoryRoot() {

@@ -15,6 +15,17 @@ public:
     // Safe to call again. Main thread; everything below may be called from any thread after it.
     static void initialize();
 
+    // Lets all paths answer for another installation than the one this program belongs to, whose
+    // program's folder is `applicationDirectory`. For the command line tool alone, instead of
+    // initialize(): it only looks, so nothing is made and nothing is seeded from then on, also not
+    // by a later initialize(). The data folder stays that of this user. Main thread, before others
+    // start.
+    static void inspect(const QString &applicationDirectory);
+
+    // The program's folder, and the launcher in it.
+    [[nodiscard]] static QString applicationDirectory();
+    [[nodiscard]] static QString applicationFile();
+
     // Empty until initialize() has run.
     [[nodiscard]] static QString repositoryRoot();
     // Whether the root is a source tree: it holds Quorvane.pro. Initialises an empty root.

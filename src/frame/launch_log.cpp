@@ -7,7 +7,21 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <utility>
+
+namespace {
+
+std::function<void(const QString &)> redirected;
+
+} // namespace
+
+void redirectLaunchLog(std::function<void(const QString &message)> sink) {
+    redirected = std::move(sink);
+}
+
 void appendLaunchLog(const QString &message) {
+    if (redirected)
+        return redirected(message);
     const QString now =
         QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     const QString line = QStringLiteral("%1 %2\n").arg(now, message);

@@ -4,10 +4,17 @@
 
 #include <QString>
 
+#include <functional>
+
 // Adds one line, "yyyy-MM-dd HH:mm:ss message" in local time, to AppPaths::launchLogPath(). The
 // file is opened and closed for each line. A line that cannot be written is lost without a report:
 // the log never stops the flow. Any thread.
 void appendLaunchLog(const QString &message);
+
+// Where the lines go from now on instead of the file, each as it was passed and without a time; an
+// empty function brings the file back. For the command line tool alone, which shows what the
+// launcher would log and leaves the log to it. Main thread, while no other thread logs.
+void redirectLaunchLog(std::function<void(const QString &message)> sink);
 
 // What the launch log gained since this view was made.
 class RunLogView {

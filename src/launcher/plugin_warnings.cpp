@@ -1,10 +1,10 @@
 // Plug-ins that a manifest expects. What is wrong with them only warns.
 #include "launcher/launcher_service.h"
 
+#include "frame/app_paths.h"
 #include "update/file_version.h"
 #include "update/version_text.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -22,7 +22,7 @@ QString withoutLeadingDot(QString path) {
 QStringList places(const QString &path) {
     if (!QDir::isRelativePath(path))
         return {QDir::cleanPath(path)};
-    const QString program = QCoreApplication::applicationDirPath();
+    const QString program = AppPaths::applicationDirectory();
     QStringList found;
     if (path.startsWith(QLatin1String("bin/"), Qt::CaseInsensitive))
         found << QDir(QFileInfo(program).absolutePath()).filePath(path);

@@ -62,6 +62,15 @@ bool UpdateContext::runUpdateCheck(const QString &stickManifest, QString *summar
                               .arg(error),
                           summary);
     }
+    return weighManifest(text, summary);
+}
+
+bool UpdateContext::weighOnlineManifest(const QUrl &url, const QByteArray &body, QString *summary) {
+    snapshot = UpdateSnapshot();
+    return weighManifest(takeOnlineManifest(url, body), summary);
+}
+
+bool UpdateContext::weighManifest(const QString &text, QString *summary) {
     if (text.isEmpty()) {
         *summary = LauncherService::tr("未找到更新 manifest，将继续使用当前版本。");
         return false;
@@ -116,11 +125,15 @@ QString UpdateContext::fetchOnlineManifest(QString *error) {
         *error = fetched.error;
         return QString();
     }
+    return takeOnlineManifest(url, fetched.body);
+}
+
+QString UpdateContext::takeOnlineManifest(const QUrl &url, const QByteArray &body) {
     snapshot.source = url.toString();
     snapshot.baseLocation = url.toString(QUrl::RemoveFilename);
     snapshot.fromUsb = false;
     appendLaunchLog(LauncherService::tr("已读取在线 manifest：%1").arg(snapshot.source));
-    return QString::fromUtf8(fetched.body.constData(), fetched.body.size());
+    return QString::fromUtf8(body.constData(), body.size());
 }
 
 bool UpdateContext::evaluateManifest(const QJsonObject &root, QString *summary) {
@@ -131,7 +144,13 @@ bool UpdateContext::evaluateManifest(const QJsonObject &root, QString *summary) 
 
     QStringList refusals;
     QStringList offers;
-    weighProject(root.value(QLatin1String("projects")).toArray(), &offers, &refusals);
+    QString projectReason;
+    if (weighProject(root.value(QLatin1String("projects")).toArray(), &projectReason)) {
+        const QString version = snapshot.projectEntry.value(QLatin1String("version")).toString();
+        offers << QStringLiteral("Project -> %1")
+                      .arg(version.isEmpty() ? LauncherService::tr("新版本") : version);
+    }
+    refusals << LauncherService::tr("项目：%1").arg(projectReason);
     for (const UpdateComponent *component : updateComponents) {
         QString reason;
         if (component->eligible(snapshot, &reason))
@@ -152,8 +171,7 @@ bool UpdateContext::evaluateManifest(const QJsonObject &root, QString *summary) 
 }
 
 // The first record that matches is the only one considered.
-void UpdateContext::weighProject(const QJsonArray &projects, QStringList *offers,
-                                 QStringList *refusals) {
+bool UpdateContext::weighProject(const QJsonArray &projects, QString *reason) {
     const QString folderName = folderNameOf(projectPath);
     const QString stated = projectPath.isEmpty() ? QString() : readProjectName(projectPath);
     const QString projectName = stated.isEmpty() ? folderName : stated;
@@ -164,21 +182,14 @@ void UpdateContext::weighProject(const QJsonArray &projects, QStringList *offers
     snapshot.projectEntry = QJsonObject();
     const auto found = std::find_if(projects.begin(), projects.end(), matches);
     if (found == projects.end()) {
-        *refusals << LauncherService::tr("项目：%1")
-                         .arg(LauncherService::tr("未找到与当前项目匹配的项目记录（%1）。")
-                                  .arg(projectName));
-        return;
+        *reason = LauncherService::tr("未找到与当前项目匹配的项目记录（%1）。").arg(projectName);
+        return false;
     }
     snapshot.projectEntry = (*found).toObject();
-    QString reason;
-    if (isProjectEligible(&reason)) {
-        const QString version = snapshot.projectEntry.value(QLatin1String("version")).toString();
-        *offers << QStringLiteral("Project -> %1")
-                       .arg(version.isEmpty() ? LauncherService::tr("新版本") : version);
-    } else {
-        snapshot.projectEntry = QJsonObject();
-    }
-    *refusals << LauncherService::tr("项目：%1").arg(reason);
+    if (isProjectEligible(reason))
+        return true;
+    snapshot.projectEntry = QJsonObject();
+    return false;
 }
 
 QStringList UpdateContext::offerLines(const QStringList &offers,

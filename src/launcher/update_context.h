@@ -7,10 +7,12 @@
 
 #include "update/http_fetch.h"
 
+#include <QByteArray>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 
 // A verified manifest. The records are kept as JSON and read key by key where they are needed, so a
 // missing key and one of the wrong type are one case.
@@ -129,9 +131,17 @@ struct UpdateContext {
     [[nodiscard]] bool runUpdateCheck(QString *summary);
     // The same with the stick's manifest already looked for; empty: there is no stick.
     [[nodiscard]] bool runUpdateCheck(const QString &stickManifest, QString *summary);
+    // The rest of the check for a manifest that was fetched from `url`.
+    [[nodiscard]] bool weighOnlineManifest(const QUrl &url, const QByteArray &body,
+                                           QString *summary);
     // Takes a verified manifest apart into `snapshot` and weighs it. True when at least one item is
     // eligible. `summary` receives lines for the user in both cases.
     [[nodiscard]] bool evaluateManifest(const QJsonObject &root, QString *summary);
+    // Finds the record of this project, which stays in `snapshot` if it is eligible. `reason`
+    // receives the text for either answer.
+    [[nodiscard]] bool weighProject(const QJsonArray &projects, QString *reason);
+    // Each item of the update dialog against what is installed now.
+    [[nodiscard]] UpdateChoices choices() const;
     // Makes a package's address usable: a URL, or a path joined to the manifest's place.
     [[nodiscard]] static QString resolveManifestUrl(const UpdateSnapshot &snapshot,
                                                     const QString &value);
@@ -150,7 +160,8 @@ struct UpdateContext {
 private:
     [[nodiscard]] QString readStickManifest(const QString &path);
     [[nodiscard]] QString fetchOnlineManifest(QString *error);
-    void weighProject(const QJsonArray &projects, QStringList *offers, QStringList *refusals);
+    [[nodiscard]] QString takeOnlineManifest(const QUrl &url, const QByteArray &body);
+    [[nodiscard]] bool weighManifest(const QString &text, QString *summary);
     [[nodiscard]] QStringList offerLines(const QStringList &offers,
                                          const QStringList &warnings) const;
 };

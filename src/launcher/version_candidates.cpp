@@ -9,7 +9,6 @@
 #include "update/text_file.h"
 #include "update/version_text.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -17,7 +16,7 @@
 namespace {
 
 QString besideLauncher(const QString &name) {
-    return QDir(QCoreApplication::applicationDirPath()).filePath(name);
+    return QDir(AppPaths::applicationDirectory()).filePath(name);
 }
 
 // An object without keys for everything that cannot be read as one.
@@ -51,7 +50,7 @@ QString versionInFiles(const QString &key) {
     if (key == QLatin1String("runtime"))
         return programVersion(besideLauncher(QStringLiteral("LineRunner.exe")));
     if (key == QLatin1String("launcher"))
-        return programVersion(QCoreApplication::applicationFilePath());
+        return programVersion(AppPaths::applicationFile());
     if (key == QLatin1String("editor"))
         return programVersion(besideLauncher(QStringLiteral("LineStudio.exe")));
     return bundledPythonVersion();
@@ -220,6 +219,10 @@ UpdateChoices LauncherService::updateChoices() const {
         const UpdateChoice refused{false, tr("当前没有可应用的已验证更新。")};
         return {refused, refused, refused, refused, refused};
     }
+    return choices();
+}
+
+UpdateChoices UpdateContext::choices() const {
     UpdateChoices choices;
     choices.project.available = isProjectEligible(&choices.project.reason);
     for (const UpdateComponent *component : updateComponents) {

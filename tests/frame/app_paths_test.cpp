@@ -2,6 +2,7 @@
 
 #include "support/staged_main.h"
 
+#include <QDirIterator>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QStorageInfo>
@@ -53,8 +54,11 @@ public:
         return process.readAllStandardOutput().trimmed();
     }
 
-    QVariantMap paths(const QString &folder) const {
-        QVariantMap paths = QJsonDocument::fromJson(run(folder, {"paths"})).object().toVariantMap();
+    QVariantMap paths(const QString &folder) const { return parsed(folder, {"paths"}); }
+
+    // The paths that a program in `folder` prints, from the machine's top.
+    QVariantMap parsed(const QString &folder, const QStringList &arguments) const {
+        QVariantMap paths = QJsonDocument::fromJson(run(folder, arguments)).object().toVariantMap();
         for (QVariant &value : paths) {
             if (value.type() == QVariant::String)
                 value = relative(value.toString());
@@ -68,6 +72,20 @@ public:
     }
 
     bool has(const QString &name) const { return QFileInfo::exists(path(name)); }
+
+    // Everything in a folder, hidden entries too, with the time of its last change.
+    QStringList listing(const QString &folder) const {
+        QStringList entries;
+        QDirIterator all(path(folder), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+        while (all.hasNext()) {
+            const QString entry = all.next();
+            entries << relative(entry) + ' ' +
+                           QString::number(all.fileInfo().lastModified().toMSecsSinceEpoch());
+        }
+        entries.sort();
+        return entries << QFileInfo(path(folder)).lastModified().toString(Qt::ISODateWithMs);
+    }
 
 private:
     QTemporaryDir m_dir;
@@ -300,6 +318,42 @@ private slots:
         machine.make({"app/bin/examples/projects/demo/demo.yslib"});
         machine.paths("app/bin");
         QVERIFY(!machine.has("app/USER/projects/demo"));
+    }
+
+    void anotherInstallationIsOnlyLookedAt_data() {
+        QTest::addColumn<QStringList>("present");
+        QTest::newRow("an installation that ran")
+            << QStringList{"app/USER/projects/demo/demo.yslib", "app/bin/plugins/",
+                           "app/bin/config/update.pub", "app/bin/config/FunctionLib.ini"};
+        QTest::newRow("one that never ran, with a demo to seed")
+            << QStringList{"app/bin/examples/projects/demo/demo.yslib", "app/bin/config/update.pub",
+                           "app/bin/config/FunctionLib.ini"};
+    }
+    void anotherInstallationIsOnlyLookedAt() {
+        QFETCH(QStringList, present);
+        const Machine machine;
+        machine.make(present);
+        machine.make({"tool/"});
+        const QStringList before = machine.listing("app");
+        const QVariantMap paths =
+            machine.parsed("tool", {"inspect", machine.path("app/bin")}); // initialises it, too
+        QCOMPARE(machine.listing("app"), before);
+        QVERIFY(!machine.has("data/Quorvane"));
+        QVERIFY(!machine.has("USER"));
+        QCOMPARE(paths["program"].toString(), QString("app/bin"));
+        QCOMPARE(paths["launcher"].toString(), QString("app/bin/Quorvaner"));
+        QCOMPARE(paths["root"].toString(), QString("app/bin"));
+        QCOMPARE(paths["key"].toString(), QString("app/bin/config/update.pub"));
+        QCOMPARE(paths["library"].toString(), QString("app/bin/config/FunctionLib.ini"));
+        QCOMPARE(paths["data"].toString(), QString("data/Quorvane"));
+        QCOMPARE(paths["projects"].toString(), paths["user"].toString() + "/projects");
+    }
+
+    void inspectedInstallationOfWindowsHasItsLauncher() {
+        const Machine machine;
+        machine.make({"app/bin/Quorvaner.exe"});
+        const QVariantMap paths = machine.parsed("tool", {"inspect", machine.path("app/bin")});
+        QCOMPARE(paths["launcher"].toString(), QString("app/bin/Quorvaner.exe"));
     }
 
     void stickWithTheManifestIsFound_data() {

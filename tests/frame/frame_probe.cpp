@@ -1,9 +1,10 @@
 // Uses the frame in a process of its own, for tests that need another layout or a second process.
 //
 //   frame_probe paths                 initialises twice and prints every path as one JSON object
-//   frame_probe first <operation>     calls one operation of an uninitialised AppPaths, prints the
-//   root frame_probe log <word> <count>    writes that many lines to the launch log frame_probe
-//   settings <word> <count>  opens the store and sets that many keys
+//   frame_probe inspect <folder>      the same about an installation that is only looked at
+//   frame_probe first <operation>     calls one operation of an uninitialised AppPaths, prints the root
+//   frame_probe log <word> <count>    writes that many lines to the launch log
+//   frame_probe settings <word> <count>  opens the store and sets that many keys
 #include "frame/app_paths.h"
 #include "frame/launch_log.h"
 #include "frame/settings_store.h"
@@ -20,6 +21,9 @@ void printPaths() {
     AppPaths::initialize();
     AppPaths::initialize();
     const QJsonObject paths{
+        {"program", AppPaths::applicationDirectory()},
+        {"launcher", AppPaths::applicationFile()},
+        {"projects", AppPaths::projectsDirectory()},
         {"root", AppPaths::repositoryRoot()},
         {"repository", AppPaths::isRepositoryLayout()},
         {"install", AppPaths::installRoot()},
@@ -66,7 +70,9 @@ int main(int argc, char **argv) {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     const QString command = arguments.value(1);
-    if (command == "paths")
+    if (command == "inspect")
+        AppPaths::inspect(arguments.value(2));
+    if (command == "paths" || command == "inspect")
         printPaths();
     else if (command == "first")
         printRootAfter(arguments.value(2));

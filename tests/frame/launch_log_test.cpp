@@ -75,6 +75,19 @@ private slots:
         QVERIFY(time >= before.addSecs(-1) && time <= after);
     }
 
+    void linesCanGoElsewhere() {
+        QStringList lines;
+        redirectLaunchLog([&lines](const QString &message) { lines << message; });
+        appendLaunchLog("one");
+        appendLaunchLog("%1 two\nlines");
+        redirectLaunchLog(nullptr);
+        QCOMPARE(lines, (QStringList{"one", "%1 two\nlines"}));
+        QVERIFY(!QFileInfo::exists(AppPaths::launchLogPath()));
+        appendLaunchLog("three");
+        QVERIFY(logBytes().endsWith(" three\n"));
+        QCOMPARE(lines.size(), 2);
+    }
+
     void linesAreAdded() {
         writeLog("of an earlier run\n");
         appendLaunchLog("one");
