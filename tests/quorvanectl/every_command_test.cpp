@@ -1,0 +1,156 @@
+// What holds for every command: its example runs, bad input is refused, nothing is overwritten.
+#include "quorvanectl/commands.h"
+#include "run_tool.h"
+#include "support/project_folder.h"
+#include "support/staged_main.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QMap>
+#include <QProcess>
+
+#include <unistd.h>
+
+using support::Answer;
+using support::ProjectFolder;
+
+namespace {
+
+// Lays out the files that the examples name. Each example runs in a folder of its own.
+void layOut(const ProjectFolder &folder) {
+    folder.write("main.ys", "int a = 1;\n");
+}
+
+// Files of which no content is malformed, by command: any text is a script or a library, and what is
+// wrong in a script is a finding.
+bool takesAnyText(const QString &title, const QString &file) {
+    Q_UNUSED(file)
+    return title == "script check";
+}
+
+QMap<QString, QByteArray> contentsOf(const ProjectFolder &folder) {
+    QMap<QString, QByteArray> contents;
+    QDirIterator entry(folder.path(""), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (entry.hasNext()) {
+        const QString name = QDir(folder.path("")).relativeFilePath(entry.next());
+        contents.insert(name, folder.read(name));
+    }
+    return contents;
+}
+
+// The words of an example that name files of the folder.
+QStringList filesOf(const QString &example) {
+    const ProjectFolder folder;
+    layOut(folder);
+    QStringList files;
+    for (const QString &word : example.split(' ')) {
+        if (QFileInfo(folder.path(word)).isFile())
+            files << word;
+    }
+    return files;
+}
+
+void makeBad(const ProjectFolder &folder, const QString &file, const QString &fault) {
+    QVERIFY(QFile::remove(folder.path(file)));
+    if (fault == "a folder")
+        QVERIFY(QDir(folder.path("")).mkdir(file));
+    if (fault == "closed")
+        QVERIFY(QFile(folder.write(file, "")).setPermissions(QFile::Permissions()));
+    if (fault == "huge")
+        folder.writeZeros(file, qint64(8) << 30);
+    if (fault == "malformed")
+        folder.write(file, "{ no");
+}
+
+} // namespace
+
+class EveryCommandTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void theExampleRuns_data() { addCommands(); }
+
+    void theExampleRuns() {
+        QFETCH(QString, example);
+        const ProjectFolder folder;
+        layOut(folder);
+        const Answer answer = support::runLine(example, folder.path(""));
+        QVERIFY2(answer.status == ctl::Clean || answer.status == ctl::Findings,
+                 qPrintable(answer.err));
+        QVERIFY(!answer.out.isEmpty());
+    }
+
+    void nothingIsOverwritten_data() { addCommands(); }
+
+    // A command that wrote files refuses to write them again, and does it with --force.
+    void nothingIsOverwritten() {
+        QFETCH(QString, example);
+        const ProjectFolder folder;
+        layOut(folder);
+        const auto before = contentsOf(folder);
+        (void)support::runLine(example, folder.path(""));
+        const auto after = contentsOf(folder);
+        for (auto file = before.begin(); file != before.end(); ++file)
+            QCOMPARE(after.value(file.key()), file.value());
+        if (after == before)
+            return;
+        const Answer again = support::runLine(example, folder.path(""));
+        QCOMPARE(again.status, int(ctl::Refused));
+        QCOMPARE(again.err.count('\n'), 1);
+        QCOMPARE(contentsOf(folder), after);
+        const Answer forced = support::runLine(example + " --force", folder.path(""));
+        if (!forced.err.contains("Unknown option 'force'"))
+            QVERIFY2(forced.status != ctl::Refused, qPrintable(forced.err));
+        else
+            QCOMPARE(contentsOf(folder), after);
+    }
+
+    void badInputIsRefused_data() {
+        QTest::addColumn<QString>("example");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("fault");
+
+        for (const ctl::Command &command : ctl::allCommands()) {
+            const QString title = command.family + ' ' + command.name;
+            for (const QString &file : filesOf(command.example)) {
+                QStringList faults{"missing", "a folder", "huge"};
+                if (geteuid() != 0)
+                    faults << "closed";
+                if (!takesAnyText(title, file))
+                    faults << "malformed";
+                for (const QString &fault : faults)
+                    QTest::newRow(qPrintable(title + ": " + file + " is " + fault))
+                        << command.example << file << fault;
+            }
+        }
+    }
+
+    void badInputIsRefused() {
+        QFETCH(QString, example);
+        QFETCH(QString, file);
+        QFETCH(QString, fault);
+        const ProjectFolder folder;
+        layOut(folder);
+        makeBad(folder, file, fault);
+        const auto before = contentsOf(folder).keys();
+        const Answer answer = support::runLine(example, folder.path(""));
+        QCOMPARE(answer.status, int(ctl::Refused));
+        QCOMPARE(answer.out, QString());
+        QVERIFY2(answer.err.count('\n') == 1, qPrintable(answer.err));
+        QVERIFY2(answer.err.startsWith("quorvanectl: ") && answer.err.contains(file),
+                 qPrintable(answer.err));
+        QCOMPARE(contentsOf(folder).keys(), before);
+    }
+
+private:
+    void addCommands() {
+        QTest::addColumn<QString>("example");
+        for (const ctl::Command &command : ctl::allCommands())
+            QTest::newRow(qPrintable(command.family + ' ' + command.name)) << command.example;
+    }
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, EveryCommandTest)
+#include "every_command_test.moc"

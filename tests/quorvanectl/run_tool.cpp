@@ -1,0 +1,56 @@
+#include "run_tool.h"
+
+#include "quorvanectl/command_line.h"
+
+#include <QBuffer>
+#include <QFileInfo>
+#include <QProcess>
+
+namespace support {
+namespace {
+
+QProcessEnvironment withoutDisplay() {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(name);
+    const QString folder = QFileInfo(QUORVANE_TOOL).absolutePath();
+    environment.insert("PATH", folder + ':' + environment.value("PATH"));
+    environment.insert("LC_ALL", "C.UTF-8");
+    return environment;
+}
+
+Answer runProcess(const QString &program, const QStringList &arguments, const QString &folder) {
+    QProcess process;
+    process.setProcessEnvironment(withoutDisplay());
+    process.setWorkingDirectory(folder);
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.start(program, arguments);
+    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
+        return {-1, {}, process.errorString()};
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+} // namespace
+
+Answer runTool(const QStringList &arguments) {
+    QBuffer out;
+    QBuffer err;
+    out.open(QIODevice::WriteOnly);
+    err.open(QIODevice::WriteOnly);
+    ctl::Console console;
+    console.out = &out;
+    console.err = &err;
+    const int status = ctl::runCommandLine(arguments, console);
+    return {status, QString::fromUtf8(out.data()), QString::fromUtf8(err.data())};
+}
+
+Answer runProgram(const QStringList &arguments, const QString &folder) {
+    return runProcess(QUORVANE_TOOL, arguments, folder);
+}
+
+Answer runLine(const QString &line, const QString &folder) {
+    return runProcess("sh", {"-c", line}, folder);
+}
+
+} // namespace support

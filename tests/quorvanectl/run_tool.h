@@ -1,0 +1,24 @@
+// Runs a command line of quorvanectl and keeps what it answers.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace support {
+
+struct Answer {
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+// In this process, without colours.
+[[nodiscard]] Answer runTool(const QStringList &arguments);
+
+// As a process of its own in `folder`, with no display.
+[[nodiscard]] Answer runProgram(const QStringList &arguments, const QString &folder);
+
+// A line as one types it, starting with "quorvanectl", run by a shell in `folder`.
+[[nodiscard]] Answer runLine(const QString &line, const QString &folder);
+
+} // namespace support

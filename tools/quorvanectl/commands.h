@@ -1,0 +1,17 @@
+// The table of commands.
+#pragma once
+
+#include "quorvanectl/command.h"
+
+namespace ctl {
+
+// All commands of this platform, family by family, in the order of the help.
+[[nodiscard]] const std::vector<Command> &allCommands();
+
+// What the help says of commands that this platform lacks; empty if it has all.
+[[nodiscard]] QString missingCommands();
+
+// One function for each file of commands.
+std::vector<Command> scriptCommands();
+
+} // namespace ctl

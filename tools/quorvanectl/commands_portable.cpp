@@ -1,0 +1,21 @@
+#include "quorvanectl/commands.h"
+
+namespace ctl {
+
+const std::vector<Command> &allCommands() {
+    static const std::vector<Command> table = [] {
+        std::vector<Command> all;
+        for (const auto commandsOf : {scriptCommands}) {
+            const std::vector<Command> some = commandsOf();
+            all.insert(all.end(), some.begin(), some.end());
+        }
+        return all;
+    }();
+    return table;
+}
+
+QString missingCommands() {
+    return {};
+}
+
+} // namespace ctl

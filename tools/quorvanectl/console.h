@@ -1,0 +1,40 @@
+// Where a command writes: results to `out`, everything else to `err`, both in UTF-8.
+#pragma once
+
+#include <QIODevice>
+#include <QString>
+
+namespace ctl {
+
+struct Console {
+    QIODevice *out = nullptr;
+    QIODevice *err = nullptr;
+    bool colour = false;           // whether `out` is a terminal that shows colours
+    bool errorsOnTerminal = false; // whether `err` is a terminal
+};
+
+// The console of the running program. The devices live as long as the program.
+[[nodiscard]] Console standardConsole();
+
+// Whether the standard stream of this number (1 output, 2 errors) is a terminal.
+[[nodiscard]] bool isTerminal(int stream);
+
+void print(const Console &console, const QString &text);
+void printLine(const Console &console, const QString &line = QString());
+
+// One line on `err`, behind the program's name.
+void tell(const Console &console, const QString &line);
+
+// Tells why and returns ExitStatus::Refused.
+[[nodiscard]] int refuse(const Console &console, const QString &reason);
+
+enum class Ink { Error, Warning, Good, Heading, Caret };
+
+// The text in its colour; as it is where no colours are shown.
+[[nodiscard]] QString inked(const Console &console, Ink ink, const QString &text);
+
+// The text with its control characters spelled out: a foreign file's name must neither end a line
+// nor steer a terminal.
+[[nodiscard]] QString spelledOut(const QString &text);
+
+} // namespace ctl

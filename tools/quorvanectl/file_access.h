@@ -1,0 +1,42 @@
+// Reading what a command is given and writing what it makes.
+//
+// Every error is one line that names the file, ready for refuse().
+#pragma once
+
+#include <QByteArray>
+#include <QSaveFile>
+#include <QString>
+
+class QCommandLineParser;
+
+namespace ctl {
+
+// Far above any project file, script, library, manifest or key.
+const qint64 largestText = 64 * 1024 * 1024; // bytes
+
+// Whether there is a plain file that can be opened and has at most `limit` bytes.
+[[nodiscard]] bool isUsableFile(const QString &path, QString *error, qint64 limit = largestText);
+
+// The text of such a file, decoded as the launcher decodes it; null on failure.
+[[nodiscard]] QString readText(const QString &path, QString *error);
+
+// The bytes of such a file; null on failure, and not null for an empty file.
+[[nodiscard]] QByteArray readBytes(const QString &path, QString *error);
+
+// The option --force, for each command that writes a file.
+void declareForce(QCommandLineParser &parser);
+[[nodiscard]] bool isForced(const QCommandLineParser &parser);
+
+// Whether `path` may be written: nothing is there yet, or it is a file and `force` is given.
+[[nodiscard]] bool mayWrite(const QString &path, bool force, QString *error);
+
+// Opens a file that shows at its place only once it is whole: with commitFile(). An interrupt before
+// that leaves the folder as it was.
+[[nodiscard]] bool openFile(QSaveFile &file, bool force, QString *error);
+[[nodiscard]] bool commitFile(QSaveFile &file, QString *error);
+
+// Both, around the bytes.
+[[nodiscard]] bool writeFile(const QString &path, const QByteArray &bytes, bool force,
+                             QString *error);
+
+} // namespace ctl
