@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Runs one scenario file against a copy of an installation, as root or as an ordinary user.
 
-    run.py --installation DIR --translation FILE --account root|user --pictures DIR SCENARIO
+    run.py --installation DIR --translation FILE --update-host HOST --account root|user
+           --pictures DIR SCENARIO
 
 The installation is copied to a place outside the source tree. The scenario then runs in a user,
 mount and network namespace of its own, so that it may mount what it likes and reaches no network.
@@ -45,7 +46,7 @@ def command_for(stage, scenario, account):
     return [*drop, *namespace, *inside]
 
 
-def environment(stage, account):
+def environment(stage, account, update_host):
     """Nothing of the caller's surroundings reaches the launcher."""
     return {
         "PATH": "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin",
@@ -56,6 +57,7 @@ def environment(stage, account):
         "PYTHONDONTWRITEBYTECODE": "1",
         "QUORVANE_STAGE": str(stage),
         "QUORVANE_ACCOUNT": account,
+        "QUORVANE_UPDATE_HOST": update_host,
     }
 
 
@@ -63,6 +65,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--installation", type=pathlib.Path, required=True)
     parser.add_argument("--translation", type=pathlib.Path, required=True)
+    parser.add_argument("--update-host", required=True)
     parser.add_argument("--account", choices=("root", "user"), required=True)
     parser.add_argument("--pictures", type=pathlib.Path, required=True)
     parser.add_argument("scenario")
@@ -78,7 +81,7 @@ def main():
         shutil.copy(options.translation, stage / "quorvane_en.ts")
         stage.chmod(0o755)
         result = subprocess.run(command_for(stage, options.scenario, options.account),
-                                env=environment(stage, options.account),
+                                env=environment(stage, options.account, options.update_host),
                                 cwd=stage / "end_to_end", stdin=subprocess.DEVNULL, check=False)
         target = options.pictures / f"{options.scenario}-{options.account}"
         shutil.rmtree(target, ignore_errors=True)

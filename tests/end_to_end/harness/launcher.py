@@ -12,6 +12,7 @@ from harness.waiting import wait_for
 # namespace every account bears the number 0; what makes root is the capabilities.
 WITHOUT_PRIVILEGE = ["setpriv", "--bounding-set=-all", "--inh-caps=-all", "--no-new-privs", "--"]
 
+TITLE = "Quorvane 启动器"
 STATUS_COUNTDOWN = "将在 %1 秒后自动启动（F8 = 修复模式）"
 STATUS_MONITOR = "正在监护目标进程。日志：%1"
 STATUS_REPAIR = "修复模式：选择 yslib、查看日志或手动启动。"
@@ -77,7 +78,7 @@ class Launcher:
     # Waiting ----------------------------------------------------------------------------------
 
     def wait_for_window(self):
-        return wait_for(lambda: self.window_titled(self.say("Quorvane 启动器")),
+        return wait_for(lambda: self.window_titled(self.say(TITLE)),
                         "the launcher's window", told=self.situation)
 
     def wait_for_text(self, source, *values, seconds=30):
@@ -89,6 +90,10 @@ class Launcher:
         box = wait_for(lambda: self.window_titled(self.say(title)), f"a message box {title!r}",
                        told=self.situation)
         return [node.name() for node in box.showing()]
+
+    def wait_until_closed(self, title):
+        wait_for(lambda: not self.window_titled(self.say(title)), f"{title!r} closed",
+                 told=self.situation)
 
     def wait_for_log(self, line, seconds=30):
         wait_for(lambda: line in self.installation.log(), f"the log line {line!r}", seconds,
@@ -124,17 +129,17 @@ class Launcher:
 
     def press(self, *keys):
         """Keys typed into its dialog."""
-        self._focus(self.say("Quorvane 启动器"))
+        self._focus(self.say(TITLE))
         self.desktop.key(*keys)
 
     def type(self, text):
         """Text typed into the field that has the focus."""
-        self._focus(self.say("Quorvane 启动器"))
+        self._focus(self.say(TITLE))
         self.desktop.type(text)
 
-    def click(self, source):
-        """A click on the control of the dialog with this text."""
-        self._focus(self.say("Quorvane 启动器"))  # raised above whatever lay over it
+    def click(self, source, window=TITLE):
+        """A click on the control with this text, in its dialog or in another of its windows."""
+        self._focus(self.say(window))  # raised above whatever lay over it
         name = self.say(source)
         control = wait_for(lambda: self.control(name), f"a control {name!r}", told=self.situation)
         wait_for(lambda: control.has(screen_reader.ENABLED), f"{name!r} enabled")
@@ -163,12 +168,11 @@ class Launcher:
         """Presses Enter in a message box and waits until it is gone."""
         self._focus(self.say(title))
         self.desktop.key("Return")
-        wait_for(lambda: not self.window_titled(self.say(title)), f"box {title!r} closed",
-                 told=self.situation)
+        self.wait_until_closed(title)
 
     def close(self):
         """What the cross in its title bar does."""
-        self.desktop.ask_to_close(self._focus(self.say("Quorvane 启动器")))
+        self.desktop.ask_to_close(self._focus(self.say(TITLE)))
 
     def kill(self):
         """The end of a test: whatever is left of it goes."""

@@ -9,7 +9,7 @@ ROOT = "/org/a11y/atspi/accessible/root"
 CALL_TIMEOUT_MS = 10_000
 
 # Bits of a state set.
-EDITABLE, ENABLED, FOCUSED, SHOWING = 7, 8, 12, 25
+CHECKED, EDITABLE, ENABLED, FOCUSED, SHOWING = 4, 7, 8, 12, 25
 
 
 class ScreenReader:

@@ -1,0 +1,130 @@
+"""The base of the scenarios about updates: a publisher that is trusted, a network, a stick."""
+import json
+import re
+
+from harness import network
+from harness.installation import STAGE
+from harness.odd_server import OddServer
+from harness.publisher import Publisher, write_installer, write_package
+from harness.scenario import Scenario
+from harness.stick import Stick
+from harness.web_server import WebServer
+
+VERSIONS = {"runtimePackageVersion": "1.0.0", "launcherPackageVersion": "1.0.0",
+            "editorPackageVersion": "1.0.0", "pythonToolsPackageVersion": "1.0.0"}
+# What differs from run to run: ids of tasks, numbers of processes, nonces, times.
+CHANCE = re.compile(r"(?<=check_)[0-9a-f]{8}|(?<=apply_)[0-9a-f]{8}|(?<=setup_)[0-9a-f]{8}|"
+                    r"(?<=--parent-pid=)\d+|(?<=--nonce=)[0-9a-f]{32}|"
+                    r"(?<= in )\d+(?= ms\.)|\d{8}_\d{6}")
+
+BANNER_UPDATE = "立即更新"
+BANNER_LATER = "稍后提醒"
+BANNER_SKIP = "跳过此版本"
+BANNER_SKIP_AND_LAUNCH = "跳过并启动"
+DIALOG = "选择更新内容"
+PROMPT_STICK = "检测到离线更新包。请选择是否更新，或继续启动。"
+PROMPT_ONLINE = "发现在线更新。请选择是否更新，或继续启动。"
+
+MANIFEST_REQUEST = f"GET {network.UPDATE_HOST}{network.MANIFEST_PATH}"
+STARTED = "[task check_#] started kind=check"
+FOUND = "[task check_#] phase=check elapsedMs=0 found"
+NONE = "[task check_#] phase=check elapsedMs=0 none"
+
+
+class UpdateScenario(Scenario):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.authority = network.Authority("trusted")
+        network.lead_here(network.UPDATE_HOST)
+        network.trust_only(cls.authority)
+        cls.publisher = Publisher(STAGE)
+
+    def setUp(self):
+        super().setUp()
+        config = self.installation.program_folder / "config"
+        (config / "update.pub").write_bytes(self.publisher.public)
+        (config / "release_version.json").write_text(json.dumps(VERSIONS))
+
+    def insert_stick(self, manifest=None):
+        stick = Stick(self.installation.root / "stick")
+        self.addCleanup(stick.pull_out)
+        if manifest is not None:
+            stick.publish(manifest)
+        return stick
+
+    def start_server(self, manifest=None, **more):
+        folder = self.installation.root / "server"
+        folder.mkdir()
+        server = WebServer(folder, more.pop("authority", self.authority), **more)
+        self.addCleanup(server.close)
+        if manifest is not None:
+            server.publish(manifest)
+        return server
+
+    def start_odd_server(self, answer):
+        server = OddServer(self.authority, answer)
+        self.addCleanup(server.close)
+        return server
+
+    def log(self):
+        """The launch log without what is left to chance in it."""
+        return [CHANCE.sub("#", line) for line in self.installation.log()]
+
+    def launch_lines(self, locale="en", *more):
+        """What the log holds from the check of the project to the end of the runtime."""
+        demo = self.installation.demo
+        return [f"Precheck passed for {demo}", *self.start_lines(locale, *more)]
+
+    def start_lines(self, locale="en", *more):
+        arguments = " ".join(["--parent-pid=#", "--nonce=#",
+                              f"--project={self.installation.demo}", f"--locale={locale}", *more])
+        return [f"Launching {self.installation.runtime} {arguments}",
+                f"Target exited with code 0. Log: {self.installation.log_file}"]
+
+    def starts(self):
+        """Of the log, what tells of starts: a held offer is weighed and told anew in between."""
+        return [line for line in self.log() if line.startswith(("Precheck", "Launching", "Target"))]
+
+    def wait_for_exits(self, launcher, times=1):
+        launcher.wait_until_logged("Target exited with code 0", times)
+
+    # Offers ----------------------------------------------------------------------------------
+
+    def runtime_offer(self, version):
+        return self.publisher.sign(runtime={"version": version, "setupUrl": "runtime.exe"})
+
+    def put_installer(self, folder, name="runtime.exe"):
+        return write_installer(folder / name, self.installation.root / "installers.log")
+
+    def put_package(self, folder, version="1.1.0", more=None):
+        """The demo as a package of another version, with more files or other content of some."""
+        shipped = self.installation.program_folder / "examples" / "projects" / "demo"
+        files = {str(path.relative_to(shipped)): path.read_text(encoding="utf-8")
+                 for path in sorted(shipped.rglob("*")) if path.is_file()}
+        files["demo.yslib"] = files["demo.yslib"].replace('"version": "1.0.0"',
+                                                          f'"version": "{version}"')
+        return write_package(folder / f"demo-{version}.zip", {**files, **(more or {})})
+
+    # What is told ----------------------------------------------------------------------------
+
+    def stick_summary(self, launcher, stick, items):
+        return self._summary(launcher, stick.manifest, items,
+                             "检测到离线更新包，可在主界面选择「立即更新」或继续启动。")
+
+    def online_summary(self, launcher, items):
+        return self._summary(launcher, network.MANIFEST_URL, items,
+                             "发现在线更新，可在主界面选择「立即更新」「稍后提醒」或「跳过此版本」。")
+
+    def _summary(self, launcher, source, items, advice):
+        return "\n".join([launcher.say("已验证的更新可用（来源：%1）。", source),
+                          launcher.say("当前项目版本：%1（%2）", "1.0.0", self.installation.demo),
+                          launcher.say("可更新项：%1", items), launcher.say(advice)])
+
+    def project_check(self, remote, compare):
+        return (f"Project version check: local=1.0.0 remote={remote} compare={compare} "
+                f"path={self.installation.demo}")
+
+    def not_available(self, launcher, error):
+        return launcher.say("在线更新不可用（%1）。可使用 U 盘更新：QuorvanerUpdate/manifest.json。",
+                            error)
