@@ -64,6 +64,10 @@ class Request:
         self.connection.sendall(f"HTTP/1.1 {status}\r\nContent-Length: {length}\r\n"
                                 "Connection: close\r\n\r\n".encode() + body)
 
+    def redirect(self, target):
+        self.connection.sendall(f"HTTP/1.1 302 Found\r\nLocation: {target}\r\n"
+                                "Content-Length: 0\r\nConnection: close\r\n\r\n".encode())
+
     def hold(self):
         """Says nothing until the server is released or closed."""
         self.server.released.wait()

@@ -21,6 +21,7 @@ BANNER_UPDATE = "立即更新"
 BANNER_LATER = "稍后提醒"
 BANNER_SKIP = "跳过此版本"
 BANNER_SKIP_AND_LAUNCH = "跳过并启动"
+CANCEL_TASK = "取消更新任务"
 DIALOG = "选择更新内容"
 PROMPT_STICK = "检测到离线更新包。请选择是否更新，或继续启动。"
 PROMPT_ONLINE = "发现在线更新。请选择是否更新，或继续启动。"
@@ -28,6 +29,7 @@ PROMPT_ONLINE = "发现在线更新。请选择是否更新，或继续启动。
 MANIFEST_REQUEST = f"GET {network.UPDATE_HOST}{network.MANIFEST_PATH}"
 STARTED = "[task check_#] started kind=check"
 FOUND = "[task check_#] phase=check elapsedMs=0 found"
+CANCEL_REQUESTED = "[task check_#] cancel requested by user"
 NONE = "[task check_#] phase=check elapsedMs=0 none"
 
 
