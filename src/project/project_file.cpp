@@ -9,6 +9,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
+#include <QSaveFile>
 
 namespace {
 
@@ -34,6 +35,17 @@ QString firstVersionInText(const QString &text) {
     return normalizeVersion(version.match(text).captured(1));
 }
 
+// No moment without a whole project file: the new text takes the place of the old one once it lies
+// on the disk. Where no file can be made beside it, it is written over.
+bool replaceContent(const QString &path, const QByteArray &content) {
+    QSaveFile file(path);
+    file.setDirectWriteFallback(true);
+    return file.open(QIODevice::WriteOnly | QIODevice::Text) &&
+           file.write(content) == content.size() &&
+           file.flush() && // commit() does not look at what its own flush comes to
+           file.commit();
+}
+
 bool stampProjectFile(const QString &projectPath, const QString &version) {
     QJsonDocument document = QJsonDocument::fromJson(readTextFile(projectPath).toUtf8());
     if (!document.isObject())
@@ -43,7 +55,7 @@ bool stampProjectFile(const QString &projectPath, const QString &version) {
     project.insert(versionKey, version);
     root.insert(projectKey, project);
     document.setObject(root);
-    return writeTextFile(projectPath, QString::fromUtf8(document.toJson(QJsonDocument::Indented)));
+    return replaceContent(projectPath, document.toJson(QJsonDocument::Indented));
 }
 
 } // namespace

@@ -3,8 +3,9 @@
 
   run.py REFERENCE_APPLY INTERPOSER             all points: each operation fails with EACCES, ENOSPC
                                                 and EIO, the process is killed at it (KILL), it
-                                                fails at each further try (STUCK), and from it on
-                                                the disk is full (FULL)
+                                                fails at each further try (STUCK), from it on the
+                                                disk is full (FULL), and an operation that moves
+                                                data moves half of it before that (SHORT)
   run.py --sample N --seed S ...                N of these, chosen by chance
   run.py --every N ...                          each N-th operation
   run.py --only LAYOUT OPERATION FAULT ...      one of them, with its outcome in full
@@ -27,10 +28,13 @@ import subprocess
 import sys
 import tempfile
 
-# Name -> errno (0: the process is killed) and whether later operations meet the same cause.
-FAULTS = {"EACCES": (errno.EACCES, False), "ENOSPC": (errno.ENOSPC, False),
-          "EIO": (errno.EIO, False), "KILL": (0, False),
-          "STUCK": (errno.EACCES, True), "FULL": (errno.ENOSPC, True)}
+Fault = collections.namedtuple("Fault", "errno stays short")
+FAULTS = {"EACCES": Fault(errno.EACCES, False, False), "ENOSPC": Fault(errno.ENOSPC, False, False),
+          "EIO": Fault(errno.EIO, False, False),
+          "KILL": Fault(0, False, False),  # no errno: the process is killed
+          "STUCK": Fault(errno.EACCES, True, False), "FULL": Fault(errno.ENOSPC, True, False),
+          "SHORT": Fault(errno.ENOSPC, True, True)}
+MOVE_DATA = ("write", "pwrite64", "sendfile", "sendfile64", "copy_file_range")
 PROJECT_FILE = "产线三.yslib"
 SIDECAR = ".quorvane-installed-version"
 
@@ -86,21 +90,21 @@ class Bench:
     def measure(self, layout):
         """An apply without a fault."""
         trace = self.near / "trace"
-        outcome = self.run(layout, 0, (0, False), trace)
+        outcome = self.run(layout, 0, FAULTS["KILL"], trace)
         if not (outcome.told and outcome.told["success"]):
             sys.exit(f"the apply without a fault failed: {outcome.told}")
         self.new[layout] = outcome.project
         self.operations[layout] = trace.read_text(errors="replace").splitlines()
 
     def run(self, layout, operation, fault, trace=None):
-        number, stays = fault
         data = pathlib.Path(tempfile.mkdtemp(prefix="data", dir=self.near))
         home = pathlib.Path(tempfile.mkdtemp(prefix="project", dir=self.volumes[layout]))
         try:
             project = home / "产线三"
             shutil.copytree(self.place / "old", project)
             environment = dict(os.environ, LD_PRELOAD=str(self.interposer), FAULT_AT=str(operation),
-                               FAULT_WITH=str(number), FAULT_STAYS=str(int(stays)),
+                               FAULT_WITH=str(fault.errno), FAULT_STAYS=str(int(fault.stays)),
+                               FAULT_SHORT=str(int(fault.short)),
                                XDG_DATA_HOME=str(data), LC_ALL="C.UTF-8")
             if trace:
                 environment["FAULT_TRACE"] = str(trace)
@@ -136,6 +140,22 @@ def whole(bench, outcome):
     return None
 
 
+def is_stamp_file(name):
+    """What the stamp writes: the project file, a new one beside it until it is whole, the sidecar."""
+    return name in (PROJECT_FILE, SIDECAR) or name.startswith(PROJECT_FILE + ".")
+
+
+def same_but_for_version(text, other):
+    def content(json_text):
+        document = json.loads(json_text)
+        document["project"].pop("version", None)
+        return document
+    try:
+        return content(text) == content(other)
+    except ValueError:
+        return False
+
+
 def named_case(bench, outcome):
     """Outcomes that are known and kept, each also in docs/support.md. None for any other."""
     project, told = outcome.project, outcome.told
@@ -145,18 +165,14 @@ def named_case(bench, outcome):
         return ("moving in and rolling back both fail: no project is left"
                 if message.startswith("Replace failed, rolled back: unable to ") else None)
     new = bench.new[outcome.layout]
-    unstamped = {name: content for name, content in new.items()
-                 if name not in (PROJECT_FILE, SIDECAR)}
-    rest = {name: content for name, content in project.items()
-            if name not in (PROJECT_FILE, SIDECAR)}
-    if rest == unstamped and (killed or told["success"]):
-        text = project.get(PROJECT_FILE, b"")
-        if not text:
-            return "version stamp: the project file is left empty"
+    unstamped = {name: content for name, content in new.items() if not is_stamp_file(name)}
+    rest = {name: content for name, content in project.items() if not is_stamp_file(name)}
+    whole_file = same_but_for_version(project.get(PROJECT_FILE, b""), new[PROJECT_FILE])
+    if rest == unstamped and whole_file and (killed or told["success"]):
         return "version stamp: the new project is whole, its version is not recorded everywhere"
     if rest == unstamped and message == "No yslib after replace, rolled back.":
         return "told as rolled back: the new project stays"
-    if rest == without_hidden(unstamped) and (killed or told["success"]):
+    if rest == without_hidden(unstamped) and whole_file and (killed or told["success"]):
         return "moved in by copying: hidden files of the package are gone"
     if not killed and message.startswith("Replace failed, rolled back: unable to "):
         if is_part_of(project, without_hidden(bench.old)):
@@ -164,6 +180,11 @@ def named_case(bench, outcome):
         if is_part_of(project, bench.old):
             return "removal fails twice: what is left of the project stays, without a backup"
     return None
+
+
+def faults_at(operation):
+    moves_data = operation.split(" ", 1)[0] in MOVE_DATA
+    return [name for name, fault in FAULTS.items() if moves_data or not fault.short]
 
 
 def judge(bench, layout, operation, fault):
@@ -247,7 +268,7 @@ def main():
             return 0 if name else 1
         points = [(layout, operation, fault) for layout in layouts
                   for operation in range(1, len(bench.operations[layout]) + 1, options.every)
-                  for fault in FAULTS]
+                  for fault in faults_at(bench.operations[layout][operation - 1])]
         if options.sample:
             points = random.Random(options.seed).sample(points, min(options.sample, len(points)))
         print(f"{len(points)} runs")

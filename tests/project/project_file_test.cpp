@@ -9,6 +9,8 @@
 #include <QJsonObject>
 #include <QTextCodec>
 
+#include <filesystem>
+
 using support::ProjectFolder;
 
 namespace {
@@ -49,6 +51,9 @@ private slots:
     void stampSucceedsWithoutTheSidecar();
     void stampOfAFileThatCannotBeWrittenGoesToTheSidecar();
     void stampFailsWhereNothingCanBeWritten();
+    void stampNeverWritesInTheOldFile();
+    void stampKeepsPermissionsAndLeavesNothingElse();
+    void stampFollowsALinkToTheFile();
 };
 
 void ProjectFileTest::name_data() {
@@ -304,6 +309,41 @@ void ProjectFileTest::stampFailsWhereNothingCanBeWritten() {
     const ProjectFolder folder;
     folder.write(sidecarName + "/in the way", "");
     QVERIFY(!stampProjectVersion(folder.path("missing.yslib"), "1.0"));
+}
+
+// What another name of the old file shows is what would be there after a kill halfway.
+void ProjectFileTest::stampNeverWritesInTheOldFile() {
+    const ProjectFolder folder;
+    const QString file = folder.write("line.yslib", "{}");
+    const auto inUtf8 = [](const QString &path) {
+        return std::filesystem::u8path(path.toUtf8().constData());
+    };
+    std::filesystem::create_hard_link(inUtf8(file), inUtf8(folder.path("old.yslib")));
+    QVERIFY(stampProjectVersion(file, "1.0"));
+    QCOMPARE(folder.read("old.yslib"), QByteArray("{}"));
+    QCOMPARE(readProjectVersion(file), QStringLiteral("1.0"));
+}
+
+void ProjectFileTest::stampKeepsPermissionsAndLeavesNothingElse() {
+    const ProjectFolder folder;
+    const QString file = folder.write("line.yslib", "{}");
+    const auto permissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser |
+                             QFile::WriteUser | QFile::ReadGroup;
+    QVERIFY(QFile::setPermissions(file, permissions));
+    QVERIFY(stampProjectVersion(file, "1.0"));
+    QCOMPARE(QFile::permissions(file), permissions);
+    QCOMPARE(QDir(QFileInfo(file).absolutePath())
+                 .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             (QStringList{sidecarName, "line.yslib"}));
+}
+
+void ProjectFileTest::stampFollowsALinkToTheFile() {
+    const ProjectFolder folder;
+    const QString file = folder.write("real.yslib", "{}");
+    QVERIFY(QFile::link(file, folder.path("line.yslib")));
+    QVERIFY(stampProjectVersion(folder.path("line.yslib"), "1.0"));
+    QVERIFY(QFileInfo(folder.path("line.yslib")).isSymLink());
+    QCOMPARE(readProjectVersion(file), QStringLiteral("1.0"));
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, ProjectFileTest)

@@ -6,6 +6,7 @@
 //   FAULT_WITH   the errno that it fails with, or 0: the process is killed instead of it
 //   FAULT_STAYS  1: so do later ones, as long as the cause would last: on a full disk (ENOSPC) all that
 //                take room, else the same operation on the same path
+//   FAULT_SHORT  1: an operation that moves data moves half of it before the disk is full
 //   FAULT_TRACE  a file that the name and the path of each operation are written to, one a line
 // Only one thread may be at work in between.
 #include <cerrno>
@@ -32,6 +33,7 @@ long count = 0;
 long failAt = 0;
 int failWith = 0;
 bool failStays = false;
+bool failShort = false;
 int trace = -1;
 char stuck[4096]; // the name and the path of the operation that failed
 
@@ -83,6 +85,13 @@ bool fails(const char *name, const char *path = "") {
     return true;
 }
 
+// How much an operation that moves data moves; none of it if the answer is below 0.
+ssize_t sizeAllowed(const char *name, size_t size) {
+    if (!fails(name))
+        return static_cast<ssize_t>(size);
+    return failShort && count == failAt && size > 1 ? static_cast<ssize_t>(size / 2) : -1;
+}
+
 template<typename Function>
 Function real(Function, const char *name) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
@@ -102,6 +111,7 @@ void fault_begin() {
     failAt = numberIn("FAULT_AT");
     failWith = static_cast<int>(numberIn("FAULT_WITH"));
     failStays = numberIn("FAULT_STAYS") != 0;
+    failShort = numberIn("FAULT_SHORT") != 0;
     if (const char *const file = getenv("FAULT_TRACE"))
         trace = static_cast<int>(
             syscall(SYS_openat, AT_FDCWD, file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
@@ -136,6 +146,14 @@ long fault_end() {
         return fails(#name, path) ? failure : QUORVANE_REAL(name) arguments;                       \
     }
 
+// The parameters hold a `size`.
+#define QUORVANE_MOVE(name, parameters, arguments)                                                 \
+    ssize_t name parameters {                                                                      \
+        const ssize_t allowed = sizeAllowed(#name, size);                                          \
+        size = static_cast<size_t>(allowed);                                                       \
+        return allowed < 0 ? -1 : QUORVANE_REAL(name) arguments;                                   \
+    }
+
 QUORVANE_OPEN(open)
 QUORVANE_OPEN(open64)
 QUORVANE_OPENAT(openat)
@@ -144,16 +162,13 @@ QUORVANE_OPENAT(openat64)
 QUORVANE_CALL(ssize_t, -1, read, "", (int fd, void *data, size_t size), (fd, data, size))
 QUORVANE_CALL(ssize_t, -1, pread64, "", (int fd, void *data, size_t size, off64_t at),
               (fd, data, size, at))
-QUORVANE_CALL(ssize_t, -1, write, "", (int fd, const void *data, size_t size), (fd, data, size))
-QUORVANE_CALL(ssize_t, -1, pwrite64, "", (int fd, const void *data, size_t size, off64_t at),
-              (fd, data, size, at))
+QUORVANE_MOVE(write, (int fd, const void *data, size_t size), (fd, data, size))
+QUORVANE_MOVE(pwrite64, (int fd, const void *data, size_t size, off64_t at), (fd, data, size, at))
 QUORVANE_CALL(ssize_t, -1, writev, "", (int fd, const iovec *parts, int number),
               (fd, parts, number))
-QUORVANE_CALL(ssize_t, -1, sendfile, "", (int out, int in, off_t *at, size_t size),
-              (out, in, at, size))
-QUORVANE_CALL(ssize_t, -1, sendfile64, "", (int out, int in, off64_t *at, size_t size),
-              (out, in, at, size))
-QUORVANE_CALL(ssize_t, -1, copy_file_range, "",
+QUORVANE_MOVE(sendfile, (int out, int in, off_t *at, size_t size), (out, in, at, size))
+QUORVANE_MOVE(sendfile64, (int out, int in, off64_t *at, size_t size), (out, in, at, size))
+QUORVANE_MOVE(copy_file_range,
               (int in, off64_t *inAt, int out, off64_t *outAt, size_t size, unsigned flags),
               (in, inAt, out, outAt, size, flags))
 QUORVANE_CALL(int, -1, ftruncate64, "", (int fd, off64_t size), (fd, size))
