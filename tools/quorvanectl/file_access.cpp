@@ -89,14 +89,15 @@ bool openFile(QSaveFile &file, bool force, QString *error) {
 }
 
 bool commitFile(QSaveFile &file, QString *error) {
-    return file.commit() || fail(file.fileName(), file.errorString(), error);
+    // commit() does not look at what its own flush comes to, on a full disk for example.
+    return (file.flush() && file.commit()) || fail(file.fileName(), file.errorString(), error);
 }
 
 bool writeFile(const QString &path, const QByteArray &bytes, bool force, QString *error) {
     QSaveFile file(path);
     if (!openFile(file, force, error))
         return false;
-    (void)file.write(bytes); // commit fails if this did
+    (void)file.write(bytes); // the flush fails if this did
     return commitFile(file, error);
 }
 
