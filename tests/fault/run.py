@@ -112,12 +112,15 @@ class Bench:
                                   env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                   timeout=120)
             told = json.loads(done.stdout) if done.returncode == 0 else None
-            backups = sorted((data / "Quorvane/update/backup").iterdir())
-            return Outcome(layout, told, done.returncode, read_tree(project),
-                           [read_tree(backup) for backup in backups])
+            return self.observe(layout, told, done.returncode, data, project)
         finally:
             shutil.rmtree(data)
             shutil.rmtree(home)
+
+    def observe(self, layout, told, code, data, project):
+        backups = sorted((data / "Quorvane/update/backup").iterdir())
+        return Outcome(layout, told, code, read_tree(project),
+                       [read_tree(backup) for backup in backups])
 
 
 Outcome = collections.namedtuple("Outcome", "layout told code project backups")

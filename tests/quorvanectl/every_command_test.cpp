@@ -21,13 +21,18 @@ namespace {
 // Lays out the files that the examples name. Each example runs in a folder of its own.
 void layOut(const ProjectFolder &folder) {
     folder.write("main.ys", "int a = 1;\n");
+    folder.write("demo/main.ys", "int a = 1;\n");
+    folder.write("demo/demo.yslib", R"({"schemaVersion": 1,
+"project": {"name": "demo", "displayName": "Demo", "createdAt": "2026-01-01"},
+"scripts": [{"id": "main", "path": "main.ys", "role": "main"}],
+"tasks": {"main": {"entryScriptId": "main"}}})");
 }
 
-// Files of which no content is malformed, by command: any text is a script or a library, and what is
-// wrong in a script is a finding.
+// Files of which no content is malformed, by command: any text is a script or a library, what is
+// wrong in a script is a finding, and a damaged project file is what a recovery is for.
 bool takesAnyText(const QString &title, const QString &file) {
     Q_UNUSED(file)
-    return title == "script check";
+    return title == "script check" || title == "project recover";
 }
 
 QMap<QString, QByteArray> contentsOf(const ProjectFolder &folder) {

@@ -7,6 +7,7 @@
 //   FAULT_STAYS  1: so do later ones, as long as the cause would last: on a full disk (ENOSPC) all that
 //                take room, else the same operation on the same path
 //   FAULT_SHORT  1: an operation that moves data moves half of it before the disk is full
+//   FAULT_START  1: counts from the start of a program that does not know of this library
 //   FAULT_TRACE  a file that the name and the path of each operation are written to, one a line
 // Only one thread may be at work in between.
 #include <cerrno>
@@ -117,6 +118,11 @@ void fault_begin() {
             syscall(SYS_openat, AT_FDCWD, file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
     count = 0;
     counting = true;
+}
+
+__attribute__((constructor)) void fault_start() {
+    if (numberIn("FAULT_START") != 0)
+        fault_begin();
 }
 
 // Returns the number of operations.

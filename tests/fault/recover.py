@@ -1,0 +1,159 @@
+#!/usr/bin/env python3
+"""Kills a project update at its file operations and lets `quorvanectl project recover` clear up.
+
+  recover.py TOOL REFERENCE_APPLY INTERPOSER    after a kill at each operation, on one volume and two
+  recover.py --sample N --seed S ...            N of these, chosen by chance
+  recover.py --every N ...                      each N-th operation
+  recover.py --only LAYOUT OPERATION ...        one of them, with what the tool says
+  recover.py --again N ...                      kills the recovery too, at N operations of it chosen by
+                                                chance for each point, and runs it again
+
+After it the project must be the old one whole or the new one whole, and pass the validator; a second
+run must find nothing to do. A project file that was being written comes from the package, which the
+tool is given only if it does without it in no other way. Ends with 1 if anything else came.
+"""
+import argparse
+import collections
+import concurrent.futures
+import os
+import pathlib
+import random
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+
+from run import FAULTS, PROJECT_FILE, Bench, read_tree, without_hidden
+
+FROM_PACKAGE = "the new project, whole; its project file from the package"
+
+Recovered = collections.namedtuple("Recovered", "name said kills")
+
+
+class RecoveryBench(Bench):
+    """A bench on which the tool runs after the apply."""
+
+    def __init__(self, tool, kills, seed, *rest):
+        super().__init__(*rest)
+        self.tool = tool
+        self.kills = kills
+        self.seed = seed
+        self.recovering = False
+
+    def observe(self, layout, told, code, data, project):
+        outcome = super().observe(layout, told, code, data, project)
+        if not self.recovering:
+            return outcome
+        if code != -signal.SIGKILL:
+            return Recovered(None, f"the update was not killed: {code}", 0)
+        return self.recover(layout, data, project)
+
+    def call(self, data, project, *options, **more):
+        environment = dict(os.environ, XDG_DATA_HOME=str(data), LC_ALL="C.UTF-8", **more)
+        return subprocess.run([self.tool, "project", "recover", project / PROJECT_FILE, *options],
+                              env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              text=True, timeout=120)
+
+    def killed_recoveries(self, data, project):
+        """Recoveries that were killed. One that came to its end is no more than an early recovery."""
+        chance = random.Random(f"{self.seed} {project}")
+        kills = 0
+        for _ in range(self.kills):
+            at = chance.randrange(1, 3000)
+            done = self.call(data, project, "--apply", LD_PRELOAD=str(self.interposer),
+                             FAULT_START="1", FAULT_AT=str(at), FAULT_WITH="0")
+            kills += done.returncode == -signal.SIGKILL
+        return kills
+
+    def recover(self, layout, data, project):
+        kills = self.killed_recoveries(data, project)
+        done = self.call(data, project, "--apply")
+        package = ()
+        if done.returncode == 1 and "No whole copy was found" in done.stdout:
+            package = ("--package", self.place / "line3.zip")
+            done = self.call(data, project, "--apply", *package)
+        said = done.stdout
+        again = self.call(data, project)
+        if done.returncode != 0 or again.returncode != 0 or "The project is whole." not in again.stdout:
+            return Recovered(None, said + again.stdout, kills)
+        return Recovered(self.whole(layout, read_tree(project), bool(package)), said, kills)
+
+    def whole(self, layout, tree, package):
+        tree = without_hidden(tree or {})
+        if tree == without_hidden(self.old):
+            return "the old project, whole"
+        new = without_hidden(self.new[layout])
+        stamped = tree.pop(PROJECT_FILE, None) == new.pop(PROJECT_FILE)
+        if tree != new:
+            return None
+        if package:
+            return FROM_PACKAGE
+        return "the new project, whole" + ("" if stamped else "; its version is not recorded")
+
+
+def arguments():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--sample", type=int)
+    parser.add_argument("--seed", type=int, default=0)
+    parser.add_argument("--every", type=int, default=1)
+    parser.add_argument("--only", nargs=2, metavar=("LAYOUT", "OPERATION"))
+    parser.add_argument("--again", type=int, default=0)
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    for name in ("tool", "program", "interposer"):
+        parser.add_argument(name, type=pathlib.Path)
+    return parser.parse_args()
+
+
+def run_points(bench, points, jobs):
+    counts = collections.Counter()
+    kills = 0
+    bad = 0
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        results = pool.map(lambda point: bench.run(*point, FAULTS["KILL"]), points)
+        for (layout, operation), result in zip(points, results):
+            counts[result.name or "NOT WHOLE"] += 1
+            kills += result.kills
+            if result.name is None:
+                bad += 1
+                if bad <= 10:
+                    print(f"not whole: --only {layout} {operation}: "
+                          f"{bench.operations[layout][operation - 1]}\n{result.said}")
+    for name, number in counts.most_common():
+        print(f"{number:7}  {name}")
+    if bench.kills:
+        print(f"{kills} recoveries were killed themselves")
+    print(f"{bad} of {len(points)} were not brought back")
+    return 1 if bad else 0
+
+
+def main():
+    options = arguments()
+    shared = pathlib.Path("/dev/shm")
+    near = pathlib.Path(tempfile.mkdtemp(prefix="fault", dir=shared if shared.is_dir() else None))
+    far = pathlib.Path(tempfile.mkdtemp(prefix="fault"))
+    try:
+        bench = RecoveryBench(options.tool.resolve(), options.again, options.seed, options.program,
+                              options.interposer.resolve(), near, far)
+        layouts = ["one", "two"] if near.stat().st_dev != far.stat().st_dev else ["one"]
+        for layout in layouts:
+            bench.measure(layout)
+        bench.recovering = True
+        points = [(layout, operation) for layout in layouts
+                  for operation in range(1, len(bench.operations[layout]) + 1, options.every)]
+        if options.only:
+            layout, operation = options.only
+            result = bench.run(layout, int(operation), FAULTS["KILL"])
+            print(f"{bench.operations[layout][int(operation) - 1]}\n{result.said}\n{result.name}")
+            return 0 if result.name else 1
+        if options.sample:
+            points = random.Random(options.seed).sample(points, min(options.sample, len(points)))
+        return run_points(bench, points, options.jobs)
+    finally:
+        shutil.rmtree(near)
+        shutil.rmtree(far)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
