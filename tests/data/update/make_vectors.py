@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Writes vectors.json anew: manifests, what of them is signed, and what a verifier must answer.
+"""Writes vectors.json anew: manifests, what of them is signed, what a verifier must answer, and what
+they offer to an installation.
 
-This is a second implementation of the signed form, written from its description and not from the
-launcher's code. The key pairs are made here with the openssl program and their private halves are
+This is a second implementation of the signed form and, in evaluation.py, of the offer, written from
+their description and not from the launcher's code. The key pairs are made here with the openssl program and their private halves are
 thrown away, so every run gives other signatures.
 
     tests/data/update/make_vectors.py
@@ -14,6 +15,8 @@ import math
 import pathlib
 import subprocess
 import tempfile
+
+import evaluation
 
 FOLDER = pathlib.Path(__file__).resolve().parent
 WORK = tempfile.TemporaryDirectory()
@@ -270,6 +273,120 @@ add("key file: empty", signed, False, "unable to read update public key: ", "emp
 add("key file: missing", signed, False, "update public key not found: {key}", "missing")
 keys["not a key"] = "-----BEGIN X-----\nAAAA\n-----END X-----\n"
 add("key file: not a key", signed, False, details(256, signed, "CryptDecodeObjectEx failed: 2148086027"), "not a key")
+
+# What a manifest offers to an installation
+def project_of(name="产线三", version="1.1.0", folder="line3", sidecar=None, **more):
+    stated = {"name": name, "displayName": "x", "version": version, **more}
+    stated = {key: value for key, value in stated.items() if value is not None}
+    return {"folder": folder, "file": folder + ".yslib", "sidecar": sidecar,
+            "text": json.dumps({"schemaVersion": 1, "project": stated}, ensure_ascii=False)}
+
+
+def offer(name, manifest, usb=False, project=project_of(), release=None, python=None, files=()):
+    good("offer: " + name, json.dumps(manifest, ensure_ascii=False))
+    installation = {
+        "usb": usb, "project": project, "files": list(files),
+        "release_version": json.dumps(release) if isinstance(release, dict) else release,
+        "python_manifest": json.dumps(python) if isinstance(python, dict) else python}
+    vectors[-1]["installation"] = installation
+    vectors[-1]["evaluation"] = evaluation.evaluate(manifest, installation)
+
+
+ALL_OLD = {key + "PackageVersion": "1.1.0" for key in evaluation.LABELS}
+ALL_NEW = {key + "PackageVersion": "1.2.0" for key in evaluation.LABELS}
+ON_STICK = ["{stick}/packages/%s-1.2.0.exe" % name for name in ("runtime", "launcher", "editor", "python")] + [
+    "{stick}/projects/line3.zip", "{app}/bin/camera.dll"]
+
+
+def with_component(key, **changes):
+    changed = {**component(key), **changes}
+    return {key: {name: value for name, value in changed.items() if value is not None}}
+
+
+def with_project(**changes):
+    changed = {**FULL["projects"][0], **changes}
+    return {"projects": [{name: value for name, value in changed.items() if value is not None}]}
+
+
+for usb in (False, True):
+    on = "on a stick, " if usb else "online, "
+    offer(on + "everything is newer", FULL, usb, release=ALL_OLD, files=ON_STICK)
+    offer(on + "nothing is newer", FULL, usb, project_of(version="1.2.0"), ALL_NEW, files=ON_STICK)
+    offer(on + "no version is known", FULL, usb, project_of(version=None), files=ON_STICK)
+    offer(on + "without a project", FULL, usb, None, ALL_OLD, files=ON_STICK)
+    offer(on + "no package is there", FULL, usb, release=ALL_OLD)
+    offer(on + "an empty manifest", {}, usb, release=ALL_OLD)
+    offer(on + "the project alone", with_project(), usb, release=ALL_OLD, files=ON_STICK)
+
+for name, manifest in {
+    "by its name in another case": with_project(name="LINE-A"), "by its folder": with_project(name="Line3"),
+    "by no name": with_project(name="line4"), "without a name": with_project(name=None),
+    "an empty name": with_project(name=""), "a name that is a number": with_project(name=3),
+    "demo is not its name": with_project(name="demo"),
+    "no list of projects": {"projects": with_project(name="line3")["projects"][0]},
+    "the first that matches counts": {"projects": [
+        *with_project(name="other")["projects"], *with_project(name="line3", version="1.0")["projects"],
+        *with_project(name="line3", version="9.0")["projects"]]},
+    "elements of other types": {"projects": [1, None, "line3", ["line3"], *with_project(name="line3")["projects"]]},
+}.items():
+    offer("a project " + name, manifest, project=project_of("line-a"))
+for folder in ("demo", "Demo_line3", "demolition", "my_demo"):
+    offer(f"demo and the folder {folder}", with_project(name="demo"), project=project_of("line", folder=folder))
+offer("demo as the project's own name", with_project(name="demo"), project=project_of("DEMO"))
+offer("a project that does not say its name", with_project(name="line3"), project=project_of(None))
+offer("a project file that is no JSON", with_project(name="line3"),
+      project={"folder": "line3", "file": "a.yslib", "sidecar": None, "text": 'x "version" : "v0.9" {'})
+offer("an empty project file", with_project(name="line3"),
+      project={"folder": "line3", "file": "a.yslib", "sidecar": " 1.1 \n", "text": ""})
+
+for local, remote in (("1.1", "1.1.0"), ("v1.2", "1.2.1"), ("1.10", "1.9"), ("1.9", "1.10"), ("1.2-beta", "1.2"),
+                      (" V1.2.0 ", "v1.2.0"), ("latest", "1.0"), ("1.0", "latest"), ("1.0.0.1", "1.0.0"),
+                      (1.5, "1.6.0"), (2, "2.0.1"), (True, "1.0"), (None, "1.0"), ("1.0", ""), (None, ""), ("1.0", "  ")):
+    offer(f"project version {local!r} and {remote!r}", with_project(version=remote), project=project_of(version=local))
+offer("a project version from the sidecar", with_project(), project=project_of(version=None, sidecar="1.5\n"))
+offer("a sidecar that is not asked", with_project(), project=project_of(version="1.5", sidecar="0.1\n"))
+offer("a version that stands elsewhere in the project file", with_project(),
+      project={**project_of(), "text": '{"project":{"name":"产线三"},"scripts":[{"version":"9"}]}'})
+for name, changes in {"no zipUrl": {"zipUrl": None}, "a blank zipUrl": {"zipUrl": " "}, "no zipSha256": {"zipSha256": None},
+                      "a zipSha256 that is a number": {"zipSha256": 7}, "a version that is a number": {"version": 1.5},
+                      "no version": {"version": None}, "per cent signs": {"version": "%1 %2", "name": "产线三"}}.items():
+    offer("a project record with " + name, with_project(**changes))
+
+for name, changes in {
+    "no version": {"version": None}, "no version anywhere": {"version": None, "setupUrl": "packages/setup.exe"},
+    "a version of two numbers": {"version": "1.3"}, "a version in free text": {"version": "build 1.3.0.7 of May"},
+    "a version that is a number": {"version": 1.3}, "no setupUrl": {"setupUrl": None},
+    "a blank setupUrl": {"setupUrl": " \t"}, "a setupUrl that is an object": {"setupUrl": {}},
+    "a query in its setupUrl": {"version": None, "setupUrl": "https://h/setup.exe?v=1.4.0"},
+    "a minimum above": {"minVersion": "1.1.1"}, "a minimum below": {"minVersion": "1.0"},
+    "a blank minimum": {"minVersion": " "}, "no minimum": {"minVersion": None}, "no hash": {"setupSha256": None},
+    "the same version": {"version": "1.1.0"}, "an older version": {"version": "0.9.0"}, "four numbers": {"version": "1.1.0.1"},
+}.items():
+    offer("a runtime record with " + name, with_component("runtime", **changes), release=ALL_OLD)
+offer("a minimum without a known version", with_component("editor", minVersion="9.0.0"))
+for name, release in {"the package's version first": {"editorPackageVersion": "1.5.0", "editorMinVersion": "1.0.0"},
+                      "the minimum version second": {"editorPackageVersion": "", "editorMinVersion": "1.0.0"},
+                      "a number is none": {"editorPackageVersion": 1.5}, "no object": "[]", "no JSON": "editor=1"}.items():
+    offer("release_version.json: " + name, with_component("editor"), release=release)
+for name, python in {"the bundled version": {"bundledPythonVersion": "1.1.9"}, "of zeros": {"bundledPythonVersion": "0.0.0"},
+                     "no object": "[]", "another key": {"version": "9"}}.items():
+    offer("python manifest: " + name, with_component("pythonTools"), python=python)
+offer("python manifest: asked last", with_component("pythonTools"), release=ALL_NEW, python={"bundledPythonVersion": "1.0.0"})
+offer("a package in a folder of Chinese name", with_component("editor", setupUrl="安装包/编辑器_1.3.0.exe"), True,
+      files=["{stick}/安装包/编辑器_1.3.0.exe"])
+
+for name, plugins in {
+    "beside the program's folder": [{"id": "a", "path": "bin/above.dll"}],
+    "in the program's folder": [{"id": "a", "path": "BIN/x.dll"}], "leading dots": [{"id": "a", "path": "././plugins/a.dll"}],
+    "missing in bin": [{"id": "a", "path": "bin/none.dll"}], "missing elsewhere": [{"id": "b", "path": "none.dll"}],
+    "missing and absolute": [{"id": "c", "path": "/no/where/c.dll"}], "no path": [{"id": "d"}, {"id": "e", "path": "  "}],
+    "other types": [5, "x", None, {"path": 5}], "blanks around it": [{"id": "f", "path": " plugins/none.dll "}],
+    "a minimum where no version is known": [{"id": "g", "path": "plugins/a.dll", "minVersion": "9.9"}],
+}.items():
+    offer("plug-ins: " + name, {"plugins": plugins, **with_component("launcher")},
+          files=["{above}/bin/above.dll", "{app}/BIN/x.dll", "{app}/plugins/a.dll"])
+offer("warnings without an offer", {"plugins": [{"id": "b", "path": "none.dll"}], **with_component("runtime", minVersion="1.3")},
+      release=ALL_OLD)
 
 with open(FOLDER / "vectors.json", "w", encoding="utf-8", newline="\n") as out:
     json.dump({"keys": keys, "vectors": vectors}, out, ensure_ascii=False, indent=1)
