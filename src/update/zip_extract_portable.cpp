@@ -193,12 +193,22 @@ private:
                 return true;
             if (outcome != ARCHIVE_OK) // a warning too: a wrong checksum
                 return failReading(reader, m_error);
-            const auto length = static_cast<qint64>(size);
-            if (file.write(static_cast<const char *>(block), length) != length)
+            if (!writeBlock(file, static_cast<const char *>(block), static_cast<qint64>(size)))
                 return failWriting(file);
             if (m_deadline.hasExpired())
                 return timedOut(m_error);
         }
+    }
+
+    // The rest of a block that a full disk takes in part is tried again: only then is the reason told.
+    static bool writeBlock(QFile &file, const char *block, qint64 size) {
+        for (qint64 done = 0; done < size;) {
+            const qint64 written = file.write(block + done, size - done);
+            if (written <= 0)
+                return false;
+            done += written;
+        }
+        return true;
     }
 
     bool failWriting(const QFile &file) {
