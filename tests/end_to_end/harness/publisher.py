@@ -51,15 +51,14 @@ def _openssl(*arguments, data=None):
                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
 
 
-def component(file, address=None, **more):
-    """The record of a component whose installer is this file, at an address beside the manifest."""
-    return {"setupUrl": address or file.name, "setupSha256": sha256(file), **more}
+def component(installer):
+    """The record of a component whose installer is this file beside the manifest."""
+    return {"setupUrl": installer.name, "setupSha256": sha256(installer)}
 
 
-def project(name, version, package, address=None):
-    """The record of a project whose package is this file."""
-    return {"name": name, "version": version, "zipUrl": address or package.name,
-            "zipSha256": sha256(package)}
+def project(name, version, package):
+    """The record of a project whose package is this file beside the manifest."""
+    return {"name": name, "version": version, "zipUrl": package.name, "zipSha256": sha256(package)}
 
 
 def write_package(path, files):

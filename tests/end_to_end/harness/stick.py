@@ -7,6 +7,7 @@ class Stick:
         self.place = place
         place.mkdir()
         subprocess.run(["mount", "-t", "tmpfs", "stick", str(place)], check=True)
+        self.is_in = True
         self.folder = place / "QuorvanerUpdate"
         self.folder.mkdir()
         self.manifest = self.folder / "manifest.json"
@@ -16,4 +17,6 @@ class Stick:
 
     def pull_out(self):
         """Also while a program still holds a file on it open."""
-        subprocess.run(["umount", "--lazy", str(self.place)], check=True)
+        if self.is_in:
+            subprocess.run(["umount", "--lazy", str(self.place)], check=True)
+        self.is_in = False

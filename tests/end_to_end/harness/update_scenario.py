@@ -5,7 +5,7 @@ import re
 from harness import network
 from harness.installation import STAGE
 from harness.odd_server import OddServer
-from harness.publisher import Publisher, write_installer, write_package
+from harness.publisher import Publisher, project, write_installer, write_package
 from harness.scenario import Scenario
 from harness.stick import Stick
 from harness.web_server import WebServer
@@ -13,9 +13,9 @@ from harness.web_server import WebServer
 VERSIONS = {"runtimePackageVersion": "1.0.0", "launcherPackageVersion": "1.0.0",
             "editorPackageVersion": "1.0.0", "pythonToolsPackageVersion": "1.0.0"}
 # What differs from run to run: ids of tasks, numbers of processes, nonces, times.
-CHANCE = re.compile(r"(?<=check_)[0-9a-f]{8}|(?<=apply_)[0-9a-f]{8}|(?<=setup_)[0-9a-f]{8}|"
+CHANCE = re.compile(r"\d{8}_\d{6}|(?<=check_)[0-9a-f]{8}|(?<=apply_)[0-9a-f]{8}|(?<=setup_)[0-9a-f]{8}|"
                     r"(?<=--parent-pid=)\d+|(?<=--nonce=)[0-9a-f]{32}|"
-                    r"(?<= in )\d+(?= ms\.)|\d{8}_\d{6}")
+                    r"(?<= in )\d+(?= ms\.)")
 
 BANNER_UPDATE = "立即更新"
 BANNER_LATER = "稍后提醒"
@@ -31,6 +31,12 @@ STARTED = "[task check_#] started kind=check"
 FOUND = "[task check_#] phase=check elapsedMs=0 found"
 CANCEL_REQUESTED = "[task check_#] cancel requested by user"
 NONE = "[task check_#] phase=check elapsedMs=0 none"
+
+APPLY_STARTED = "[task apply_#] started kind=apply"
+
+
+def without_chance(text):
+    return CHANCE.sub("#", text)
 
 
 class UpdateScenario(Scenario):
@@ -71,7 +77,7 @@ class UpdateScenario(Scenario):
 
     def log(self):
         """The launch log without what is left to chance in it."""
-        return [CHANCE.sub("#", line) for line in self.installation.log()]
+        return [without_chance(line) for line in self.installation.log()]
 
     def launch_lines(self, locale="en", *more):
         """What the log holds from the check of the project to the end of the runtime."""
@@ -83,6 +89,11 @@ class UpdateScenario(Scenario):
                               f"--project={self.installation.demo}", f"--locale={locale}", *more])
         return [f"Launching {self.installation.runtime} {arguments}",
                 f"Target exited with code 0. Log: {self.installation.log_file}"]
+
+    def log_from(self, start):
+        """What was logged from the last such line on, but for an offer that is weighed again."""
+        log = [line for line in self.log() if not line.startswith("Project version check: ")]
+        return log[len(log) - 1 - log[::-1].index(start):]
 
     def starts(self):
         """Of the log, what tells of starts: a held offer is weighed and told anew in between."""
@@ -96,17 +107,48 @@ class UpdateScenario(Scenario):
     def runtime_offer(self, version):
         return self.publisher.sign(runtime={"version": version, "setupUrl": "runtime.exe"})
 
-    def put_installer(self, folder, name="runtime.exe"):
-        return write_installer(folder / name, self.installation.root / "installers.log")
+    def put_installer(self, folder, name="runtime.exe", before_the_end=""):
+        return write_installer(folder / name, self.installation.root / "installers.log",
+                               before_the_end)
 
-    def put_package(self, folder, version="1.1.0", more=None):
-        """The demo as a package of another version, with more files or other content of some."""
+    def put_package(self, folder, more=None):
+        """The demo as a package, with more files or other content of some."""
         shipped = self.installation.program_folder / "examples" / "projects" / "demo"
-        files = {str(path.relative_to(shipped)): path.read_text(encoding="utf-8")
+        files = {str(path.relative_to(shipped)): path.read_bytes()
                  for path in sorted(shipped.rglob("*")) if path.is_file()}
-        files["demo.yslib"] = files["demo.yslib"].replace('"version": "1.0.0"',
-                                                          f'"version": "{version}"')
-        return write_package(folder / f"demo-{version}.zip", {**files, **(more or {})})
+        return write_package(folder / "demo-1.1.0.zip", {**files, **(more or {})})
+
+    def project_offer(self, package, version="1.1.0", **more):
+        return self.publisher.sign(projects=[project("demo", version, package)], **more)
+
+    # What is done ----------------------------------------------------------------------------
+
+    def accept_update(self, prompt):
+        """A launcher in which all that was offered has been accepted."""
+        launcher = self.start_launcher()
+        launcher.wait_for_text(prompt)
+        self.accept(launcher)
+        return launcher
+
+    def accept(self, launcher):
+        launcher.click(BANNER_UPDATE)
+        launcher.wait_for_box(DIALOG)
+        launcher.answer_box(DIALOG)
+
+    # What lies there -------------------------------------------------------------------------
+
+    def files_of(self, folder):
+        """All files below a folder, hidden ones too, with their content."""
+        return {str(path.relative_to(folder)): path.read_bytes()
+                for path in folder.rglob("*") if path.is_file()}
+
+    def left_in(self, name):
+        """What lies in a folder of the updates: temp, backup or cache."""
+        return sorted(path.name for path in (self.installation.data / "update" / name).iterdir())
+
+    def installers_run(self):
+        record = self.installation.root / "installers.log"
+        return record.read_text().splitlines() if record.exists() else []
 
     # What is told ----------------------------------------------------------------------------
 

@@ -4,7 +4,7 @@ import time
 POLL_SECONDS = 0.05
 
 
-def wait_for(condition, what, seconds=30, told=lambda: ""):
+def wait_for(condition, what, seconds=30, told=lambda: "", poll_seconds=POLL_SECONDS):
     """The first true value of `condition`; fails with `what`, and with what `told` adds, in the end."""
     deadline = time.monotonic() + seconds
     while True:
@@ -13,7 +13,7 @@ def wait_for(condition, what, seconds=30, told=lambda: ""):
             return value
         if time.monotonic() > deadline:
             raise AssertionError(f"{seconds} s went by without: {what}\n{told()}")
-        time.sleep(POLL_SECONDS)
+        time.sleep(poll_seconds)
 
 
 def stays_true(condition, what, seconds):
