@@ -1,6 +1,7 @@
 // What holds for every command: its example runs, bad input is refused, nothing is overwritten.
 #include "quorvanectl/commands.h"
 #include "run_tool.h"
+#include "support/manifest_maker.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
@@ -21,6 +22,9 @@ namespace {
 // Lays out the files that the examples name. Each example runs in a folder of its own.
 void layOut(const ProjectFolder &folder) {
     folder.write("main.ys", "int a = 1;\n");
+    static const support::KeyPair key = support::KeyPair::rsa(2048);
+    folder.write("manifest.json", support::signedManifest({}, key).toUtf8());
+    folder.write("line_pc/bin/config/update.pub", key.publicPem().toUtf8());
     folder.write("demo/main.ys", "int a = 1;\n");
     folder.write("demo/demo.yslib", R"({"schemaVersion": 1,
 "project": {"name": "demo", "displayName": "Demo", "createdAt": "2026-01-01"},

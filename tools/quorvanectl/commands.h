@@ -12,6 +12,7 @@ namespace ctl {
 [[nodiscard]] QString missingCommands();
 
 // One function for each file of commands.
+std::vector<Command> explainCommands();
 std::vector<Command> recoveryCommands();
 std::vector<Command> scriptCommands();
 
