@@ -6,9 +6,10 @@
 
 #include <memory>
 
-struct evp_pkey_st;
-
 namespace support {
+
+// The pair as the platform's library holds it: OpenSSL, and libgcrypt where that is not at hand.
+struct PrivateKey;
 
 // A key pair in memory. Copies share it.
 class KeyPair {
@@ -33,8 +34,8 @@ public:
     [[nodiscard]] QByteArray signRawBlock(const QByteArray &block) const;
 
 private:
-    explicit KeyPair(evp_pkey_st *key);
-    std::shared_ptr<evp_pkey_st> m_key;
+    explicit KeyPair(std::shared_ptr<PrivateKey> key);
+    std::shared_ptr<PrivateKey> m_key;
 };
 
 // The smallest number whose cube is at least `target`, big-endian and `size` bytes long: the forged

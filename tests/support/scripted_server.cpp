@@ -1,27 +1,13 @@
 #include "support/scripted_server.h"
 
 #include "support/certificate_maker.h"
-
-#include <openssl/err.h>
-#include <openssl/pem.h>
-#include <openssl/ssl.h>
-
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include "support/server_sockets.h"
+#include "support/server_tls.h"
 
 #include <chrono>
-#include <csignal>
 
 namespace support {
 namespace {
-
-void require(bool condition, const char *what) {
-    if (!condition)
-        qFatal("scripted server: %s", what);
-}
 
 QByteArray reasonOf(int status) {
     return status < 300 ? "OK" : status < 400 ? "Elsewhere" : "Refused";
@@ -31,9 +17,9 @@ bool sendAll(int socket, ssl_st *tls, const QByteArray &bytes) {
     int done = 0;
     while (done < bytes.size()) {
         const int left = static_cast<int>(bytes.size()) - done;
-        const ssize_t sent = tls != nullptr ? SSL_write(tls, bytes.constData() + done, left)
-                                            : ::send(socket, bytes.constData() + done,
-                                                     static_cast<size_t>(left), MSG_NOSIGNAL);
+        const char *const next = bytes.constData() + done;
+        const qint64 sent =
+            tls != nullptr ? tls::send(tls, next, left) : sockets::send(socket, next, left);
         if (sent <= 0)
             return false;
         done += static_cast<int>(sent);
@@ -46,62 +32,13 @@ QByteArray readHead(int socket, ssl_st *tls) {
     QByteArray head;
     char piece[4096];
     while (!head.contains("\r\n\r\n")) {
-        const ssize_t got = tls != nullptr ? SSL_read(tls, piece, sizeof piece)
-                                           : ::recv(socket, piece, sizeof piece, 0);
+        const qint64 got = tls != nullptr ? tls::receive(tls, piece, sizeof piece)
+                                          : sockets::receive(socket, piece, sizeof piece);
         if (got <= 0)
             return QByteArray();
         head.append(piece, static_cast<int>(got));
     }
     return head;
-}
-
-void waitForPeerToLeave(int socket) {
-    pollfd poller{socket, POLLIN | POLLRDHUP, 0};
-    char ignored[4096];
-    while (::poll(&poller, 1, -1) > 0) {
-        if ((poller.revents & (POLLHUP | POLLERR | POLLRDHUP)) != 0)
-            return;
-        if (::recv(socket, ignored, sizeof ignored, 0) <= 0)
-            return;
-    }
-}
-
-void waitForFirstByte(int socket) {
-    char byte = 0;
-    (void)::recv(socket, &byte, 1, MSG_PEEK);
-}
-
-void dropWithReset(int socket) {
-    const linger now{1, 0};
-    (void)::setsockopt(socket, SOL_SOCKET, SO_LINGER, &now, sizeof now);
-}
-
-ssl_ctx_st *makeContext(const TlsSetup &setup) {
-    ssl_ctx_st *context = SSL_CTX_new(TLS_server_method());
-    SSL_CTX_set_security_level(context, 0); // weak keys are for the other side to refuse
-    SSL_CTX_set_min_proto_version(context, setup.lowestVersion);
-    SSL_CTX_set_max_proto_version(context, setup.highestVersion);
-    if (!setup.ciphers.isEmpty())
-        require(SSL_CTX_set_cipher_list(context, setup.ciphers.constData()) == 1, "cipher list");
-    if (setup.wantsClientCertificate)
-        SSL_CTX_set_verify(context, SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT, nullptr);
-
-    BIO *chain =
-        BIO_new_mem_buf(setup.chainPem.constData(), static_cast<int>(setup.chainPem.size()));
-    X509 *own = PEM_read_bio_X509(chain, nullptr, nullptr, nullptr);
-    require(own != nullptr && SSL_CTX_use_certificate(context, own) == 1, "certificate");
-    X509_free(own);
-    while (X509 *further = PEM_read_bio_X509(chain, nullptr, nullptr, nullptr))
-        SSL_CTX_add_extra_chain_cert(context, further); // takes it over
-    BIO_free(chain);
-    ERR_clear_error();
-
-    BIO *keyText = BIO_new_mem_buf(setup.keyPem.constData(), static_cast<int>(setup.keyPem.size()));
-    EVP_PKEY *key = PEM_read_bio_PrivateKey(keyText, nullptr, nullptr, nullptr);
-    require(key != nullptr && SSL_CTX_use_PrivateKey(context, key) == 1, "key");
-    EVP_PKEY_free(key);
-    BIO_free(keyText);
-    return context;
 }
 
 } // namespace
@@ -150,7 +87,7 @@ ScriptedServer::ScriptedServer() {
 ScriptedServer::ScriptedServer(const TlsSetup &tls)
     : m_isTls(true)
     , m_setup(tls)
-    , m_context(makeContext(tls)) {
+    , m_context(tls::makeContext(tls)) {
     listenOn();
 }
 
@@ -159,15 +96,16 @@ ScriptedServer::~ScriptedServer() {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_stop = true;
         for (const int socket : m_sockets)
-            ::shutdown(socket, SHUT_RDWR);
+            sockets::endBoth(socket);
     }
     m_stopped.notify_all();
-    ::shutdown(m_listener, SHUT_RDWR);
+    sockets::stopListening(m_listener);
     m_accepter.join();
     for (std::thread &connection : m_connections)
         connection.join();
-    ::close(m_listener);
-    SSL_CTX_free(m_context);
+    sockets::close(m_listener);
+    if (m_context != nullptr)
+        tls::freeContext(m_context);
 }
 
 void ScriptedServer::on(const QByteArray &path, const ServerScript &script) {
@@ -193,27 +131,17 @@ QStringList ScriptedServer::paths() const {
 }
 
 void ScriptedServer::listenOn() {
-    std::signal(SIGPIPE, SIG_IGN); // the TLS library writes to sockets that may be gone
-    m_listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    auto *const plain = reinterpret_cast<sockaddr *>(&address);
-    require(::bind(m_listener, plain, size) == 0 && ::listen(m_listener, 64) == 0 &&
-                ::getsockname(m_listener, plain, &size) == 0,
-            "cannot listen");
-    m_port = ntohs(address.sin_port);
+    m_listener = sockets::listenOnLoopback(&m_port);
     m_accepter = std::thread([this] { acceptAll(); });
 }
 
 void ScriptedServer::acceptAll() {
     for (;;) {
-        const int socket = ::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
+        const int socket = sockets::accept(m_listener);
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (socket < 0 || m_stop) {
             if (socket >= 0)
-                ::close(socket);
+                sockets::close(socket);
             return;
         }
         m_sockets.insert(socket);
@@ -228,19 +156,17 @@ void ScriptedServer::serve(int socket) {
         serveRequest(socket, nullptr);
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_sockets.erase(socket);
-    ::close(socket);
+    sockets::close(socket);
 }
 
 void ScriptedServer::handshakeAndServe(int socket) {
-    waitForFirstByte(socket);
+    sockets::waitForFirstByte(socket);
     if (!play(m_setup.beforeHandshake, socket, nullptr))
         return;
-    ssl_st *const tls = SSL_new(m_context);
-    SSL_set_fd(tls, socket);
-    if (SSL_accept(tls) == 1)
-        serveRequest(socket, tls);
-    SSL_free(tls);
-    ERR_clear_error();
+    if (ssl_st *const connection = tls::handshake(m_context, socket)) {
+        serveRequest(socket, connection);
+        tls::freeConnection(connection);
+    }
 }
 
 void ScriptedServer::serveRequest(int socket, ssl_st *tls) {
@@ -254,9 +180,9 @@ void ScriptedServer::serveRequest(int socket, ssl_st *tls) {
     if (!play(scriptFor(head.split(' ').value(1)), socket, tls))
         return;
     if (tls != nullptr)
-        SSL_shutdown(tls);
-    ::shutdown(socket, SHUT_WR);
-    waitForPeerToLeave(socket); // what it still sends must not turn the end into a reset
+        tls::sayFarewell(tls);
+    sockets::endSending(socket);
+    sockets::waitForPeerToLeave(socket); // what it still sends must not turn the end into a reset
 }
 
 // False once the connection is not to be used any more.
@@ -279,10 +205,10 @@ bool ScriptedServer::play(const ServerScript &script, int socket, ssl_st *tls) {
             break;
         }
         case ServerStep::Stall:
-            waitForPeerToLeave(socket);
+            sockets::waitForPeerToLeave(socket);
             return false;
         case ServerStep::Reset:
-            dropWithReset(socket);
+            sockets::closeWithReset(socket);
             return false;
         case ServerStep::Break:
             return false;
