@@ -16,4 +16,7 @@ std::vector<Command> explainCommands();
 std::vector<Command> recoveryCommands();
 std::vector<Command> scriptCommands();
 
+// Not on Windows.
+std::vector<Command> supportCommands();
+
 } // namespace ctl

@@ -1,0 +1,29 @@
+// What a support engineer asks for first, as files of an archive: the launch log, versions, settings,
+// and listings with hashes. The content of projects, packages, keys and nonces is never part of it.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QVector>
+
+namespace ctl {
+
+struct SupportFile {
+    QString name;
+    QByteArray content; // UTF-8
+};
+
+struct SupportSources {
+    QString data;               // the launcher's data folder
+    bool keepHomePaths = false; // else the folder of a user is written as "~" everywhere
+};
+
+// The files, read from `sources` and from the installation that is being inspected. What cannot be
+// read is said in the file itself. Blocks for the hashes.
+[[nodiscard]] QVector<SupportFile> supportFiles(const SupportSources &sources);
+
+// The text with "~" for the folder of whichever user: of this one, and by the places where systems
+// keep them.
+[[nodiscard]] QString withoutHomePaths(QString text);
+
+} // namespace ctl
