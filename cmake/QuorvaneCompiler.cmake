@@ -9,7 +9,12 @@ set(CMAKE_AUTOMOC ON)
 
 find_program(QUORVANE_CCACHE ccache)
 if(QUORVANE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${QUORVANE_CCACHE}")
+    # Where headers are precompiled ccache has to overlook their times, which tell nothing, and should
+    # not read the whole of them anew for each source file.
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        "${CMAKE_COMMAND}" -E env CCACHE_INODECACHE=1
+        "CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime"
+        "${QUORVANE_CCACHE}")
 endif()
 
 add_library(quorvane_options INTERFACE)

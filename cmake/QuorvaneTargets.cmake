@@ -1,3 +1,36 @@
+# Headers that most source files read are compiled once for all libraries and once for all tests. They
+# hold Qt and the standard library alone, so what a folder may include does not change by it. A file
+# still names all it uses: the qmake build and clang-tidy read every file without them.
+#
+# quorvane_add_precompiled(<name> HEADERS <header>... LINKS <target>... [DEFINITIONS <name>...])
+# makes the target quorvane_<name>_headers; quorvane_use_precompiled(<target> <name>) gives them to
+# a target, but for the file of meta-object code, which is mostly empty.
+function(quorvane_add_precompiled name)
+    cmake_parse_arguments(ARG "" "" "HEADERS;LINKS;DEFINITIONS" ${ARGN})
+    if(NOT QUORVANE_PRECOMPILED)
+        return()
+    endif()
+    set(source "${CMAKE_BINARY_DIR}/precompiled/${name}.cpp")
+    file(CONFIGURE OUTPUT "${source}" CONTENT "// Made by CMake: something to compile beside the headers.\n")
+    add_library(quorvane_${name}_headers OBJECT "${source}")
+    set_target_properties(quorvane_${name}_headers PROPERTIES AUTOMOC OFF)
+    target_link_libraries(quorvane_${name}_headers PRIVATE quorvane_options ${ARG_LINKS})
+    target_compile_definitions(quorvane_${name}_headers PRIVATE ${ARG_DEFINITIONS})
+    if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+        # The same in every tree, so that ccache knows it again.
+        target_compile_options(quorvane_${name}_headers PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
+    endif()
+    target_precompile_headers(quorvane_${name}_headers PRIVATE ${ARG_HEADERS})
+endfunction()
+
+function(quorvane_use_precompiled target name)
+    if(TARGET quorvane_${name}_headers)
+        target_precompile_headers(${target} REUSE_FROM quorvane_${name}_headers)
+        set_source_files_properties("${target}_autogen/mocs_compilation.cpp"
+                                    PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
+    endif()
+endfunction()
+
 # quorvane_add_library(<folder> SOURCES <file>... [LINKS <target>...])
 #
 # The static library quorvane_<folder> of one folder of src. Headers are included as
@@ -12,6 +45,7 @@ function(quorvane_add_library folder)
     target_include_directories(quorvane_${folder} PUBLIC "${include_root}")
     target_compile_definitions(quorvane_${folder} PRIVATE QT_NO_CAST_FROM_ASCII)
     target_link_libraries(quorvane_${folder} PUBLIC ${ARG_LINKS} PRIVATE quorvane_options)
+    quorvane_use_precompiled(quorvane_${folder} product)
 endfunction()
 
 # quorvane_add_test(<folder>/<name> SOURCES <file>... [LINKS <target>...] [LABELS <label>...]
@@ -27,6 +61,7 @@ function(quorvane_add_test test)
     add_executable(${target} ${ARG_SOURCES})
     target_link_libraries(${target} PRIVATE quorvane_options quorvane_test_support ${ARG_LINKS}
                                             Qt5::Test)
+    quorvane_use_precompiled(${target} test)
     if(NOT TARGET tests_${folder})
         add_custom_target(tests_${folder})
     endif()
