@@ -12,7 +12,9 @@ from harness.waiting import wait_for
 SEIZE, INTERRUPT, DETACH = 0x4206, 0x4207, 17
 WAIT_FOR_ALL = 0x40000000  # also for threads
 POOL_THREAD = "Thread (pooled)"
-LIBRARY = ctypes.CDLL(None, use_errno=True)
+PTRACE = ctypes.CDLL(None, use_errno=True).ptrace
+PTRACE.argtypes = [ctypes.c_long, ctypes.c_long, ctypes.c_void_p, ctypes.c_void_p]
+PTRACE.restype = ctypes.c_long
 
 
 class HeldWorker:
@@ -31,11 +33,12 @@ class HeldWorker:
 
     def __exit__(self, *_):
         for thread in self.threads:
-            LIBRARY.ptrace(DETACH, thread, 0, 0)
+            if PTRACE(DETACH, thread, None, None) != 0:
+                os.waitpid(thread, WAIT_FOR_ALL)  # it was killed: its end is ours to note
 
     def _stop(self, thread):
         for request in (SEIZE, INTERRUPT):
-            if LIBRARY.ptrace(request, thread, 0, 0) != 0:
+            if PTRACE(request, thread, None, None) != 0:
                 raise OSError(ctypes.get_errno(), f"thread {thread} cannot be held")
         os.waitpid(thread, WAIT_FOR_ALL)
         self.threads.append(thread)

@@ -6,11 +6,12 @@ import sqlite3
 import tempfile
 
 STAGE = pathlib.Path(os.environ["QUORVANE_STAGE"])
+CASES = STAGE / "cases"
 
 
 class Installation:
     def __init__(self):
-        self.root = pathlib.Path(tempfile.mkdtemp(prefix="case-", dir=STAGE))
+        self.root = pathlib.Path(tempfile.mkdtemp(prefix="case-", dir=CASES))
         shutil.copytree(STAGE / "template", self.root / "Quorvaner", symlinks=True)
         self.move_to(self.root / "Quorvaner")
         self.data_home = self.root / "data"

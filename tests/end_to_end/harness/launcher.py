@@ -16,6 +16,7 @@ TITLE = "Quorvane 启动器"
 STATUS_COUNTDOWN = "将在 %1 秒后自动启动（F8 = 修复模式）"
 STATUS_MONITOR = "正在监护目标进程。日志：%1"
 STATUS_REPAIR = "修复模式：选择 yslib、查看日志或手动启动。"
+CANCEL_TASK = "取消更新任务"
 BUTTON_LAUNCH = "立即启动"
 BUTTON_BROWSE = "浏览 yslib…"
 
@@ -71,6 +72,25 @@ class Launcher:
         except OSError:
             return []
         return [int(pid) for pid in listed.split()]
+
+    def has_open(self, path):
+        """Whether it holds this file open."""
+        return str(path) in self._open_files()
+
+    def connections(self):
+        """How many connections to a server it holds."""
+        sockets = {file for file in self._open_files() if file.startswith("socket:")}
+        table = pathlib.Path(f"/proc/{self.pid}/net/tcp").read_text().splitlines()[1:]
+        return sum(f"socket:[{line.split()[9]}]" in sockets for line in table)
+
+    def _open_files(self):
+        names = []
+        for link in pathlib.Path(f"/proc/{self.pid}/fd").iterdir():
+            try:
+                names.append(os.readlink(link))
+            except OSError:
+                pass  # closed since
+        return names
 
     def is_running(self):
         return self.process.poll() is None
@@ -146,7 +166,10 @@ class Launcher:
         self.desktop.click(*control.centre())
 
     def enter_repair_mode(self):
+        """F8 counts for nothing while the check for updates is under way that a start brings."""
         self.wait_for_window()
+        wait_for(lambda: not self.control(self.say(CANCEL_TASK)), "the end of the check",
+                 told=self.situation)
         self.press("F8")
         self.wait_for_text(STATUS_REPAIR)
 

@@ -61,10 +61,10 @@ def project(name, version, package):
     return {"name": name, "version": version, "zipUrl": package.name, "zipSha256": sha256(package)}
 
 
-def write_package(path, files):
+def write_package(path, files, compression=zipfile.ZIP_DEFLATED):
     """A project package: `files` holds text or bytes by name, in the order of its entries."""
     path.parent.mkdir(parents=True, exist_ok=True)
-    with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED) as archive:
+    with zipfile.ZipFile(path, "w", compression) as archive:
         for name, content in files.items():
             archive.writestr(name, content)
     return path

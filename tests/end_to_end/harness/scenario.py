@@ -1,8 +1,9 @@
 """The base of all scenarios: one desktop for a file, one fresh installation for a test."""
+import subprocess
 import unittest
 
 from harness.desktop import Desktop
-from harness.installation import Installation
+from harness.installation import CASES, Installation
 from harness.launcher import Launcher
 from harness.screen_reader import ScreenReader
 
@@ -10,6 +11,9 @@ from harness.screen_reader import ScreenReader
 class Scenario(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
+        # In memory, so that no run depends on how busy the disk is.
+        CASES.mkdir()
+        subprocess.run(["mount", "-t", "tmpfs", "cases", str(CASES)], check=True)
         cls.desktop = Desktop()
         cls.addClassCleanup(cls.desktop.close)
         cls.reader = ScreenReader(cls.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])

@@ -1,6 +1,7 @@
 """The base of the scenarios about updates: a publisher that is trusted, a network, a stick."""
 import json
 import re
+import zipfile
 
 from harness import network
 from harness.installation import STAGE
@@ -12,8 +13,9 @@ from harness.web_server import WebServer
 
 VERSIONS = {"runtimePackageVersion": "1.0.0", "launcherPackageVersion": "1.0.0",
             "editorPackageVersion": "1.0.0", "pythonToolsPackageVersion": "1.0.0"}
-# What differs from run to run: ids of tasks, numbers of processes, nonces, times.
-CHANCE = re.compile(r"\d{8}_\d{6}|(?<=check_)[0-9a-f]{8}|(?<=apply_)[0-9a-f]{8}|(?<=setup_)[0-9a-f]{8}|"
+# What differs from run to run: times, ids of tasks, numbers of processes, nonces.
+CHANCE = re.compile(r"\d{8}_\d{6}|"
+                    r"(?<=check_)[0-9a-f]{8}|(?<=apply_)[0-9a-f]{8}|(?<=setup_)[0-9a-f]{8}|"
                     r"(?<=--parent-pid=)\d+|(?<=--nonce=)[0-9a-f]{32}|"
                     r"(?<= in )\d+(?= ms\.)")
 
@@ -21,7 +23,6 @@ BANNER_UPDATE = "立即更新"
 BANNER_LATER = "稍后提醒"
 BANNER_SKIP = "跳过此版本"
 BANNER_SKIP_AND_LAUNCH = "跳过并启动"
-CANCEL_TASK = "取消更新任务"
 DIALOG = "选择更新内容"
 PROMPT_STICK = "检测到离线更新包。请选择是否更新，或继续启动。"
 PROMPT_ONLINE = "发现在线更新。请选择是否更新，或继续启动。"
@@ -111,12 +112,23 @@ class UpdateScenario(Scenario):
         return write_installer(folder / name, self.installation.root / "installers.log",
                                before_the_end)
 
-    def put_package(self, folder, more=None):
+    def put_package(self, folder, more=None, compression=zipfile.ZIP_DEFLATED):
         """The demo as a package, with more files or other content of some."""
         shipped = self.installation.program_folder / "examples" / "projects" / "demo"
         files = {str(path.relative_to(shipped)): path.read_bytes()
                  for path in sorted(shipped.rglob("*")) if path.is_file()}
-        return write_package(folder / "demo-1.1.0.zip", {**files, **(more or {})})
+        return write_package(folder / "demo-1.1.0.zip", {**files, **(more or {})},
+                             compression)
+
+    def seed_project(self, files):
+        """Lays out the project before the first start would."""
+        folder = self.installation.demo.parent
+        folder.parent.mkdir(parents=True)
+        (folder.parent / ".demo_seed_done").write_text("1")
+        for name, content in files.items():
+            path = folder / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_bytes(content if isinstance(content, bytes) else content.encode())
 
     def project_offer(self, package, version="1.1.0", **more):
         return self.publisher.sign(projects=[project("demo", version, package)], **more)

@@ -5,7 +5,7 @@ POLL_SECONDS = 0.05
 
 
 def wait_for(condition, what, seconds=30, told=lambda: "", poll_seconds=POLL_SECONDS):
-    """The first true value of `condition`; fails with `what`, and with what `told` adds, in the end."""
+    """The first true value of `condition`; in the end fails with `what` and what `told` adds."""
     deadline = time.monotonic() + seconds
     while True:
         value = condition()

@@ -1,5 +1,5 @@
 """The language switched in each state in which the launcher waits."""
-from harness.launcher import STATUS_MONITOR, STATUS_REPAIR
+from harness.launcher import STATUS_REPAIR
 from harness.scenario import Scenario
 
 TO_CHINESE = "切换到中文"

@@ -1,8 +1,8 @@
 """The user's hand while the check for updates is under way."""
 import threading
 
-from harness.launcher import STATUS_COUNTDOWN, STATUS_REPAIR
-from harness.update_scenario import (BANNER_UPDATE, CANCEL_REQUESTED, CANCEL_TASK, FOUND, NONE,
+from harness.launcher import CANCEL_TASK, STATUS_COUNTDOWN, STATUS_REPAIR
+from harness.update_scenario import (BANNER_UPDATE, CANCEL_REQUESTED, FOUND, NONE,
                                      PROMPT_ONLINE, STARTED, UpdateScenario)
 from harness.waiting import wait_for
 
@@ -14,7 +14,7 @@ FETCHING = "拉取并校验 manifest…"
 
 
 class HeldServer:
-    """Sends every request on to the next address, one at each `step`, and so keeps a check going."""
+    """Sends requests on to another address, one at each `step`, and so keeps a check going."""
 
     def __init__(self, scenario):
         self.steps = threading.Semaphore(0)

@@ -119,7 +119,8 @@ class UpdateFailures(UpdateScenario):
     def test_a_package_that_fills_the_disk(self):
         updates = self.installation.data / "update"
         updates.mkdir(parents=True)
-        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64m", "small", str(updates)], check=True)
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64m", "small", str(updates)],
+                       check=True)
         self.addCleanup(subprocess.run, ["umount", "--lazy", str(updates)], check=True)
         _, package = self.stick_with_package({"models/bomb.bin": bytes(1024 * MIB)})
         self.assertLess(package.stat().st_size, 2 * MIB)

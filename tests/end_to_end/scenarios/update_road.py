@@ -18,7 +18,9 @@ ORDER = {"python-1.1.0.exe": "Python 工具", "runtime-1.1.0.exe": "Runtime",
 class UpdateRoad(UpdateScenario):
     def setUp(self):
         super().setUp()
-        self.seed_project()
+        shipped = self.installation.program_folder / "examples" / "projects" / "demo"
+        self.seed_project({**self.files_of(shipped), "scripts/gone.ys": "// replaced\n",
+                           "logs/both.txt": "old", "logs/2026/old.txt": "old"})
 
     def test_from_a_stick(self):
         stick = self.insert_stick()
@@ -84,17 +86,6 @@ class UpdateRoad(UpdateScenario):
         self.assertEqual(self.installers_run(), ["runtime-1.1.0.exe started, 0 arguments"])
         pipe.write_text("go on\n")  # waits for the installer to read
         wait_for(lambda: self.installers_run()[1:] == ["finished: go on"], "the installer's end")
-
-    def seed_project(self):
-        """The project as its people have it: with a history, and with files of its own."""
-        shipped = self.installation.program_folder / "examples" / "projects" / "demo"
-        folder = self.installation.demo.parent
-        folder.parent.mkdir(parents=True)
-        (folder.parent / ".demo_seed_done").write_text("1")
-        for name, content in {**self.files_of(shipped), "scripts/gone.ys": b"// replaced\n",
-                              "logs/both.txt": b"old", "logs/2026/old.txt": b"old"}.items():
-            (folder / name).parent.mkdir(parents=True, exist_ok=True)
-            (folder / name).write_bytes(content)
 
     def full_offer(self, folder):
         package = self.put_package(folder, {"models/新.json": "{}", "logs/both.txt": "new",

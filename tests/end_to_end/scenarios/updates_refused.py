@@ -42,8 +42,8 @@ class UpdatesRefused(UpdateScenario):
 
     def test_an_installation_that_trusts_nobody(self):
         (self.installation.program_folder / "config" / "update.pub").unlink()
-        looked_for = self.installation.program_folder / "resources" / "config" / "update.pub"
-        self.check_refused(self.runtime_offer("2.0.0"), f"update public key not found: {looked_for}")
+        key = self.installation.program_folder / "resources" / "config" / "update.pub"
+        self.check_refused(self.runtime_offer("2.0.0"), f"update public key not found: {key}")
 
     def test_a_version_outside_the_signed_form_may_differ(self):
         manifest = json.loads(self.runtime_offer("2.0.0"))
