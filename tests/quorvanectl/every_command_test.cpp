@@ -1,9 +1,13 @@
 // What holds for every command: its example runs, bad input is refused, nothing is overwritten.
 #include "quorvanectl/commands.h"
+#include "quorvanectl/manifest_attach.h"
+#include "quorvanectl/signing_key.h"
 #include "run_tool.h"
+#include "small_project.h"
 #include "support/manifest_maker.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
+#include "update/manifest_signature.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -19,17 +23,39 @@ using support::ProjectFolder;
 
 namespace {
 
+// An update as a publisher's folder holds it, the key that it is signed with, and a line PC that
+// trusts that key.
+void layOutUpdate(const ProjectFolder &folder) {
+    static const ctl::SigningKey key = ctl::SigningKey::make();
+    folder.write("private.pem", key.privatePem(nullptr));
+    folder.write("update.pub", key.publicPem());
+    folder.write("line_pc/bin/config/update.pub", key.publicPem());
+    QVERIFY(
+        QFile::setPermissions(folder.path("private.pem"), QFile::ReadOwner | QFile::WriteOwner));
+
+    folder.write("demo-1.2.0.zip", support::zipOf(support::smallProject()));
+
+    const QString manifest = support::jsonText(
+        {{"schemaVersion", 1},
+         {"runtime", QJsonObject{{"setupUrl", "setup-1.2.0.exe"}, {"version", "1.2.0"}}}});
+    const QByteArray signature = key.sign(canonicalManifestText(manifest).toUtf8());
+    const QByteArray complete = ctl::withSignature(manifest, signature).toUtf8();
+    folder.write("manifest.json", complete);
+    folder.write("manifest.sig", signature);
+    folder.write("site/manifest.json", complete);
+    folder.write("site/setup-1.2.0.exe", "an installer");
+    QVERIFY(QDir(folder.path("")).mkpath("stick"));
+}
+
 // Lays out the files that the examples name. Each example runs in a folder of its own.
 void layOut(const ProjectFolder &folder) {
     folder.write("main.ys", "int a = 1;\n");
-    static const support::KeyPair key = support::KeyPair::rsa(2048);
-    folder.write("manifest.json", support::signedManifest({}, key).toUtf8());
-    folder.write("line_pc/bin/config/update.pub", key.publicPem().toUtf8());
     folder.write("demo/main.ys", "int a = 1;\n");
     folder.write("demo/demo.yslib", R"({"schemaVersion": 1,
 "project": {"name": "demo", "displayName": "Demo", "createdAt": "2026-01-01"},
 "scripts": [{"id": "main", "path": "main.ys", "role": "main"}],
 "tasks": {"main": {"entryScriptId": "main"}}})");
+    layOutUpdate(folder);
 }
 
 // Files of which no content is malformed, by command: any text is a script or a library, what is

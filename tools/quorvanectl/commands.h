@@ -15,8 +15,11 @@ namespace ctl {
 std::vector<Command> explainCommands();
 std::vector<Command> recoveryCommands();
 std::vector<Command> scriptCommands();
+std::vector<Command> updateCommands();
 
 // Not on Windows.
+std::vector<Command> packingCommands();
+std::vector<Command> signingCommands();
 std::vector<Command> supportCommands();
 
 } // namespace ctl

@@ -7,7 +7,8 @@ namespace ctl {
 const std::vector<Command> &allCommands() {
     static const std::vector<Command> table = [] {
         std::vector<Command> all;
-        for (const auto commandsOf : {explainCommands, recoveryCommands, scriptCommands}) {
+        for (const auto commandsOf :
+             {recoveryCommands, scriptCommands, updateCommands, explainCommands}) {
             const std::vector<Command> some = commandsOf();
             all.insert(all.end(), some.begin(), some.end());
         }

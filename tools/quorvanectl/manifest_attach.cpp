@@ -1,0 +1,35 @@
+#include "quorvanectl/manifest_attach.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+
+namespace ctl {
+namespace {
+
+bool isBase64OrBlank(char byte) {
+    return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') ||
+           (byte >= '0' && byte <= '9') || byte == '+' || byte == '/' || byte == '=' ||
+           byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
+}
+
+} // namespace
+
+QByteArray signatureIn(const QByteArray &fileContent) {
+    // The bytes of a true signature are never all letters of base64: it has hundreds of them.
+    if (std::all_of(fileContent.begin(), fileContent.end(), isBase64OrBlank))
+        return QByteArray::fromBase64(fileContent);
+    return fileContent;
+}
+
+QString withSignature(const QString &manifestText, const QByteArray &signature) {
+    const QJsonDocument document = QJsonDocument::fromJson(manifestText.toUtf8());
+    if (!document.isObject())
+        return QString();
+    QJsonObject root = document.object();
+    root.insert(QStringLiteral("signature"), QString::fromLatin1(signature.toBase64()));
+    return QString::fromUtf8(QJsonDocument(root).toJson(QJsonDocument::Indented));
+}
+
+} // namespace ctl

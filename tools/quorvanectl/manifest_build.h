@@ -1,0 +1,29 @@
+// An unsigned manifest made from the packages that it is to name.
+#pragma once
+
+#include <QJsonObject>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+namespace ctl {
+
+struct ManifestWish {
+    QString folder; // where the manifest will lie; packages lie in it or below it
+    QString base; // put before each package's path to make a URL of it; empty: paths stay relative
+    QString publishedAt;
+    QStringList projects;              // project packages
+    QMap<QString, QString> installers; // by the component's key
+    QMap<QString, QString> minVersions;
+    QStringList plugins; // "id,minVersion,path"
+};
+
+// The manifest, all hashes computed. The names and versions of projects are read from their
+// packages, those of components from their installers' names. Empty, with one line in `error` that
+// names the file, if a package cannot be used. The function library must be loaded.
+[[nodiscard]] QJsonObject buildManifest(const ManifestWish &wish, QString *error);
+
+// Indented JSON that ends in a line feed.
+[[nodiscard]] QByteArray manifestBytes(const QJsonObject &manifest);
+
+} // namespace ctl

@@ -1,0 +1,38 @@
+// A publisher's mistakes in a manifest: what its format cannot forbid, and the launcher does not say.
+//
+// The launcher skips what it does not understand, and reads a value of a wrong type as an empty one,
+// so such a mistake shows only in that nobody is offered the update, or that everybody is offered it
+// for ever. Signing belongs after this.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QVector>
+
+namespace ctl {
+
+struct LintFinding {
+    QString kind;    // a word that stays, such as "missing-hash"
+    QString where;   // "runtime.setupUrl", "projects[0]"; empty for the manifest as a whole
+    QString message; // one line
+};
+
+struct LintSubject {
+    QByteArray manifest; // the file's bytes
+    QString folder;      // where it lies: packages are looked for there
+    QString base;        // the URL that stands for this folder in absolute addresses; may be empty
+    QByteArray previous; // the bytes of the manifest before it; null if there is none
+};
+
+// The findings in the order of the manifest's parts; empty for a clean one. Both manifests must be
+// JSON objects: see isManifest. Unpacks the project packages that it finds. The function library must
+// be loaded.
+[[nodiscard]] QVector<LintFinding> lintManifest(const LintSubject &subject);
+
+// Whether the bytes are a JSON object, as the launcher reads it.
+[[nodiscard]] bool isManifest(const QByteArray &bytes);
+
+// "where: message [kind]".
+[[nodiscard]] QString lintLine(const LintFinding &finding);
+
+} // namespace ctl

@@ -1,0 +1,36 @@
+// Making a project package: the zip that the launcher puts in the place of a project's folder.
+#pragma once
+
+#include "project/project_validator.h"
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+namespace ctl {
+
+struct PackResult {
+    bool ok = false;
+    QString error;                // what could not be done; empty if findings stand in the way
+    QStringList findings;         // why this folder makes no package
+    QVector<ProjectIssue> issues; // of the project's validator; warnings do not stand in the way
+    QString zipPath;
+    QString sha256;
+    int files = 0;
+};
+
+// Packs the project in `folder` as `<name>-<version>.zip` into `outFolder`, which is made.
+//
+// The folder is left as it is. What goes in is all of it but the folder `logs` at its top; the
+// project file says `version` in the package, and so does the sidecar. Equal content gives equal
+// bytes. The finished package has been unpacked again by the launcher's own code and found sound
+// before it gets its name; a package of that name is replaced only with `overwrite`. The function
+// library must be loaded.
+[[nodiscard]] PackResult packProject(const QString &folder, const QString &version,
+                                     const QString &outFolder, bool overwrite);
+
+// Whether the text is a version as a package needs one: three or four numbers, which is what all
+// readers of versions recognise.
+[[nodiscard]] bool isFullVersion(const QString &text);
+
+} // namespace ctl
