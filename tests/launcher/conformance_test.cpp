@@ -38,7 +38,8 @@ bool layOut(const QJsonObject &wanted, Places *places) {
     bool done = writeIfGiven(appPath("config/release_version.json"), wanted["release_version"]) &&
                 writeIfGiven(AppPaths::installRoot() + "/python/.quorvane_python_manifest.json",
                              wanted["python_manifest"]);
-    for (const QJsonValue &file : wanted["files"].toArray())
+    const QJsonArray files = wanted["files"].toArray();
+    for (const QJsonValue &file : files)
         done = done && installation::write(places->filled(file), "");
     const QJsonObject project = wanted["project"].toObject();
     if (project.isEmpty())
@@ -93,8 +94,8 @@ private Q_SLOTS:
         QFile file(QStringLiteral(UPDATE_DATA "/vectors.json"));
         QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
         int number = 0;
-        for (const QJsonValue &vector :
-             QJsonDocument::fromJson(file.readAll())["vectors"].toArray()) {
+        const QJsonArray vectors = QJsonDocument::fromJson(file.readAll())["vectors"].toArray();
+        for (const QJsonValue &vector : vectors) {
             if (!vector["evaluation"].isObject())
                 continue;
             QTest::newRow(qPrintable(vector["name"].toString())) << vector.toObject();
