@@ -1,6 +1,7 @@
 #include "update/file_operations.h"
 
 #include "frame/qt_compat.h"
+#include "update/file_copy.h"
 #include "update/text_file.h"
 
 #include <QCoreApplication>
@@ -80,7 +81,7 @@ bool copyFile(const QString &source, const QString &destination, QString *error)
         return false;
     if (QFileInfo::exists(destination) && !QFile::remove(destination))
         return fail(QStringLiteral("unable to replace file: %1").arg(destination), error);
-    if (!QFile::copy(source, destination)) {
+    if (!copyFileContent(source, destination)) {
         return fail(
             QStringLiteral("unable to copy file: %1").arg(QFileInfo(source).absoluteFilePath()),
             error);

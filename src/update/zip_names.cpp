@@ -83,7 +83,8 @@ QByteArray localName(QFile &file, qint64 at) {
 
 bool checkStoredNames(const QString &zipPath, QString *error) {
     QFile file(zipPath);
-    if (!file.open(QIODevice::ReadOnly))
+    // A buffer would read far more than the few bytes at each place.
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return true;
     const Directory directory = findDirectory(file);
     qint64 at = directory.at;
