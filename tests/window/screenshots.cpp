@@ -1,7 +1,10 @@
 // Draws the launcher window in the states that the documentation shows, in both languages:
 // scripts/screenshots runs it. The service stands still; its fields say what there is to see.
 //
-//   quorvane_screenshots FOLDER [PER CENT]     the size of the fonts; 100 unless given
+//   quorvane_screenshots FOLDER [PER CENT [PICTURE...]]
+//
+// PER CENT is the size of the fonts, 100 unless given; another one stands in the files' names. Without
+// a PICTURE all are drawn.
 #include "support/staged_main.h"
 #include "window_scene.h"
 
@@ -23,9 +26,11 @@ QString flowText(const char *chinese) {
 
 class Camera {
 public:
-    Camera(const QString &folder, const QString &language)
+    // Makes files like folder/name-suffix.png, of the wanted pictures; of all if none is named.
+    Camera(const QString &folder, const QString &suffix, const QStringList &wanted)
         : m_folder(folder)
-        , m_language(language) {}
+        , m_suffix(suffix)
+        , m_wanted(wanted) {}
 
     void shoot(WindowScene &scene, const QString &name) const {
         scene.window.show();
@@ -41,7 +46,9 @@ public:
 
 private:
     void save(QWidget *widget, const QString &name) const {
-        const QString file = QString("%1/%2-%3.png").arg(m_folder, name, m_language);
+        if (!m_wanted.isEmpty() && !m_wanted.contains(name))
+            return;
+        const QString file = QString("%1/%2-%3.png").arg(m_folder, name, m_suffix);
         const bool saved =
             widget->grab().toImage().convertToFormat(QImage::Format_RGB888).save(file);
         QTextStream(stdout) << file << ' ' << widget->width() << 'x' << widget->height()
@@ -49,7 +56,8 @@ private:
     }
 
     QString m_folder;
-    QString m_language;
+    QString m_suffix;
+    QStringList m_wanted;
 };
 
 void place(WindowScene &scene, State state, const QString &status) {
@@ -80,12 +88,35 @@ void shootRepair(const Camera &camera) {
     camera.shoot(scene, "repair");
 }
 
+// What a check finds, in the words in which it tells of it.
+QString summaryOf(const QString &source, const char *advice) {
+    return QStringList{
+        flowText("已验证的更新可用（来源：%1）。").arg(source),
+        flowText("当前项目版本：%1（%2）").arg("2.3.1", "D:/Line3/USER/projects/demo/demo.yslib"),
+        flowText("可更新项：%1").arg("Project -> 2.4.0, Runtime -> 1.8.2"), flowText(advice)}
+        .join('\n');
+}
+
+void shootStick(const Camera &camera) {
+    WindowScene scene;
+    place(scene, State::RepairMode, flowText("检测到离线更新包。请选择是否更新，或继续启动。"));
+    scene.service.updateSummary =
+        summaryOf("E:/QuorvanerUpdate/manifest.json",
+                  "检测到离线更新包，可在主界面选择「立即更新」或继续启动。");
+    scene.offerUpdate(PromptMode::UsbBanner);
+    camera.shoot(scene, "banner-stick");
+}
+
 void shootUpdate(const Camera &camera) {
     WindowScene scene;
     place(scene, State::RepairMode, flowText("发现在线更新。请选择是否更新，或继续启动。"));
-    scene.service.updateSummary = "Project -> 2.4.0, Runtime -> 1.8.2";
+    scene.service.updateSummary =
+        summaryOf("https://updates.quorvane.invalid/Quorvaner/Update/manifest.json",
+                  "发现在线更新，可在主界面选择「立即更新」「稍后提醒」或「跳过此版本」。");
     scene.offerUpdate(PromptMode::OnlineBanner);
     camera.shoot(scene, "banner");
+    scene.service.snapshot.projectEntry = {
+        {"name", "demo"}, {"version", "2.4.0"}, {"zipUrl", "demo-2.4.0.zip"}, {"zipSha256", "0"}};
     scene.service.snapshot.runtimeEntry = {{"version", "1.8.2"}, {"setupUrl", "runtime.exe"}};
     camera.shootModal([&] { scene.parts.bannerUpdateButton->click(); }, "choice");
     scene.offerUpdate(PromptMode::BadgeOnly);
@@ -118,6 +149,7 @@ void shootCrowded(const Camera &camera) {
 void shootAll(const Camera &camera) {
     shootOrdinaryRun(camera);
     shootRepair(camera);
+    shootStick(camera);
     shootUpdate(camera);
     shootCrowded(camera);
 }
@@ -133,13 +165,15 @@ int main(int argc, char **argv) {
     if (arguments.size() < 2)
         return 2;
     const int percent = arguments.size() > 2 ? arguments.at(2).toInt() : 100;
+    const QString suffix = percent == 100 ? "%1" : QString("%1-%2").arg("%1").arg(percent);
+    const QStringList wanted = arguments.mid(3);
     QFont font = QApplication::font();
     font.setPointSizeF(font.pointSizeF() * percent / 100);
     QApplication::setFont(font);
     stageTranslation();
     useLanguage(Language::Chinese);
-    shootAll(Camera(arguments.at(1), "zh"));
+    shootAll(Camera(arguments.at(1), suffix.arg("zh"), wanted));
     useLanguage(Language::English);
-    shootAll(Camera(arguments.at(1), "en"));
+    shootAll(Camera(arguments.at(1), suffix.arg("en"), wanted));
     return 0;
 }
