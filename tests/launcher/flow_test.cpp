@@ -227,6 +227,81 @@ private Q_SLOTS:
         QCOMPARE(service.cancelFlag.load(), name == "cancelUpdateTask" ? 1 : 0);
     }
 
+    void everyPairWhileAnApplyOrASetupRuns_data() {
+        QTest::addColumn<State>("from");
+        QTest::addColumn<const Operation *>("operation");
+        QTest::addColumn<bool>("applies");
+        for (const Operation &operation : operations()) {
+            for (const State from : allStates()) {
+                for (const bool applies : {true, false})
+                    QTest::addRow("%s in %s, %s", operation.name, qPrintable(SignalLog::name(from)),
+                                  applies ? "apply" : "setup")
+                        << from << &operation << applies;
+            }
+        }
+    }
+
+    // F8 is refused, the task can be cancelled, a request is answered by the status, and all else is
+    // as ever: 
+    void everyPairWhileAnApplyOrASetupRuns() {
+        QFETCH(State, from);
+        QFETCH(const Operation *, operation);
+        QFETCH(bool, applies);
+        const QString project = installation::addRunnableProject("demo");
+        LauncherService service;
+        QFutureInterface<ApplyResult> apply;
+        QFutureInterface<ComponentSetupResult> setup;
+        apply.reportStarted();
+        setup.reportStarted();
+        if (applies)
+            service.applyWatcher.setFuture(apply.future());
+        else
+            service.setupWatcher.setFuture(setup.future());
+        service.projectPath = project;
+        service.updatesHandled = true;
+        service.state = from;
+        const QString name = operation->name;
+        QStringList expected = operation->expected(from, service);
+        if (name == "enterRepairMode")
+            expected = QStringList(
+                "status 更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。");
+        else if (name == "cancelUpdateTask")
+            expected = QStringList("status 正在取消更新任务…");
+        else if (name == "applyChosenUpdate")
+            expected = QStringList("status 更新任务正在进行中...");
+        service.updateAvailable = name == "applyChosenUpdate";
+        SignalLog log(service);
+        operation->run(service);
+        service.countdownTimer.stop();
+        QCOMPARE(log.take(), expected);
+        QVERIFY(service.isUpdateTaskActive());
+        QCOMPARE(service.cancelFlag.load(), name == "cancelUpdateTask" ? 1 : 0);
+        apply.reportFinished();
+        setup.reportFinished();
+    }
+
+    void anAcceptedRequestInEveryState_data() { startFlowWithoutProject_data(); }
+
+    // The gates are the offer and the task, not the state.
+    void anAcceptedRequestInEveryState() {
+        QFETCH(State, from);
+        LauncherService service;
+        service.projectPath = installation::addRunnableProject("demo");
+        service.updateAvailable = true;
+        service.selection = {false, true, false, false, false};
+        service.state = from;
+        SignalLog log(service);
+        service.applyChosenUpdate();
+        const QString report = "progress setup -1 detail:setup-prepare";
+        QCOMPARE(log.take(), QStringList("active false") + entering(from, State::ApplyingUpdate) +
+                                 QStringList(report));
+        QTRY_COMPARE(service.state, State::Failed);
+        QCOMPARE(log.take(),
+                 QStringList({report, "status 已处理所选更新内容，正在启动…",
+                              "applied 已跳过项目更新。", "active false", "state Launch"}) +
+                     noTarget());
+    }
+
     void startFlowWithoutProject_data() {
         QTest::addColumn<State>("from");
         for (const State from : allStates())

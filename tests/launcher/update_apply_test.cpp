@@ -370,7 +370,8 @@ private Q_SLOTS:
     void theEndIsReportedOnce_data() {
         QTest::addColumn<QString>("outcome");
         QTest::addColumn<QString>("meanwhile");
-        for (const char *outcome : {"success", "failure", "cancel"}) {
+        for (const char *outcome :
+             {"success", "failure", "cancel", "setup", "setup with a warning", "setup cancelled"}) {
             for (const char *meanwhile :
                  {"nothing", "the target exits", "a second request", "a second cancel", "F8"})
                 QTest::addRow("%s, and meanwhile %s", outcome, meanwhile) << outcome << meanwhile;
@@ -383,21 +384,32 @@ private Q_SLOTS:
         support::ScriptedServer server;
         Launcher launcher;
         LauncherService &service = launcher.service;
-        if (outcome == "cancel") {
-            server.on("/p/line.zip", {support::stall()});
-            launcher.offerOnline(server);
-        } else if (outcome == "failure") {
-            service.snapshot = launcher.offer.with("zipSha256", "00").snapshot;
-        }
         if (meanwhile == "the target exits") {
             QVERIFY(installation::addTarget("wait"));
             service.skipUpdateAndLaunch();
             service.enterRepairMode();
             service.updateAvailable = true;
         }
+        const bool cancels = outcome.startsWith("cancel") || outcome.endsWith("cancelled");
+        if (outcome.startsWith("setup")) {
+            launcher.chooseRuntime();
+            service.selection.project = false;
+            if (outcome != "setup") {
+                server.on("/p/setup.exe", cancels ? support::ServerScript{support::stall()}
+                                                  : support::answer(404, "gone"));
+                QFile::remove(AppPaths::updateCacheDirectory() + "/setup.exe");
+                service.snapshot.fromUsb = false;
+                service.snapshot.baseLocation = server.url("/p/").toString();
+            }
+        } else if (cancels) {
+            server.on("/p/line.zip", {support::stall()});
+            launcher.offerOnline(server);
+        } else if (outcome == "failure") {
+            service.snapshot = launcher.offer.with("zipSha256", "00").snapshot;
+        }
         (void)launcher.log.take();
         service.applyChosenUpdate();
-        if (outcome == "cancel") {
+        if (cancels) {
             QTRY_COMPARE(server.paths().size(), 1);
             service.cancelUpdateTask();
         }
@@ -405,7 +417,7 @@ private Q_SLOTS:
             installation::release();
         else if (meanwhile == "a second request")
             service.applyChosenUpdate();
-        else if (meanwhile == "a second cancel" && outcome == "cancel")
+        else if (meanwhile == "a second cancel" && cancels)
             service.cancelUpdateTask();
         else if (meanwhile == "F8")
             service.enterRepairMode();
@@ -416,11 +428,15 @@ private Q_SLOTS:
         QTRY_VERIFY(!service.isUpdateTaskActive());
         QCoreApplication::processEvents();
         QCOMPARE(endsIn(launcher.log.entries()), 1);
-        const QString end = outcome == "success"   ? "applied 项目更新已完成。"
-                            : outcome == "failure" ? "not applied [hash] "
-                                                   : QString("not applied ") + cancelledText;
+        static const QMap<QString, QString> ends{
+            {"success", "applied 项目更新已完成。"},
+            {"failure", "not applied [hash] "},
+            {"cancel", QString("not applied ") + cancelledText},
+            {"setup", "applied 已跳过项目更新。\nRuntime 安装包已自动启动："},
+            {"setup with a warning", "applied 已跳过项目更新。\nRuntime 安装包下载失败（"},
+            {"setup cancelled", "not applied 组件更新任务已取消。"}};
         const QString seen = launcher.log.entries().filter("applied ").join('\n');
-        QVERIFY2(seen.startsWith(end), qPrintable(seen));
+        QVERIFY2(seen.startsWith(ends.value(outcome, "?")), qPrintable(seen));
         installation::release();
     }
 
