@@ -20,7 +20,9 @@ class Desktop:
         self.environment = dict(os.environ)
         self.environment["DISPLAY"] = ":" + self._answer_of(
             lambda fd: ["Xvfb", "-displayfd", str(fd), "-screen", "0", "1600x1200x24",
-                        "-nolisten", "tcp", "-ac"])
+                        "-nolisten", "tcp", "-ac",
+                        # A server that starts anew when its last client leaves throws out the next.
+                        "-noreset"])
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = self._answer_of(
             lambda fd: ["dbus-daemon", "--session", "--nofork", f"--print-address={fd}",
                         f"--address=unix:path={STAGE}/run/bus"])
@@ -28,7 +30,7 @@ class Desktop:
         self.environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
         self._start(["openbox"])
         wait_for(lambda: self._output(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]).find("#") > 0,
-                 "a window manager")
+                 "a window manager", told=(STAGE / "desktop.log").read_text)
 
     def close(self):
         for process in reversed(self.processes):
