@@ -242,7 +242,7 @@ private Q_SLOTS:
     }
 
     // F8 is refused, the task can be cancelled, a request is answered by the status, and all else is
-    // as ever: 
+    // as ever.
     void everyPairWhileAnApplyOrASetupRuns() {
         QFETCH(State, from);
         QFETCH(const Operation *, operation);
