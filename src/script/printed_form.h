@@ -19,20 +19,28 @@
 
 #include <QString>
 
+#include <functional>
 #include <vector>
 
 namespace ast {
 
+// Takes the pieces of a printed form that need not be in memory as a whole, one after the other.
+using TextSink = std::function<void(const QString &piece)>;
+
 // "line:column Name text", one token a line; the text is quoted as in JSON.
 [[nodiscard]] QString tokensToText(const std::vector<Token> &tokens);
+void tokensToText(const std::vector<Token> &tokens, const TextSink &sink);
 [[nodiscard]] QString tokensToJson(const std::vector<Token> &tokens);
+void tokensToJson(const std::vector<Token> &tokens, const TextSink &sink);
 
 // The name of a token kind, such as "KwIf"; the number as text if there is no such kind.
 [[nodiscard]] QString tokenKindName(qint32 kind);
 
 // Functions first, then the other statements, as the tree holds them.
 [[nodiscard]] QString programToText(const Program &program);
+void programToText(const Program &program, const TextSink &sink);
 [[nodiscard]] QString programToJson(const Program &program);
+void programToJson(const Program &program, const TextSink &sink);
 
 // A null node is "null" in both forms.
 [[nodiscard]] QString expressionToText(const ExprNode *root);

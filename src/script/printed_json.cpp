@@ -228,25 +228,35 @@ QString quotedJson(const QString &text) {
     return result + QLatin1Char('"');
 }
 
-QString tokensToJson(const std::vector<Token> &tokens) {
-    QString result(QLatin1Char('['));
+void tokensToJson(const std::vector<Token> &tokens, const TextSink &sink) {
+    Pieces pieces(sink);
+    const char *separator = "[";
     for (const Token &token : tokens) {
-        if (result.size() > 1)
-            result += QLatin1Char(',');
-        result += QStringLiteral("[%1,%2,%3,%4]")
-                      .arg(QString::number(token.kind), quotedJson(token.text),
-                           QString::number(token.line), QString::number(token.column));
+        pieces.add(QLatin1String(separator) +
+                   QStringLiteral("[%1,%2,%3,%4]")
+                       .arg(QString::number(token.kind), quotedJson(token.text),
+                            QString::number(token.line), QString::number(token.column)));
+        separator = ",";
     }
-    return result + QLatin1Char(']');
+    pieces.add(tokens.empty() ? QStringLiteral("[]") : QStringLiteral("]"));
+    pieces.handOn();
 }
 
-QString programToJson(const Program &program) {
+QString tokensToJson(const std::vector<Token> &tokens) {
+    return gathered([&tokens](const TextSink &sink) { tokensToJson(tokens, sink); });
+}
+
+void programToJson(const Program &program, const TextSink &sink) {
     Parts parts;
     Fields(parts, "Program")
         .add("functions", program.functions)
         .add("statements", program.statements)
         .add("sourcePath", program.sourcePath);
-    return printed<Json>(std::move(parts));
+    print<Json>(std::move(parts), sink);
+}
+
+QString programToJson(const Program &program) {
+    return gathered([&program](const TextSink &sink) { programToJson(program, sink); });
 }
 
 QString expressionToJson(const ExprNode *root) {

@@ -186,23 +186,30 @@ QString tokenKindName(qint32 kind) {
     return kind >= Eof && kind <= Hash ? QString::fromLatin1(names[kind]) : QString::number(kind);
 }
 
-QString tokensToText(const std::vector<Token> &tokens) {
-    QString result;
-    for (const Token &token : tokens) {
-        result += QStringLiteral("%1:%2 %3 %4\n")
-                      .arg(QString::number(token.line), QString::number(token.column),
-                           tokenKindName(token.kind), quotedJson(token.text));
-    }
-    return result;
+void tokensToText(const std::vector<Token> &tokens, const TextSink &sink) {
+    Pieces pieces(sink);
+    for (const Token &token : tokens)
+        pieces.add(QStringLiteral("%1:%2 %3 %4\n")
+                       .arg(QString::number(token.line), QString::number(token.column),
+                            tokenKindName(token.kind), quotedJson(token.text)));
+    pieces.handOn();
 }
 
-QString programToText(const Program &program) {
+QString tokensToText(const std::vector<Token> &tokens) {
+    return gathered([&tokens](const TextSink &sink) { tokensToText(tokens, sink); });
+}
+
+void programToText(const Program &program, const TextSink &sink) {
     Parts parts;
     for (const auto &function : program.functions)
         parts.node(function).text("\n");
     for (const auto &statement : program.statements)
         parts.node(statement).text("\n");
-    return printed<Text>(std::move(parts));
+    print<Text>(std::move(parts), sink);
+}
+
+QString programToText(const Program &program) {
+    return gathered([&program](const TextSink &sink) { programToText(program, sink); });
 }
 
 QString expressionToText(const ExprNode *root) {

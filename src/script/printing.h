@@ -1,6 +1,7 @@
 // How the printed forms walk a tree without recursion.
 #pragma once
 
+#include "script/printed_form.h"
 #include "script/syntax_tree.h"
 
 #include <QString>
@@ -54,10 +55,34 @@ private:
     std::vector<Part> m_list;
 };
 
+// Gathers text, and hands it on in pieces that are worth a call.
+class Pieces {
+public:
+    explicit Pieces(const TextSink &sink)
+        : m_sink(sink) {}
+
+    void add(const QString &text) {
+        m_piece += text;
+        if (m_piece.size() >= unitsOfPiece)
+            handOn();
+    }
+    // After the last text.
+    void handOn() {
+        m_sink(m_piece);
+        m_piece.resize(0);
+    }
+
+private:
+    static const int unitsOfPiece = 65536;
+
+    const TextSink &m_sink;
+    QString m_piece;
+};
+
 // Prints `first` and all below it. `Form::partsOf` gives the parts of a node, which may be null.
 template<typename Form>
-QString printed(Parts first) {
-    QString result;
+void print(Parts first, const TextSink &sink) {
+    Pieces pieces(sink);
     std::vector<Part> left;
     const auto push = [&left](std::vector<Part> &parts) {
         left.insert(left.end(), std::make_move_iterator(parts.rbegin()),
@@ -68,7 +93,7 @@ QString printed(Parts first) {
         const Part part = std::move(left.back());
         left.pop_back();
         if (const auto *text = std::get_if<QString>(&part)) {
-            result += *text;
+            pieces.add(*text);
             continue;
         }
         Parts parts;
@@ -80,7 +105,21 @@ QString printed(Parts first) {
             part);
         push(parts.parts());
     }
+    pieces.handOn();
+}
+
+// All that `print` gives a sink, as one text.
+template<typename Print>
+QString gathered(Print print) {
+    QString result;
+    const TextSink sink = [&result](const QString &piece) { result += piece; };
+    print(sink);
     return result;
+}
+
+template<typename Form>
+QString printed(Parts first) {
+    return gathered([&first](const TextSink &sink) { print<Form>(std::move(first), sink); });
 }
 
 } // namespace ast

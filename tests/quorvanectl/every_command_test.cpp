@@ -50,6 +50,7 @@ void layOutUpdate(const ProjectFolder &folder) {
 // Lays out the files that the examples name. Each example runs in a folder of its own.
 void layOut(const ProjectFolder &folder) {
     folder.write("main.ys", "int a = 1;\n");
+    folder.write("FunctionLib.ini", "1,foo,0,\n");
     folder.write("demo/main.ys", "int a = 1;\n");
     folder.write("demo/demo.yslib", R"({"schemaVersion": 1,
 "project": {"name": "demo", "displayName": "Demo", "createdAt": "2026-01-01"},
@@ -62,7 +63,8 @@ void layOut(const ProjectFolder &folder) {
 // wrong in a script is a finding, and a damaged project file is what a recovery is for.
 bool takesAnyText(const QString &title, const QString &file) {
     Q_UNUSED(file)
-    return title == "script check" || title == "project recover";
+    return title == "script check" || title == "project recover" || title == "library list" ||
+           file == "main.ys";
 }
 
 QMap<QString, QByteArray> contentsOf(const ProjectFolder &folder) {

@@ -2,14 +2,33 @@
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
+#include "library/function_library.h"
+#include "script/lexer.h"
+#include "script/printed_form.h"
+
 #include <QCoreApplication>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 using support::Answer;
+using support::ProjectFolder;
 
 namespace {
 
 // The words of the shipped file.
 const char library[] = "[Highlight]\nother=function,include,import\n";
+
+Answer run(const QString &arguments, const ProjectFolder &folder,
+           const QString &before = QString()) {
+    return support::runLine(before + "quorvanectl script " + arguments, folder.path(""));
+}
+
+QJsonArray tokensOf(const QString &path, const ProjectFolder &folder) {
+    return QJsonDocument::fromJson(run("tokens '" + path + "' --format json", folder).out.toUtf8())
+        .array();
+}
 
 } // namespace
 
@@ -45,7 +64,7 @@ private slots:
         QFETCH(QByteArray, script);
         QFETCH(int, status);
         QFETCH(QString, text);
-        const support::ProjectFolder folder;
+        const ProjectFolder folder;
         folder.write("a.ys", script);
         folder.write("lib.ini", library);
         const Answer answer = support::runProgram(
@@ -56,7 +75,7 @@ private slots:
     }
 
     void checkAsJson() {
-        const support::ProjectFolder folder;
+        const ProjectFolder folder;
         folder.write("a.ys", "if a { }\n");
         const Answer answer =
             support::runProgram({"script", "check", "a.ys", "--format", "json"}, folder.path(""));
@@ -78,8 +97,129 @@ private slots:
 )"));
     }
 
+    void tokens() {
+        const ProjectFolder folder;
+        folder.write("a.ys", "if \"a\x1b\"\n");
+        QCOMPARE(run("tokens a.ys", folder).out,
+                 QString("1:1 KwIf \"if\"\n1:4 StringLiteral \"\\\"a\\u001b\\\"\"\n"
+                         "1:8 Newline \"\\n\"\n2:1 Eof \"\"\n"));
+        QCOMPARE(run("tokens a.ys --format json", folder).out,
+                 QString("[[7,\"if\",1,1],[5,\"\\\"a\\u001b\\\"\",1,4],[1,\"\\n\",1,8],[0,\"\",2,"
+                         "1]]\n"));
+    }
+
+    void tree() {
+        const ProjectFolder folder;
+        folder.write("a.ys", "a = b + 1\n");
+        QCOMPARE(run("tree a.ys", folder).out, QString("a = (+ b 1)\n"));
+        const Answer answer = run("tree a.ys --format json", folder);
+        QCOMPARE(answer.status, 0);
+        const QJsonObject program = QJsonDocument::fromJson(answer.out.toUtf8()).object();
+        QCOMPARE(program["type"].toString(), QString("Program"));
+        QCOMPARE(program["functions"].toArray().size(), 0);
+        const QJsonObject statement = program["statements"].toArray().at(0).toObject();
+        QCOMPARE(statement["type"].toString(), QString("AssignStmt"));
+        QCOMPARE(statement["target"].toString(), QString("a"));
+        const QJsonObject root = statement["value"].toObject()["root"].toObject();
+        QCOMPARE(root["type"].toString(), QString("ExprNode"));
+        QCOMPARE(root["op"].toString(), QString("+"));
+        QCOMPARE(root["operand"], QJsonValue(QJsonValue::Null));
+    }
+
+    void aScriptThatCannotBePrinted_data() {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("line");
+
+        QTest::newRow("tokens of a bad character") << QByteArray("a\nb $") << "tokens"
+                                                   << "a.ys:2:3: YS100 无法识别的字符";
+        QTest::newRow("a tree of a bad character") << QByteArray("a\nb $") << "tree"
+                                                   << "a.ys:2:3: YS100 无法识别的字符";
+        QTest::newRow("a tree of a syntax error")
+            << QByteArray("if a { }") << "tree"
+            << "a.ys:1:4: YS200 if 语句不完整，应为 if(条件) { ... }";
+    }
+
+    void aScriptThatCannotBePrinted() {
+        QFETCH(QByteArray, script);
+        QFETCH(QString, command);
+        QFETCH(QString, line);
+        const ProjectFolder folder;
+        folder.write("a.ys", script);
+        for (const char *const format : {"text", "json"}) {
+            const Answer answer = run(command + " a.ys --format " + format, folder);
+            QCOMPARE(answer.err, "quorvanectl: " + line + "\n");
+            QCOMPARE(answer.out, QString());
+            QCOMPARE(answer.status, 2);
+        }
+    }
+
+    // The printed tokens, put back at their places, are the script without its comments.
+    void theTokensHoldTheWholeScript_data() {
+        QTest::addColumn<QString>("path");
+        const QDir scripts(QUORVANE_SOURCE_TREE "/examples/projects/demo/scripts");
+        for (const QString &name : scripts.entryList({"*.ys"}))
+            QTest::newRow(qPrintable(name)) << scripts.filePath(name);
+    }
+
+    void theTokensHoldTheWholeScript() {
+        QFETCH(QString, path);
+        const ProjectFolder folder;
+        QVERIFY(FunctionLibrary::instance().load(QUORVANE_SOURCE_TREE
+                                                 "/resources/config/FunctionLib.ini"));
+        const QJsonArray printed = tokensOf(path, folder);
+        QString rebuilt;
+        int line = 1;
+        int column = 1;
+        for (const QJsonValue &token : printed) {
+            rebuilt += QString(token[3].toInt() - column, ' ') + token[1].toString();
+            QCOMPARE(token[2].toInt(), line);
+            column = token[3].toInt() + token[1].toString().size();
+            if (token[0].toInt() == ast::Newline) {
+                ++line;
+                column = 1;
+            }
+        }
+        folder.write("again.ys", rebuilt.toUtf8());
+        QCOMPARE(tokensOf(folder.path("again.ys"), folder), printed);
+        QCOMPARE(ast::tokensToJson(ast::Lexer(rebuilt).tokenize()),
+                 run("tokens '" + path + "' --format json", folder).out.trimmed());
+        // Neither changes what the script says.
+        QCOMPARE(run("tree again.ys", folder).out, run("tree '" + path + "'", folder).out);
+    }
+
+    // The tree of a deep script is neither held on the stack nor as one text.
+    void aDeepTreeIsPrinted_data() {
+        QTest::addColumn<QByteArray>("open");
+        QTest::addColumn<QByteArray>("close");
+        QTest::addColumn<int>("depth");
+        QTest::addColumn<QByteArray>("each");
+
+        QTest::newRow("a million brackets without a node")
+            << QByteArray("(") << QByteArray(")") << 1000000 << QByteArray();
+        QTest::newRow("subscripts")
+            << QByteArray("a[") << QByteArray("]") << 5000 << QByteArray("\"kind\":\"Index\"");
+        QTest::newRow("blocks") << QByteArray("while (a) {") << QByteArray("}") << 5000
+                                << QByteArray("\"type\":\"WhileStmt\"");
+    }
+
+    void aDeepTreeIsPrinted() {
+        QFETCH(QByteArray, open);
+        QFETCH(QByteArray, close);
+        QFETCH(int, depth);
+        QFETCH(QByteArray, each);
+        const ProjectFolder folder;
+        folder.write("a.ys", open.repeated(depth) + "1" + close.repeated(depth));
+        const Answer answer = run("tree a.ys --format json", folder, "ulimit -s 256; ");
+        QCOMPARE(answer.status, 0);
+        QCOMPARE(answer.err, QString());
+        if (!each.isEmpty())
+            QCOMPARE(answer.out.count(each), depth);
+        QCOMPARE(answer.out.count('{'), answer.out.count('}'));
+    }
+
     void theLibraryDecides() {
-        const support::ProjectFolder folder;
+        const ProjectFolder folder;
         // Without its word in the library, import is a name like any other.
         folder.write("a.ys", "import \"b.ys\"\n");
         folder.write("lib.ini", "[Highlight]\nother=\n");

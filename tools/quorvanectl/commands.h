@@ -13,6 +13,8 @@ namespace ctl {
 
 // One function for each file of commands.
 std::vector<Command> explainCommands();
+std::vector<Command> libraryCommands();
+std::vector<Command> projectCommands();
 std::vector<Command> recoveryCommands();
 std::vector<Command> scriptCommands();
 std::vector<Command> updateCommands();

@@ -5,9 +5,17 @@ namespace ctl {
 const std::vector<Command> &allCommands() {
     static const std::vector<Command> table = [] {
         std::vector<Command> all;
-        for (const auto commandsOf :
-             {recoveryCommands, scriptCommands, packingCommands, updateCommands, explainCommands,
-              signingCommands, supportCommands}) {
+        for (const auto commandsOf : {
+                 projectCommands,
+                 recoveryCommands,
+                 scriptCommands,
+                 libraryCommands,
+                 packingCommands,
+                 updateCommands,
+                 explainCommands,
+                 signingCommands,
+                 supportCommands,
+             }) {
             const std::vector<Command> some = commandsOf();
             all.insert(all.end(), some.begin(), some.end());
         }

@@ -7,8 +7,14 @@ namespace ctl {
 const std::vector<Command> &allCommands() {
     static const std::vector<Command> table = [] {
         std::vector<Command> all;
-        for (const auto commandsOf :
-             {recoveryCommands, scriptCommands, updateCommands, explainCommands}) {
+        for (const auto commandsOf : {
+                 projectCommands,
+                 recoveryCommands,
+                 scriptCommands,
+                 libraryCommands,
+                 updateCommands,
+                 explainCommands,
+             }) {
             const std::vector<Command> some = commandsOf();
             all.insert(all.end(), some.begin(), some.end());
         }

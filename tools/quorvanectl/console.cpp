@@ -84,4 +84,14 @@ QString spelledOut(const QString &text) {
     return result;
 }
 
+QString harmless(const QString &text) {
+    QString result = text;
+    for (QChar &unit : result) {
+        if (unit.category() == QChar::Other_Control && unit != QLatin1Char('\n') &&
+            unit != QLatin1Char('\t'))
+            unit = QChar::ReplacementCharacter;
+    }
+    return result;
+}
+
 } // namespace ctl

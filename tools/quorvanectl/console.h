@@ -37,4 +37,8 @@ enum class Ink { Error, Warning, Good, Heading, Caret };
 // nor steer a terminal.
 [[nodiscard]] QString spelledOut(const QString &text);
 
+// The text with a sign in place of each control character but line feeds and tabs: for a foreign
+// text that keeps its lines and columns.
+[[nodiscard]] QString harmless(const QString &text);
+
 } // namespace ctl

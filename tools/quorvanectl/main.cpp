@@ -20,9 +20,14 @@ bool allWritten(const ctl::Console &console) {
     return out->flush() && out->error() == QFileDevice::NoError;
 }
 
+// What the libraries write to the debug log is for developers of the launcher; a command says in its
+// own words what went wrong.
+void dropDebugLog(QtMsgType, const QMessageLogContext &, const QString &) {}
+
 } // namespace
 
 int main(int argc, char **argv) {
+    qInstallMessageHandler(dropDebugLog);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quorvanectl"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUORVANE_VERSION));

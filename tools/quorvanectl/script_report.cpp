@@ -23,16 +23,6 @@ bool isWide(QChar unit) {
     return false;
 }
 
-// What a terminal shows of a piece of source; its columns stay.
-QString shown(const QString &source) {
-    QString result = source;
-    for (QChar &unit : result) {
-        if (unit.category() == QChar::Other_Control && unit != QLatin1Char('\t'))
-            unit = QChar::ReplacementCharacter;
-    }
-    return result;
-}
-
 // Blanks as wide as the piece of source that stands above them.
 QString indentUnder(const QString &source) {
     QString result;
@@ -58,7 +48,7 @@ void printSource(const Console &console, QString line, int column) {
     const QString margin = from > 0 ? QStringLiteral("    ...") : QStringLiteral("    ");
     const QString rest = to < line.size() ? QStringLiteral("...") : QString();
     const QString before = line.mid(from, caret - from);
-    printLine(console, margin + shown(line.mid(from, to - from)) + rest);
+    printLine(console, margin + harmless(line.mid(from, to - from)) + rest);
     printLine(console,
               indentUnder(margin + before) + inked(console, Ink::Caret, QStringLiteral("^")));
 }
