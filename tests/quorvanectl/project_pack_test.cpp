@@ -64,6 +64,17 @@ private slots:
         QCOMPARE(result.sha256, QString::fromLatin1(sum.left(64)));
     }
 
+    void relativePathsWillDo() {
+        (void)writeProject(support::smallProject());
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(folder->path()));
+        const PackResult result = packProject("line3", "1.2.0", "out", false);
+        QVERIFY(QDir::setCurrent(before));
+        QVERIFY2(result.ok, qPrintable(result.error + result.findings.join('|')));
+        QCOMPARE(result.zipPath, QString("out/产线三-1.2.0.zip"));
+        QCOMPARE(result.files, 4);
+    }
+
     void theFolderStaysAsItWas() {
         const QString project = writeProject(support::smallProject());
         const FileTree before = support::readTree(project);

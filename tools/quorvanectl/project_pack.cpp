@@ -47,8 +47,9 @@ QString entryFault(const QFileInfo &info, const QString &name) {
 
 Content contentOf(const QString &folder, QStringList *findings) {
     Content content;
-    const QDir root(folder);
-    QDirIterator walk(folder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+    const QDir root(QDir(folder).absolutePath()); // relative paths are taken from no other
+    QDirIterator walk(root.path(),
+                      QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
                       QDirIterator::Subdirectories);
     while (walk.hasNext()) {
         const QString name = root.relativeFilePath(walk.next());

@@ -51,8 +51,8 @@ ProjectPackage inspectPackage(const QString &zipPath, const QString &workFolder)
 
 QStringList filesBelow(const QString &folder) {
     QStringList files;
-    const QDir root(folder);
-    QDirIterator walk(folder, QDir::Files | QDir::Hidden | QDir::System,
+    const QDir root(QDir(folder).absolutePath()); // relative paths are taken from no other
+    QDirIterator walk(root.path(), QDir::Files | QDir::Hidden | QDir::System,
                       QDirIterator::Subdirectories);
     while (walk.hasNext())
         files += root.relativeFilePath(walk.next());

@@ -329,15 +329,15 @@ void declareStick(QCommandLineParser &parser) {
 }
 
 void printStick(const Console &console, const StickResult &result, const QString &mountPoint) {
-    for (const QString &package : result.packages)
-        printLine(console, spelledOut(package));
-    printLine(console, spelledOut(result.manifestPath));
     if (!result.isVolume) {
         tell(console,
              QStringLiteral("%1: is no mounted volume; a launcher looks only at the top of "
                             "those")
                  .arg(mountPoint));
     }
+    for (const QString &package : result.packages)
+        printLine(console, spelledOut(package));
+    printLine(console, spelledOut(result.manifestPath));
 }
 
 int fillStick(const QCommandLineParser &parser, Console &console) {
