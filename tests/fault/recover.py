@@ -3,7 +3,7 @@
 
   recover.py TOOL REFERENCE_APPLY INTERPOSER    after a kill at each operation, on one volume and two
   recover.py --sample N --seed S ...            N of these, chosen by chance
-  recover.py --every N ...                      each N-th operation
+  recover.py --part I N ...                     each N-th point, beginning with the I-th of them
   recover.py --only LAYOUT OPERATION ...        one of them, with what the tool says
   recover.py --again N ...                      kills the recovery too, at N operations of it chosen by
                                                 chance for each point, and runs it again
@@ -97,7 +97,7 @@ def arguments():
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--sample", type=int)
     parser.add_argument("--seed", type=int, default=0)
-    parser.add_argument("--every", type=int, default=1)
+    parser.add_argument("--part", nargs=2, type=int, metavar=("I", "N"), default=(1, 1))
     parser.add_argument("--only", nargs=2, metavar=("LAYOUT", "OPERATION"))
     parser.add_argument("--again", type=int, default=0)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
@@ -141,7 +141,8 @@ def main():
             bench.measure(layout)
         bench.recovering = True
         points = [(layout, operation) for layout in layouts
-                  for operation in range(1, len(bench.operations[layout]) + 1, options.every)]
+                  for operation in range(1, len(bench.operations[layout]) + 1)]
+        points = points[options.part[0] - 1::options.part[1]]
         if options.only:
             layout, operation = options.only
             result = bench.run(layout, int(operation), FAULTS["KILL"])

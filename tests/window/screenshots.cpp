@@ -80,6 +80,13 @@ void shootOrdinaryRun(const Camera &camera) {
           flowText("目标进程已退出，代码 %1%2。\n日志：%3\n%4")
               .arg("7", QString(), QString(dataFolder) + "/launcher.log", dumps));
     camera.shoot(scene, "failed");
+    camera.shootModal(
+        [&] {
+            Q_EMIT scene.service.launchFailed("LineRunner.exe not found in D:/Line3/bin.\n"
+                                              "Production layout requires Runtime (R2). "
+                                              "Install Runtime beside Launcher.");
+        },
+        "start-failed");
 }
 
 void shootRepair(const Camera &camera) {
@@ -130,6 +137,32 @@ void shootUpdate(const Camera &camera) {
     scene.service.checkInFlight = false;
 }
 
+void shootCheck(const Camera &camera) {
+    WindowScene scene;
+    place(scene, State::UpdateCheck, flowText("正在检查更新..."));
+    scene.service.taskId = "check_1f0c27aa";
+    scene.setTaskActive(true);
+    Q_EMIT scene.service.updateTaskProgressChanged("check_1f0c27aa", "check", -1,
+                                                   "detail:fetch-manifest");
+    camera.shoot(scene, "check");
+    scene.service.checkInFlight = false;
+}
+
+// The boxes that tell the end of an update.
+void shootEnds(const Camera &camera) {
+    WindowScene scene;
+    place(scene, State::RepairMode, flowText("修复模式：选择 yslib、查看日志或手动启动。"));
+    const auto end = [&](bool success, const QString &details, const QString &name) {
+        camera.shootModal([&] { Q_EMIT scene.service.applyUpdateFinished(success, details); },
+                          name);
+    };
+    end(true, flowText("项目更新已完成。"), "updated");
+    end(false,
+        "[hash] Update zip hash failed: SHA256 mismatch for "
+        "E:/QuorvanerUpdate/line3-2.4.0.zip (expected 5e88…, got a1b2…)",
+        "update-failed");
+}
+
 // As much text as there can be: a path of 300 characters and thirty findings.
 void shootCrowded(const Camera &camera) {
     WindowScene scene;
@@ -151,6 +184,8 @@ void shootAll(const Camera &camera) {
     shootRepair(camera);
     shootStick(camera);
     shootUpdate(camera);
+    shootCheck(camera);
+    shootEnds(camera);
     shootCrowded(camera);
 }
 

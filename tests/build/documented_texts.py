@@ -1,0 +1,118 @@
+#!/usr/bin/env python3
+"""Fails when a text of the launcher has no entry in the documentation.
+
+  documented_texts.py SOURCE_TREE LUPDATE [--list]
+
+Texts are all that is translated, as lupdate finds it, each with its English; and the untranslated
+ones: string literals of src with more than one word. They must stand in docs/operators.md or
+docs/support.md to the letter, with %1 for what is filled in and <br> for a line feed; a line of the
+launch log in the table of those lines. A literal that nobody ever reads as a text is named in NO_TEXT.
+"""
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import xml.etree.ElementTree
+
+LOG_TABLE = re.compile(r"\n## The launch log\n(.*?)\n## ", re.S)  # in the second document
+DOCUMENTS = ("docs/operators.md", "docs/support.md")
+FOLDERS = ("frame", "launcher", "project", "script", "update", "window")
+
+# Beginnings of literals that are no texts.
+NO_TEXT = {
+    "CREATE ", "INSERT ", "SELECT ", "UPDATE ", "DELETE ",  # statements for the database
+    "yyyy-MM-dd HH:mm:ss",                                  # the form of a time
+    "QPushButton {", "#updateBanner {", "#updateTaskPanel {",  # style sheets
+    "$ErrorActionPreference", "$ProgressPreference",        # scripts for PowerShell
+    "-----BEGIN ",                                          # an expression that finds a key
+    " else if (",                                           # a printed script
+    "Ag状态",                                                # measures a font's height
+}
+
+LITERAL = re.compile(r'''R"\((?P<raw>.*?)\)"|"(?P<plain>(?:[^"\\\n]|\\.)*)"|'(?:[^'\\]|\\.)+'|//[^\n]*|/\*.*?\*/|(?P<other>[^\s"'/]+|/)''', re.S)
+ESCAPES = {"n": "\n", "t": "\t", "r": "\r", "\\": "\\", '"': '"', "0": "\0"}
+
+
+def literals(text):
+    """The string literals of a source file; neighbours are one."""
+    joined = None
+    for token in LITERAL.finditer(re.sub(r"^\s*#.*$", "", text, flags=re.M)):
+        piece = token["raw"]
+        if token["plain"] is not None:
+            piece = re.sub(r"\\(.)", lambda m: ESCAPES.get(m[1], m[0]), token["plain"])
+        if piece is not None:
+            joined = (joined or "") + piece
+        elif token["other"] and joined is not None:
+            yield joined
+            joined = None
+
+
+def is_text(literal):
+    words = re.findall(r"[A-Za-z]{2,}", literal)
+    chinese = re.search(r"[\u4e00-\u9fff]", literal)
+    return (chinese or (len(words) > 1 and " " in literal.strip())) and not any(
+        literal.startswith(start) for start in NO_TEXT)
+
+
+def translated(tree, lupdate):
+    with tempfile.TemporaryDirectory() as place:
+        found = pathlib.Path(place, "found.ts")
+        subprocess.run([lupdate, "-silent", "-locations", "none", "-no-ui-lines", "-source-language",
+                        "zh_CN", "-target-language", "en", "-extensions", "cpp,h", tree / "src",
+                        "-ts", found], check=True)
+        sources = {message.findtext("source")
+                   for message in xml.etree.ElementTree.parse(found).iter("message")}
+    english = {message.findtext("source"): message.findtext("translation") for message in
+               xml.etree.ElementTree.parse(tree / "resources/translations/quorvane_en.ts").iter("message")}
+    return {source: english.get(source) or "" for source in sources}
+
+
+def untranslated(tree, known):
+    found = {}
+    for folder in FOLDERS:
+        for file in sorted((tree / "src" / folder).glob("*.[ch]*")):
+            for literal in literals(file.read_text(encoding="utf-8")):
+                if is_text(literal) and literal not in known:
+                    found.setdefault(literal, file.relative_to(tree))
+    return found
+
+
+def logged(tree):
+    """The texts in calls of appendLaunchLog."""
+    for file in sorted((tree / "src").glob("*/*.cpp")):
+        for call in re.findall(r"\bappendLaunchLog\((.*?)\);", file.read_text(encoding="utf-8"), re.S):
+            yield from filter(is_text, literals(call + " end"))
+
+
+def as_written(text):
+    return text.strip().replace("\n", "<br>").replace("|", "\\|")
+
+
+def main():
+    tree = pathlib.Path(sys.argv[1])
+    known = translated(tree, sys.argv[2])
+    plain = untranslated(tree, known)
+    if "--list" in sys.argv:
+        for text, file in plain.items():
+            print(f"{file}: {as_written(text)}")
+        return 0
+    documents = "\n".join((tree / name).read_text(encoding="utf-8") for name in DOCUMENTS)
+    missing = [f"{source!r} (translated)" for source in sorted(known)
+               if as_written(source) not in documents]
+    missing += [f"{english!r} (English)" for english in sorted(known.values())
+                if as_written(english) not in documents]
+    missing += [f"{text!r} of {file}" for text, file in plain.items()
+                if as_written(text) not in documents]
+    lines = list(logged(tree))
+    table = LOG_TABLE.search(documents)
+    missing += [f"{line!r} (a line of the launch log)" for line in lines
+                if not table or as_written(line) not in table[1]]
+    print(f"{len(known)} translated and {len(plain)} other texts; {len(lines)} calls of the log")
+    for entry in missing:
+        print("has no entry in the documentation:", entry)
+    return 1 if missing or not known or not plain or not lines else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
