@@ -28,11 +28,17 @@ QString dataFolderIn(const QList<QByteArray> &environment) {
     return QFile::decodeName(base) + QStringLiteral("/Quorvane");
 }
 
+// Two folders that do not exist are not the same one, as a comparison of QFileInfo would have it.
+bool isSameFolder(const QString &a, const QString &b) {
+    const QString canonical = QFileInfo(a).canonicalFilePath();
+    return !canonical.isEmpty() && canonical == QFileInfo(b).canonicalFilePath();
+}
+
 bool isAtWork(const QString &process, const QByteArray &name, const QString &projectFile,
               const QString &dataFolder) {
     if (name == "Quorvaner") {
         const auto environment = read(process + QStringLiteral("/environ")).split('\0');
-        return QFileInfo(dataFolderIn(environment)) == QFileInfo(dataFolder);
+        return isSameFolder(dataFolderIn(environment), dataFolder);
     }
     return name == "LineRunner.exe" && read(process + QStringLiteral("/cmdline"))
                                            .split('\0')
