@@ -21,7 +21,16 @@ bool refuse(const QString &reason, QString *error) {
     return false;
 }
 
+// Opening a pipe would wait for its other end, and a device might never end. What is missing, and a
+// folder, the file itself refuses.
+bool isPipeOrDevice(const QString &path) {
+    const QFileInfo info(path);
+    return info.exists() && !info.isFile() && !info.isDir();
+}
+
 bool openFile(QFile &file, QIODevice::OpenMode mode, QString *error) {
+    if (isPipeOrDevice(file.fileName()))
+        return refuse(QStringLiteral("not a regular file"), error);
     return file.open(mode) || refuse(file.errorString(), error);
 }
 

@@ -2,7 +2,8 @@
 // everything that reads or writes a file rests on.
 //
 // Free functions without state, for any thread. Failure is a false or null result, with the reason
-// in English and untranslated in `error` if a place is given; success leaves that place alone.
+// in English and untranslated in `error` if a place is given; success leaves that place alone. A pipe
+// or a device is refused unopened ("not a regular file"): no reading or writing waits for its other end.
 #pragma once
 
 #include <QString>
