@@ -1,7 +1,8 @@
 // One project update of a known size, to be broken off anywhere: see run.py.
 //
-//   reference_apply prepare PLACE          makes the package, its signed manifest, the publisher's
-//                                          key and the old project below PLACE
+//   reference_apply prepare PLACE [ZIP]    makes the package (or takes this one), its signed
+//                                          manifest, the publisher's key and the old project below
+//                                          PLACE
 //   reference_apply apply PLACE PROJECT    replaces the project at this project file and prints the
 //                                          outcome and the number of file operations as JSON
 //
@@ -16,6 +17,7 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTextStream>
@@ -70,8 +72,7 @@ FileTree newProject() {
     return tree;
 }
 
-void prepare(const QString &place) {
-    const QByteArray zip = support::zipOf(newProject());
+void prepare(const QString &place, const QByteArray &zip) {
     const QByteArray hash = QCryptographicHash::hash(zip, QCryptographicHash::Sha256).toHex();
     const support::KeyPair publisher = support::KeyPair::rsa(2048);
     const QJsonObject record{{"name", "line3"},
@@ -119,12 +120,14 @@ int apply(const QString &place, const QString &projectPath) {
 int main(int argc, char **argv) {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() == 3 && arguments.at(1) == "prepare") {
-        prepare(arguments.at(2));
+    if ((arguments.size() == 3 || arguments.size() == 4) && arguments.at(1) == "prepare") {
+        QFile package(arguments.value(3));
+        const bool given = arguments.size() == 4 && package.open(QIODevice::ReadOnly);
+        prepare(arguments.at(2), given ? package.readAll() : support::zipOf(newProject()));
         return 0;
     }
     if (arguments.size() == 4 && arguments.at(1) == "apply")
         return apply(arguments.at(2), arguments.at(3));
-    QTextStream(stderr) << "reference_apply prepare PLACE | apply PLACE PROJECT\n";
+    QTextStream(stderr) << "reference_apply prepare PLACE [ZIP] | apply PLACE PROJECT\n";
     return 2;
 }

@@ -10,6 +10,7 @@
 #include "wrapped_steps.h"
 
 #include <QCoreApplication>
+#include <QProcess>
 #include <QRegularExpression>
 
 #include <thread>
@@ -218,6 +219,23 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo(projectFolder()).isSymLink());
         QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
         QCOMPARE(support::readTree(elsewhere.path()), oldProject());
+    }
+
+    // As an editor or the runtime would: it keeps what it opened, and the project is replaced.
+    void aProjectFileHeldOpenByAnotherProcessIsReplaced() {
+        const QString project = install(oldProject());
+        const QByteArray before = oldProject().value("demo.yslib");
+        QProcess holder;
+        holder.start("/bin/sh",
+                     {"-c", R"(exec 3<"$1"; echo open; read go; cat <&3)", "sh", project});
+        QVERIFY(holder.waitForReadyRead());
+        QCOMPARE(holder.readAll(), QByteArray("open\n"));
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+        holder.write("go\n");
+        QVERIFY(holder.waitForFinished());
+        QCOMPARE(holder.readAll(), before);
     }
 
     void hiddenFilesOfTheOldProjectGo() {

@@ -444,6 +444,19 @@ private slots:
         QVERIFY(extractZipWithin(zip, path("out"), 120000, &m_error));
     }
 
+    // An archive of few bytes and many zeros onto a disk that is too slow for them.
+    void aBombEndsAtTheLimit() {
+        const QString zip =
+            write("a.zip", makeZip({{"zeros", QByteArray(16 << 20, '\0'), true}, {"then", "x"}}));
+        QVERIFY(QFileInfo(zip).size() < 1 << 20);
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(!extractZipWithin(zip, path("out"), 5, &m_error));
+        QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(m_error, QStringLiteral("zip extraction timed out"));
+        QVERIFY(!QFileInfo::exists(path("out/then")));
+    }
+
     // A small archive of 1 GiB of zeros, onto a disk that does not hold them and ends within a block
     // that is written: the reason is told then too.
     void aBombEndsAtTheFullDisk() {
