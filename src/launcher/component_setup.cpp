@@ -27,6 +27,7 @@ struct Installer {
     QString label;
     QString path;
     QUrl url; // invalid: it lies on a stick, or its address is unusable
+    bool hasName = true;
 };
 
 Installer installerOf(const UpdateSnapshot &snapshot, const QString &label,
@@ -35,20 +36,22 @@ Installer installerOf(const UpdateSnapshot &snapshot, const QString &label,
         return {label, QDir(snapshot.baseLocation).filePath(setupUrl), QUrl()};
     const QString name = QFileInfo(setupUrl).fileName();
     return {label, QDir(AppPaths::updateCacheDirectory()).filePath(name),
-            QUrl(UpdateContext::resolveManifestUrl(snapshot, setupUrl))};
+            QUrl(UpdateContext::resolveManifestUrl(snapshot, setupUrl)),
+            UpdateContext::isPackageName(name)};
 }
 
-// An installer of that name in the cache is taken as it is; its hash, if one is given, tells.
+// An installer of that name in the cache is taken as it is; its hash, if one is given, tells. A
+// folder is none, and without a name there is nothing to download to.
 bool makePresent(const Installer &installer, bool fromUsb, const CancelFlag *cancelRef,
                  QString *why) {
     QString error;
-    if (!fromUsb && !QFileInfo::exists(installer.path) &&
+    if (!fromUsb && installer.hasName && !QFileInfo::exists(installer.path) &&
         !downloadToFile(installer.url, installer.path, &error, cancelRef)) {
         *why = LauncherService::tr("%1 安装包下载失败（%2），将继续使用当前版本。")
                    .arg(installer.label, error);
         return false;
     }
-    if (QFileInfo::exists(installer.path))
+    if (QFileInfo(installer.path).isFile())
         return true;
     *why = LauncherService::tr("%1 安装包不存在：%2，将继续使用当前版本。")
                .arg(installer.label, installer.path);

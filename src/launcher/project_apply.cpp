@@ -181,12 +181,17 @@ bool resolveUpdateZip(const UpdateSnapshot &snapshot, QString *zipPath, QString 
     const QString zipUrl = snapshot.projectEntry.value(QLatin1String("zipUrl")).toString();
     if (zipUrl.isEmpty())
         return fail(QStringLiteral("zipUrl is empty"));
+    const auto notFound = [&] {
+        return fail(QStringLiteral("update zip not found: %1").arg(*zipPath));
+    };
     if (snapshot.fromUsb) {
         *zipPath = QDir(snapshot.baseLocation).filePath(zipUrl);
-        return QFileInfo::exists(*zipPath) ||
-               fail(QStringLiteral("update zip not found: %1").arg(*zipPath));
+        return QFileInfo(*zipPath).isFile() || notFound();
     }
-    *zipPath = QDir(AppPaths::updateCacheDirectory()).filePath(QFileInfo(zipUrl).fileName());
+    const QString name = QFileInfo(zipUrl).fileName();
+    *zipPath = QDir(AppPaths::updateCacheDirectory()).filePath(name);
+    if (!UpdateContext::isPackageName(name) || QFileInfo(*zipPath).isDir())
+        return notFound();
     // Never reused: a package in the cache is overwritten.
     return downloadToFile(QUrl(UpdateContext::resolveManifestUrl(snapshot, zipUrl)), *zipPath,
                           error, cancelRef);

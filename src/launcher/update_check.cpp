@@ -223,3 +223,7 @@ QString UpdateContext::resolveManifestUrl(const UpdateSnapshot &snapshot, const 
         return source.resolved(url).toString();
     return value;
 }
+
+bool UpdateContext::isPackageName(const QString &name) {
+    return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..");
+}

@@ -146,6 +146,10 @@ struct UpdateContext {
     [[nodiscard]] static QString resolveManifestUrl(const UpdateSnapshot &snapshot,
                                                     const QString &value);
 
+    // Whether a package can be kept under the last part of its address: not if that is empty (the
+    // address ends in a slash) or leads to a folder, "." or "..".
+    [[nodiscard]] static bool isPackageName(const QString &name);
+
     // --- The component setup ------------------------------------------------------------------------
 
     // Gets, checks and starts the installer of each selected component. Blocks for the downloads:

@@ -331,6 +331,38 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(cached("setup.exe")));
     }
 
+    void anInstallerWithoutAFileOfItsOwnIsMissing_data() {
+        QTest::addColumn<QString>("setupUrl");
+        QTest::addColumn<bool>("fromUsb");
+        QTest::addColumn<QString>("path");
+        const QString cache = AppPaths::updateCacheDirectory();
+        QTest::newRow("an address that ends in a slash") << "pkg/" << false << cache;
+        QTest::newRow("this folder") << "pkg/." << false << cache + "/.";
+        QTest::newRow("the folder above") << "pkg/.." << false << cache + "/..";
+        QTest::newRow("a folder in the cache") << "folder" << false << cache + "/folder";
+        QTest::newRow("a folder on a stick") << "folder" << true << "STICK/folder";
+        QTest::newRow("the stick itself") << "." << true << "STICK/.";
+    }
+
+    void anInstallerWithoutAFileOfItsOwnIsMissing() {
+        QFETCH(QString, setupUrl);
+        QFETCH(bool, fromUsb);
+        QFETCH(QString, path);
+        const Stick stick;
+        const Online online;
+        QVERIFY(QDir(stick.place.path()).mkdir("folder"));
+        QVERIFY(QDir(AppPaths::updateCacheDirectory()).mkdir("folder"));
+        const UpdateContext &context = fromUsb ? stick.context : online.context;
+        for (const QString &hash : {QString(), QString("00")}) {
+            QString error;
+            QCOMPARE(context.setupComponent(record(setupUrl, hash), "Runtime", true, &error),
+                     QString());
+            QCOMPARE(error, "Runtime 安装包不存在：" + path.replace("STICK", stick.place.path()) +
+                                "，将继续使用当前版本。");
+        }
+        QCOMPARE(online.server.paths(), QStringList());
+    }
+
     // The address is unusable, so what lies in the cache cannot be renewed.
     void aStaleCacheWithoutAUsableAddress() {
         Online online;

@@ -269,6 +269,10 @@ private Q_SLOTS:
             << good << QJsonObject{{"zipUrl", "no.zip"}}
             << "Unable to resolve update zip: update zip not found: STICK/no.zip"
             << "network" << proved;
+        QTest::newRow("the package is a folder of the stick")
+            << good << QJsonObject{{"zipUrl", "包"}}
+            << "Unable to resolve update zip: update zip not found: STICK/包"
+            << "network" << proved;
         QTest::newRow("a package name that holds the word cancelled counts as a cancel")
             << good << QJsonObject{{"zipUrl", "Cancelled.zip"}}
             << "Unable to resolve update zip: update zip not found: STICK/Cancelled.zip"
@@ -477,6 +481,34 @@ private Q_SLOTS:
         QCOMPARE(server.paths(), QStringList(QString::fromLatin1(request)));
         QCOMPARE(update_offer::sha256(support::readTree(AppPaths::updateCacheDirectory())[inCache]),
                  update_offer::sha256(zip));
+    }
+
+    void aPackageWithoutAFileOfItsOwnIsMissing_data() {
+        QTest::addColumn<QString>("zipUrl");
+        QTest::addColumn<QString>("path");
+        QTest::newRow("an address that ends in a slash") << "pkg/"
+                                                         << "";
+        QTest::newRow("this folder") << "pkg/."
+                                     << "/.";
+        QTest::newRow("the folder above") << "https://h/pkg/.."
+                                          << "/..";
+        QTest::newRow("a folder in the cache") << "pkg/folder"
+                                               << "/folder";
+    }
+
+    void aPackageWithoutAFileOfItsOwnIsMissing() {
+        QFETCH(QString, zipUrl);
+        QFETCH(QString, path);
+        QVERIFY(QDir(AppPaths::updateCacheDirectory()).mkpath("folder"));
+        const support::ScriptedServer server;
+        Offer offer(newProject());
+        offer.putOnline(server.url("/p/").toString(), zipUrl);
+        const ApplyResult result = apply(offer, install(oldProject()));
+        QCOMPARE(result.message, "Unable to resolve update zip: update zip not found: " +
+                                     AppPaths::updateCacheDirectory() + path);
+        QCOMPARE(result.errorClass, QString("network"));
+        QCOMPARE(server.paths(), QStringList());
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
     }
 
     void theServerHasNoPackage() {
