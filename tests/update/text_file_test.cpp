@@ -46,6 +46,8 @@ private slots:
         QTest::newRow("broken bytes behind a mark stay UTF-8") << mark + "a\xFF"
                                                                << "a" + lost;
         QTest::newRow("Chinese in GBK") << "a" + gbkChinese << "a中文";
+        QTest::newRow("GBK that can be read as UTF-8 stays UTF-8")
+            << QByteArray("\xC2\xA9") << QStringLiteral("©");
         QTest::newRow("GBK behind a mark is broken UTF-8")
             << mark + gbkChinese << QString::fromUtf8(gbkChinese);
         QTest::newRow("a replacement character of the file itself is read as GBK")

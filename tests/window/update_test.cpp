@@ -5,6 +5,7 @@
 
 #include <QDialogButtonBox>
 #include <QMessageBox>
+#include <QTranslator>
 #include <QVBoxLayout>
 
 using State = LauncherService::State;
@@ -23,6 +24,7 @@ private Q_SLOTS:
     void theDialogHoldsTheFiveItemsInTheirOrder_data();
     void theDialogHoldsTheFiveItemsInTheirOrder();
     void anUnavailableItemSaysWhy();
+    void withoutAReasonNothingIsAdded();
     void cancellingTheDialogChangesNothing();
     void nothingTickedGivesAWarning();
     void whatWasTickedIsAppliedItemByItem_data();
@@ -213,6 +215,36 @@ void UpdateTest::anUnavailableItemSaysWhy() {
                                 dialog->close();
                             });
     QVERIFY(seen);
+}
+
+// A translation that leaves the reason out: the service always has one.
+class WithoutReasons : public QTranslator {
+public:
+    WithoutReasons() { QCoreApplication::installTranslator(this); }
+    ~WithoutReasons() override { QCoreApplication::removeTranslator(this); }
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    [[nodiscard]] QString translate(const char *context, const char *, const char *,
+                                    int) const override {
+        return qstrcmp(context, "LauncherService") == 0 ? QString("") : QString();
+    }
+};
+
+void UpdateTest::withoutAReasonNothingIsAdded() {
+    WindowScene scene;
+    scene.put(State::RepairMode);
+    const WithoutReasons translation;
+    QVERIFY(scene.service.updateChoices().project.reason.isEmpty());
+    QVERIFY(duringModal([&] { scene.parts.hasUpdateButton->click(); },
+                        [&](QWidget *dialog) {
+                            const auto boxes = boxesOf(dialog);
+                            QCOMPARE(boxes.size(), 5);
+                            for (const QCheckBox *box : boxes) {
+                                QVERIFY(!box->isEnabled());
+                                QVERIFY(!box->text().contains("不可用"));
+                                QCOMPARE(box->toolTip(), QString());
+                            }
+                            dialog->close();
+                        }));
 }
 
 void UpdateTest::cancellingTheDialogChangesNothing() {
