@@ -19,9 +19,10 @@ QProcessEnvironment withoutDisplay() {
     return environment;
 }
 
-Answer runProcess(const QString &program, const QStringList &arguments, const QString &folder) {
+Answer runProcess(const QString &program, const QStringList &arguments, const QString &folder,
+                  const QProcessEnvironment &environment = withoutDisplay()) {
     QProcess process;
-    process.setProcessEnvironment(withoutDisplay());
+    process.setProcessEnvironment(environment);
     process.setWorkingDirectory(folder);
     process.setStandardInputFile(QProcess::nullDevice());
     process.start(program, arguments);
@@ -49,8 +50,11 @@ Answer runProgram(const QStringList &arguments, const QString &folder) {
     return runProcess(QUORVANE_TOOL, arguments, folder);
 }
 
-Answer runLine(const QString &line, const QString &folder) {
-    return runProcess("sh", {"-c", line}, folder);
+Answer runLine(const QString &line, const QString &folder, const QMap<QString, QString> &more) {
+    QProcessEnvironment environment = withoutDisplay();
+    for (auto variable = more.begin(); variable != more.end(); ++variable)
+        environment.insert(variable.key(), variable.value());
+    return runProcess("sh", {"-c", line}, folder, environment);
 }
 
 } // namespace support

@@ -1,6 +1,7 @@
 // Runs a command line of quorvanectl and keeps what it answers.
 #pragma once
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -19,6 +20,8 @@ struct Answer {
 [[nodiscard]] Answer runProgram(const QStringList &arguments, const QString &folder);
 
 // A line as one types it, starting with "quorvanectl", run by a shell in `folder`.
-[[nodiscard]] Answer runLine(const QString &line, const QString &folder);
+// `more` goes into its environment.
+[[nodiscard]] Answer runLine(const QString &line, const QString &folder,
+                             const QMap<QString, QString> &more = {});
 
 } // namespace support

@@ -18,7 +18,7 @@ namespace ctl {
 namespace {
 
 void declare(QCommandLineParser &parser) {
-    parser.addOption({QStringLiteral("apply"), QStringLiteral("Put a whole project back.")});
+    parser.addOption({QStringLiteral("apply"), QStringLiteral("Puts a whole project back.")});
     parser.addOption({QStringLiteral("data"),
                       QStringLiteral("The launcher's data folder, if not this user's."),
                       QStringLiteral("folder")});

@@ -1,0 +1,85 @@
+// Ctrl-C in the middle of writing leaves the folder as it was.
+#include "run_tool.h"
+#include "support/project_folder.h"
+#include "support/staged_main.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+
+#include <csignal>
+
+using support::ProjectFolder;
+
+namespace {
+
+// A project that takes seconds to pack.
+void layOut(const ProjectFolder &folder) {
+    folder.write("line/line.yslib", R"({"schemaVersion": 1,
+"project": {"name": "line", "displayName": "Line", "createdAt": "2026-01-01"},
+"scripts": [{"id": "main", "path": "main.ys", "role": "main"}],
+"tasks": {"main": {"entryScriptId": "main"}}})");
+    folder.write("line/main.ys", "");
+    folder.writeZeros("line/model.bin", qint64(4) << 30);
+    QDir(folder.path("")).mkdir("out");
+}
+
+// Whether a process has written some of a file that lies in `folder`, whatever its name yet.
+bool isWriting(qint64 process, const QString &folder) {
+    const QDir files(QString("/proc/%1/fd").arg(process));
+    for (const QFileInfo &file :
+         files.entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)) {
+        const QString target = file.symLinkTarget();
+        if (target.startsWith(folder) && QFileInfo(file.filePath()).size() > 4096)
+            return true;
+    }
+    return false;
+}
+
+QStringList contentsOf(const QString &folder) {
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
+                                  QDir::NoDotAndDotDot);
+}
+
+} // namespace
+
+class InterruptionTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void nothingHalfWrittenIsLeft_data() {
+        QTest::addColumn<int>("signal");
+        QTest::addColumn<bool>("over"); // a file that is there
+
+        QTest::newRow("Ctrl-C") << SIGINT << false;
+        QTest::newRow("Ctrl-C while a file is overwritten") << SIGINT << true;
+        QTest::newRow("a request to end") << SIGTERM << false;
+    }
+
+    void nothingHalfWrittenIsLeft() {
+        QFETCH(int, signal);
+        QFETCH(bool, over);
+        const ProjectFolder folder;
+        layOut(folder);
+        if (over)
+            folder.write("out/line-1.0.0.zip", "old");
+        const QStringList before = contentsOf(folder.path("out"));
+        QProcess pack;
+        pack.setWorkingDirectory(folder.path(""));
+        pack.start(QUORVANE_TOOL,
+                   {"update", "pack", "line", "--version", "1.0.0", "--out", "out", "--force"});
+        QVERIFY(pack.waitForStarted());
+        const qint64 process = pack.processId();
+        QTRY_VERIFY_WITH_TIMEOUT(isWriting(process, folder.path("out/")), 30000);
+        QCOMPARE(kill(pid_t(process), signal), 0);
+        QVERIFY(pack.waitForFinished(30000));
+        QVERIFY(pack.exitStatus() != QProcess::NormalExit || pack.exitCode() == 2);
+        QCOMPARE(contentsOf(folder.path("out")), before);
+        if (over)
+            QCOMPARE(folder.read("out/line-1.0.0.zip"), QByteArray("old"));
+    }
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, InterruptionTest)
+#include "interruption_test.moc"
