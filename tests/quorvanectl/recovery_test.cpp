@@ -365,6 +365,9 @@ private slots:
         QTest::newRow("a launcher on another one") << "Quorvaner"
                                                    << "other"
                                                    << "no" << false;
+        QTest::newRow("a launcher whose data folder is gone") << "Quorvaner"
+                                                              << "gone"
+                                                              << "no" << false;
         QTest::newRow("a runtime on this project") << "LineRunner.exe"
                                                    << "other"
                                                    << "line" << true;
@@ -382,7 +385,8 @@ private slots:
         QFETCH(bool, refused);
         const Place place;
         place.lay("line", oldProject());
-        place.lay("share/Quorvane/update", {{"cache/", ""}});
+        if (dataHome != "gone")
+            place.lay("share/Quorvane/update", {{"cache/", ""}});
         QVERIFY(QFile::copy("/bin/sh", place.path(program)));
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("XDG_DATA_HOME", place.path(dataHome));
