@@ -24,7 +24,8 @@ import subprocess
 import sys
 import tempfile
 
-from run import FAULTS, PROJECT_FILE, Bench, read_tree, without_hidden
+from run import (FAULTS, PROJECT_FILE, Bench, is_stamp_file, read_tree, same_but_for_version,
+                 without_hidden)
 
 FROM_PACKAGE = "the new project, whole; its project file from the package"
 
@@ -84,12 +85,15 @@ class RecoveryBench(Bench):
         if tree == without_hidden(self.old):
             return "the old project, whole"
         new = without_hidden(self.new[layout])
-        stamped = tree.pop(PROJECT_FILE, None) == new.pop(PROJECT_FILE)
-        if tree != new:
+        rest, wanted = ({name: content for name, content in files.items() if not is_stamp_file(name)}
+                        for files in (tree, new))
+        text = tree.get(PROJECT_FILE, b"")
+        if rest != wanted or not same_but_for_version(text, new[PROJECT_FILE]):
             return None
         if package:
             return FROM_PACKAGE
-        return "the new project, whole" + ("" if stamped else "; its version is not recorded")
+        return ("the new project, whole" if text == new[PROJECT_FILE] else
+                "the new project, whole; its version is not recorded")
 
 
 def arguments():
