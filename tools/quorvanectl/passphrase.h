@@ -19,13 +19,17 @@ public:
     // Reads from an open file descriptor up to the first line feed, or to its end.
     [[nodiscard]] bool readFrom(int descriptor, QString *error = nullptr);
     // Asks at the controlling terminal, without echo; `twice` asks again and compares. Fails where
-    // there is no terminal.
+    // there is no terminal, and on Ctrl-C.
     [[nodiscard]] bool ask(const QString &prompt, bool twice, QString *error = nullptr);
 
     [[nodiscard]] const char *data() const { return text.data(); } // ends in a NUL
     [[nodiscard]] int size() const { return static_cast<int>(length); }
 
 private:
+    template<typename Terminal>
+    bool readLine(const Terminal &terminal, const QString &prompt, QString *error);
+    void eraseLast();
+
     std::array<char, 1024> text{};
     std::size_t length = 0;
 };
