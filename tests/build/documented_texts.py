@@ -7,6 +7,7 @@ Texts are all that is translated, as lupdate finds it, each with its English; an
 ones: string literals of src with more than one word. They must stand in docs/operators.md or
 docs/support.md to the letter, with %1 for what is filled in and <br> for a line feed; a line of the
 launch log in the table of those lines. A literal that nobody ever reads as a text is named in NO_TEXT.
+The pictures that the two show must be there too.
 """
 import pathlib
 import re
@@ -108,6 +109,8 @@ def main():
     table = LOG_TABLE.search(documents)
     missing += [f"{line!r} (a line of the launch log)" for line in lines
                 if not table or as_written(line) not in table[1]]
+    missing += [picture for picture in re.findall(r"\]\((screenshots/[^)]*)\)", documents)
+                if not (tree / "docs" / picture).is_file()]
     print(f"{len(known)} translated and {len(plain)} other texts; {len(lines)} calls of the log")
     for entry in missing:
         print("has no entry in the documentation:", entry)
