@@ -11,8 +11,15 @@
 
 #include <QApplication>
 #include <QList>
+#include <QThreadPool>
 
 namespace {
+
+// A worker may outlive the service. It ends while there is an application: the library would wait
+// for it later too, but no event reaches a thread by then, so a fetch would never end.
+struct EndOfWorkers {
+    ~EndOfWorkers() { QThreadPool::globalInstance()->waitForDone(); }
+};
 
 // Never deleted: the first one's thread still runs when the process ends.
 QList<SourceParameter *> sourceParameters;
@@ -41,6 +48,7 @@ int main(int argc, char **argv) {
     (void)FunctionLibrary::instance().load(AppPaths::functionLibraryPath(), nullptr);
     makeSourceParameters();
 
+    const EndOfWorkers endOfWorkers{};
     LauncherService service;
     service.initialize(); // stands on its own, so it makes the folders and opens the settings again
     LauncherWindow window(&service);

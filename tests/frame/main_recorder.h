@@ -40,7 +40,12 @@ struct Parameters : SourceParameter {
     explicit Parameters(bool threaded);
 };
 
-struct Service : LauncherService {
+// Ends when the real service has ended.
+struct AfterService {
+    ~AfterService();
+};
+
+struct Service : AfterService, LauncherService {
     Service();
     ~Service() override;
     void initialize();

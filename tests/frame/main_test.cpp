@@ -4,14 +4,30 @@
 #include "support/staged_main.h"
 
 #include <QDir>
+#include <QEventLoop>
 #include <QFileInfo>
+#include <QSemaphore>
 #include <QTimer>
+#include <QtConcurrent>
+
+#include <atomic>
 
 namespace recorder {
 namespace {
 
 QStringList notes;
 bool windowIsShown = false;
+QSemaphore serviceHasEnded;
+std::atomic<bool> workerHasEnded{false};
+
+// As a fetch that the service did not wait for: it needs a timer of its own to end.
+void outliveTheService() {
+    serviceHasEnded.acquire();
+    QEventLoop loop;
+    QTimer::singleShot(50, &loop, &QEventLoop::quit);
+    loop.exec();
+    workerHasEnded = true;
+}
 
 } // namespace
 
@@ -62,6 +78,10 @@ Parameters::Parameters(bool threaded)
     note(threaded ? "store on a thread" : "store on the main thread");
 }
 
+AfterService::~AfterService() {
+    serviceHasEnded.release();
+}
+
 Service::Service() {
     note("service");
     connect(this, &LauncherService::countdownChanged, this, [](int seconds) {
@@ -82,6 +102,7 @@ void Service::initialize() {
 void Service::start() {
     note("start");
     LauncherService::start();
+    QtConcurrent::run(outliveTheService);
     QTimer::singleShot(0, qApp, &QApplication::closeAllWindows);
 }
 
@@ -111,6 +132,7 @@ private slots:
         char *arguments[] = {program, nullptr};
         QCOMPARE(launcherMain(1, arguments), 0);
         QVERIFY(qApp == nullptr);
+        QVERIFY(recorder::workerHasEnded);
         const QStringList expected{"folders for Quorvane Quorvaner",
                                    "settings in a folder that exists",
                                    "locale en",

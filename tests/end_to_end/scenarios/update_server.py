@@ -3,6 +3,7 @@ from harness import network
 from harness.network import MANIFEST_PATH, MANIFEST_URL, UPDATE_HOST
 from harness.update_scenario import (FOUND, MANIFEST_REQUEST, NONE, PROMPT_ONLINE, STARTED,
                                      UpdateScenario)
+from harness.waiting import wait_for
 
 REQUEST = f"GET {MANIFEST_PATH} HTTP/1.1"
 # The library asks first, then the other client.
@@ -16,6 +17,14 @@ class UpdateServer(UpdateScenario):
         self.wait_for_exits(launcher)
         self.check_not_available_in_the_end(launcher, "Operation canceled")
         self.assertEqual(server.requests, ASKED_BY_BOTH * [REQUEST])
+
+    def test_the_window_closed_while_the_server_says_nothing(self):
+        server = self.start_odd_server(lambda request: request.hold())
+        launcher = self.start_launcher()
+        wait_for(lambda: server.requests, "a request")
+        launcher.close()
+        self.assertEqual(launcher.wait_for_end(), 0)
+        self.assertEqual(self.installation.runtime_log(), [])
 
     def test_a_server_that_stops_within_the_manifest(self):
         def stall(request):
