@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -184,6 +185,24 @@ private Q_SLOTS:
         QVERIFY(result.success && !result.cancelled);
         QCOMPARE(installation::takeLog(), QStringList({warning, note}));
         QTRY_COMPARE(ran(), QStringList("editor 0"));
+    }
+
+    // It is nobody's child and stands in a session of its own: neither the launcher's end nor a
+    // signal to the launcher's group reaches it.
+    void aStartedInstallerIsIndependent() {
+        Stick stick;
+        const QString told = support::stageRoot() + "/installer.ids";
+        stick.add("setup.exe", "#!/bin/sh\nread -r id name state parent group session rest "
+                               "</proc/self/stat\necho $parent $session >'" +
+                                   QFile::encodeName(told) + ".part'\nmv '" +
+                                   QFile::encodeName(told) + ".part' '" + QFile::encodeName(told) +
+                                   "'\n");
+        QVERIFY(!stick.context.setupComponent(record("setup.exe"), "Runtime", true).isEmpty());
+        QTRY_VERIFY(QFileInfo::exists(told));
+        const QStringList ids = readTextFile(told).simplified().split(' ');
+        QCOMPARE(ids.size(), 2);
+        QVERIFY(ids.at(0) != QString::number(QCoreApplication::applicationPid()));
+        QVERIFY(ids.at(1) != QString::number(::getsid(0)));
     }
 
     // --- On a stick -----------------------------------------------------------------------------
