@@ -192,7 +192,7 @@ private slots:
         const LinePc pc;
         const Answer noOut = support::runProgram({"support", "collect"}, pc.dir.path());
         QCOMPARE(noOut.status, 2);
-        QCOMPARE(noOut.err, QString("quorvanectl: --out FILE.zip is missing\n"));
+        QCOMPARE(noOut.err, QString("quorvanectl: --out must name the archive to write\n"));
         const Answer noData = support::runProgram(
             {"support", "collect", "--out", "s.zip", "--data", "none"}, pc.dir.path());
         QCOMPARE(noData.status, 2);

@@ -24,7 +24,7 @@ void declareCheck(QCommandLineParser &parser) {
     parser.addOption({pluginOption,
                       QStringLiteral("Looks for the core plug-in in this folder, as the launcher "
                                      "does beside itself."),
-                      QStringLiteral("DIR")});
+                      QStringLiteral("folder")});
 }
 
 void printIssues(const Console &console, const ProjectFindings &findings, qint32 severity,

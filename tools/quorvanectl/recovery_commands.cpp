@@ -112,7 +112,7 @@ bool readPlaces(const QCommandLineParser &parser, RecoveryPlaces *places, QStrin
                           .absoluteFilePath(QStringLiteral("update"));
     places->package = parser.value(QStringLiteral("package"));
     if (!file.endsWith(QLatin1String(".yslib"), Qt::CaseInsensitive)) {
-        *error = QStringLiteral("%1 is no project file").arg(file);
+        *error = QStringLiteral("%1: is no project file").arg(file);
         return false;
     }
     return (!QFileInfo::exists(file) || isUsableFile(file, error)) &&

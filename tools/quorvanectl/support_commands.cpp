@@ -65,7 +65,7 @@ int collect(const QCommandLineParser &parser, Console &console) {
             .absolutePath();
     sources.keepHomePaths = parser.isSet(homeOption);
     if (out.isEmpty())
-        return refuse(console, QStringLiteral("--out FILE.zip is missing"));
+        return refuse(console, QStringLiteral("--out must name the archive to write"));
     if (parser.isSet(dataOption) && !QFileInfo(sources.data).isDir())
         return refuse(console, QStringLiteral("%1: no such folder").arg(sources.data));
     QSaveFile file(out);
