@@ -19,17 +19,17 @@ class Authority:
         self.certificate = self.folder / "authority.crt"
         self._make_pair("authority", name, "-x509", "-days", "2", "-out", self.certificate)
 
-    def certificate_for(self, host):
-        """Paths of a certificate for this host and of its key."""
-        certificate = self.folder / f"{host}.crt"
+    def certificate_for(self, host, days=2):
+        """Paths of a certificate for this host, good for so many days, and of its key."""
+        certificate = self.folder / f"{host}-{days}.crt"
         if not certificate.exists():
             request, names = self.folder / "request", self.folder / "names"
-            self._make_pair(host, host, "-out", request)
+            self._make_pair(certificate.stem, host, "-out", request)
             names.write_text(f"subjectAltName=DNS:{host}\n")
             _openssl("x509", "-req", "-in", request, "-CA", self.certificate,
-                     "-CAkey", self.folder / "authority.key", "-CAcreateserial", "-days", "2",
+                     "-CAkey", self.folder / "authority.key", "-CAcreateserial", "-days", days,
                      "-extfile", names, "-out", certificate)
-        return certificate, self.folder / f"{host}.key"
+        return certificate, certificate.with_suffix(".key")
 
     def _make_pair(self, file, name, *more):
         _openssl("req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",

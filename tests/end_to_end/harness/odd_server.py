@@ -3,8 +3,6 @@ import socket
 import ssl
 import threading
 
-from harness.network import UPDATE_HOST
-
 
 class OddServer:
     """Answers each request by `answer(request)`, where a request can be written to, held and left.
@@ -12,11 +10,11 @@ class OddServer:
     Requests that end without a word are closed. `requests` holds the first lines of all of them.
     """
 
-    def __init__(self, authority, answer, host=UPDATE_HOST):
+    def __init__(self, certificate_and_key, answer):
         self.answer, self.requests = answer, []
         self.released = threading.Event()
         self.context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-        self.context.load_cert_chain(*authority.certificate_for(host))
+        self.context.load_cert_chain(*certificate_and_key)
         self.socket = socket.create_server(("127.0.0.1", 443))
         self.threads = [threading.Thread(target=self._accept)]
         self.threads[0].start()

@@ -62,17 +62,18 @@ class UpdateScenario(Scenario):
             stick.publish(manifest)
         return stick
 
-    def start_server(self, manifest=None, **more):
+    def start_server(self, manifest=None, certificate=None, rules=""):
         folder = self.installation.root / "server"
         folder.mkdir()
-        server = WebServer(folder, more.pop("authority", self.authority), **more)
+        trusted = self.authority.certificate_for(network.UPDATE_HOST)
+        server = WebServer(folder, certificate or trusted, rules)
         self.addCleanup(server.close)
         if manifest is not None:
             server.publish(manifest)
         return server
 
     def start_odd_server(self, answer):
-        server = OddServer(self.authority, answer)
+        server = OddServer(self.authority.certificate_for(network.UPDATE_HOST), answer)
         self.addCleanup(server.close)
         return server
 

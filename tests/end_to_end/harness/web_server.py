@@ -2,7 +2,7 @@
 import socket
 import subprocess
 
-from harness.network import MANIFEST_PATH, UPDATE_HOST
+from harness.network import MANIFEST_PATH
 from harness.waiting import wait_for
 
 # One process, and the account that each namespace has: its worker could not become another one.
@@ -34,11 +34,11 @@ http {{
 
 
 class WebServer:
-    def __init__(self, folder, authority, host=UPDATE_HOST, rules=""):
+    def __init__(self, folder, certificate_and_key, rules=""):
         self.folder, self.root = folder, folder / "www"
         self.beside_manifest = self.root / MANIFEST_PATH.strip("/").rpartition("/")[0]
         self.beside_manifest.mkdir(parents=True)
-        certificate, key = authority.certificate_for(host)
+        certificate, key = certificate_and_key
         configuration = folder / "nginx.conf"
         configuration.write_text(CONFIGURATION.format(
             folder=folder, root=self.root, certificate=certificate, key=key, rules=rules))

@@ -147,6 +147,23 @@ class UpdatesFound(UpdateScenario):
         self.wait_for_exits(launcher)
         self.assertEqual(self.starts(), self.launch_lines())
 
+    def test_what_the_line_lacks_is_told_and_stops_nothing(self):
+        self.start_server(self.publisher.sign(
+            runtime={"version": "2.0.0", "minVersion": "1.5.0", "setupUrl": "runtime.exe"},
+            launcher={"version": "2.0.0", "setupUrl": "launcher.exe"},
+            plugins=[{"id": "camera", "minVersion": "1.0", "path": "bin/plugins/camera.dll"},
+                     {"id": "core", "path": "plugins/CoreOperators.dll"}]))
+        launcher = self.start_launcher()
+        launcher.wait_for_text(PROMPT_ONLINE)
+        summary = self.online_summary(launcher, "Launcher -> 2.0.0").splitlines()
+        summary[3:3] = [
+            launcher.say("Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。", "1.0.0", "1.5.0"),
+            launcher.say("插件 %1 缺失：%2（仅警告，不拦截）。", "camera",
+                         self.installation.program_folder / "plugins" / "camera.dll")]
+        self.assertIn("\n".join(summary), launcher.texts())
+        launcher.click(BUTTON_LAUNCH)
+        self.wait_for_exits(launcher)
+
     def test_the_banner_speaks_the_language_in_force(self):
         self.start_server(self.runtime_offer("2.0.0"))
         launcher = self.start_launcher()
