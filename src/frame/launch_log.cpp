@@ -29,13 +29,13 @@ void appendLaunchLog(const QString &message) {
 }
 
 RunLogView::RunLogView()
-    : m_offset(QFileInfo(AppPaths::launchLogPath()).size()) {}
+    : offset(QFileInfo(AppPaths::launchLogPath()).size()) {}
 
 QString RunLogView::text() const {
     QFile file(AppPaths::launchLogPath());
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return QString();
-    const qint64 start = file.size() < m_offset ? 0 : m_offset;
+    const qint64 start = file.size() < offset ? 0 : offset;
     if (!file.seek(start))
         return QString();
     const QByteArray bytes = file.readAll();

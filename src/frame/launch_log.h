@@ -26,5 +26,5 @@ public:
     [[nodiscard]] QString text() const;
 
 private:
-    qint64 m_offset = 0; // bytes that the file held before this run
+    qint64 offset = 0; // bytes that the file held before this run
 };

@@ -5,15 +5,15 @@
 
 void TaskLink::reportProgress(const QString &taskId, const QString &phase, int percent,
                               const QString &detail) {
-    const std::lock_guard<std::mutex> locked(m_lock);
-    if (!m_service)
+    const std::lock_guard<std::mutex> locked(lock);
+    if (!service)
         return;
-    QMetaObject::invokeMethod(m_service, "reportUpdateTaskProgress", Qt::QueuedConnection,
+    QMetaObject::invokeMethod(service, "reportUpdateTaskProgress", Qt::QueuedConnection,
                               Q_ARG(QString, taskId), Q_ARG(QString, phase), Q_ARG(int, percent),
                               Q_ARG(QString, detail));
 }
 
 void TaskLink::cut() {
-    const std::lock_guard<std::mutex> locked(m_lock);
-    m_service = nullptr;
+    const std::lock_guard<std::mutex> locked(lock);
+    service = nullptr;
 }

@@ -14,8 +14,8 @@ class QObject;
 
 class TaskLink {
 public:
-    explicit TaskLink(QObject *service)
-        : m_service(service) {}
+    explicit TaskLink(QObject *reportsTo)
+        : service(reportsTo) {}
 
     CancelFlag cancelFlag{0};
 
@@ -28,6 +28,6 @@ public:
     void cut();
 
 private:
-    std::mutex m_lock; // a standard one, which ThreadSanitizer can see
-    QObject *m_service;
+    std::mutex lock; // a standard one, which ThreadSanitizer can see
+    QObject *service;
 };

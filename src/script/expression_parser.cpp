@@ -102,19 +102,19 @@ Expression makeExpression(const Clause &clause, qint32 line, qint32 column) {
 }
 
 ExprParser::ExprParser(std::vector<Token> tokens)
-    : m_owned(std::move(tokens))
-    , m_first(m_owned.data())
-    , m_count(qint32(m_owned.size()))
-    , m_joined(false) {}
+    : owned(std::move(tokens))
+    , clauseBegin(owned.data())
+    , count(qint32(owned.size()))
+    , joined(false) {}
 
 ExprParser::ExprParser(const Clause &clause)
-    : m_first(clause.first)
-    , m_count(qint32(clause.last - clause.first))
-    , m_joined(true) {}
+    : clauseBegin(clause.first)
+    , count(qint32(clause.last - clause.first))
+    , joined(true) {}
 
 const Token &ExprParser::current() const {
     static const Token end;
-    return m_pos < m_count ? m_first[m_pos] : end;
+    return pos < count ? clauseBegin[pos] : end;
 }
 
 bool ExprParser::check(qint32 kind) const {
@@ -130,34 +130,34 @@ bool ExprParser::match(qint32 kind) {
 }
 
 const Token &ExprParser::advance() {
-    const Token &token = m_first[m_pos++];
-    if (m_joined) {
-        m_consumed = m_position;
-        m_position.stepOver(token);
+    const Token &token = clauseBegin[pos++];
+    if (joined) {
+        consumedPosition = currentPosition;
+        currentPosition.stepOver(token);
     } else {
-        m_consumed = {token.line, token.column};
+        consumedPosition = {token.line, token.column};
     }
     return token;
 }
 
 void ExprParser::push(Frame::Kind kind, ExprPointer node, int level) {
-    m_frames.append(Frame{kind, level, std::move(node)});
+    frames.append(Frame{kind, level, std::move(node)});
 }
 
 ExprPointer ExprParser::pop() {
-    ExprPointer node = std::move(m_frames.last().node);
-    m_frames.removeLast();
+    ExprPointer node = std::move(frames.last().node);
+    frames.removeLast();
     return node;
 }
 
 // A node that follows a tree takes the tree's position.
 void ExprParser::replaceValue(ExprPointer node) {
-    node->line = m_value->line;
-    node->column = m_value->column;
-    m_value = std::move(node);
+    node->line = value->line;
+    node->column = value->column;
+    value = std::move(node);
 }
 
-// The recursive rule, with what it would leave on the stack kept in m_frames.
+// The recursive rule, with what it would leave on the stack kept in frames.
 ExprPointer ExprParser::parseOr() {
     Step step = Step::Operand;
     while (step != Step::Done) {
@@ -173,7 +173,7 @@ ExprPointer ExprParser::parseOr() {
             break;
         }
     }
-    return std::move(m_value);
+    return std::move(value);
 }
 
 ExprParser::Step ExprParser::readOperand() {
@@ -209,24 +209,24 @@ ExprParser::Step ExprParser::readPrimary() {
     case StringLiteral:
     case CharLiteral: {
         const Token &token = advance();
-        m_value = newNode(ExprKind::Literal, m_consumed);
-        m_value->literalText = token.text;
-        m_value->literalIsString = token.kind == StringLiteral || token.kind == CharLiteral;
+        value = newNode(ExprKind::Literal, consumedPosition);
+        value->literalText = token.text;
+        value->literalIsString = token.kind == StringLiteral || token.kind == CharLiteral;
         return Step::Postfix;
     }
     case Identifier: {
         const Token &token = advance();
         // The one constant that is folded.
         const bool isPi = token.text == QLatin1String("Pi");
-        m_value = newNode(isPi ? ExprKind::Literal : ExprKind::Identifier, m_consumed);
+        value = newNode(isPi ? ExprKind::Literal : ExprKind::Identifier, consumedPosition);
         if (isPi)
-            m_value->literalText = QStringLiteral("3.1415926");
+            value->literalText = QStringLiteral("3.1415926");
         else
-            m_value->identifierName = token.text;
+            value->identifierName = token.text;
         return Step::Postfix;
     }
     default:
-        m_value.reset();
+        value.reset();
         return Step::Operator;
     }
 }
@@ -235,8 +235,8 @@ ExprParser::Step ExprParser::readPostfix() {
     switch (current().kind) {
     case LBracket: {
         advance();
-        ExprPointer node = newNode(ExprKind::Index, {m_value->line, m_value->column});
-        node->indexBase = std::move(m_value);
+        ExprPointer node = newNode(ExprKind::Index, {value->line, value->column});
+        node->indexBase = std::move(value);
         push(Frame::Kind::Index, std::move(node));
         return Step::Operand;
     }
@@ -248,11 +248,11 @@ ExprParser::Step ExprParser::readPostfix() {
         return beginCall();
     case PlusPlus:
     case MinusMinus: {
-        ExprPointer node = newNode(ExprKind::IncDec, {m_value->line, m_value->column});
+        ExprPointer node = newNode(ExprKind::IncDec, {value->line, value->column});
         node->isIncrement = advance().kind == PlusPlus;
         node->isPrefix = false;
-        node->incDecOperand = std::move(m_value);
-        m_value = std::move(node);
+        node->incDecOperand = std::move(value);
+        value = std::move(node);
         return Step::Postfix;
     }
     default:
@@ -267,18 +267,18 @@ ExprParser::Step ExprParser::readMember() {
         return Step::Operator;
     ExprPointer node = newNode(ExprKind::Member);
     node->memberName = advance().text;
-    node->memberBase = memberBaseOf(*m_value);
+    node->memberBase = memberBaseOf(*value);
     replaceValue(std::move(node));
     return Step::Postfix;
 }
 
 ExprParser::Step ExprParser::beginCall() {
     ExprPointer node = newNode(ExprKind::Call);
-    node->callee = nameOf(*m_value);
+    node->callee = nameOf(*value);
     replaceValue(std::move(node));
     if (match(RParen))
         return Step::Postfix;
-    push(Frame::Kind::Call, std::move(m_value));
+    push(Frame::Kind::Call, std::move(value));
     return Step::Operand;
 }
 
@@ -290,64 +290,64 @@ ExprParser::Step ExprParser::readOperator() {
     closeBinaries(level);
     if (level > 0) {
         ExprPointer node = newNode(ExprKind::Binary);
-        node->left = std::move(m_value);
+        node->left = std::move(value);
         node->op = advance().text;
         push(Frame::Kind::Binary, std::move(node), level);
         return Step::Operand;
     }
-    if (m_frames.isEmpty())
+    if (frames.isEmpty())
         return Step::Done;
-    return m_frames.last().kind == Frame::Kind::Call ? closeArgument() : closeBracket();
+    return frames.last().kind == Frame::Kind::Call ? closeArgument() : closeBracket();
 }
 
 void ExprParser::closePrefixes() {
-    while (!m_frames.isEmpty()) {
-        const Frame::Kind kind = m_frames.last().kind;
+    while (!frames.isEmpty()) {
+        const Frame::Kind kind = frames.last().kind;
         if (kind != Frame::Kind::Unary && kind != Frame::Kind::Prefix)
             return;
         ExprPointer node = pop();
         if (kind == Frame::Kind::Unary) {
-            node->operand = std::move(m_value);
+            node->operand = std::move(value);
         } else {
-            node->incDecOperand = std::move(m_value);
+            node->incDecOperand = std::move(value);
             // Meant: the last token of the operand and not the operator.
-            node->line = m_consumed.line;
-            node->column = m_consumed.column;
+            node->line = consumedPosition.line;
+            node->column = consumedPosition.column;
         }
-        m_value = std::move(node);
+        value = std::move(node);
     }
 }
 
 // Operators of one level nest on the left; 0 closes all.
 void ExprParser::closeBinaries(int level) {
-    while (!m_frames.isEmpty() && m_frames.last().kind == Frame::Kind::Binary &&
-           m_frames.last().level >= level) {
+    while (!frames.isEmpty() && frames.last().kind == Frame::Kind::Binary &&
+           frames.last().level >= level) {
         ExprPointer node = pop();
-        node->right = std::move(m_value);
-        m_value = std::move(node);
+        node->right = std::move(value);
+        value = std::move(node);
     }
 }
 
 ExprParser::Step ExprParser::closeBracket() {
-    const bool isIndex = m_frames.last().kind == Frame::Kind::Index;
+    const bool isIndex = frames.last().kind == Frame::Kind::Index;
     ExprPointer node = pop();
     // A missing bracket is passed over.
     (void)match(isIndex ? RBracket : RParen);
     if (isIndex) {
-        node->indexValue = std::move(m_value);
-        m_value = std::move(node);
+        node->indexValue = std::move(value);
+        value = std::move(node);
     }
     // An empty pair of parentheses is null, and nothing can follow it.
-    return m_value ? Step::Postfix : Step::Operator;
+    return value ? Step::Postfix : Step::Operator;
 }
 
 ExprParser::Step ExprParser::closeArgument() {
-    m_frames.last().node->args.push_back(std::move(m_value));
+    frames.last().node->args.push_back(std::move(value));
     if (match(Comma))
         return Step::Operand;
     // A missing parenthesis is passed over.
     (void)match(RParen);
-    m_value = pop();
+    value = pop();
     return Step::Postfix;
 }
 

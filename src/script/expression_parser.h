@@ -95,17 +95,17 @@ private:
     Step closeBracket();
     Step closeArgument();
 
-    std::vector<Token> m_owned;
-    const Token *m_first;
-    qint32 m_count;
-    qint32 m_pos = 0;
-    bool m_joined;
+    std::vector<Token> owned;
+    const Token *clauseBegin;
+    qint32 count;
+    qint32 pos = 0;
+    bool joined;
     // Of the current token and of the one consumed last.
-    TextPosition m_position;
-    TextPosition m_consumed;
+    TextPosition currentPosition;
+    TextPosition consumedPosition;
     // The operand read last.
-    std::shared_ptr<ExprNode> m_value;
-    QVarLengthArray<Frame, 16> m_frames;
+    std::shared_ptr<ExprNode> value;
+    QVarLengthArray<Frame, 16> frames;
 };
 
 } // namespace ast

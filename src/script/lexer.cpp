@@ -100,33 +100,33 @@ bool isBlank(QChar character) {
 class Scan {
 public:
     Scan(const QString &source, std::vector<Token> &tokens)
-        : m_begin(source.constData())
-        , m_end(m_begin + source.size())
-        , m_next(m_begin)
-        , m_lineStart(m_begin)
-        , m_tokens(tokens) {}
+        : textBegin(source.constData())
+        , textEnd(textBegin + source.size())
+        , at(textBegin)
+        , lineStart(textBegin)
+        , result(tokens) {}
 
     // False at an unknown character, which then stands at position().
     bool run() {
         for (;;) {
-            while (m_next != m_end && isBlank(*m_next))
-                ++m_next;
-            if (m_next == m_end)
+            while (at != textEnd && isBlank(*at))
+                ++at;
+            if (at == textEnd)
                 return true;
-            m_tokenLine = m_line;
-            m_tokenColumn = column();
+            tokenLine = lineNumber;
+            tokenColumn = column();
             if (!readOne())
                 return false;
         }
     }
 
-    const QChar *next() const { return m_next; }
-    qint32 line() const { return m_line; }
-    qint32 column() const { return qint32(m_next - m_lineStart) + 1; }
+    const QChar *next() const { return at; }
+    qint32 line() const { return lineNumber; }
+    qint32 column() const { return qint32(at - lineStart) + 1; }
 
 private:
     bool readOne() {
-        const QChar first = *m_next;
+        const QChar first = *at;
         if (first == QLatin1Char('\n'))
             readLineFeed();
         else if (first == QLatin1Char('/') && second() == u'/')
@@ -145,40 +145,40 @@ private:
     }
 
     // The unit after the next one; 0 at the end of the text, which matches nothing.
-    char16_t second() const { return m_next + 1 == m_end ? u'\0' : m_next[1].unicode(); }
+    char16_t second() const { return at + 1 == textEnd ? u'\0' : at[1].unicode(); }
 
     void append(qint32 kind, QString text) {
-        m_tokens.push_back({kind, std::move(text), m_tokenLine, m_tokenColumn});
+        result.push_back({kind, std::move(text), tokenLine, tokenColumn});
     }
 
     void readLineFeed() {
-        ++m_next;
+        ++at;
         append(Newline, QStringLiteral("\n"));
-        ++m_line;
-        m_lineStart = m_next;
+        ++lineNumber;
+        lineStart = at;
     }
 
-    void skipComment() { m_next = std::find(m_next, m_end, QLatin1Char('\n')); }
+    void skipComment() { at = std::find(at, textEnd, QLatin1Char('\n')); }
 
     void consume() {
-        if (*m_next++ == QLatin1Char('\n')) {
-            ++m_line;
-            m_lineStart = m_next;
+        if (*at++ == QLatin1Char('\n')) {
+            ++lineNumber;
+            lineStart = at;
         }
     }
 
     // The shared spelling of the units from `start` to here.
     Spelling &spelling(const QChar *start) {
         quint32 hash = 0;
-        for (const QChar *unit = start; unit != m_next; ++unit)
+        for (const QChar *unit = start; unit != at; ++unit)
             hash = (hash ^ unit->unicode()) * 0x9e3779b1U;
-        return m_spellings.find(start, qint32(m_next - start), hash ^ (hash >> 15));
+        return spellings.find(start, qint32(at - start), hash ^ (hash >> 15));
     }
 
     void readWord() {
-        const QChar *start = m_next;
-        while (m_next != m_end && (m_next->isLetterOrNumber() || *m_next == QLatin1Char('_')))
-            ++m_next;
+        const QChar *start = at;
+        while (at != textEnd && (at->isLetterOrNumber() || *at == QLatin1Char('_')))
+            ++at;
         Spelling &word = spelling(start);
         if (word.kind < 0) {
             const auto keyword = FunctionLibrary::instance().tokenKindOf(word.text);
@@ -188,24 +188,24 @@ private:
     }
 
     void readNumber() {
-        const QChar *start = m_next;
+        const QChar *start = at;
         bool hasDot = false;
-        for (; m_next != m_end; ++m_next) {
-            if (!m_next->isDigit() && (hasDot || *m_next != QLatin1Char('.')))
+        for (; at != textEnd; ++at) {
+            if (!at->isDigit() && (hasDot || *at != QLatin1Char('.')))
                 break;
-            hasDot = hasDot || *m_next == QLatin1Char('.');
+            hasDot = hasDot || *at == QLatin1Char('.');
         }
         append(hasDot ? FloatLiteral : IntLiteral, spelling(start).text);
     }
 
     void readString() {
-        const QChar *start = m_next++;
-        while (m_next != m_end) {
-            const QChar unit = *m_next;
+        const QChar *start = at++;
+        while (at != textEnd) {
+            const QChar unit = *at;
             consume();
             if (unit == QLatin1Char('"'))
                 break;
-            if (unit == QLatin1Char('\\') && m_next != m_end)
+            if (unit == QLatin1Char('\\') && at != textEnd)
                 consume();
         }
         append(StringLiteral, spelling(start).text);
@@ -213,9 +213,9 @@ private:
 
     // A backslash has no meaning here, which differs from strings on purpose.
     void readCharacter() {
-        const QChar *start = m_next++;
-        while (m_next != m_end) {
-            const QChar unit = *m_next;
+        const QChar *start = at++;
+        while (at != textEnd) {
+            const QChar unit = *at;
             consume();
             if (unit == QLatin1Char('\''))
                 break;
@@ -225,27 +225,27 @@ private:
 
     bool readOperator() {
         qint32 length = 2;
-        Operator found = twoCharacterOperator(m_next->unicode(), second());
+        Operator found = twoCharacterOperator(at->unicode(), second());
         if (found.kind < 0) {
             length = 1;
-            found = oneCharacterOperator(m_next->unicode());
+            found = oneCharacterOperator(at->unicode());
         }
         if (found.kind < 0)
             return false;
-        m_next += length;
+        at += length;
         append(found.kind, std::move(found.text));
         return true;
     }
 
-    const QChar *m_begin;
-    const QChar *m_end;
-    const QChar *m_next;
-    const QChar *m_lineStart;
-    qint32 m_line = 1;
-    qint32 m_tokenLine = 1;
-    qint32 m_tokenColumn = 1;
-    std::vector<Token> &m_tokens;
-    SpellingTable m_spellings;
+    const QChar *textBegin;
+    const QChar *textEnd;
+    const QChar *at;
+    const QChar *lineStart;
+    qint32 lineNumber = 1;
+    qint32 tokenLine = 1;
+    qint32 tokenColumn = 1;
+    std::vector<Token> &result;
+    SpellingTable spellings;
 };
 
 } // namespace

@@ -1,5 +1,5 @@
 // Statements that hold others. What the recursive rule would leave on the thread's stack stands in
-// m_frames: a frame for each statement that waits for a block, and for each block or arm that waits
+// frames: a frame for each statement that waits for a block, and for each block or arm that waits
 // for its next statement.
 #include "script/expression_parser.h"
 #include "script/parser.h"
@@ -31,17 +31,17 @@ std::shared_ptr<Stmt> Parser::parseSwitch(QString *error) {
 
 std::shared_ptr<Block> Parser::parseBlock(QString *error) {
     run(Step::Block, error);
-    return std::move(m_block);
+    return std::move(readBlock);
 }
 
 std::shared_ptr<Stmt> Parser::runStatement(Step step, QString *error) {
     run(step, error);
-    return std::move(m_statement);
+    return std::move(readStatement);
 }
 
 // Goes on until nothing stands open.
 void Parser::run(Step step, QString *error) {
-    while (step != Step::Finished || !m_frames.empty()) {
+    while (step != Step::Finished || !frames.empty()) {
         switch (step) {
         case Step::Statement:
             step = beginStatement(error);
@@ -57,7 +57,7 @@ void Parser::run(Step step, QString *error) {
 }
 
 Parser::Step Parser::finish(std::shared_ptr<Stmt> statement) {
-    m_statement = std::move(statement);
+    readStatement = std::move(statement);
     return Step::Finished;
 }
 
@@ -111,66 +111,66 @@ Parser::Step Parser::beginBlock(QString *error) {
     block->line = peek().line;
     block->column = peek().column;
     if (!expect(LBrace, QStringLiteral("expected '{'"), error)) {
-        m_block.reset();
+        readBlock.reset();
         return Step::Finished;
     }
     skipNewlines();
-    m_frames.push_back({Frame::Kind::Block, nullptr, std::move(block)});
+    frames.push_back({Frame::Kind::Block, nullptr, std::move(block)});
     return check(RBrace) || atEnd() ? closeBlock(error) : Step::Statement;
 }
 
 // A statement that fails fails its block.
 Parser::Step Parser::resumeBlock(QString *error) {
-    if (!m_statement) {
-        m_frames.pop_back();
-        m_block.reset();
+    if (!readStatement) {
+        frames.pop_back();
+        readBlock.reset();
         return Step::Finished;
     }
-    m_frames.back().block->statements.push_back(std::move(m_statement));
+    frames.back().block->statements.push_back(std::move(readStatement));
     skipNewlines();
     return check(RBrace) || atEnd() ? closeBlock(error) : Step::Statement;
 }
 
 Parser::Step Parser::closeBlock(QString *error) {
-    m_block = std::move(m_frames.back().block);
-    m_frames.pop_back();
+    readBlock = std::move(frames.back().block);
+    frames.pop_back();
     if (!expect(RBrace, QStringLiteral("expected '}'"), error))
-        m_block.reset();
+        readBlock.reset();
     return Step::Finished;
 }
 
 // Hands the result of the step that finished to what it stands in. A body that failed stays null
 // in its statement, which goes on.
 Parser::Step Parser::resume(QString *error) {
-    const Frame::Kind kind = m_frames.back().kind;
+    const Frame::Kind kind = frames.back().kind;
     if (kind == Frame::Kind::Block)
         return resumeBlock(error);
     if (kind == Frame::Kind::Arm)
         return resumeArm(error);
-    const std::shared_ptr<Stmt> statement = std::move(m_frames.back().statement);
-    m_frames.pop_back();
+    const std::shared_ptr<Stmt> statement = std::move(frames.back().statement);
+    frames.pop_back();
     if (kind == Frame::Kind::ForBody) {
-        static_cast<ForStmt &>(*statement).body = std::move(m_block);
+        static_cast<ForStmt &>(*statement).body = std::move(readBlock);
         return finish(statement);
     }
     if (kind == Frame::Kind::WhileBody) {
-        static_cast<WhileStmt &>(*statement).body = std::move(m_block);
+        static_cast<WhileStmt &>(*statement).body = std::move(readBlock);
         return finish(statement);
     }
     const auto ifStatement = std::static_pointer_cast<IfStmt>(statement);
     if (kind == Frame::Kind::Else) {
-        ifStatement->elseBlock = std::move(m_block);
+        ifStatement->elseBlock = std::move(readBlock);
         return finish(statement);
     }
     if (kind == Frame::Kind::Then)
-        ifStatement->thenBlock = std::move(m_block);
+        ifStatement->thenBlock = std::move(readBlock);
     else
-        ifStatement->elseIfs.back().body = std::move(m_block);
+        ifStatement->elseIfs.back().body = std::move(readBlock);
     return continueIf(ifStatement, error);
 }
 
 Parser::Step Parser::enterBody(Frame::Kind kind, std::shared_ptr<Stmt> statement) {
-    m_frames.push_back({kind, std::move(statement), nullptr});
+    frames.push_back({kind, std::move(statement), nullptr});
     return Step::Block;
 }
 
@@ -296,13 +296,13 @@ Parser::Step Parser::beginSwitch(QString *error) {
     if (!expect(LBrace, QStringLiteral("expected '{' after switch"), error))
         return fail();
     skipNewlines();
-    m_frames.push_back({Frame::Kind::Arm, std::move(statement), nullptr});
+    frames.push_back({Frame::Kind::Arm, std::move(statement), nullptr});
     return readArms(error);
 }
 
 // Reads labels until one has a statement behind it, or the switch ends.
 Parser::Step Parser::readArms(QString *error) {
-    auto &statement = static_cast<SwitchStmt &>(*m_frames.back().statement);
+    auto &statement = static_cast<SwitchStmt &>(*frames.back().statement);
     bool isWhole = true;
     while (isWhole && !check(RBrace) && !atEnd()) {
         skipNewlines();
@@ -312,8 +312,8 @@ Parser::Step Parser::readArms(QString *error) {
         if (isWhole && startsArmStatement())
             return Step::Statement;
     }
-    std::shared_ptr<Stmt> result = std::move(m_frames.back().statement);
-    m_frames.pop_back();
+    std::shared_ptr<Stmt> result = std::move(frames.back().statement);
+    frames.pop_back();
     if (!isWhole || !expect(RBrace, QStringLiteral("expected '}' after switch"), error))
         return fail();
     return finish(std::move(result));
@@ -354,12 +354,12 @@ bool Parser::startsArmStatement() {
 }
 
 Parser::Step Parser::resumeArm(QString *error) {
-    if (!m_statement) {
-        m_frames.pop_back();
+    if (!readStatement) {
+        frames.pop_back();
         return fail();
     }
-    auto &statement = static_cast<SwitchStmt &>(*m_frames.back().statement);
-    statement.cases.back().body->statements.push_back(std::move(m_statement));
+    auto &statement = static_cast<SwitchStmt &>(*frames.back().statement);
+    statement.cases.back().body->statements.push_back(std::move(readStatement));
     skipNewlines();
     return !check(RBrace) && startsArmStatement() ? Step::Statement : readArms(error);
 }

@@ -81,31 +81,31 @@ QString parameterType(qint32 kind) {
 
 } // namespace
 
-Parser::Parser(std::vector<Token> tokens, TokenOrigin origin)
-    : m_tokens(std::move(tokens))
-    , m_fromLexer(origin == TokenOrigin::Lexer) {
-    if (m_tokens.empty() || m_tokens.back().kind != Eof)
-        m_tokens.emplace_back();
+Parser::Parser(std::vector<Token> script, TokenOrigin origin)
+    : tokens(std::move(script))
+    , fromLexer(origin == TokenOrigin::Lexer) {
+    if (tokens.empty() || tokens.back().kind != Eof)
+        tokens.emplace_back();
 }
 
 const Token &Parser::peek(qint32 offset) const {
-    const qint64 index = qint64(m_pos) + offset;
-    return index < qint64(m_tokens.size()) ? m_tokens[size_t(index)] : m_tokens.back();
+    const qint64 index = qint64(pos) + offset;
+    return index < qint64(tokens.size()) ? tokens[size_t(index)] : tokens.back();
 }
 
 bool Parser::atEnd() const {
-    return m_tokens[size_t(m_pos)].kind == Eof;
+    return tokens[size_t(pos)].kind == Eof;
 }
 
 bool Parser::check(qint32 kind) const {
-    const qint32 here = m_tokens[size_t(m_pos)].kind;
+    const qint32 here = tokens[size_t(pos)].kind;
     return here != Eof && here == kind;
 }
 
 const Token &Parser::advance() {
     if (!atEnd())
-        ++m_pos;
-    return m_tokens[size_t(m_pos > 0 ? m_pos - 1 : 0)];
+        ++pos;
+    return tokens[size_t(pos > 0 ? pos - 1 : 0)];
 }
 
 bool Parser::match(qint32 kind) {
@@ -140,15 +140,15 @@ void Parser::skipNewlines() {
 
 Clause Parser::collectClause(StopTest stop) {
     BracketWalk walk;
-    const Token *first = &m_tokens[size_t(m_pos)];
+    const Token *first = &tokens[size_t(pos)];
     const Token *token = first;
     for (; token->kind != Eof; ++token) {
         if (walk.mayStop() && stop(*token))
             break;
-        walk.stepOver(*token, m_fromLexer);
+        walk.stepOver(*token, fromLexer);
     }
-    m_pos += qint32(token - first);
-    return makeClause(first, token, m_fromLexer);
+    pos += qint32(token - first);
+    return makeClause(first, token, fromLexer);
 }
 
 QString Parser::collectText(StopTest stop) {

@@ -51,7 +51,7 @@ enum class TokenOrigin { Anywhere, Lexer };
 class Parser {
 public:
     // An empty vector stands for one that holds only Eof.
-    explicit Parser(std::vector<Token> tokens, TokenOrigin origin = TokenOrigin::Anywhere);
+    explicit Parser(std::vector<Token> script, TokenOrigin origin = TokenOrigin::Anywhere);
 
     Parser(const Parser &) = delete;
     Parser &operator=(const Parser &) = delete;
@@ -156,13 +156,13 @@ private:
     Step resumeBlock(QString *error);
     Step resumeArm(QString *error);
 
-    std::vector<Token> m_tokens;
-    qint32 m_pos = 0;
-    bool m_fromLexer;
-    std::vector<Frame> m_frames;
+    std::vector<Token> tokens;
+    qint32 pos = 0;
+    bool fromLexer;
+    std::vector<Frame> frames;
     // The results of the step that finished last.
-    std::shared_ptr<Stmt> m_statement;
-    std::shared_ptr<Block> m_block;
+    std::shared_ptr<Stmt> readStatement;
+    std::shared_ptr<Block> readBlock;
 };
 
 } // namespace ast

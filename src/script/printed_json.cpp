@@ -14,10 +14,10 @@ const char *kindName(ExprKind kind) {
 class Fields {
 public:
     Fields(Parts &parts, const char *type)
-        : m_parts(parts) {
-        m_parts.text("{\"type\":\"").text(type).text("\"");
+        : out(parts) {
+        out.text("{\"type\":\"").text(type).text("\"");
     }
-    ~Fields() { m_parts.text("}"); }
+    ~Fields() { out.text("}"); }
     Fields(const Fields &) = delete;
     Fields &operator=(const Fields &) = delete;
 
@@ -28,8 +28,8 @@ public:
     Fields &add(const char *name, qint32 value) { return raw(name, QString::number(value)); }
     Fields &add(const char *name, const QStringList &values) {
         key(name).text("[").list(values, ",",
-                                 [this](const QString &value) { m_parts.text(quotedJson(value)); });
-        m_parts.text("]");
+                                 [this](const QString &value) { out.text(quotedJson(value)); });
+        out.text("]");
         return *this;
     }
     template<typename Node>
@@ -39,13 +39,13 @@ public:
     }
     template<typename Node>
     Fields &add(const char *name, const std::vector<std::shared_ptr<Node>> &nodes) {
-        key(name).text("[").list(nodes, ",", [this](const auto &node) { m_parts.node(node); });
-        m_parts.text("]");
+        key(name).text("[").list(nodes, ",", [this](const auto &node) { out.node(node); });
+        out.text("]");
         return *this;
     }
     Fields &add(const char *name, const Expression &expression) {
         key(name);
-        Fields(m_parts, "Expression")
+        Fields(out, "Expression")
             .add("text", expression.text)
             .add("line", expression.line)
             .add("column", expression.column)
@@ -54,23 +54,21 @@ public:
     }
     Fields &add(const char *name, const std::vector<ElseIfClause> &clauses) {
         key(name).text("[").list(clauses, ",", [this](const ElseIfClause &clause) {
-            Fields(m_parts, "ElseIfClause")
-                .add("condition", clause.condition)
-                .add("body", clause.body);
+            Fields(out, "ElseIfClause").add("condition", clause.condition).add("body", clause.body);
         });
-        m_parts.text("]");
+        out.text("]");
         return *this;
     }
     Fields &add(const char *name, const std::vector<SwitchCase> &cases) {
         key(name).text("[").list(cases, ",", [this](const SwitchCase &arm) {
-            Fields(m_parts, "SwitchCase")
+            Fields(out, "SwitchCase")
                 .add("isDefault", arm.isDefault)
                 .add("value", arm.value)
                 .add("body", arm.body)
                 .add("line", arm.line)
                 .add("column", arm.column);
         });
-        m_parts.text("]");
+        out.text("]");
         return *this;
     }
     // Of every statement.
@@ -79,13 +77,13 @@ public:
     }
 
 private:
-    Parts &key(const char *name) { return m_parts.text(",\"").text(name).text("\":"); }
+    Parts &key(const char *name) { return out.text(",\"").text(name).text("\":"); }
     Fields &raw(const char *name, const QString &value) {
         key(name).text(value);
         return *this;
     }
 
-    Parts &m_parts;
+    Parts &out;
 };
 
 // Adds the fields of a statement of class `Statement`; false if it is of another class.

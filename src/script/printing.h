@@ -22,19 +22,19 @@ using Part = std::variant<QString, const ExprNode *, const Stmt *, const Block *
 class Parts {
 public:
     Parts &text(const QString &text) {
-        if (!m_list.empty() && std::holds_alternative<QString>(m_list.back()))
-            std::get<QString>(m_list.back()) += text;
+        if (!content.empty() && std::holds_alternative<QString>(content.back()))
+            std::get<QString>(content.back()) += text;
         else
-            m_list.emplace_back(text);
+            content.emplace_back(text);
         return *this;
     }
     Parts &text(const char *text) { return this->text(QString::fromLatin1(text)); }
     template<typename Node>
     Parts &node(const std::shared_ptr<Node> &node) {
         if constexpr (std::is_base_of_v<Stmt, Node>)
-            m_list.emplace_back(static_cast<const Stmt *>(node.get()));
+            content.emplace_back(static_cast<const Stmt *>(node.get()));
         else
-            m_list.emplace_back(static_cast<const Node *>(node.get()));
+            content.emplace_back(static_cast<const Node *>(node.get()));
         return *this;
     }
     // The parts behind `separator`, one for each entry of a list.
@@ -49,34 +49,34 @@ public:
         }
         return *this;
     }
-    std::vector<Part> &parts() { return m_list; }
+    std::vector<Part> &parts() { return content; }
 
 private:
-    std::vector<Part> m_list;
+    std::vector<Part> content;
 };
 
 // Gathers text, and hands it on in pieces that are worth a call.
 class Pieces {
 public:
-    explicit Pieces(const TextSink &sink)
-        : m_sink(sink) {}
+    explicit Pieces(const TextSink &target)
+        : sink(target) {}
 
     void add(const QString &text) {
-        m_piece += text;
-        if (m_piece.size() >= unitsOfPiece)
+        piece += text;
+        if (piece.size() >= unitsOfPiece)
             handOn();
     }
     // After the last text.
     void handOn() {
-        m_sink(m_piece);
-        m_piece.resize(0);
+        sink(piece);
+        piece.resize(0);
     }
 
 private:
     static const int unitsOfPiece = 65536;
 
-    const TextSink &m_sink;
-    QString m_piece;
+    const TextSink &sink;
+    QString piece;
 };
 
 // Prints `first` and all below it. `Form::partsOf` gives the parts of a node, which may be null.

@@ -95,14 +95,14 @@ Expression Parser::collectExpression(StopTest stop) {
 std::shared_ptr<Stmt> Parser::parseSimpleText(const QString &text, qint32 line, qint32 column,
                                               QString *error) {
     QString lexError;
-    const std::vector<Token> tokens = Lexer(text).tokenize(&lexError);
+    const std::vector<Token> lexed = Lexer(text).tokenize(&lexError);
     if (!lexError.isEmpty()) {
         if (error)
             *error = lexError;
         return nullptr;
     }
-    const Token *first = tokens.data();
-    auto statement = readIncDecOrAssign(first, first + tokens.size() - 1, line, column);
+    const Token *first = lexed.data();
+    auto statement = readIncDecOrAssign(first, first + lexed.size() - 1, line, column);
     return statement ? statement : expressionStatement(makeExpression(text, line, column));
 }
 

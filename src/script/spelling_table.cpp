@@ -19,9 +19,9 @@ bool equals(const QString &text, const QChar *units, qint32 length) {
 
 // The slot that holds the spelling or that is free for it; null if both are out of reach.
 SpellingTable::Slot *SpellingTable::place(const QChar *units, qint32 length, quint32 hash) {
-    const quint32 mask = quint32(m_slots.size()) - 1;
+    const quint32 mask = quint32(entries.size()) - 1;
     for (quint32 probe = 0; probe < probeLimit; ++probe) {
-        Slot &slot = m_slots[(hash + probe) & mask];
+        Slot &slot = entries[(hash + probe) & mask];
         if (!slot.isUsed || (slot.hash == hash && equals(slot.spelling.text, units, length)))
             return &slot;
     }
@@ -29,31 +29,31 @@ SpellingTable::Slot *SpellingTable::place(const QChar *units, qint32 length, qui
 }
 
 Spelling &SpellingTable::find(const QChar *units, qint32 length, quint32 hash) {
-    if (m_used >= m_slots.size() / 2)
+    if (used >= entries.size() / 2)
         grow();
     Slot *slot = place(units, length, hash);
     if (!slot) {
-        m_unshared = {QString(units, length), -1};
-        return m_unshared;
+        unshared = {QString(units, length), -1};
+        return unshared;
     }
     if (!slot->isUsed) {
         *slot = {{QString(units, length), -1}, hash, true};
-        ++m_used;
+        ++used;
     }
     return slot->spelling;
 }
 
 void SpellingTable::grow() {
-    std::vector<Slot> old(m_slots.empty() ? firstSize : m_slots.size() * 2);
-    old.swap(m_slots);
-    m_used = 0;
+    std::vector<Slot> old(entries.empty() ? firstSize : entries.size() * 2);
+    old.swap(entries);
+    used = 0;
     for (Slot &slot : old) {
         const QString &text = slot.spelling.text;
         Slot *target = slot.isUsed ? place(text.constData(), text.size(), slot.hash) : nullptr;
         if (!target)
             continue;
         *target = std::move(slot);
-        ++m_used;
+        ++used;
     }
 }
 

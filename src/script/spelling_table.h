@@ -30,9 +30,9 @@ private:
     Slot *place(const QChar *units, qint32 length, quint32 hash);
     void grow();
 
-    std::vector<Slot> m_slots;
-    quint32 m_used = 0;
-    Spelling m_unshared;
+    std::vector<Slot> entries;
+    quint32 used = 0;
+    Spelling unshared;
 };
 
 } // namespace ast

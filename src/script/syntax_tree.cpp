@@ -26,8 +26,8 @@ public:
         ExprNode *end = child.get();
         while (end->operand && end->operand.use_count() == 1)
             end = end->operand.get();
-        end->operand = std::move(m_first);
-        m_first = std::move(child);
+        end->operand = std::move(first);
+        first = std::move(child);
     }
 
     void takeChildrenOf(ExprNode &node) {
@@ -41,15 +41,15 @@ public:
     }
 
     void freeAll() {
-        while (m_first) {
-            const ExprPointer node = std::move(m_first);
-            m_first = std::move(node->operand);
+        while (first) {
+            const ExprPointer node = std::move(first);
+            first = std::move(node->operand);
             takeChildrenOf(*node);
         }
     }
 
 private:
-    ExprPointer m_first;
+    ExprPointer first;
 };
 
 using Statements = std::vector<std::shared_ptr<Stmt>>;

@@ -50,24 +50,23 @@ public:
     RsaStep decodeKey(const QByteArray &derKey) override {
         const unsigned char *at = bytesOf(derKey);
         const unsigned char *end = at + derKey.size();
-        m_info.reset(d2i_X509_PUBKEY(nullptr, &at, static_cast<long>(derKey.size())));
+        info.reset(d2i_X509_PUBKEY(nullptr, &at, static_cast<long>(derKey.size())));
         ERR_clear_error();
-        return m_info && at == end ? RsaStep{true} : RsaStep{false, asn1BadTag};
+        return info && at == end ? RsaStep{true} : RsaStep{false, asn1BadTag};
     }
 
     RsaStep importKey() override {
         // The structure keeps the key; it is empty if the bits inside are not a key of their kind.
-        m_key = X509_PUBKEY_get0(m_info.get());
+        key = X509_PUBKEY_get0(info.get());
         ERR_clear_error();
-        if (!m_key)
+        if (!key)
             return {false, asn1BadTag};
-        return EVP_PKEY_get_base_id(m_key) == EVP_PKEY_RSA ? RsaStep{true}
-                                                           : RsaStep{false, badAlgorithm};
+        return EVP_PKEY_get_base_id(key) == EVP_PKEY_RSA ? RsaStep{true}
+                                                         : RsaStep{false, badAlgorithm};
     }
 
     qint32 verifyHash(const QByteArray &sha256, const QByteArray &signature) override {
-        return signatureMatches(m_key, sha256, signature) ? 0
-                                                          : static_cast<qint32>(invalidSignature);
+        return signatureMatches(key, sha256, signature) ? 0 : static_cast<qint32>(invalidSignature);
     }
 
     RsaStep acquireLegacyContext() override { return {true}; }
@@ -78,13 +77,13 @@ public:
         QByteArray bigEndian = signature;
         std::reverse(bigEndian.begin(), bigEndian.end());
         const QByteArray hash = QCryptographicHash::hash(data, QCryptographicHash::Sha256);
-        return signatureMatches(m_key, hash, bigEndian) ? RsaStep{true}
-                                                        : RsaStep{false, badSignature};
+        return signatureMatches(key, hash, bigEndian) ? RsaStep{true}
+                                                      : RsaStep{false, badSignature};
     }
 
 private:
-    PublicKeyInfo m_info;
-    EVP_PKEY *m_key = nullptr; // owned by m_info
+    PublicKeyInfo info;
+    EVP_PKEY *key = nullptr; // owned by info
 };
 
 } // namespace

@@ -31,22 +31,22 @@ using Reader = std::unique_ptr<archive, ReadFree>;
 class Utf8Names {
 public:
     Utf8Names()
-        : m_locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
-        if (m_locale != nullptr)
-            m_before = uselocale(m_locale);
+        : locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
+        if (locale != nullptr)
+            before = uselocale(locale);
     }
     ~Utf8Names() {
-        if (m_locale != nullptr) {
-            uselocale(m_before);
-            freelocale(m_locale);
+        if (locale != nullptr) {
+            uselocale(before);
+            freelocale(locale);
         }
     }
     Utf8Names(const Utf8Names &) = delete;
     Utf8Names &operator=(const Utf8Names &) = delete;
 
 private:
-    locale_t m_locale;
-    locale_t m_before = nullptr;
+    locale_t locale;
+    locale_t before = nullptr;
 };
 
 bool fail(const QString &text, QString *error) {
@@ -133,22 +133,22 @@ bool forEachEntry(const QString &zipPath, const QDeadlineTimer &deadline, QStrin
 // Writes entries below one folder.
 class EntryWriter {
 public:
-    EntryWriter(const QString &targetFolder, const QDeadlineTimer &deadline, QString *error)
-        : m_root(QDir::cleanPath(QFileInfo(targetFolder).absoluteFilePath()))
-        , m_deadline(deadline)
-        , m_error(error) {
-        m_folders.insert(m_root);
+    EntryWriter(const QString &targetFolder, const QDeadlineTimer &until, QString *reason)
+        : root(QDir::cleanPath(QFileInfo(targetFolder).absoluteFilePath()))
+        , deadline(until)
+        , error(reason) {
+        folders.insert(root);
     }
 
     bool write(archive *reader, archive_entry *entry) {
-        if (!checkEntry(entry, m_error)) // the file may have changed since it was checked
+        if (!checkEntry(entry, error)) // the file may have changed since it was checked
             return false;
         const QString name = nameOf(entry);
-        const QString path = QDir::cleanPath(m_root + QLatin1Char('/') + name);
+        const QString path = QDir::cleanPath(root + QLatin1Char('/') + name);
         if (isFolderEntry(entry, name))
             return makeFolder(path, name);
-        if (!path.startsWith(m_root + QLatin1Char('/')))
-            return unsafe(name, m_error);
+        if (!path.startsWith(root + QLatin1Char('/')))
+            return unsafe(name, error);
         return makeFolder(path.left(path.lastIndexOf(QLatin1Char('/'))), name) &&
                writeFile(reader, entry, path);
     }
@@ -156,20 +156,20 @@ public:
 private:
     // Folder by folder, each once: one that is a link leads out of the target.
     bool makeFolder(const QString &path, const QString &name) {
-        if (m_folders.contains(path))
+        if (folders.contains(path))
             return true;
-        if (!path.startsWith(m_root + QLatin1Char('/')))
-            return unsafe(name, m_error);
-        for (int end = m_root.size(); end >= 0;) {
+        if (!path.startsWith(root + QLatin1Char('/')))
+            return unsafe(name, error);
+        for (int end = root.size(); end >= 0;) {
             end = path.indexOf(QLatin1Char('/'), end + 1);
             const QString folder = path.left(end);
             const QFileInfo info(folder);
             if (info.isSymLink())
-                return unsafe(name, m_error);
+                return unsafe(name, error);
             if (!info.isDir() && !QDir().mkdir(folder))
-                return fail(QStringLiteral("unable to create directory: %1").arg(folder), m_error);
+                return fail(QStringLiteral("unable to create directory: %1").arg(folder), error);
         }
-        m_folders.insert(path);
+        folders.insert(path);
         return true;
     }
 
@@ -192,11 +192,11 @@ private:
             if (outcome == ARCHIVE_EOF)
                 return true;
             if (outcome != ARCHIVE_OK) // a warning too: a wrong checksum
-                return failReading(reader, m_error);
+                return failReading(reader, error);
             if (!writeBlock(file, static_cast<const char *>(block), static_cast<qint64>(size)))
                 return failWriting(file);
-            if (m_deadline.hasExpired())
-                return timedOut(m_error);
+            if (deadline.hasExpired())
+                return timedOut(error);
         }
     }
 
@@ -214,13 +214,13 @@ private:
     bool failWriting(const QFile &file) {
         return fail(QStringLiteral("unable to write file: %1 (%2)")
                         .arg(file.fileName(), file.errorString()),
-                    m_error);
+                    error);
     }
 
-    QString m_root;
-    QDeadlineTimer m_deadline;
-    QString *m_error;
-    QSet<QString> m_folders; // known to be there and to be no links
+    QString root;
+    QDeadlineTimer deadline;
+    QString *error;
+    QSet<QString> folders; // known to be there and to be no links
 };
 
 } // namespace

@@ -53,15 +53,15 @@ TextLabel::TextLabel(QWidget *parent)
 }
 
 void TextLabel::setMaximumLines(int lines) {
-    if (lines == m_maximumLines)
+    if (lines == maximumLines)
         return;
-    m_maximumLines = lines;
+    maximumLines = lines;
     updateGeometry();
     update();
 }
 
 void TextLabel::setElideMode(Qt::TextElideMode mode) {
-    m_elideMode = mode;
+    elideMode = mode;
     update();
 }
 
@@ -70,7 +70,7 @@ bool TextLabel::isElided() const {
 }
 
 int TextLabel::lineLimit() const {
-    return wordWrap() ? m_maximumLines : 1;
+    return wordWrap() ? maximumLines : 1;
 }
 
 // Fonts that stand in for missing characters may be higher than the label's own font: for a text that
@@ -109,7 +109,7 @@ QStringList TextLabel::shownLines(const QSize &size) const {
         shown.last() =
             fontMetrics().elidedText(shown.last() + ellipsis, Qt::ElideRight, size.width());
     else if (!wordWrap())
-        shown.last() = fontMetrics().elidedText(shown.last(), m_elideMode, size.width());
+        shown.last() = fontMetrics().elidedText(shown.last(), elideMode, size.width());
     return shown;
 }
 

@@ -33,8 +33,8 @@ private:
     [[nodiscard]] QStringList lines(int width, int limit) const;
     [[nodiscard]] QStringList shownLines(const QSize &size) const;
 
-    int m_maximumLines = 1000;
-    Qt::TextElideMode m_elideMode = Qt::ElideRight;
+    int maximumLines = 1000;
+    Qt::TextElideMode elideMode = Qt::ElideRight;
 };
 
 // `text` as a tool tip that shows it letter by letter, also where it looks like rich text.
