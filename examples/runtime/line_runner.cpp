@@ -9,6 +9,7 @@
 //
 // Exit codes of its own: 64 for a wrong command line, 65 for a nonce that is missing, different or
 // old, 66 for a project that is not there.
+#include "host.h"
 
 #include <algorithm>
 #include <chrono>
@@ -103,18 +104,13 @@ std::optional<Start> readCommandLine(const std::vector<std::string> &arguments) 
     return Start{*parentPid, *nonce, *project, *locale, reloadModels};
 }
 
-std::string environment(const char *name) {
-    const char *value = std::getenv(name);
-    return value ? value : "";
-}
-
 // The launcher's data folder; the first base that the environment names.
 fs::path dataFolder() {
     if (const std::string data = environment("XDG_DATA_HOME"); !data.empty())
-        return fs::path(data) / "Quorvane";
+        return fs::u8path(data) / "Quorvane";
     if (const std::string local = environment("LOCALAPPDATA"); !local.empty())
-        return fs::path(local) / "Quorvane";
-    return fs::path(environment("HOME")) / ".local" / "share" / "Quorvane";
+        return fs::u8path(local) / "Quorvane";
+    return fs::u8path(environment("HOME")) / ".local" / "share" / "Quorvane";
 }
 
 long long nowMs() {
@@ -198,7 +194,9 @@ int run(const fs::path &folder, const std::vector<std::string> &arguments) {
 int main(int argc, char **argv) {
     try {
         // The launcher starts its target by a full path, and in the target's own folder.
-        return run(fs::absolute(fs::u8path(argv[0])).parent_path(), {argv + 1, argv + argc});
+        const std::vector<std::string> words = commandLine(argc, argv);
+        return run(fs::absolute(fs::u8path(words.at(0))).parent_path(),
+                   {words.begin() + 1, words.end()});
     } catch (const std::exception &error) {
         std::fprintf(stderr, "LineRunner stand-in: %s\n", error.what());
         return EXIT_FAILURE;

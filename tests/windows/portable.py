@@ -1,0 +1,194 @@
+#!/usr/bin/env python3
+"""The portable package, unpacked where a path is at its worst, started under Wine as its user would.
+
+    portable.py --tree TREE --package PACKAGE.zip --pictures FOLDER
+
+Counts down, starts the stand-in runtime, reports its end, closes; then the log, the settings and the
+projects are looked at. It has a screen, a window manager and a Wine prefix of its own.
+"""
+import argparse
+import os
+import pathlib
+import shutil
+import sqlite3
+import subprocess
+import sys
+import tempfile
+import time
+import zipfile
+
+LOADER = "/usr/lib/wine/wine64"
+SERVER = "/usr/lib/wine/wineserver64"
+TITLE = "Quorvane Launcher"
+REPORT = "The target process exited early"
+FONTS = r"HKCU\Software\Wine\Fonts\Replacements"
+FOLDER = "产线 3 & line's"
+
+
+def wait_for(condition, what, seconds=60):
+    deadline = time.monotonic() + seconds
+    while not (value := condition()):
+        if time.monotonic() > deadline:
+            raise AssertionError(f"{seconds} s went by without: {what}")
+        time.sleep(0.1)
+    return value
+
+
+def check(condition, what):
+    if not condition:
+        raise AssertionError(what)
+    print("ok:", what)
+
+
+class Screen:
+    """Xvfb with a window manager on it."""
+
+    def __init__(self):
+        read, write = os.pipe()
+        self.processes = [subprocess.Popen(
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", "720x660x24", "-nolisten", "tcp"],
+            pass_fds=(write,), stderr=subprocess.DEVNULL)]
+        os.close(write)
+        with os.fdopen(read) as answer:
+            self.environment = dict(os.environ, DISPLAY=":" + answer.readline().strip())
+        self.processes.append(subprocess.Popen(["openbox"], env=self.environment,
+                                               stderr=subprocess.DEVNULL))
+        wait_for(lambda: "#" in self.output("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
+                 "a window manager")
+
+    def output(self, *command):
+        return subprocess.run(command, env=self.environment, stdout=subprocess.PIPE, check=False,
+                              stderr=subprocess.DEVNULL, timeout=60).stdout.decode()
+
+    def window(self, title):
+        return self.output("xdotool", "search", "--onlyvisible", "--name", f"^{title}$").strip()
+
+    def picture(self, path):
+        self.output("import", "-window", "root", "-trim", "+repage", "-strip", str(path))
+
+    def close_window(self, title):
+        """What the cross in a title bar does."""
+        window = wait_for(lambda: self.window(title), title)
+        self.output("xdotool", "windowactivate", "--sync", window, "key", "alt+F4")
+        wait_for(lambda: not self.window(title), f"the end of {title}")
+
+    def close(self):
+        for process in reversed(self.processes):
+            process.terminate()
+            process.wait(10)
+
+
+class Installation:
+    def __init__(self, root, tree, package):
+        with zipfile.ZipFile(package) as archive:
+            archive.extractall(root / "unpacked")
+        (unpacked,) = (root / "unpacked").iterdir()
+        self.root = root / FOLDER
+        unpacked.rename(self.root)
+        self.bin = self.root / "bin"
+        subprocess.run(["cmake", "--install", tree, "--prefix", self.root, "--component", "demo"],
+                       stdout=subprocess.DEVNULL, check=True)
+        (self.bin / "LineRunner.conf").write_text("lifetime_ms = 3000\nexit_code = 7\n")
+        self.prefix = root / "wine"
+
+    @property
+    def data(self):
+        (user,) = [folder for folder in (self.prefix / "drive_c/users").iterdir()
+                   if folder.name != "Public"]
+        return user / "AppData/Local/Quorvane"
+
+    def log(self):
+        path = self.data / "launcher.log"
+        return path.read_bytes() if path.exists() else b""
+
+    def has_logged(self, text):
+        return text.encode() in self.log()
+
+
+def look_at_traces(installation):
+    lines = installation.log().split(b"\r\n")
+    check(lines.pop() == b"" and len(lines) >= 4, "the log ends with a line end")
+    check(not any(b"\r" in line or b"\n" in line for line in lines), "each line ends with CR LF")
+    check(all(line[:4].isdigit() for line in lines), "each line begins with its time")
+    settings = sqlite3.connect(installation.data / "Quorvane.db")
+    values = dict(settings.execute("SELECT key, value FROM app_settings"))
+    check(values.get("ui/locale") == "en", "the settings hold the language")
+    check((installation.root / "USER/projects/demo/demo.yslib").exists(), "the demo was copied")
+    check((installation.root / "USER/projects/.demo_seed_done").exists(), "and its marker written")
+    nonces = list(installation.data.glob("launch_nonce_*.txt"))
+    check(len(nonces) == 1, "one nonce file was written")
+    told = (installation.bin / "LineRunner.log").read_text(encoding="utf-8")
+    check("nonce accepted" in told, "the runtime accepted the nonce")
+    check(f"{FOLDER}/USER/projects/demo/demo.yslib with locale en" in told,
+          "the runtime got the project's path whole")
+    check(f"{FOLDER}\\bin" in told, "the runtime ran in its own folder")
+
+
+def look_at_tool(installation, screen):
+    answer = subprocess.run([LOADER, "quorvanectl.exe", "--version"], cwd=installation.bin,
+                            env=screen.environment, stdout=subprocess.PIPE, check=False, timeout=120)
+    check(answer.returncode == 0 and answer.stdout.startswith(b"quorvanectl "),
+          "the command line tool answers")
+
+
+def run(installation, screen, pictures):
+    launcher = subprocess.Popen([LOADER, "Quorvaner.exe"], cwd=installation.bin,
+                                env=screen.environment)
+    wait_for(lambda: screen.window(TITLE), "the launcher's window", 120)
+    time.sleep(1.5)  # until it is painted; only the picture needs it
+    screen.picture(pictures / "windows-countdown.png")
+    check(True, "the launcher counts down in a window")
+    wait_for(lambda: installation.has_logged("Launching "), "the start of the runtime")
+    time.sleep(1)
+    screen.picture(pictures / "windows-monitor.png")
+    wait_for(lambda: installation.has_logged("Target exited"), "the end of the runtime")
+    check(installation.has_logged("Target exited with code 7."), "the runtime's exit code is reported")
+    wait_for(lambda: screen.window(REPORT), "the box that tells it")
+    time.sleep(1)
+    screen.picture(pictures / "windows-failed.png")
+    screen.close_window(REPORT)
+    screen.close_window(TITLE)
+    check(launcher.wait(60) == 0, "the launcher ends with its window")
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    for name in ("--tree", "--package", "--pictures"):
+        parser.add_argument(name, type=pathlib.Path, required=True)
+    wish = parser.parse_args()
+    wish.pictures.mkdir(parents=True, exist_ok=True)
+    root = pathlib.Path(tempfile.mkdtemp(prefix="quorvane_portable_"))
+    screen = Screen()
+    try:
+        installation = Installation(root, wish.tree, wish.package)
+        installation.prefix.mkdir()
+        # Nothing of the build machine's Qt may help: only what the package holds.
+        for name in [name for name in screen.environment if name.startswith(("QT_", "WINE", "XDG_DATA"))]:
+            del screen.environment[name]
+        screen.environment.update(WINEPREFIX=str(installation.prefix), WINEDEBUG="-all",
+                                  WINEDLLOVERRIDES="winemenubuilder.exe=d;mscoree=d;mshtml=d")
+        subprocess.run([LOADER, "wineboot", "-i"], env=screen.environment, check=True, timeout=300,
+                       stderr=subprocess.DEVNULL)
+        # What Windows has for dialogs is not here.
+        for font in ("MS Shell Dlg", "MS Shell Dlg 2", "Tahoma"):
+            subprocess.run([LOADER, "reg", "add", FONTS, "/v", font, "/d", "Noto Sans CJK SC", "/f"],
+                           env=screen.environment, check=True, stdout=subprocess.DEVNULL,
+                           stderr=subprocess.DEVNULL)
+        try:
+            run(installation, screen, wish.pictures)
+            look_at_traces(installation)
+            look_at_tool(installation, screen)
+        except BaseException:
+            print(installation.log().decode(errors="replace"))
+            screen.picture(wish.pictures / "windows-broken.png")
+            raise
+        finally:
+            subprocess.run([SERVER, "-k"], env=screen.environment, check=False)
+            subprocess.run([SERVER, "-w"], env=screen.environment, check=False)
+    finally:
+        screen.close()
+        shutil.rmtree(root, ignore_errors=True)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
