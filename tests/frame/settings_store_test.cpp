@@ -2,6 +2,7 @@
 
 #include "frame/app_paths.h"
 #include "support/message_capture.h"
+#include "support/platform.h"
 #include "support/staged_main.h"
 
 #include <QSqlDatabase>
@@ -265,9 +266,9 @@ private slots:
         QCOMPARE(store().defaultProject(), QString());
         store().setDefaultProject("/older.yslib");
         store().setDefaultProject(path);
-        QCOMPARE(store().defaultProject(), expected);
+        QCOMPARE(store().defaultProject(), support::rooted(expected));
         QCOMPARE(sql("SELECT * FROM app_settings"),
-                 QStringList("default_project_path|" + expected));
+                 QStringList("default_project_path|" + support::rooted(expected)));
     }
 
     void recentProjectsComeNewestFirst() {
@@ -285,7 +286,7 @@ private slots:
     void openDropsProjectsWhoseFileIsGone() {
         QVERIFY(store().open());
         addRecent(touch("a.yslib"), "a", 1);
-        addRecent("/nowhere/gone.yslib", "gone", 2);
+        addRecent(support::rooted("/nowhere/gone.yslib"), "gone", 2);
         addRecent(support::stageRoot(), "a folder is there too", 3);
         QVERIFY(store().open());
         QCOMPARE(recentNames(10), QStringList({"a folder is there too", "a"}));
@@ -296,10 +297,10 @@ private slots:
         QVERIFY(store().open());
         const QString present = touch("a.yslib");
         for (int i = 0; i < 99; ++i)
-            addRecent(QString("/nowhere/%1.yslib").arg(i), "gone", 1000 + i);
+            addRecent(support::rooted(QString("/nowhere/%1.yslib").arg(i)), "gone", 1000 + i);
         addRecent(present, "present", 900);
-        addRecent("/nowhere/old.yslib", "old", 800);
-        addRecent("/nowhere/older.yslib", "older", 700);
+        addRecent(support::rooted("/nowhere/old.yslib"), "old", 800);
+        addRecent(support::rooted("/nowhere/older.yslib"), "older", 700);
         QVERIFY(store().open());
         QCOMPARE(recentNames(10), QStringList({"present", "old", "older"}));
         QVERIFY(store().open()); // now they have come among the newest

@@ -3,6 +3,7 @@
 #include "installation.h"
 #include "launcher/launcher_service.h"
 #include "signal_log.h"
+#include "support/platform.h"
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
@@ -117,7 +118,8 @@ const QList<Operation> &operations() {
         {"selectProject with another",
          [](LauncherService &s) { s.selectProject("/no/where.yslib"); },
          [](State, const LauncherService &) {
-             return QStringList({"prompt None", "status 已选项目：/no/where.yslib"});
+             return QStringList(
+                 {"prompt None", "status 已选项目：" + support::rooted("/no/where.yslib")});
          }},
         {"setSkipCorePluginPrecheck", [](LauncherService &s) { s.setSkipCorePluginPrecheck(true); },
          nothing},

@@ -66,7 +66,7 @@ inline bool addTarget(const QString &plan, const QString &name = "LineRunner.exe
 
 // What the stand-in runtime saw: its arguments, then its folder.
 inline QStringList targetSaw() {
-    return readTextFile(appPath("LineRunner.seen")).split('\n', Qt::SkipEmptyParts);
+    return readTextFile(appPath("LineRunner.seen")).remove('\r').split('\n', Qt::SkipEmptyParts);
 }
 
 inline void release() {
@@ -75,7 +75,7 @@ inline void release() {
 
 // The lines of the launch log without their time stamps; the log is gone afterwards.
 inline QStringList takeLog() {
-    QString text = readTextFile(AppPaths::launchLogPath());
+    QString text = readTextFile(AppPaths::launchLogPath()).remove('\r'); // line ends of Windows
     QFile::remove(AppPaths::launchLogPath());
     static const QRegularExpression stamp("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d ",
                                           QRegularExpression::MultilineOption);

@@ -5,6 +5,8 @@
 //   exit N     ends with this exit code
 //   crash      ends by a signal
 // It first leaves its arguments and its working folder in LineRunner.seen.
+#include "host.h"
+
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -12,18 +14,19 @@
 #include <iostream>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-void leaveWhatWasSeen(int argc, char **argv, const fs::path &folder) {
+void leaveWhatWasSeen(const std::vector<std::string> &words, const fs::path &folder) {
     const fs::path half = folder / "LineRunner.half";
     {
         std::ofstream out(half);
-        for (int i = 1; i < argc; ++i)
-            out << argv[i] << '\n';
-        out << fs::current_path().string() << '\n';
+        for (std::size_t i = 1; i < words.size(); ++i)
+            out << words[i] << '\n';
+        out << fs::current_path().generic_u8string() << '\n';
     }
     fs::rename(half, folder / "LineRunner.seen");
 }
@@ -31,8 +34,9 @@ void leaveWhatWasSeen(int argc, char **argv, const fs::path &folder) {
 } // namespace
 
 int main(int argc, char **argv) {
-    const fs::path folder = fs::path(argv[0]).parent_path();
-    leaveWhatWasSeen(argc, argv, folder);
+    const std::vector<std::string> words = commandLine(argc, argv);
+    const fs::path folder = fs::u8path(words.at(0)).parent_path();
+    leaveWhatWasSeen(words, folder);
     std::ifstream plan(folder / "LineRunner.plan");
     std::string step;
     while (plan >> step) {

@@ -3,6 +3,7 @@
 #include "installation.h"
 #include "launcher/launcher_service.h"
 #include "signal_log.h"
+#include "support/platform.h"
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
@@ -129,8 +130,8 @@ private Q_SLOTS:
 
     void aProjectThatIsNotThere_data() {
         QTest::addColumn<QString>("path");
-        QTest::newRow("a path to nowhere") << "/no/where/line.yslib";
-        QTest::newRow("placeholders in a path stay") << "/no/%1%2/line.yslib";
+        QTest::newRow("a path to nowhere") << support::rooted("/no/where/line.yslib");
+        QTest::newRow("placeholders in a path stay") << support::rooted("/no/%1%2/line.yslib");
     }
 
     void aProjectThatIsNotThere() {

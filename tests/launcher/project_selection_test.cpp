@@ -2,6 +2,7 @@
 #include "installation.h"
 #include "launcher/launcher_service.h"
 #include "signal_log.h"
+#include "support/platform.h"
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
@@ -28,6 +29,15 @@ void addRecent(const QString &path, int opened) {
     query.addBindValue("name");
     query.addBindValue(opened);
     QVERIFY(query.exec());
+}
+
+} // namespace
+
+namespace {
+
+// As much of the unusual as a name may hold.
+QString oddName() {
+    return support::onWindows ? QStringLiteral("产线 '3' it's") : QStringLiteral("产线 \"3\" it's");
 }
 
 } // namespace
@@ -78,15 +88,15 @@ private Q_SLOTS:
                                                                           << "%4";
         QTest::newRow("a folder counts as existing") << "%1/line"
                                                      << "%1/line";
-        QTest::newRow("blanks, quotes and Chinese characters") << "%1/产线 \"3\" it's/demo.yslib"
-                                                               << "%1/产线 \"3\" it's/demo.yslib";
+        const QString odd = "%1/" + oddName() + "/demo.yslib";
+        QTest::newRow("blanks, quotes and Chinese characters") << odd << odd;
     }
 
     void normalizeProjectPath() {
         QFETCH(QString, path);
         QFETCH(QString, expected);
         QVERIFY(!installation::addProject("line").isEmpty());
-        QVERIFY(!installation::addProject("产线 \"3\" it's").isEmpty());
+        QVERIFY(!installation::addProject(oddName()).isEmpty());
         QVERIFY(path.contains("deep") == false || !installation::addProject("deep").isEmpty());
         const QString elsewhere = outside("demo.yslib");
         const QString copied = outside("USER/projects/line/demo.yslib");
@@ -115,6 +125,8 @@ private Q_SLOTS:
     }
 
     void aProjectHereIsFoundInAnotherCase() {
+        if (support::onWindows)
+            QSKIP("Windows takes one case for the other");
         // Only a file system that tells cases apart can hold both names.
         const QString here = installation::addProject("line");
         QString shouted = here;
@@ -217,6 +229,8 @@ private Q_SLOTS:
     }
 
     void initializeBringsUpFoldersAndDatabase() {
+        if (support::onWindows)
+            QSKIP("an open database cannot be taken away on Windows");
         QVERIFY(QDir(AppPaths::dataDirectory()).removeRecursively());
         LauncherService service;
         service.initialize();
@@ -247,6 +261,7 @@ private Q_SLOTS:
             if (text->startsWith("%1"))
                 text->replace(0, 2, projects());
         }
+        expected = support::rooted(expected);
         LauncherService service;
         SignalLog log(service);
         service.selectProject(typed);

@@ -5,6 +5,7 @@
 #include "installation.h"
 #include "launcher/launcher_service.h"
 #include "signal_log.h"
+#include "support/platform.h"
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
@@ -27,7 +28,7 @@ QString noncePath() {
 }
 
 QString nonceOnDisk() {
-    return readTextFile(noncePath()).section('\n', 0, 0);
+    return readTextFile(noncePath()).section('\n', 0, 0).trimmed();
 }
 
 QString monitoring() {
@@ -204,7 +205,7 @@ private Q_SLOTS:
         const qint64 after = QDateTime::currentMSecsSinceEpoch();
         QFile file(AppPaths::dataDirectory() + "/launch_nonce_4711.txt");
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray text = file.readAll();
+        const QByteArray text = support::linesOf(file.readAll());
         QVERIFY(file.remove());
         QVERIFY(text.startsWith("abc\n") && text.endsWith('\n'));
         QCOMPARE(text.count('\n'), 2);
@@ -279,6 +280,8 @@ private Q_SLOTS:
         QFETCH(QString, plan);
         QFETCH(int, code);
         QFETCH(QString, suffix);
+        if (support::onWindows && plan == "crash")
+            QSKIP("an abort is an ordinary end there, with code 3");
         QVERIFY(installation::addTarget(plan));
         Launcher launcher;
         launcher.launch();
@@ -495,9 +498,11 @@ private Q_SLOTS:
         waited.start();
         launcher.reset();
         QVERIFY(waited.elapsed() < 2000);
-        QCOMPARE(log.take(), exited(9, "（进程崩溃）"));
-        QCOMPARE(launchLines(), QStringList("Target exited with code 9（进程崩溃）. Log: " +
-                                            AppPaths::launchLogPath()));
+        const int killed = support::onWindows ? 0xF291 : 9; // what the library ends a process with
+        QCOMPARE(log.take(), exited(killed, "（进程崩溃）"));
+        QCOMPARE(launchLines(),
+                 QStringList(QString("Target exited with code %1（进程崩溃）. Log: %2")
+                                 .arg(QString::number(killed), AppPaths::launchLogPath())));
     }
 
     void theServiceEndsAtOnceWithoutATarget() {

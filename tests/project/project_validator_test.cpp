@@ -1,6 +1,7 @@
 #include "project/project_validator.h"
 
 #include "support/library_file.h"
+#include "support/platform.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
@@ -380,6 +381,8 @@ void ProjectValidatorTest::projects() {
     QFETCH(QString, path);
     QFETCH(QByteArray, json);
     QFETCH(QStringList, expected);
+    if (support::onWindows && (json.contains("SUB.ys") || json.contains("./x/../")))
+        QSKIP("Windows takes any case, and does not ask for the folder in front of ..");
     const QJsonValue value = json.isEmpty() ? QJsonValue(QJsonValue::Undefined) : parsed(json);
     const QJsonValue root = edited(parsed(cleanProject), path.split('.'), value);
     QCOMPARE(issuesOf(toJson(root), {}), expected);
@@ -472,6 +475,8 @@ void ProjectValidatorTest::scripts_data() {
 void ProjectValidatorTest::scripts() {
     QFETCH(Files, files);
     QFETCH(QStringList, expected);
+    if (support::onWindows && files.contains({QStringLiteral("Main.ys"), QByteArray()}))
+        QSKIP("Windows takes Main.ys for main.ys");
     QCOMPARE(issuesOf(cleanProject, files), expected);
 }
 
@@ -537,6 +542,8 @@ void ProjectValidatorTest::absolutePathThatExists() {
 
 // Only Windows reads the name as an absolute path; the warning is the same everywhere.
 void ProjectValidatorTest::driveLetterThatExists() {
+    if (support::onWindows)
+        QSKIP("no file of a folder can have such a name on Windows");
     const QJsonValue root =
         edited(parsed(cleanProject), {"scripts", "2"},
                QJsonObject{{"id", "a"}, {"path", "C:\\proj\\a.ys"}, {"role", "sub"}});

@@ -1,6 +1,7 @@
 #include "script/project_checks.h"
 
 #include "support/library_file.h"
+#include "support/platform.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
@@ -144,8 +145,10 @@ void ProjectChecksTest::imports_data() {
         << "a.ys" << QByteArray("import \"\\b.ys\";") << QStringList();
     QTest::newRow("a drive letter with a slash is left out")
         << "a.ys" << QByteArray("import \"C:/b.ys\";import \"c:\\b.ys\";") << QStringList();
+    // Where there are drives it is relative to that drive's current folder, so no file of the project.
     QTest::newRow("a drive letter without a slash is relative")
-        << "a.ys" << QByteArray("import \"C:b.ys\";") << QStringList("C:b.ys");
+        << "a.ys" << QByteArray("import \"C:b.ys\";")
+        << QStringList(support::onWindows ? QString() : QStringLiteral("C:b.ys"));
     QTest::newRow("an empty path is the folder itself")
         << "sub/a.ys" << QByteArray("import \"\";") << QStringList("sub");
     QTest::newRow("inside a block is no import")
@@ -267,6 +270,8 @@ void ProjectChecksTest::cycles() {
 }
 
 void ProjectChecksTest::linkLoops() {
+    if (support::onWindows)
+        QSKIP("the library makes shortcuts there, which are no links");
     const ProjectFolder folder;
     QVERIFY(QFile::link("loop.ys", folder.path("loop.ys")));
     folder.write("a.ys", "import \"loop.ys\"; global int a_b;");

@@ -1,5 +1,6 @@
 #include "script/project_path.h"
 
+#include "support/platform.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
@@ -69,6 +70,8 @@ void ProjectPathTest::located_data() {
 void ProjectPathTest::located() {
     QFETCH(QString, path);
     QFETCH(QString, expected);
+    if (support::onWindows && path.contains('\\'))
+        QSKIP("Windows itself takes a backslash for a separator, so the path is there as written");
     const support::ProjectFolder folder;
     folder.write("sub/a.ys", "");
     folder.write("odd\\b.ys", "");

@@ -69,12 +69,14 @@ const QByteArray p256Name = QByteArray::fromHex("06072a8648ce3d020106082a8648ce3
 // DigestInfo of RFC 8017, section 9.2, note 1.
 const QByteArray sha256Header = QByteArray::fromHex("3031300d060960864801650304020105000420");
 
-Expression generate(const QByteArray &wish) {
+// The wish may have places for two numbers, as "%d".
+Expression generate(const char *wish, int first = 0, int second = 0) {
     gcry_check_version(nullptr);
     gcry_control(GCRYCTL_ENABLE_QUICK_RANDOM, 0); // for tests
+    gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
     gcry_sexp_t parameters = nullptr;
     gcry_sexp_t pair = nullptr;
-    if (gcry_sexp_new(&parameters, wish.constData(), wish.size(), 1) != 0 ||
+    if (gcry_sexp_build(&parameters, nullptr, wish, first, second) != 0 ||
         gcry_pk_genkey(&pair, parameters) != 0)
         qFatal("cannot make a key pair");
     gcry_sexp_release(parameters);
@@ -100,8 +102,7 @@ namespace {
 
 std::shared_ptr<PrivateKey> rsaPair(int bits, unsigned long exponent, const QByteArray &algorithm) {
     const Expression pair =
-        generate("(genkey (rsa (nbits " + QByteArray::number(bits) + ") (rsa-use-e " +
-                 QByteArray::number(quint64(exponent)) + ")))");
+        generate("(genkey (rsa (nbits %d) (rsa-use-e %d)))", bits, static_cast<int>(exponent));
     auto key = std::make_shared<PrivateKey>();
     key->modulus = part(pair, "n");
     key->privateExponent = part(pair, "d");

@@ -1,6 +1,7 @@
 // Real keys against the verifier of this platform: what must pass, and the published ways of
 // forging a PKCS#1 v1.5 signature, none of which may.
 #include "support/key_maker.h"
+#include "support/platform.h"
 #include "support/staged_main.h"
 #include "update/manifest_signature.h"
 #include "update/rsa_verifier.h"
@@ -54,6 +55,9 @@ private:
     static void refuse(const KeyPair &key, const QByteArray &signature) {
         QString details;
         QVERIFY(!verifyRsaSha256(key.publicDer(), data, signature, &details));
+        // Wine's CryptoAPI has numbers of its own for a signature of the wrong length or size.
+        if (support::onWindows)
+            details.replace(QRegularExpression("=2148073(504|488)"), "=2148073478");
         QCOMPARE(details, allFailed);
         QVERIFY(!verifyRsaSha256(key.publicDer(), data, reversed(signature)));
     }

@@ -1,0 +1,36 @@
+// Where tests have to expect something else on Windows. The one place that asks for the platform.
+#pragma once
+
+#include <QByteArray>
+#include <QDir>
+#include <QFileInfo>
+
+namespace support {
+
+#ifdef Q_OS_WIN
+constexpr bool onWindows = true;
+#else
+constexpr bool onWindows = false;
+#endif
+
+// The bytes of a text file that holds these lines.
+inline QByteArray textLines(QByteArray lines) {
+    return onWindows ? lines.replace("\n", "\r\n") : lines;
+}
+
+// The lines that the bytes of a text file stand for.
+inline QByteArray linesOf(QByteArray bytes) {
+    return onWindows ? bytes.replace("\r\n", "\n") : bytes;
+}
+
+// A path from the root as the system completes it: with the drive, where there are drives.
+inline QString rooted(const QString &path) {
+    return path.startsWith('/') ? QDir::cleanPath(QFileInfo(path).absoluteFilePath()) : path;
+}
+
+// What the system says of a failure.
+inline QString systemText(const char *elsewhere, const char *windows) {
+    return QString::fromLatin1(onWindows ? windows : elsewhere);
+}
+
+} // namespace support

@@ -1,0 +1,175 @@
+// What PowerShell is called with, and what is made of its answers, by a stand-in that is found before
+// it: in the program's folder, and below a Windows folder of the test's own.
+#include "support/staged_main.h"
+#include "update/http_fetch.h"
+#include "update/https_fallback.h"
+#include "update/zip_extract.h"
+
+#include <QElapsedTimer>
+
+namespace {
+
+const QUrl url("https://updates.test/a b.json?x='1'");
+
+QString programFolder() {
+    return QCoreApplication::applicationDirPath();
+}
+
+void write(const QString &path, const QByteArray &content) {
+    QFile file(path);
+    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly) ||
+        file.write(content) != content.size())
+        qFatal("cannot write %s", qPrintable(path));
+}
+
+// Puts the stand-in into that folder, with its plan.
+void place(const QString &folder, const QByteArray &plan) {
+    const QString program = folder + "/powershell.exe";
+    if (!QDir().mkpath(folder) ||
+        (!QFileInfo::exists(program) && !QFile::copy(QStringLiteral(STAND_IN), program)))
+        qFatal("cannot place the stand-in");
+    write(folder + "/stand_in.plan", plan);
+}
+
+QStringList seenIn(const QString &folder) {
+    QFile file(folder + "/stand_in.seen");
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
+    lines.removeLast();
+    return lines;
+}
+
+QStringList leftovers() {
+    return QDir::temp().entryList({"quorvane_https_*"}, QDir::Files);
+}
+
+} // namespace
+
+class PowershellTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_windows; // stands in for the Windows folder
+    QString m_shellFolder;
+
+private slots:
+    void initTestCase() {
+        m_shellFolder = m_windows.filePath("System32/WindowsPowerShell/v1.0");
+        place(m_shellFolder, "");
+        qputenv("WINDIR", QDir::toNativeSeparators(m_windows.path()).toLocal8Bit());
+    }
+
+    void init() {
+        QFile::remove(programFolder() + "/stand_in.seen");
+        QFile::remove(m_shellFolder + "/stand_in.seen");
+    }
+
+    // --- unpacking: found by its bare name, in the program's folder
+
+    void unpackingCallsIt() {
+        place(programFolder(), "exit 0\n");
+        const QString zip = support::stageRoot() + QStringLiteral("/产线 3.zip");
+        const QString target = support::stageRoot() + "/out put";
+        write(zip, "not looked at");
+        QString error = "untouched";
+        QVERIFY(extractZip(zip, target, &error));
+        QCOMPARE(error, QString("untouched"));
+        QCOMPARE(seenIn(programFolder()), powershellZipArguments(zip, target));
+        QVERIFY(QFileInfo(target).isDir());
+    }
+
+    void unpackingEnds_data() {
+        QTest::addColumn<QByteArray>("plan");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("a failure with its words")
+            << QByteArray("err  unsafe zip entry: ../x \nexit 1\n") << "unsafe zip entry: ../x";
+        QTest::newRow("a failure without a word")
+            << QByteArray("exit 7\n") << "zip extraction failed with exit code 7";
+        QTest::newRow("words before a success") << QByteArray("err x\nexit 0\n") << "";
+        QTest::newRow("a crash with words") << QByteArray("err broken\ncrash\n") << "broken";
+        QTest::newRow("no end") << QByteArray("hang\n") << "zip extraction timed out";
+    }
+
+    void unpackingEnds() {
+        QFETCH(QByteArray, plan);
+        QFETCH(QString, error);
+        place(programFolder(), plan);
+        QString told;
+        const int limit = error.endsWith("timed out") ? 3000 : 60000; // ms
+        QCOMPARE(powershellUnpack("a.zip", "out", limit, &told), error.isEmpty());
+        QCOMPARE(told, error);
+        QCOMPARE(seenIn(programFolder()), powershellZipArguments("a.zip", "out"));
+    }
+
+    // --- fetching: by its place below the Windows folder
+
+    void fetchingCallsIt() {
+        place(m_shellFolder, "body the body\nexit 206\n");
+        QByteArray body;
+        qint32 status = 0;
+        QUrl finalUrl;
+        QString error;
+        QVERIFY2(powershellFetch(url, 5000, &body, &status, &finalUrl, &error), qPrintable(error));
+        QCOMPARE(body, QByteArray("the body"));
+        QCOMPARE(status, 206);
+        QCOMPARE(finalUrl, url);
+        QCOMPARE(leftovers(), QStringList());
+        const QStringList seen = seenIn(m_shellFolder);
+        QCOMPARE(seen.size(), 5);
+        const QString script = seen.last();
+        const QString target = script.section("-OutFile '", 1).section('\'', 0, 0);
+        QCOMPARE(seen, powershellFetchArguments(url, 5000, target));
+        QVERIFY(target.startsWith(QDir::toNativeSeparators(QDir::tempPath() + "/quorvane_https_")));
+        QVERIFY(script.contains("-Uri 'https://updates.test/a%20b.json?x=''1''' "));
+    }
+
+    void fetchingEnds_data() {
+        QTest::addColumn<QByteArray>("plan");
+        QTest::addColumn<QString>("error");
+        const QString failed = "powershell HTTPS fallback failed for " + url.toString();
+        QTest::newRow("a failure with its words")
+            << QByteArray("err   the name is unknown \nexit 1\n") << "the name is unknown";
+        QTest::newRow("a failure after the file was written")
+            << QByteArray("body x\nexit 1\n") << failed;
+        QTest::newRow("an end with 0 is none of the script's")
+            << QByteArray("body x\nexit 0\n") << failed;
+        QTest::newRow("a status without a file") << QByteArray("exit 200\n") << failed;
+        QTest::newRow("an empty file") << QByteArray("body \nexit 200\n")
+                                       << "powershell HTTPS fallback returned empty payload";
+        QTest::newRow("a crash") << QByteArray("body x\ncrash\n") << failed;
+    }
+
+    void fetchingEnds() {
+        QFETCH(QByteArray, plan);
+        QFETCH(QString, error);
+        place(m_shellFolder, plan);
+        QByteArray body = "untouched";
+        qint32 status = -1;
+        QUrl finalUrl;
+        QString told;
+        QVERIFY(!powershellFetch(url, 5000, &body, &status, &finalUrl, &told));
+        QCOMPARE(told, error);
+        QCOMPARE(body, QByteArray("untouched"));
+        QCOMPARE(status, -1);
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    void aFetchThatFailsGoesOnWithIt() {
+        place(m_shellFolder, "body by another way\nexit 200\n");
+        const FetchResult result = fetchUrl(QUrl("https://127.0.0.1:9/a"), 3000, 8);
+        QVERIFY2(result.ok, qPrintable(result.error));
+        QCOMPARE(result.body, QByteArray("by another way"));
+        QCOMPARE(result.statusCode, 200);
+        QVERIFY(seenIn(m_shellFolder).value(4).contains("-Uri 'https://127.0.0.1:9/a' "));
+    }
+
+    void aPlainFetchNeverCallsIt() {
+        place(m_shellFolder, "body x\nexit 200\n");
+        QVERIFY(!fetchUrl(QUrl("http://127.0.0.1:9/a"), 3000, 8).ok);
+        QCOMPARE(seenIn(m_shellFolder), QStringList());
+    }
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, PowershellTest)
+#include "powershell_test.moc"
