@@ -54,6 +54,7 @@ class PublishersRoad(UpdateScenario):
         done = subprocess.run([program, *map(str, arguments)], cwd=self.desk, check=False,
                               stdin=subprocess.DEVNULL, capture_output=True, text=True)
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.assertNotIn("no mounted volume", done.stderr)
         return done.stdout
 
     def make_update(self):
