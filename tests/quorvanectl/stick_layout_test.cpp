@@ -14,6 +14,9 @@ using ctl::layOutStick;
 using ctl::StickResult;
 using support::FileTree;
 
+using Edit = std::function<void(QJsonObject &)>;
+Q_DECLARE_METATYPE(Edit)
+
 class StickLayoutTest : public QObject {
     Q_OBJECT
 
@@ -84,9 +87,8 @@ private slots:
     }
 
     void refusals_data() {
-        QTest::addColumn<std::function<void(QJsonObject &)>>("change");
+        QTest::addColumn<Edit>("change");
         QTest::addColumn<QString>("finding");
-        using Edit = std::function<void(QJsonObject &)>;
         const auto setUrl = [](const QString &url) -> Edit {
             return [url](QJsonObject &root) {
                 QJsonObject runtime = root["runtime"].toObject();
@@ -112,7 +114,7 @@ private slots:
     }
 
     void refusals() {
-        QFETCH(std::function<void(QJsonObject &)>, change);
+        QFETCH(Edit, change);
         QFETCH(QString, finding);
         change(update->manifest);
         sign();
@@ -172,7 +174,6 @@ private slots:
                  update->path("site/manifest.json") + ": is no JSON object");
     }
 };
-Q_DECLARE_METATYPE(std::function<void(QJsonObject &)>)
 
 QUORVANE_TEST_MAIN(QCoreApplication, StickLayoutTest)
 #include "stick_layout_test.moc"
