@@ -8,6 +8,10 @@ namespace ctl {
 // All commands of this platform, family by family, in the order of the help.
 [[nodiscard]] const std::vector<Command> &allCommands();
 
+// The files of commands that this platform has, in that order.
+using CommandsOfFile = std::vector<Command> (*)();
+[[nodiscard]] std::vector<CommandsOfFile> commandFiles();
+
 // What the help says of commands that this platform lacks; empty if it has all.
 [[nodiscard]] QString missingCommands();
 

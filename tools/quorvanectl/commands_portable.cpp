@@ -2,26 +2,9 @@
 
 namespace ctl {
 
-const std::vector<Command> &allCommands() {
-    static const std::vector<Command> table = [] {
-        std::vector<Command> all;
-        for (const auto commandsOf : {
-                 projectCommands,
-                 recoveryCommands,
-                 scriptCommands,
-                 libraryCommands,
-                 packingCommands,
-                 updateCommands,
-                 explainCommands,
-                 signingCommands,
-                 supportCommands,
-             }) {
-            const std::vector<Command> some = commandsOf();
-            all.insert(all.end(), some.begin(), some.end());
-        }
-        return all;
-    }();
-    return table;
+std::vector<CommandsOfFile> commandFiles() {
+    return {projectCommands, recoveryCommands, scriptCommands,  libraryCommands, packingCommands,
+            updateCommands,  explainCommands,  signingCommands, supportCommands};
 }
 
 QString missingCommands() {
