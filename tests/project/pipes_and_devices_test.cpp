@@ -59,7 +59,7 @@ private slots:
     }
 
 private:
-    const support::ProjectFolder folder;
+    support::ProjectFolder folder;
 };
 
 QUORVANE_TEST_MAIN(QCoreApplication, PipesAndDevicesTest)
