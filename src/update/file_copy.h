@@ -1,4 +1,4 @@
-// The platform's way of copying one file.
+// The platform's way of copying a file, and of waiting until copies are on the disk.
 #pragma once
 
 #include <QString>
@@ -6,3 +6,7 @@
 // Copies a file to a place where nothing is, permissions included. After a failure a part of it may
 // lie there. The system writes the copy to the disk in its own time. Any thread.
 [[nodiscard]] bool copyFileContent(const QString &source, const QString &destination);
+
+// Waits until all that was written to the volume of `folder` is on the disk, so that a power cut
+// cannot take it back. False if that failed, or `folder` cannot be opened. Any thread.
+[[nodiscard]] bool flushVolume(const QString &folder);

@@ -1,8 +1,11 @@
 // Not QFile::copy, which waits for the disk after each file: a project of many files would take
-// several times as long.
+// several times as long. Instead the whole volume is waited for once, before anything is removed.
 #include "update/file_copy.h"
 
 #include <QFile>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <system_error>
@@ -13,4 +16,14 @@ bool copyFileContent(const QString &source, const QString &destination) {
     };
     std::error_code failure;
     return std::filesystem::copy_file(native(source), native(destination), failure);
+}
+
+bool flushVolume(const QString &folder) {
+    const int descriptor =
+        ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool flushed = ::syncfs(descriptor) == 0;
+    ::close(descriptor);
+    return flushed;
 }

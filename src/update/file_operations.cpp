@@ -89,6 +89,12 @@ bool copyFile(const QString &source, const QString &destination, QString *error)
     return true;
 }
 
+// A copy counts once it would outlive a power cut.
+bool waitForDisk(const QString &folder, QString *error) {
+    return flushVolume(folder) ||
+           fail(QStringLiteral("unable to copy file: %1").arg(folder), error);
+}
+
 // A link to a folder becomes a folder; what is neither a folder nor a file is left out.
 bool copyEntry(const QFileInfo &info, const QString &destination, QString *error) {
     if (!info.isDir())
@@ -160,13 +166,21 @@ bool preserve(const QStringList &names, const QString &target, const QString &st
     return true;
 }
 
+// From here on the old project is taken apart, and the power may be cut at any moment.
+bool waitForBoth(const QString &staging, const QString &backup, QString *error) {
+    if (waitForDisk(backup, error) && waitForDisk(staging, error))
+        return true;
+    dropBackup(backup);
+    return false;
+}
+
 // If the folder cannot be removed, what is left of it makes way for the backup. Where it cannot be
 // removed a second time either, the backup is dropped all the same.
 bool clearTarget(const QString &target, const QString &backup, QString *error) {
     if (removeDirectory(target, error))
         return true;
     if (isFolder(backup) && removeDirectory(target) && !QDir().rename(backup, target))
-        (void)copyDirectory(backup, target);
+        (void)(copyDirectory(backup, target) && flushVolume(target));
     dropBackup(backup);
     return false;
 }
@@ -175,7 +189,7 @@ bool clearTarget(const QString &target, const QString &backup, QString *error) {
 bool moveIn(const QString &staging, const QString &target, const QString &backup, QString *error) {
     if (QDir().rename(staging, target))
         return true;
-    if (copyDirectory(staging, target, error)) {
+    if (copyDirectory(staging, target, error) && waitForDisk(target, error)) {
         (void)removeDirectory(staging); // a leftover does no harm
         return true;
     }
@@ -246,7 +260,7 @@ bool replaceDirectory(const QString &staging, const QString &target,
     if (QFileInfo::exists(target)) {
         if (!canBeRead(target, error) || !backUpDirectory(target, backupPath, error) ||
             !preserve(preservedNames, target, staging, backupPath, error) ||
-            !clearTarget(target, backupPath, error))
+            !waitForBoth(staging, backupPath, error) || !clearTarget(target, backupPath, error))
             return false;
     }
     if (!moveIn(staging, target, backupPath, error))
@@ -262,7 +276,7 @@ bool restoreDirectory(const QString &backup, const QString &target, QString *err
         return false;
     if (QDir().rename(backup, target))
         return true;
-    if (!copyDirectory(backup, target, error))
+    if (!copyDirectory(backup, target, error) || !waitForDisk(target, error))
         return false;
     (void)removeDirectory(backup); // a leftover does no harm
     return true;

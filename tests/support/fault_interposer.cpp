@@ -180,6 +180,7 @@ QUORVANE_MOVE(copy_file_range,
 QUORVANE_CALL(int, -1, ftruncate64, "", (int fd, off64_t size), (fd, size))
 QUORVANE_CALL(int, -1, fsync, "", (int fd), (fd))
 QUORVANE_CALL(int, -1, fdatasync, "", (int fd), (fd))
+QUORVANE_CALL(int, -1, syncfs, "", (int fd) noexcept, (fd))
 
 QUORVANE_CALL(int, -1, link, to, (const char *from, const char *to), (from, to))
 QUORVANE_CALL(int, -1, linkat, to, (int a, const char *from, int b, const char *to, int flags),
