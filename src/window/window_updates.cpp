@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QLabel>
+#include <QPalette>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -46,12 +47,25 @@ QLabel *wrappedText(const QString &text, QWidget *parent) {
     return label;
 }
 
+// Grey, but to be read all the same: what cannot be had is part of what the dialog tells. The grey of
+// most styles is too faint for that.
+QPalette readableWhileDisabled(QPalette palette) {
+    const QColor ink = palette.color(QPalette::Active, QPalette::WindowText);
+    const QColor ground = palette.color(QPalette::Active, QPalette::Window);
+    const auto between = [](int text, int behind) { return (7 * text + 3 * behind) / 10; };
+    palette.setColor(QPalette::Disabled, QPalette::WindowText,
+                     QColor(between(ink.red(), ground.red()), between(ink.green(), ground.green()),
+                            between(ink.blue(), ground.blue())));
+    return palette;
+}
+
 // Ticked and enabled if it can be had; otherwise grey, with the reason as tool tip.
 QCheckBox *choiceBox(const QString &text, const UpdateChoice &choice, const QString &unavailable,
                      QWidget *parent) {
     auto *box = new QCheckBox(text, parent);
     box->setChecked(choice.available);
     box->setEnabled(choice.available);
+    box->setPalette(readableWhileDisabled(box->palette()));
     if (!choice.reason.isEmpty()) {
         box->setToolTip(plainToolTip(choice.reason));
         if (!choice.available)

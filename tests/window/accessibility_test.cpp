@@ -3,6 +3,8 @@
 #include "window_scene.h"
 
 #include <QAccessible>
+#include <QCheckBox>
+#include <QLabel>
 #include <QMessageBox>
 
 #include <algorithm>
@@ -223,6 +225,24 @@ void AccessibilityTest::textStandsOutFromItsGround() {
     readable({parts.taskTitleLabel, parts.taskDetailLabel, parts.taskProgressBar,
               parts.taskCancelButton});
     scene.service.checkInFlight = false;
+
+    scene.service.taskId.clear();
+    scene.setTaskActive(false);
+    scene.offerUpdate(PromptMode::OnlineBanner);
+    QVERIFY(duringModal([&] { scene.parts.bannerUpdateButton->click(); },
+                        [](QWidget *dialog) {
+                            // Two labels and five boxes, also those that cannot be ticked.
+                            QList<QWidget *> texts;
+                            for (auto *label : dialog->findChildren<QLabel *>())
+                                texts += label;
+                            for (auto *box : dialog->findChildren<QCheckBox *>())
+                                texts += box;
+                            QCOMPARE(texts.size(), 7);
+                            for (QWidget *widget : texts) {
+                                const double found = contrastInPixels(widget);
+                                QVERIFY2(found >= 4.5, qPrintable(QString::number(found)));
+                            }
+                        }));
 
     // The grounds of the panels are the style sheets' under every palette.
     QCOMPARE(parts.bannerPanel->styleSheet().contains("#e3f2fd"), true);
