@@ -14,6 +14,7 @@
 
 #include <openssl/ssl.h>
 
+#include <algorithm>
 #include <functional>
 
 using support::answer;
@@ -115,8 +116,9 @@ private:
         QSslConfiguration::setDefaultConfiguration(configuration);
     }
 
-    // `expected` is the start of the error, or ": " and the body of a success. `#` stands for the
-    // URL. A text that depends on the TLS library's release is told only as far as it is stable.
+    // `expected` is the start of the error, or ": " and the body of a success; `|` stands between two
+    // of which either will do, `#` for the URL. A text that depends on the TLS library's release is
+    // told only as far as it is stable.
     // `reason` is what must be wrong with the certificate, if anything is.
     static void row(const char *name, const TlsSetup &tls, const ServerScript &script,
                     const QString &expected, const QString &reason = QString()) {
@@ -230,8 +232,9 @@ private slots:
             failed);
         row("a client certificate is asked for, TLS 1.2", wantingClient(TLS1_2_VERSION), body,
             failed);
+        // The refusal crosses with the request: whether its alert or the end comes first is chance.
         row("a client certificate is asked for, TLS 1.3", wantingClient(TLS1_3_VERSION), body,
-            "Error while reading: ");
+            "Error while reading: |Connection closed URL: #");
 
         // Versions and ciphers
         row("TLS 1.0 alone", between(TLS1_VERSION, TLS1_VERSION), body, failed);
@@ -332,7 +335,9 @@ private slots:
         QVERIFY2(clock.elapsed() < 9LL * hopLimit, "a hop ends within its limit");
 
         const QString outcome = result.ok ? ": " + QString::fromUtf8(result.body) : result.error;
-        QVERIFY2(outcome.startsWith(expected.replace("#", server.url("/a").toString())),
+        const QStringList starts = expected.replace("#", server.url("/a").toString()).split('|');
+        QVERIFY2(std::any_of(starts.begin(), starts.end(),
+                             [&](const QString &start) { return outcome.startsWith(start); }),
                  qPrintable(outcome));
         QVERIFY(result.ok == expected.startsWith(": "));
         QVERIFY(result.ok || !result.error.isEmpty());
