@@ -416,6 +416,30 @@ private slots:
         QVERIFY(answer.err.contains("another recovery is at work"));
         QVERIFY(place.project().isEmpty());
     }
+
+    void aLockThatIsLeftOfAKilledRecoveryDoesNotStopTheNext_data() {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("killed before its text was written") << QByteArray();
+        // A program that lives, and is not at work here: this one.
+        QTest::newRow("its number is another process's by now")
+            << QByteArray::number(QCoreApplication::applicationPid()) + '\n' +
+                   QFileInfo(QCoreApplication::applicationFilePath()).fileName().toUtf8() + '\n' +
+                   QSysInfo::machineHostName().toUtf8() + '\n';
+    }
+
+    void aLockThatIsLeftOfAKilledRecoveryDoesNotStopTheNext() {
+        QFETCH(QByteArray, text);
+        const Place place;
+        place.lay(backupName, oldProject());
+        QFile lock(place.path("data/update/recovery.lock"));
+        QVERIFY(lock.open(QIODevice::WriteOnly));
+        QCOMPARE(lock.write(text), qint64(text.size()));
+        lock.close();
+        const Answer answer = place.recover({"--apply"});
+        QCOMPARE(answer.err, QString());
+        QCOMPARE(answer.status, 0);
+        QVERIFY(!place.project().isEmpty());
+    }
 };
 
 QUORVANE_TEST_MAIN(QCoreApplication, RecoveryTest)

@@ -90,7 +90,9 @@ bool takeProjectFile(const QString &package, const ProjectCopy &project, QString
         return fail(QStringLiteral("cannot write %1").arg(aside), error);
     QSaveFile target(project.projectFile);
     if (!source.open(QIODevice::ReadOnly) || !target.open(QIODevice::WriteOnly) ||
-        target.write(source.readAll()) != source.size() || !target.commit())
+        target.write(source.readAll()) != source.size() ||
+        !target.flush() || // commit() does not look at what its own flush comes to
+        !target.commit())
         return fail(QStringLiteral("cannot write %1").arg(project.projectFile), error);
     *keptAs = aside;
     return true;
