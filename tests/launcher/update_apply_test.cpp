@@ -3,8 +3,10 @@
 #include "launcher/launcher_service.h"
 
 #include "ended_future.h"
+#include "installers.h"
 #include "signal_log.h"
 #include "support/scripted_server.h"
+#include "support/unpacking.h"
 #include "update_offer.h"
 
 #include <QCoreApplication>
@@ -65,10 +67,6 @@ support::FileTree runnable(const QByteArray &version) {
     return update_offer::project(version);
 }
 
-QByteArray installerScript() {
-    return "#!/bin/sh\ntouch '" + QFile::encodeName(support::stageRoot()) + "/installer.ran'\n";
-}
-
 // A service whose user has an offer before him.
 struct Launcher {
     Offer offer{runnable("1.9")};
@@ -90,7 +88,7 @@ struct Launcher {
     }
 
     void chooseRuntime() {
-        support::writeTree(offer.place.path(), {{"setup.exe", installerScript()}});
+        support::writeTree(offer.place.path(), {{"setup.exe", installers::named("runtime")}});
         service.selection.runtime = true;
         service.snapshot.runtimeEntry = {{"version", "2.0"}, {"setupUrl", "setup.exe"}};
     }
@@ -126,9 +124,11 @@ class UpdateApplyTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() { support::provideUnpacking(); }
+
     void init() {
         installation::reset();
-        QFile::remove(support::stageRoot() + "/installer.ran");
+        installers::forget();
         QVERIFY(update_offer::trust());
         QVERIFY(installation::addTarget("wait"));
         (void)installation::takeLog();
@@ -212,7 +212,7 @@ private Q_SLOTS:
                      setupEnds("已跳过项目更新。\n" + launcher.installerNote()) + launched());
         QVERIFY(!launcher.service.reloadModelsOnLaunch);
         QVERIFY(!installation::targetSaw().contains("--reload-models"));
-        QTRY_VERIFY(QFileInfo::exists(support::stageRoot() + "/installer.ran"));
+        QTRY_COMPARE(installers::ran(), QStringList("runtime 0"));
     }
 
     void theTargetIsToldOnceToReloadItsModels() {

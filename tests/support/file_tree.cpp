@@ -1,5 +1,6 @@
 #include "support/file_tree.h"
 
+#include "support/platform.h"
 #include "support/zip_maker.h"
 
 #include <QDir>
@@ -54,8 +55,11 @@ void writeTree(const QString &folder, const FileTree &tree) {
 
 QByteArray zipOf(const FileTree &tree) {
     QVector<ZipEntry> entries;
-    for (auto entry = tree.begin(); entry != tree.end(); ++entry)
-        entries.append({entry.key().toUtf8(), entry.value(), !entry.value().isEmpty(), 0x800});
+    for (auto entry = tree.begin(); entry != tree.end(); ++entry) {
+        // What unpacks in Windows builds knows plain entries alone: see unpacker.cpp.
+        const bool deflated = !onWindows && !entry.value().isEmpty();
+        entries.append({entry.key().toUtf8(), entry.value(), deflated, 0x800});
+    }
     return makeZip(entries);
 }
 

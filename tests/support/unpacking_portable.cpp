@@ -1,0 +1,3 @@
+#include "support/unpacking.h"
+
+void support::provideUnpacking() {}

@@ -1,0 +1,10 @@
+#include "support/unpacking.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+void support::provideUnpacking() {
+    const QString place = QCoreApplication::applicationDirPath() + "/powershell.exe";
+    if (!QFile::exists(place) && !QFile::copy(QStringLiteral(UNPACKER_PROGRAM), place))
+        qFatal("cannot place %s", qPrintable(place));
+}
