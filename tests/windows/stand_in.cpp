@@ -1,14 +1,16 @@
 // Stands in for powershell.exe. A plan in a file beside it tells what to do, one step a line:
 //   err TEXT    writes to the standard error
 //   body TEXT   writes the file that the script names behind -OutFile
+//   folder      makes a folder in that file's place
 //   exit N      ends with this exit code
 //   crash       ends by a fault
-//   hang        does not end by itself
+//   hang        does not end by itself; as long as it runs there is a file stand_in.alive
 // It first leaves its arguments in stand_in.seen, one a line.
 #include "host.h"
 
 #include <windows.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -21,6 +23,13 @@ fs::path targetOf(const std::string &script) {
     const std::string mark = "-OutFile '";
     const std::size_t start = script.find(mark) + mark.size();
     return fs::u8path(script.substr(start, script.find('\'', start) - start));
+}
+
+[[noreturn]] void hang(const fs::path &folder) {
+    (void)CreateFileW((folder / "stand_in.alive").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                      FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    Sleep(INFINITE);
+    std::abort();
 }
 
 } // namespace
@@ -42,12 +51,14 @@ int main(int argc, char **argv) {
             std::cerr << rest << std::flush;
         else if (step == "body")
             std::ofstream(targetOf(words.back()), std::ios::binary) << rest;
+        else if (step == "folder")
+            fs::create_directory(targetOf(words.back()));
         else if (step == "exit")
             return std::stoi(rest);
         else if (step == "crash")
             RaiseException(EXCEPTION_ACCESS_VIOLATION, EXCEPTION_NONCONTINUABLE, 0, nullptr);
         else if (step == "hang")
-            Sleep(INFINITE);
+            hang(folder);
     }
     return 0;
 }
