@@ -1,21 +1,70 @@
 #include "frame/log_append.h"
 
+#include <QCryptographicHash>
 #include <QDir>
+#include <QFileInfo>
 
 #include <windows.h>
+
+namespace {
+
+// Longer than any line takes; a launcher that is held up meanwhile must not hold up the others.
+const DWORD longestWait = 5000; // ms
+
+LPCWSTR wide(const QString &text) {
+    return reinterpret_cast<LPCWSTR>(text.utf16());
+}
+
+// One name for all launchers that write to the same file, in whichever session of Windows they run.
+// It must stay as it is from one release to the next.
+QString turnName(const QString &path) {
+    const QByteArray file = QFileInfo(path).absoluteFilePath().toLower().toUtf8();
+    const QByteArray hash = QCryptographicHash::hash(file, QCryptographicHash::Sha256).toHex();
+    return QStringLiteral("Global\\Quorvane.log.") + QString::fromLatin1(hash);
+}
+
+// The right to write to one file, among the threads and processes that ask for it, from construction
+// to destruction. Without the system's help, or after waiting in vain, one goes on without it.
+class Turn {
+public:
+    explicit Turn(const QString &path)
+        : mutex(CreateMutexW(nullptr, FALSE, wide(turnName(path)))) {
+        if (!mutex)
+            return;
+        const DWORD outcome = WaitForSingleObject(mutex, longestWait);
+        // An abandoned one was held by a launcher that was killed; it is ours all the same.
+        owned = outcome == WAIT_OBJECT_0 || outcome == WAIT_ABANDONED;
+    }
+    ~Turn() {
+        if (owned)
+            ReleaseMutex(mutex);
+        if (mutex)
+            CloseHandle(mutex);
+    }
+    Q_DISABLE_COPY(Turn)
+
+private:
+    HANDLE mutex = nullptr;
+    bool owned = false;
+};
+
+} // namespace
 
 // The library's append seeks to the end and then writes, so two writers could overwrite each other.
 // A handle with FILE_APPEND_DATA and without FILE_WRITE_DATA can only ever add at the end.
 // https://learn.microsoft.com/windows/win32/fileio/file-access-rights-constants
+// On a disk of Windows that is one step. Where another system keeps the file, or stands in for
+// Windows, it may be two, and therefore writers take turns.
 bool appendToFile(const QString &path, const QByteArray &text) {
     const QString native = QDir::toNativeSeparators(path);
-    const HANDLE file = CreateFileW(reinterpret_cast<LPCWSTR>(native.utf16()), FILE_APPEND_DATA,
+    QByteArray bytes = text;
+    bytes.replace("\n", "\r\n");
+    const Turn turn(path);
+    const HANDLE file = CreateFileW(wide(native), FILE_APPEND_DATA,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                     OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return false;
-    QByteArray bytes = text;
-    bytes.replace("\n", "\r\n");
     DWORD written = 0;
     const BOOL done =
         WriteFile(file, bytes.constData(), static_cast<DWORD>(bytes.size()), &written, nullptr);
