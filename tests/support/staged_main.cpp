@@ -1,6 +1,9 @@
 #include "support/staged_main.h"
 
+#include "support/platform.h"
+
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -8,6 +11,7 @@
 #include <QProcess>
 #include <QScreen>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <cstdio>
 #include <cstring>
@@ -19,11 +23,26 @@ namespace {
 
 const char marker[] = "--staged";
 
-// A hard link costs nothing; another volume needs a copy.
+// A hard link costs nothing; another volume needs a copy. So does Windows, which lets nobody remove a
+// link while the program runs by another, as we do.
 bool placeProgram(const QString &from, const QString &to) {
+    if (onWindows)
+        return QFile::copy(from, to);
     std::error_code failed;
     std::filesystem::create_hard_link(from.toStdU16String(), to.toStdU16String(), failed);
     return !failed || QFile::copy(from, to);
+}
+
+// Windows may hold the file of a program that has just ended for a moment more.
+void removeStage(const QString &path) {
+    const QDeadlineTimer deadline(10000); // ms
+    while (!QDir(path).removeRecursively()) {
+        if (deadline.hasExpired()) {
+            std::fprintf(stderr, "cannot remove %s\n", qPrintable(path));
+            return;
+        }
+        QThread::msleep(10);
+    }
 }
 
 } // namespace
@@ -52,6 +71,7 @@ QString stageRoot() {
 int runStaged(int argc, char **argv) {
     const QCoreApplication application(argc, argv);
     QTemporaryDir stage;
+    stage.setAutoRemove(false);
     const QDir root(stage.path());
     const QFileInfo self(QCoreApplication::applicationFilePath());
     const QString program = root.filePath("app/" + self.fileName());
@@ -66,6 +86,7 @@ int runStaged(int argc, char **argv) {
     child.setInputChannelMode(QProcess::ForwardedInputChannel);
     child.start(program, QStringList(marker) + QCoreApplication::arguments().mid(1));
     child.waitForFinished(-1);
+    removeStage(stage.path());
     return child.exitStatus() == QProcess::NormalExit ? child.exitCode() : 125;
 }
 
