@@ -23,6 +23,9 @@ TITLE = "Quorvane Launcher"
 REPORT = "The target process exited early"
 FONTS = r"HKCU\Software\Wine\Fonts\Replacements"
 FOLDER = "产线 3 & line's"
+# A window with text in it has a colour for each grey of its letters; one that is not painted yet is
+# black, or as plain as its background.
+COLOURS_OF_TEXT = 40
 
 
 def wait_for(condition, what, seconds=60):
@@ -65,6 +68,26 @@ class Screen:
 
     def picture(self, path):
         self.output("import", "-window", "root", "-trim", "+repage", "-strip", str(path))
+
+    def colours(self, title):
+        """How many colours the inside of a window shows."""
+        window = self.window(title)
+        command = f"import -window {window} png:- | identify -format %k -" if window else "echo 0"
+        return int(self.output("sh", "-c", command) or 0)
+
+    def fingerprint(self):
+        return self.output("sh", "-c", "import -window root rgb:- | sha256sum")
+
+    def settled_picture(self, title, path):
+        """The screen with that window wholly painted: with text in it, and as it was a moment before."""
+        def settled():
+            if self.colours(title) < COLOURS_OF_TEXT:
+                return False
+            before = self.fingerprint()
+            time.sleep(0.3)
+            return before == self.fingerprint()
+        wait_for(settled, f"a painted window {title}")
+        self.picture(path)
 
     def close_window(self, title):
         """What the cross in a title bar does."""
@@ -135,17 +158,14 @@ def run(installation, screen, pictures):
     launcher = subprocess.Popen([LOADER, "Quorvaner.exe"], cwd=installation.bin,
                                 env=screen.environment)
     wait_for(lambda: screen.window(TITLE), "the launcher's window", 120)
-    time.sleep(1.5)  # until it is painted; only the picture needs it
-    screen.picture(pictures / "windows-countdown.png")
+    screen.settled_picture(TITLE, pictures / "windows-countdown.png")
     check(True, "the launcher counts down in a window")
     wait_for(lambda: installation.has_logged("Launching "), "the start of the runtime")
-    time.sleep(1)
-    screen.picture(pictures / "windows-monitor.png")
+    screen.settled_picture(TITLE, pictures / "windows-monitor.png")
     wait_for(lambda: installation.has_logged("Target exited"), "the end of the runtime")
     check(installation.has_logged("Target exited with code 7."), "the runtime's exit code is reported")
     wait_for(lambda: screen.window(REPORT), "the box that tells it")
-    time.sleep(1)
-    screen.picture(pictures / "windows-failed.png")
+    screen.settled_picture(REPORT, pictures / "windows-failed.png")
     screen.close_window(REPORT)
     screen.close_window(TITLE)
     check(launcher.wait(60) == 0, "the launcher ends with its window")
