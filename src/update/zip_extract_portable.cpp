@@ -179,7 +179,8 @@ private:
         if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
             return failWriting(file);
         if (const char *const linkTarget = archive_entry_symlink(entry))
-            return file.write(linkTarget) >= 0 || failWriting(file); // a link's content is its text
+            return writeBlock(file, linkTarget, static_cast<qint64>(qstrlen(linkTarget))) ||
+                   failWriting(file); // a link's content is its text
         return writeBlocks(reader, file);
     }
 

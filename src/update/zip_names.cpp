@@ -33,21 +33,22 @@ QByteArray bytesAt(QFile &file, qint64 at, qint64 size) {
     return bytes.size() == size ? bytes : QByteArray();
 }
 
+// `shift`: how far all places in the archive are off, because of what stands before it in the file.
 struct Directory {
     qint64 at = -1;
-    qint64 size = 0;
+    qint64 shift = 0;
 };
 
-Directory zip64Directory(QFile &file, qint64 endAt) {
+// Below 0 if there is no large form.
+qint64 zip64DirectoryAt(QFile &file, qint64 endAt) {
     const QByteArray locator = bytesAt(file, endAt - locatorSize, locatorSize);
     if (!locator.startsWith("PK\x06\x07"))
-        return {};
+        return -1;
     const QByteArray end = bytesAt(file, static_cast<qint64>(long64(locator, 8)), zip64EndSize);
-    if (!end.startsWith("PK\x06\x06"))
-        return {};
-    return {static_cast<qint64>(long64(end, 48)), static_cast<qint64>(long64(end, 40))};
+    return end.startsWith("PK\x06\x06") ? static_cast<qint64>(long64(end, 48)) : -1;
 }
 
+// As the zip reader finds it: from its end, and in the large form wherever that is there.
 Directory findDirectory(QFile &file) {
     const qint64 tailSize = std::min<qint64>(file.size(), endSize + longestComment);
     const qint64 tailAt = file.size() - tailSize;
@@ -55,12 +56,11 @@ Directory findDirectory(QFile &file) {
     const int found = tail.lastIndexOf(QByteArrayLiteral("PK\x05\x06"), tail.size() - endSize);
     if (tail.size() < endSize || found < 0)
         return {};
-    const Directory directory{word32(tail, found + 16), word32(tail, found + 12)};
-    const bool isZip64 = word32(tail, found + 16) == 0xFFFFFFFFU ||
-                         word32(tail, found + 12) == 0xFFFFFFFFU ||
-                         short16(tail, found + 10) == 0xFFFF;
-    const Directory large = isZip64 ? zip64Directory(file, tailAt + found) : Directory{};
-    return large.at >= 0 ? large : directory;
+    const qint64 large = zip64DirectoryAt(file, tailAt + found);
+    if (large >= 0)
+        return {large, 0};
+    const qint64 at = tailAt + found - word32(tail, found + 12);
+    return {at, at - word32(tail, found + 16)};
 }
 
 bool passes(const QByteArray &name, QString *error) {
@@ -88,16 +88,14 @@ bool checkStoredNames(const QString &zipPath, QString *error) {
         return true;
     const Directory directory = findDirectory(file);
     qint64 at = directory.at;
-    const qint64 end = directory.at + std::min(directory.size, file.size());
-    while (at >= 0 && at < end) {
-        const QByteArray header = bytesAt(file, at, headerSize);
-        if (!header.startsWith("PK\x01\x02"))
-            return true;
+    QByteArray header = bytesAt(file, at, headerSize);
+    while (header.startsWith("PK\x01\x02")) {
         const int nameSize = short16(header, 28);
         if (!passes(bytesAt(file, at + headerSize, nameSize), error) ||
-            !passes(localName(file, word32(header, 42)), error))
+            !passes(localName(file, directory.shift + word32(header, 42)), error))
             return false;
         at += headerSize + nameSize + short16(header, 30) + short16(header, 32);
+        header = bytesAt(file, at, headerSize);
     }
     return true;
 }

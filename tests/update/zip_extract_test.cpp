@@ -118,12 +118,20 @@ private slots:
         QCOMPARE(tree(), QStringList());
     }
 
+    // Places in the archive may count from its own start or from that of the file.
     void aCommentAndBytesInFront() {
+        const QByteArray before = "#!/bin/sh\nexit\n";
         ZipWish wish;
-        wish.entries = {{"file", "content"}};
+        wish.entries = {{"file", "content"}, {"packed", QByteArray(100000, 'x'), true}};
         wish.comment = "a comment";
-        QVERIFY2(extract(makeZipAs(wish)), qPrintable(m_error));
-        QCOMPARE(read("file"), QByteArray("content"));
+        const QByteArray putInFront = before + makeZipAs(wish);
+        wish.before = before;
+        for (const QByteArray &zip : {putInFront, makeZipAs(wish)}) {
+            QVERIFY2(extract(zip), qPrintable(m_error));
+            QCOMPARE(read("file"), QByteArray("content"));
+            QCOMPARE(read("packed"), QByteArray(100000, 'x'));
+            QVERIFY(QDir(path("out")).removeRecursively());
+        }
     }
 
     void theLargeForm() {
@@ -260,10 +268,31 @@ private slots:
                  QStringList({"a.zip", "out"}));
     }
 
-    void aNulInTheDirectoryAlone() {
-        ZipEntry entry{"harmless", "1"};
-        entry.nameInDirectory = QByteArray("harm\0less", 9);
-        QVERIFY(!extract(makeZip({{"first", "1"}, entry})));
+    void aNulWhereverTheArchiveHasIt_data() {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<bool>("zip64");
+        QTest::addColumn<bool>("inDirectory");
+        for (const char *place : {"in the directory", "before the data"}) {
+            const bool inDirectory = qstrcmp(place, "in the directory") == 0;
+            QTest::addRow("%s", place) << QByteArray() << false << inDirectory;
+            QTest::addRow("%s, behind other bytes", place)
+                << QByteArray(1000, '#') << false << inDirectory;
+            QTest::addRow("%s, in the large form", place) << QByteArray() << true << inDirectory;
+        }
+    }
+
+    void aNulWhereverTheArchiveHasIt() {
+        QFETCH(QByteArray, before);
+        QFETCH(bool, zip64);
+        QFETCH(bool, inDirectory);
+        const QByteArray good = "harmless";
+        const QByteArray bad("harm\0ess", 8);
+        ZipEntry entry{inDirectory ? good : bad, "1"};
+        entry.nameInDirectory = inDirectory ? bad : good;
+        ZipWish wish;
+        wish.entries = {{"first", "1"}, entry};
+        wish.zip64 = zip64;
+        QVERIFY(!extract(before + makeZipAs(wish)));
         QCOMPARE(m_error, QStringLiteral("unsafe zip entry: harm"));
         QCOMPARE(tree(), QStringList());
     }
