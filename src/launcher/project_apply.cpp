@@ -6,12 +6,14 @@
 #include "project/project_validator.h"
 #include "update/file_operations.h"
 #include "update/manifest_signature.h"
+#include "update/work_lock.h"
 #include "update/zip_extract.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QUrl>
 
 namespace {
@@ -42,11 +44,13 @@ struct ProjectApply {
     ApplyResult result = {};
     QString zip = {};
     QString staging = {};
+    QLockFile turn{AppPaths::updateTempPath(QStringLiteral("apply.lock"))};
 
     [[nodiscard]] bool goesOn();
     [[nodiscard]] bool trustManifest();
     [[nodiscard]] bool getPackage();
     [[nodiscard]] bool checkPackage();
+    [[nodiscard]] bool takeTurn();
     void clearStaging();
     [[nodiscard]] bool unpack();
     [[nodiscard]] bool validate();
@@ -97,6 +101,13 @@ bool ProjectApply::checkPackage() {
     const VerifyResult check = verifyFileSha256(zip, expected);
     return check.ok || fail(QStringLiteral("Update zip hash failed: %1").arg(check.message),
                             QStringLiteral("hash"));
+}
+
+// Of two launchers on this data folder each would take the folders from under the other's hands, and
+// the project with them. Where no lock can be written, nothing can be unpacked either.
+bool ProjectApply::takeTurn() {
+    return takeLock(turn) || turn.error() != QLockFile::LockFailedError ||
+           fail(QStringLiteral("another launcher is applying an update"));
 }
 
 void ProjectApply::clearStaging() {
@@ -158,7 +169,8 @@ ApplyResult applyProjectUpdate(const UpdateSnapshot &snapshot, const QString &pr
     QElapsedTimer clock;
     clock.start();
     ProjectApply apply{snapshot, projectPath, cancelRef};
-    if (!apply.goesOn() || !apply.trustManifest() || !apply.getPackage() || !apply.checkPackage())
+    if (!apply.goesOn() || !apply.trustManifest() || !apply.getPackage() || !apply.checkPackage() ||
+        !apply.takeTurn())
         return apply.result;
     apply.clearStaging();
     if (!apply.goesOn())

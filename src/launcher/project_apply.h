@@ -12,7 +12,8 @@
 // Fetches the package of snapshot.projectEntry, unpacks it beside the project and swaps the folders.
 // The whole folder is replaced, apart from its sub-folder `logs`. Blocks for the download, the
 // extraction and the copying. `cancelRef` may be null; it is read up to the swap and not after it.
-// The backup that a success names is gone by then.
+// The backup that a success names is gone by then. Of two launchers on one data folder the second is
+// refused as long as the first one is at it.
 [[nodiscard]] ApplyResult applyProjectUpdate(const UpdateSnapshot &snapshot,
                                              const QString &projectPath,
                                              const CancelFlag *cancelRef);

@@ -13,6 +13,7 @@
 #include "wrapped_steps.h"
 
 #include <QCoreApplication>
+#include <QLockFile>
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -217,6 +218,27 @@ private Q_SLOTS:
         QCOMPARE(result.projectPath, project);
     }
 
+    void aFolderOfAnOddNameIsReplaced_data() {
+        QTest::addColumn<QString>("name");
+        for (const char *name : {"产线 三", "it's", "\"north\" & <south>", "-rf", "100%1 %2",
+                                 "a;b$c`d", "line.apply_backup", "logs"})
+            QTest::newRow(name) << QString(name);
+    }
+
+    void aFolderOfAnOddNameIsReplaced() {
+        QFETCH(QString, name);
+        const QString folder = AppPaths::projectsDirectory() + '/' + name;
+        support::writeTree(folder, oldProject());
+        const ApplyResult result = apply(Offer(newProject()), folder + "/demo.yslib");
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(result.projectPath, folder + "/demo.yslib");
+        QVERIFY2(result.message.contains(". Backup: " + AppPaths::updateBackupDirectory() + '/' +
+                                         name + '_'),
+                 qPrintable(result.message));
+        QCOMPARE(withoutProjectFile(support::readTree(folder)), replacedProject());
+        QCOMPARE(leftovers(), QStringList());
+    }
+
     void aFolderThatIsALinkIsReplacedAndWhatItLedToStays() {
         QTemporaryDir elsewhere;
         support::writeTree(elsewhere.path(), oldProject());
@@ -403,6 +425,33 @@ private Q_SLOTS:
         QVERIFY(result.message.startsWith(
             "Apply pre-check signature failed: update public key not found: "));
         QCOMPARE(result.errorClass, QString("verify"));
+    }
+
+    // --- Two launchers on one data folder -------------------------------------------------------
+
+    // Its folders, of the same second perhaps, and the project are left to it.
+    void anotherLauncherIsAtIt() {
+        const QString project = install(oldProject());
+        support::writeTree(AppPaths::updateTempPath("apply_other"), {{"demo.yslib", "{}"}});
+        QLockFile other(AppPaths::updateTempPath("apply.lock"));
+        QVERIFY(other.lock());
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY(!result.success);
+        QCOMPARE(result.message, QString("another launcher is applying an update"));
+        QCOMPARE(result.errorClass, QString());
+        QCOMPARE(wrapped_steps::calls, QStringList({"verifyManifest", "verifyFileSha256"}));
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+        QCOMPARE(leftovers(), QStringList({"apply.lock", "apply_other"}));
+        other.unlock();
+        QVERIFY(apply(Offer(newProject()), project).success);
+    }
+
+    void whatAKilledLauncherLeftDoesNotStopTheNext() {
+        const QString project = install(oldProject());
+        QVERIFY(installation::write(AppPaths::updateTempPath("apply.lock"), ""));
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(leftovers(), QStringList());
     }
 
     // --- Cancel ---------------------------------------------------------------------------------

@@ -6,6 +6,7 @@
 #include "quorvanectl/progress.h"
 #include "quorvanectl/project_recovery.h"
 #include "quorvanectl/running_programs.h"
+#include "update/work_lock.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -120,20 +121,13 @@ bool readPlaces(const QCommandLineParser &parser, RecoveryPlaces *places, QStrin
             isUsableFile(places->package, error, std::numeric_limits<qint64>::max()));
 }
 
-// The lock of one that was killed may hold no text yet, or the number of a process that is another's
-// by now. Removing it fails as long as its own process lives: the system holds it for that one.
-bool takes(QLockFile &lock) {
-    lock.setStaleLockTime(0); // however long it takes
-    return lock.tryLock(0) || (lock.removeStaleLockFile() && lock.tryLock(0));
-}
-
 // Of two that write at once neither would know what it has left.
 bool mayApply(const RecoveryPlaces &places, QLockFile &lock, QString *error) {
     const QStringList atWork =
         programsAtWork(places.projectFile, QFileInfo(places.updates).absolutePath());
     if (!atWork.isEmpty())
         *error = QStringLiteral("close this first: ") + atWork.join(QStringLiteral(", "));
-    if (error->isEmpty() && QFileInfo(places.updates).isDir() && !takes(lock))
+    if (error->isEmpty() && QFileInfo(places.updates).isDir() && !takeLock(lock))
         *error =
             QStringLiteral("%1/recovery.lock: another recovery is at work").arg(places.updates);
     return error->isEmpty();
