@@ -1,4 +1,5 @@
-// The platform's way of copying a file, and of waiting until copies are on the disk.
+// The platform's way of copying a file, of waiting until copies are on the disk, and of telling
+// beforehand what cannot be removed.
 #pragma once
 
 #include <QString>
@@ -10,3 +11,12 @@
 // Waits until all that was written to the volume of `folder` is on the disk, so that a power cut
 // cannot take it back. False if that failed, or `folder` cannot be opened. Any thread.
 [[nodiscard]] bool flushVolume(const QString &folder);
+
+// Whether entries may be taken out of `folder`, as far as that can be told without trying. Any thread.
+[[nodiscard]] bool mayTakeFrom(const QString &folder);
+
+// Whether the file can be opened for reading, as far as that can be told without trying. Any thread.
+[[nodiscard]] bool mayRead(const QString &file);
+
+// Whether a volume is mounted on `folder` itself, so that it cannot be removed. Any thread.
+[[nodiscard]] bool isMountPoint(const QString &folder);

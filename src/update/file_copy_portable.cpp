@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -26,4 +27,20 @@ bool flushVolume(const QString &folder) {
     const bool flushed = ::syncfs(descriptor) == 0;
     ::close(descriptor);
     return flushed;
+}
+
+bool mayTakeFrom(const QString &folder) {
+    return ::euidaccess(QFile::encodeName(folder).constData(), W_OK | X_OK) == 0;
+}
+
+bool mayRead(const QString &file) {
+    return ::euidaccess(QFile::encodeName(file).constData(), R_OK) == 0;
+}
+
+// A system too old to tell lets the attempt fail.
+bool isMountPoint(const QString &folder) {
+    struct statx about {};
+    return ::statx(AT_FDCWD, QFile::encodeName(folder).constData(), AT_SYMLINK_NOFOLLOW, 0,
+                   &about) == 0 &&
+           (about.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
 }

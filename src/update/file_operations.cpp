@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string>
 #include <system_error>
 
 namespace {
@@ -31,27 +32,38 @@ bool isLink(const QFileInfo &info) {
     return info.isSymLink() || qt_compat::isJunction(info);
 }
 
-// A read-only file cannot be removed on Windows; a link to a folder is removed like one there.
+// A read-only file cannot be removed on Windows; a link to a folder is removed like one there. The
+// permissions of a link are those of what it leads to, and not ours to change.
 bool removeEntry(const QString &path) {
     if (QFile::remove(path))
         return true;
-    QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteUser);
+    if (!isLink(QFileInfo(path)))
+        QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteUser);
     return QFile::remove(path) || QDir().rmdir(path);
 }
 
+bool failCopying(const QString &path, QString *error) {
+    return fail(QStringLiteral("unable to copy file: %1")
+                    .arg(QDir::cleanPath(QFileInfo(path).absoluteFilePath())),
+                error);
+}
+
 // The entries of one folder. Unlike Qt's iterator this tells a folder that cannot be read from an
-// empty one: what it holds would be left out without a word.
+// empty one, and a name that is no UTF-8 from none: what cannot be seen would be left out without a
+// word.
 bool listFolder(const QString &folder, QFileInfoList *entries, QString *error) {
     namespace fs = std::filesystem;
     std::error_code failure;
     fs::directory_iterator entry(fs::u8path(folder.toUtf8().constData()), failure);
     while (!failure && entry != fs::directory_iterator()) {
-        entries->append(QFileInfo(QString::fromUtf8(entry->path().u8string().c_str())));
+        const std::string name = entry->path().u8string();
+        const QString path = QString::fromUtf8(name.c_str());
+        if (path.toUtf8() != name.c_str())
+            return failCopying(path, error);
+        entries->append(QFileInfo(path));
         entry.increment(failure);
     }
-    return !failure || fail(QStringLiteral("unable to copy file: %1")
-                                .arg(QDir::cleanPath(QFileInfo(folder).absoluteFilePath())),
-                            error);
+    return !failure || failCopying(folder, error);
 }
 
 // From the top down, folders in a list of their own: their depth is not bounded by the stack.
@@ -81,18 +93,12 @@ bool copyFile(const QString &source, const QString &destination, QString *error)
         return false;
     if (QFileInfo::exists(destination) && !QFile::remove(destination))
         return fail(QStringLiteral("unable to replace file: %1").arg(destination), error);
-    if (!copyFileContent(source, destination)) {
-        return fail(
-            QStringLiteral("unable to copy file: %1").arg(QFileInfo(source).absoluteFilePath()),
-            error);
-    }
-    return true;
+    return copyFileContent(source, destination) || failCopying(source, error);
 }
 
 // A copy counts once it would outlive a power cut.
 bool waitForDisk(const QString &folder, QString *error) {
-    return flushVolume(folder) ||
-           fail(QStringLiteral("unable to copy file: %1").arg(folder), error);
+    return flushVolume(folder) || failCopying(folder, error);
 }
 
 // A link to a folder becomes a folder; what is neither a folder nor a file is left out.
@@ -103,19 +109,28 @@ bool copyEntry(const QFileInfo &info, const QString &destination, QString *error
            fail(QStringLiteral("unable to create directory: %1").arg(destination), error);
 }
 
-// A project of which a folder cannot be read could neither be backed up nor removed whole.
-bool canBeRead(const QString &tree, QString *error) {
-    QStringList folders{tree};
+// Nothing has been changed yet. A project of which an entry cannot be read could neither be backed up
+// nor removed whole, and one that something cannot be taken out of would be left in parts.
+bool canBeTakenApart(const QString &target, QString *error) {
+    const bool targetIsLink = isLink(QFileInfo(target)); // all of it that is removed
+    bool removable = mayTakeFrom(QFileInfo(QDir::cleanPath(target)).absolutePath());
+    QStringList folders{target};
     for (int i = 0; i < folders.size(); ++i) {
+        const QString folder = folders.at(i);
         QFileInfoList entries;
-        if (!listFolder(folders.at(i), &entries, error))
+        if (!listFolder(folder, &entries, error))
             return false;
+        if (!targetIsLink)
+            removable =
+                removable && !isMountPoint(folder) && (entries.isEmpty() || mayTakeFrom(folder));
         for (const QFileInfo &info : qAsConst(entries)) {
+            if (info.isFile() && !info.isHidden() && !mayRead(info.filePath()))
+                return failCopying(info.filePath(), error);
             if (info.isDir() && !isLink(info))
                 folders += info.filePath();
         }
     }
-    return true;
+    return removable || fail(QStringLiteral("unable to remove directory: %1").arg(target), error);
 }
 
 // The real place of a path of which only the first part need exist.
@@ -258,7 +273,7 @@ bool replaceDirectory(const QString &staging, const QString &target,
         return fail(QStringLiteral("unable to remove directory: %1").arg(target), error);
 
     if (QFileInfo::exists(target)) {
-        if (!canBeRead(target, error) || !backUpDirectory(target, backupPath, error) ||
+        if (!canBeTakenApart(target, error) || !backUpDirectory(target, backupPath, error) ||
             !preserve(preservedNames, target, staging, backupPath, error) ||
             !waitForBoth(staging, backupPath, error) || !clearTarget(target, backupPath, error))
             return false;

@@ -27,7 +27,7 @@ class Mounts(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder)
         self.place = self.folder / "place"
         self.data = self.folder / "data"
-        self.project = self.folder / "产线三"
+        self.project = self.folder / "projects" / "产线三"
         self.data.mkdir()
         (self.place / "app").mkdir(parents=True)
         self.program = self.place / "app" / "reference_apply"
@@ -65,15 +65,36 @@ class Mounts(unittest.TestCase):
         self.assertEqual(read_tree(self.project), read_tree(self.place / "old"))
 
     def test_a_folder_whose_removal_fails_twice_stays_without_a_backup(self):
-        # What something is mounted on cannot be removed; all around it can.
+        # A file that something is mounted on cannot be removed; all around it can.
         self.prepare()
-        (self.project / "held").mkdir()
-        told, seen = self.apply('mount -t tmpfs none "$PROJECT/held"',
+        told, seen = self.apply('mount --bind "$PROJECT/main.ys" "$PROJECT/main.ys"',
                                 '(cd "$PROJECT" && find .; ls -A "$DATA/Quorvane/update/backup")')
         self.assertFalse(told["success"])
         self.assertEqual(told["message"], "Replace failed, rolled back: unable to remove directory: "
                                           f"{self.project}")
-        self.assertEqual(seen, [".", "./held"])
+        self.assertEqual(seen, [".", "./main.ys"])
+
+    def test_a_project_that_cannot_be_taken_apart_is_left_alone(self):
+        self.prepare()
+        (self.project / "empty").rmdir()  # what is mounted on would look the same
+        (self.project / "held").mkdir()
+        before = read_tree(self.project)
+        for name, mount in {
+                "a volume of its own": 'mount --bind "$PROJECT" "$PROJECT"',
+                "a volume within": 'mount -t tmpfs none "$PROJECT/held"',
+                "a folder of the same volume mounted within":
+                    'mount --bind "$PROJECT/数据" "$PROJECT/held"',
+                "a volume that may not be written to":
+                    'mount --bind "$PROJECT/.." "$PROJECT/.." && '
+                    'mount -o remount,bind,ro "$PROJECT/.."'}.items():
+            with self.subTest(name):
+                told, seen = self.apply(mount, 'ls -A "$DATA/Quorvane/update/"*')
+                self.assertEqual(
+                    told["message"],
+                    f"Replace failed, rolled back: unable to remove directory: {self.project}")
+                self.assertEqual([line for line in seen if line and not line.endswith(":")], [],
+                                 "something is left over")
+                self.assertEqual(read_tree(self.project), before)
 
 
 if __name__ == "__main__":

@@ -6,10 +6,41 @@
 #include <QDirIterator>
 #include <QTemporaryDir>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <memory>
+
+namespace {
+
+// Root may do anything. As long as this lives, the test is somebody else, to whom the folder belongs.
+class OrdinaryUser {
+public:
+    explicit OrdinaryUser(const QString &folder)
+        : isOne(::geteuid() != 0) {
+        const uid_t nobody = 65534;
+        const QByteArray name = QFile::encodeName(folder);
+        if (isOne || ::chown(name.constData(), nobody, static_cast<gid_t>(-1)) != 0 ||
+            ::seteuid(nobody) != 0)
+            return;
+        becameOne = true;
+        isOne = ::euidaccess(name.constData(), W_OK | X_OK) == 0;
+    }
+    ~OrdinaryUser() {
+        if (becameOne && ::seteuid(0) != 0)
+            qFatal("cannot be root again");
+    }
+    OrdinaryUser(const OrdinaryUser &) = delete;
+    OrdinaryUser &operator=(const OrdinaryUser &) = delete;
+
+    bool isOne;
+
+private:
+    bool becameOne = false;
+};
+
+} // namespace
 
 class FileOperationsTest : public QObject {
     Q_OBJECT
@@ -125,6 +156,22 @@ private slots:
         link(path("outside"), "d");
         QVERIFY(removeDirectory(path("d")));
         QCOMPARE(tree(""), QStringList({"outside/", "outside/kept"}));
+    }
+
+    void aLinkThatCannotBeRemovedLeavesWhatItLeadsToAsItIs() {
+        const OrdinaryUser user(m_folder->path());
+        if (!user.isOne)
+            QSKIP("root may do anything, and cannot become anybody else here");
+        write("outside");
+        QVERIFY(QFile::setPermissions(path("outside"), QFile::ReadOwner));
+        makeFolder("d");
+        link(path("outside"), "d/way");
+        QCOMPARE(::chmod(QFile::encodeName(path("d")), 0500), 0);
+        QVERIFY(!removeDirectory(path("d")));
+        ::chmod(QFile::encodeName(path("d")), 0700);
+        struct stat after {};
+        QCOMPARE(::stat(QFile::encodeName(path("outside")), &after), 0);
+        QCOMPARE(after.st_mode & 0777, 0400U);
     }
 
     void aFileIsNoFolderToRemove() {
@@ -320,22 +367,79 @@ private slots:
         QCOMPARE(read("old/logs/same"), QByteArray("old"));
     }
 
-    // The fault run shows the same as root.
-    void aFolderThatCannotBeReadIsLeftAlone() {
-        if (::geteuid() == 0)
-            QSKIP("root reads every folder");
-        write("target/a/file");
-        write("target/b/file");
-        write("staging/new");
-        QVERIFY(QFile::setPermissions(path("target/b"), QFile::Permissions()));
-        QString error;
+    void aPreservedNameIsMeantToTheLetter() {
+        write("new/file");
+        write("old/Logs/old.log");
+        QVERIFY(replaceDirectory(path("new"), path("old"), {"logs"}, path("backup")));
+        QCOMPARE(tree("old"), QStringList({"file"}));
+    }
+
+    // Seen beforehand: the copy, or the removal, would leave parts of it.
+    void aFolderThatCannotBeTakenApartIsLeftAlone_data() {
+        QTest::addColumn<QString>("spoilt");
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("error"); // none: it is replaced all the same
+        const QString stays = "unable to remove directory: BASE/in/target";
+        const auto row = [](const char *name, const QString &spoilt, int mode,
+                            const QString &error) {
+            QTest::newRow(name) << spoilt << mode << error;
+        };
+        row("a folder that cannot be listed", "in/target/b", 0300,
+            "unable to copy file: BASE/in/target/b");
+        row("a hidden one too", "in/target/.c", 0300, "unable to copy file: BASE/in/target/.c");
+        row("a file that cannot be read", "in/target/b/file", 0,
+            "unable to copy file: BASE/in/target/b/file");
+        row("a folder that nothing can be taken out of", "in/target/b", 0500, stays);
+        row("one whose entries can be listed and no more", "in/target/b", 0600, stays);
+        row("the project's folder itself", "in/target", 0500, stays);
+        row("the folder that it lies in", "in", 0500, stays);
+        row("a file that may not be written to", "in/target/b/file", 0400, "");
+        row("a hidden file that cannot be read", "in/target/.hidden", 0, "");
+        row("an empty folder that may not be written to", "in/target/empty", 0500, "");
+        row("what a link leads to", "outside", 0500, "");
+    }
+
+    void aFolderThatCannotBeTakenApartIsLeftAlone() {
+        QFETCH(QString, spoilt);
+        QFETCH(int, mode);
+        QFETCH(QString, error);
+        const OrdinaryUser user(m_folder->path());
+        if (!user.isOne)
+            QSKIP("root may do anything, and cannot become anybody else here");
+        for (const char *name : {"in/target/a/file", "in/target/b/file", "in/target/.c/file",
+                                 "in/target/.hidden", "outside/file", "staging/new"})
+            write(name);
+        makeFolder("in/target/empty");
+        link(path("outside"), "in/target/way");
+        const QStringList before = tree("in");
+        QCOMPARE(::chmod(QFile::encodeName(path(spoilt)), static_cast<mode_t>(mode)), 0);
+        QString told;
         const bool replaced =
-            replaceDirectory(path("staging"), path("target"), {}, path("backup"), &error);
-        QVERIFY(QFile::setPermissions(path("target/b"), QFile::Permissions(0x7000)));
-        QVERIFY(!replaced);
-        QCOMPARE(error, "unable to copy file: " + path("target/b"));
-        QCOMPARE(tree("target"), QStringList({"a/", "a/file", "b/", "b/file"}));
+            replaceDirectory(path("staging"), path("in/target"), {}, path("backup"), &told);
+        ::chmod(QFile::encodeName(path(spoilt)), 0700);
+        QCOMPARE(told, error.replace("BASE", m_folder->path()));
+        QCOMPARE(replaced, error.isEmpty());
+        QCOMPARE(tree("in"), error.isEmpty() ? QStringList({"target/", "target/new"}) : before);
         QVERIFY(!QFileInfo::exists(path("backup")));
+        QCOMPARE(read("outside/file"), QByteArray("x"));
+    }
+
+    void aNameThatIsNoUtf8LeavesTheFolderAlone() {
+        write("old/sub/file");
+        write("new/file");
+        const QByteArray name = QFile::encodeName(path("old/sub/")) + "\xB2\xFA.log";
+        const int descriptor = ::open(name.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        QVERIFY(descriptor >= 0);
+        ::close(descriptor);
+        const QString start = "unable to copy file: " + path("old/sub/");
+        QString error;
+        QVERIFY(!replaceDirectory(path("new"), path("old"), {}, path("backup"), &error));
+        QVERIFY2(error.startsWith(start) && error.endsWith(".log"), qPrintable(error));
+        QCOMPARE(read("old/sub/file"), QByteArray("x"));
+        QVERIFY(!QFileInfo::exists(path("backup")));
+        QVERIFY(!copyDirectory(path("old"), path("copy"), &error)); // nor is it left out of a copy
+        QVERIFY2(error.startsWith(start), qPrintable(error));
+        QCOMPARE(::unlink(name.constData()), 0); // the folder's own removal could not
     }
 
     void aPreservedNameThatIsAFile() {
