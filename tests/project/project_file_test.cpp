@@ -302,7 +302,7 @@ void ProjectFileTest::stampOfAFileThatCannotBeWrittenGoesToTheSidecar() {
     QVERIFY(stampProjectVersion(folder.path("line.yslib"), "1.0"));
     QCOMPARE(folder.read(sidecarName), support::textLines("1.0\n"));
     QVERIFY(stampProjectVersion(folder.path("new/line.yslib"), "2.0"));
-    QCOMPARE(folder.read("new/" + sidecarName), QByteArray("2.0\n"));
+    QCOMPARE(folder.read("new/" + sidecarName), support::textLines("2.0\n"));
     QVERIFY(!QFileInfo::exists(folder.path("new/line.yslib")));
 }
 
@@ -331,14 +331,18 @@ void ProjectFileTest::stampKeepsPermissionsAndLeavesNothingElse() {
     const auto permissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser |
                              QFile::WriteUser | QFile::ReadGroup;
     QVERIFY(QFile::setPermissions(file, permissions));
+    const auto before = QFile::permissions(file); // Windows knows no groups of this kind
+    QVERIFY(support::onWindows || before == permissions);
     QVERIFY(stampProjectVersion(file, "1.0"));
-    QCOMPARE(QFile::permissions(file), permissions);
+    QCOMPARE(QFile::permissions(file), before);
     QCOMPARE(QDir(QFileInfo(file).absolutePath())
                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
              (QStringList{sidecarName, "line.yslib"}));
 }
 
 void ProjectFileTest::stampFollowsALinkToTheFile() {
+    if (support::onWindows)
+        QSKIP("the library makes shortcuts there, which are no links");
     const ProjectFolder folder;
     const QString file = folder.write("real.yslib", "{}");
     QVERIFY(QFile::link(file, folder.path("line.yslib")));

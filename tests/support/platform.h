@@ -28,6 +28,11 @@ inline QString rooted(const QString &path) {
     return path.startsWith('/') ? QDir::cleanPath(QFileInfo(path).absoluteFilePath()) : path;
 }
 
+// The same beside a folder: on the drive that the folder lies on.
+inline QString rootedBeside(const QString &folder, const QString &path) {
+    return folder.section('/', 0, 0) + path;
+}
+
 // What the system says of a failure.
 inline QString systemText(const char *elsewhere, const char *windows) {
     return QString::fromLatin1(onWindows ? windows : elsewhere);

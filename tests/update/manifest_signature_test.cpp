@@ -1,6 +1,7 @@
 // The whole check of a manifest and of a package, with real keys and exact texts.
 #include "frame/app_paths.h"
 #include "support/manifest_maker.h"
+#include "support/platform.h"
 #include "support/staged_main.h"
 #include "update/manifest_signature.h"
 
@@ -251,7 +252,8 @@ private slots:
             << "{}"
             << "!"
             << "folder.pub"
-            << "unable to read update public key: file to open is a directory";
+            << "unable to read update public key: " +
+                   support::systemText("file to open is a directory", "Access denied.");
         QTest::newRow("no block in the key file") << "{}"
                                                   << "!"
                                                   << "noblock.pub"
@@ -448,7 +450,8 @@ private slots:
     void aPackageThatCannotBeRead() {
         const VerifyResult result = verifyFileSha256(m_folder.filePath("missing"), "ab");
         QVERIFY(!result.ok);
-        QCOMPARE(result.message, QStringLiteral("No such file or directory"));
+        QCOMPARE(result.message,
+                 support::systemText("No such file or directory", "File not found."));
     }
 
     void anEmptyPackageHasAHash() {
