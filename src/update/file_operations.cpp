@@ -48,24 +48,6 @@ bool failCopying(const QString &path, QString *error) {
                 error);
 }
 
-// The entries of one folder. Unlike Qt's iterator this tells a folder that cannot be read from an
-// empty one, and a name that is no UTF-8 from none: what cannot be seen would be left out without a
-// word.
-bool listFolder(const QString &folder, QFileInfoList *entries, QString *error) {
-    namespace fs = std::filesystem;
-    std::error_code failure;
-    fs::directory_iterator entry(fs::u8path(folder.toUtf8().constData()), failure);
-    while (!failure && entry != fs::directory_iterator()) {
-        const std::string name = entry->path().u8string();
-        const QString path = QString::fromUtf8(name.c_str());
-        if (path.toUtf8() != name.c_str())
-            return failCopying(path, error);
-        entries->append(QFileInfo(path));
-        entry.increment(failure);
-    }
-    return !failure || failCopying(folder, error);
-}
-
 // From the top down, folders in a list of their own: their depth is not bounded by the stack.
 bool removeTree(const QString &path) {
     bool removed = true;
@@ -109,6 +91,11 @@ bool copyEntry(const QFileInfo &info, const QString &destination, QString *error
            fail(QStringLiteral("unable to create directory: %1").arg(destination), error);
 }
 
+bool listOrFail(const QString &folder, QFileInfoList *entries, QString *error) {
+    QString unreadable;
+    return listFolder(folder, entries, &unreadable) || failCopying(unreadable, error);
+}
+
 // Nothing has been changed yet. A project of which an entry cannot be read could neither be backed up
 // nor removed whole, and one that something cannot be taken out of would be left in parts.
 bool canBeTakenApart(const QString &target, QString *error) {
@@ -118,7 +105,7 @@ bool canBeTakenApart(const QString &target, QString *error) {
     for (int i = 0; i < folders.size(); ++i) {
         const QString folder = folders.at(i);
         QFileInfoList entries;
-        if (!listFolder(folder, &entries, error))
+        if (!listOrFail(folder, &entries, error))
             return false;
         if (!targetIsLink)
             removable =
@@ -216,6 +203,21 @@ bool moveIn(const QString &staging, const QString &target, const QString &backup
 
 } // namespace
 
+bool listFolder(const QString &folder, QFileInfoList *entries, QString *unreadable) {
+    namespace fs = std::filesystem;
+    std::error_code failure;
+    fs::directory_iterator entry(fs::u8path(folder.toUtf8().constData()), failure);
+    while (!failure && entry != fs::directory_iterator()) {
+        const std::string name = entry->path().u8string();
+        const QString path = QString::fromUtf8(name.c_str());
+        if (path.toUtf8() != name.c_str())
+            return fail(path, unreadable);
+        entries->append(QFileInfo(path));
+        entry.increment(failure);
+    }
+    return !failure || fail(folder, unreadable);
+}
+
 QString findFileBySuffix(const QString &folder, const QString &suffix) {
     QDirIterator files(folder, {QLatin1Char('*') + suffix}, QDir::Files,
                        QDirIterator::Subdirectories);
@@ -242,7 +244,7 @@ bool copyDirectory(const QString &source, const QString &target, QString *error)
     for (int i = 0; i < folders.size(); ++i) {
         const QString below = folders.at(i);
         QFileInfoList entries;
-        if (!listFolder(source + QLatin1Char('/') + below, &entries, error))
+        if (!listOrFail(source + QLatin1Char('/') + below, &entries, error))
             return false;
         for (const QFileInfo &info : qAsConst(entries)) {
             const QString relative = below + info.fileName();

@@ -323,6 +323,32 @@ private slots:
         QCOMPARE(error, QStringLiteral("source directory not found: "));
     }
 
+    // --- listFolder
+
+    void aFolderIsListedWithWhatIsHidden() {
+        write("folder/.hidden");
+        write("folder/sub/deep");
+        write("folder/文件");
+        QFileInfoList entries;
+        QVERIFY(listFolder(path("folder"), &entries));
+        QStringList names;
+        for (const QFileInfo &entry : qAsConst(entries))
+            names += entry.filePath();
+        names.sort();
+        QCOMPARE(names,
+                 QStringList({path("folder/.hidden"), path("folder/sub"), path("folder/文件")}));
+    }
+
+    void aFolderThatCannotBeListedIsNotAnEmptyOne() {
+        write("file");
+        QFileInfoList entries;
+        QString unreadable;
+        QVERIFY(!listFolder(path("none"), &entries, &unreadable));
+        QCOMPARE(unreadable, path("none"));
+        QVERIFY(!listFolder(path("file"), &entries));
+        QVERIFY(entries.isEmpty());
+    }
+
     // --- replaceDirectory
 
     void aFolderIsReplaced() {

@@ -1,6 +1,7 @@
 #include "quorvanectl/folder_content.h"
 
 #include "frame/qt_compat.h"
+#include "update/file_operations.h"
 
 #include <QDir>
 #include <QFile>
@@ -8,8 +9,6 @@
 #include <QStringList>
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 
 namespace ctl {
 namespace {
@@ -17,20 +16,6 @@ namespace {
 constexpr qint64 pieceSize = 1 << 20; // bytes
 
 enum class Likeness { Same, CutOff, Different };
-
-// Unlike Qt's iterator this tells a folder that cannot be read from an empty one.
-bool listFolder(const QString &folder, QFileInfoList *entries, QString *error) {
-    namespace fs = std::filesystem;
-    std::error_code failure;
-    fs::directory_iterator entry(fs::u8path(folder.toUtf8().constData()), failure);
-    while (!failure && entry != fs::directory_iterator()) {
-        entries->append(QFileInfo(QString::fromUtf8(entry->path().u8string().c_str())));
-        entry.increment(failure);
-    }
-    if (failure)
-        *error = QStringLiteral("cannot list the folder %1").arg(folder);
-    return !failure;
-}
 
 // The library copies to such a name first.
 bool isTemporary(const QString &name) {
@@ -108,8 +93,11 @@ bool readContent(const QString &folder, FolderContent *content, QString *error) 
     for (int i = 0; i < folders.size(); ++i) {
         const QString below = folders.at(i);
         QFileInfoList entries;
-        if (!listFolder(QDir::cleanPath(folder + QLatin1Char('/') + below), &entries, error))
+        const QString place = QDir::cleanPath(folder + QLatin1Char('/') + below);
+        if (!listFolder(place, &entries)) {
+            *error = QStringLiteral("cannot list the folder %1").arg(place);
             return false;
+        }
         for (const QFileInfo &info : qAsConst(entries)) {
             if (info.isHidden() || isTemporary(info.fileName()))
                 continue;
