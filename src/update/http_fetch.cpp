@@ -17,7 +17,6 @@ namespace {
 const int cancelPollMs = 100;
 const int downloadTimeoutMs = 120000;
 const int downloadRedirects = 8;
-const int largestBody = 0x7FFFFF00; // bytes, what a byte array can hold
 
 bool isCancelled(const CancelFlag *cancelFlag) {
     return cancelFlag != nullptr && cancelFlag->load(std::memory_order_relaxed) != 0;
@@ -108,7 +107,7 @@ struct IncomingBody {
 void takeWhatCame(QNetworkReply &reply, IncomingBody *body) {
     try {
         const QByteArray piece = reply.readAll();
-        body->tooLarge = piece.size() > largestBody - body->bytes.size();
+        body->tooLarge = piece.size() > largestDownload - body->bytes.size();
         if (!body->tooLarge)
             body->bytes += piece;
     } catch (const std::bad_alloc &) {

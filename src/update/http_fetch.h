@@ -18,6 +18,9 @@ class QNetworkReply;
 // Set to a non-zero value by another thread to cancel a call; read with relaxed loads.
 using CancelFlag = std::atomic<qint32>;
 
+// What a byte array can hold: a larger body is refused.
+const qint64 largestDownload = 0x7FFFFF00; // bytes
+
 struct FetchResult {
     QByteArray body;
     qint32 statusCode = 0; // HTTP status of the last reply; 0 when there was none

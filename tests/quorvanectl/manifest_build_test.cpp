@@ -1,7 +1,9 @@
 // A manifest made from packages says where they lie and what they are.
 #include "quorvanectl/manifest_build.h"
+#include "quorvanectl/project_package.h"
 #include "support/library_file.h"
 #include "support/staged_main.h"
+#include "update/http_fetch.h"
 
 #include "published_update.h"
 
@@ -97,6 +99,22 @@ private slots:
         QTest::newRow("an installer with two numbers in its name")
             << "site/setup-1.2.exe" << QByteArray("x") << "editor"
             << "its name holds no version, as in setup-1.2.0.exe";
+        QTest::newRow("an empty installer") << "site/setup-1.2.0.exe" << QByteArray("") << "editor"
+                                            << "is empty, and a launcher takes no empty download";
+    }
+
+    void aPackageThatNoLauncherCanHold() {
+        ManifestWish wanted = wish();
+        const QString path = update->path("site/large.zip");
+        QFile large(path);
+        QVERIFY(large.open(QIODevice::WriteOnly) && large.resize(largestDownload + 1));
+        wanted.projects = QStringList{path};
+        QString error;
+        QVERIFY(buildManifest(wanted, &error).isEmpty());
+        QCOMPARE(error, path +
+                            ": is larger than 2 GiB: a launcher holds a download whole in memory, "
+                            "and none larger");
+        QVERIFY(ctl::sizeFault(largestDownload).isEmpty());
     }
 
     void refusals() {
@@ -105,7 +123,7 @@ private slots:
         QFETCH(QString, component);
         QFETCH(QString, reason);
         const QString path = update->path(file);
-        if (!content.isEmpty())
+        if (!content.isNull())
             support::writeBytes(path, content);
         ManifestWish wanted = wish();
         if (component.isEmpty())

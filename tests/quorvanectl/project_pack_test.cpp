@@ -318,6 +318,7 @@ private slots:
         QTest::newRow("a word behind") << "1.2.0-beta" << false;
         QTest::newRow("a v before") << "v1.2.0" << false;
         QTest::newRow("all zeros") << "0.0.0" << false;
+        QTest::newRow("a number that no launcher holds") << "1.2.20261121000" << false;
         QTest::newRow("nothing") << "" << false;
     }
 

@@ -296,6 +296,36 @@ private slots:
         QVERIFY(place.contents().contains(cut));
     }
 
+    // A disk with no room for the project file: what lay there still does.
+    void damagedProjectFileOnAFullDisk() {
+        if (!support::canMountPrivately())
+            QSKIP("no private mounts on this system");
+        const Place place;
+        place.lay("lying", laid(newProject(), "line.yslib", ""));
+        place.lay("", {{"p.zip", support::zipOf(newProject())}});
+        place.lay("data/update", {{"cache/", ""}});
+        QVERIFY(QDir(place.dir.path()).mkdir("line"));
+        const QByteArray recover =
+            "quorvanectl project recover --apply line/line.yslib --data data --package p.zip "
+            "--library " QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini";
+        place.lay("",
+                  {{"run.sh", "mount -t tmpfs -o size=1M none line && cp -a lying/. line\n"
+                              "cat /dev/zero 2>/dev/null >line/.full\n" +
+                                  recover +
+                                  "; echo status $?\n"
+                                  "test -f line/line.yslib && test ! -s line/line.yslib || exit 9\n"
+                                  "find line -name '*.yslib?*' | wc -l\n"
+                                  "rm line/.full\n" +
+                                  recover + "\n"}});
+        const Answer answer =
+            support::runLine(QLatin1String(support::privately) + "sh run.sh", place.dir.path());
+        QCOMPARE(answer.err, "quorvanectl: cannot write " + place.path("line/line.yslib") + "\n");
+        QVERIFY2(answer.out.contains("status 1\n1\n"), qPrintable(answer.out)); // the one set aside
+        QVERIFY2(answer.out.endsWith("line/line.yslib passes the validator.\n"),
+                 qPrintable(answer.out));
+        QCOMPARE(answer.status, 0);
+    }
+
     void packageThatIsNoArchiveIsNoHelp() {
         const Place place;
         place.lay("line", laid(newProject(), "line.yslib", ""));

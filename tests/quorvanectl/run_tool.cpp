@@ -57,4 +57,10 @@ Answer runLine(const QString &line, const QString &folder, const QMap<QString, Q
     return runProcess("sh", {"-c", line}, folder, environment);
 }
 
+const char *const privately = "unshare -Urm ";
+
+bool canMountPrivately() {
+    return runLine(QLatin1String(privately) + "true", ".").status == 0;
+}
+
 } // namespace support

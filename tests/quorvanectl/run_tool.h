@@ -24,4 +24,8 @@ struct Answer {
 [[nodiscard]] Answer runLine(const QString &line, const QString &folder,
                              const QMap<QString, QString> &more = {});
 
+// Whether a command line may mount a file system that only it sees: `privately` before it.
+[[nodiscard]] bool canMountPrivately();
+extern const char *const privately;
+
 } // namespace support

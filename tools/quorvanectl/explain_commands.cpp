@@ -4,6 +4,7 @@
 #include "quorvanectl/commands.h"
 #include "quorvanectl/file_access.h"
 #include "quorvanectl/inspected_installation.h"
+#include "quorvanectl/json_input.h"
 #include "quorvanectl/json_output.h"
 #include "quorvanectl/update_explain.h"
 
@@ -57,14 +58,9 @@ void speak(const QString &locale, QTranslator *translator) {
     }
 }
 
-bool isJsonObject(const QString &path, QString *error) {
+bool holdsJsonObject(const QString &path, QString *error) {
     const QString text = readText(path, error);
-    if (text.isNull())
-        return false;
-    if (QJsonDocument::fromJson(text.toUtf8()).isObject())
-        return true;
-    *error = QStringLiteral("%1: not a JSON object").arg(path);
-    return false;
+    return !text.isNull() && isJsonObject(path, text, error);
 }
 
 void printVerification(const Console &console, const VerifyReport &verify) {
@@ -126,8 +122,8 @@ int explain(const QCommandLineParser &parser, Console &console) {
     const QString url = parser.value(urlOption);
     const QString locale = parser.value(localeOption);
     const QString format = chosenFormat(parser, formats(), &error);
-    if (format.isEmpty() || !isJsonObject(manifest, &error) ||
-        (!project.isEmpty() && !isJsonObject(project, &error)) ||
+    if (format.isEmpty() || !holdsJsonObject(manifest, &error) ||
+        (!project.isEmpty() && !holdsJsonObject(project, &error)) ||
         !inspectInstallation(parser, &error))
         return refuse(console, error);
     if (!url.isEmpty() && (!QUrl(url).isValid() || QUrl(url).scheme().isEmpty()))

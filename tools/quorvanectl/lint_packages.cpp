@@ -42,6 +42,14 @@ bool isInsecure(const QString &address) {
     return isUrl(address) && QUrl(address).scheme() != QLatin1String("https");
 }
 
+bool hasNoHost(const QString &address) {
+    return isUrl(address) && QUrl(address).host().isEmpty();
+}
+
+bool hasCredentials(const QString &address) {
+    return isUrl(address) && !QUrl(address).userInfo().isEmpty();
+}
+
 bool hasBackslash(const QString &address) {
     return address.contains(QLatin1Char('\\'));
 }
@@ -67,6 +75,8 @@ const AddressRule addressRules[] = {
     {"local-path", isLocalPath, "a path of this one machine"},
     {"leads-out", leadsOut, "leads out of the manifest's folder"},
     {"not-https", isInsecure, "is not fetched over https"},
+    {"no-host", hasNoHost, "names no server"},
+    {"credentials", hasCredentials, "a name or password in an address is shown to everybody"},
     {"percent", hasPercent, "a per cent sign reads differently on a stick and on a server"},
     {"no-file-name", hasNoFileName, "ends without a file's name"},
     {"bad-file-name", hasBadFileName, "Windows has no file of that name"},
@@ -76,15 +86,27 @@ LintFinding atUrl(const QString &kind, const PackageRecord &package, const QStri
     return {kind, QStringLiteral("%1.%2").arg(package.where, package.urlKey()), message};
 }
 
+QString withoutHash(const PackageRecord &package) {
+    if (package.isProject)
+        return QStringLiteral("is missing: nobody is offered the project");
+    return package.record.value(package.hashKey()).toString().isEmpty()
+               ? QStringLiteral("is missing: the installer is started unchecked")
+               : QStringLiteral("is blank: the installer is never started");
+}
+
+// An installer is started as it is: neither unpacked nor handed to another program.
+bool isNoProgram(const PackageRecord &package) {
+    static const QRegularExpression other(
+        QStringLiteral("\\.(msi|msix|msp|zip|7z|rar|tar|gz|iso)$"),
+        QRegularExpression::CaseInsensitiveOption);
+    return !package.isProject && other.match(packageFileName(package.url())).hasMatch();
+}
+
 QVector<LintFinding> lintHash(const PackageRecord &package) {
     static const QRegularExpression hexadecimal(QStringLiteral("^[0-9A-Fa-f]{64}$"));
     const QString where = QStringLiteral("%1.%2").arg(package.where, package.hashKey());
-    if (package.hash().isEmpty()) {
-        return {{QStringLiteral("missing-hash"), where,
-                 package.isProject
-                     ? QStringLiteral("is missing: nobody is offered the project")
-                     : QStringLiteral("is missing: the installer is started unchecked")}};
-    }
+    if (package.hash().isEmpty())
+        return {{QStringLiteral("missing-hash"), where, withoutHash(package)}};
     if (!hexadecimal.match(package.hash()).hasMatch()) {
         return {{QStringLiteral("bad-hash"), where,
                  QStringLiteral("is no SHA-256, which has 64 hexadecimal digits")}};
@@ -184,6 +206,12 @@ QVector<LintFinding> lintAddress(const PackageRecord &package) {
                       QStringLiteral("%1: %2").arg(package.url(), QLatin1String(rule.message)));
         }
     }
+    if (isNoProgram(package)) {
+        findings += atUrl(QStringLiteral("no-program"), package,
+                          QStringLiteral("the launcher starts an installer as it is, and %1 is no "
+                                         "program")
+                              .arg(packageFileName(package.url())));
+    }
     return findings + lintHash(package);
 }
 
@@ -195,11 +223,9 @@ QVector<LintFinding> lintPackageFile(const PackageRecord &package, const LintSub
         return {atUrl(QStringLiteral("missing-package"), package,
                       QStringLiteral("there is no file %1").arg(path))};
     }
-    if (QFileInfo(path).size() > largestPackage) {
-        return {atUrl(QStringLiteral("too-large"), package,
-                      QStringLiteral("the package is larger than the 2 GiB that a launcher "
-                                     "downloads"))};
-    }
+    const QString unfit = sizeFault(QFileInfo(path).size());
+    if (!unfit.isEmpty())
+        return {atUrl(QStringLiteral("bad-size"), package, QStringLiteral("the package ") + unfit)};
     QVector<LintFinding> findings;
     const QString actual = fileSha256Hex(path);
     if (!package.hash().isEmpty() && package.hash().compare(actual, Qt::CaseInsensitive) != 0) {
@@ -226,7 +252,12 @@ QVector<LintFinding> lintTogether(const QVector<PackageRecord> &packages) {
         if (!package.isProject)
             continue;
         const QString where = package.where + QStringLiteral(".name");
-        if (package.record.value(QLatin1String("name")).toString().isEmpty()) {
+        const QString name = package.record.value(QLatin1String("name")).toString();
+        if (name.trimmed() != name) {
+            findings += {QStringLiteral("blanks"), where,
+                         QStringLiteral("blanks around the name belong to it: '%1'").arg(name)};
+        }
+        if (name.isEmpty()) {
             findings += {QStringLiteral("no-name"), where,
                          QStringLiteral("a project without a name matches no project")};
         } else if (projectAt.contains(package.identity())) {

@@ -2,7 +2,7 @@
 // empty one.
 #include "quorvanectl/manifest_lint_rules.h"
 
-#include "update/version_text.h"
+#include "quorvanectl/version_fault.h"
 
 #include <QDateTime>
 #include <QJsonArray>
@@ -94,10 +94,10 @@ QVector<LintFinding> lintPlugins(const QJsonObject &root) {
                          QStringLiteral("a plug-in without `path` is skipped without a word")};
         }
         const QString least = plugin.value(QLatin1String("minVersion")).toString();
-        if (!least.isEmpty() && extractVersion(least) != normalizeVersion(least)) {
-            findings += {QStringLiteral("bad-version"), where + QStringLiteral(".minVersion"),
-                         QStringLiteral("'%1' is not three or four numbers").arg(least)};
-        }
+        const QString fault = versionFault(least);
+        if (!fault.isEmpty())
+            findings +=
+                {QStringLiteral("bad-version"), where + QStringLiteral(".minVersion"), fault};
     }
     return findings;
 }

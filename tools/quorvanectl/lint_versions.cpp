@@ -2,6 +2,7 @@
 // cannot read as nothing or as zero.
 #include "quorvanectl/manifest_lint_rules.h"
 
+#include "quorvanectl/version_fault.h"
 #include "update/version_text.h"
 
 #include <QDateTime>
@@ -26,17 +27,36 @@ bool isTwoNumbers(const QString &version) {
 
 QVector<LintFinding> lintForm(const PackageRecord &package, const char *key) {
     const QString version = text(package, key);
-    if (version.isEmpty() || extractVersion(version) == normalizeVersion(version))
-        return {};
     if (isTwoNumbers(version)) {
         return {
             {QStringLiteral("two-number-version"), at(package, key),
              QStringLiteral("'%1' has two numbers; only three or four are recognised everywhere")
                  .arg(version)}};
     }
-    return {{QStringLiteral("bad-version"), at(package, key),
-             QStringLiteral("'%1' is not three or four numbers; the rest counts for nothing")
-                 .arg(version)}};
+    const QString fault = versionFault(version);
+    if (!fault.isEmpty())
+        return {{QStringLiteral("bad-version"), at(package, key), fault}};
+    return {};
+}
+
+// What is no version at all has a finding already.
+bool isZero(const QString &version) {
+    return !version.isEmpty() && versionFault(version).isEmpty() && isPlaceholderVersion(version);
+}
+
+// Of the launcher's two places for a component's version this one is signed.
+QVector<LintFinding> lintVersionInAddress(const PackageRecord &package) {
+    const QString named = extractVersion(package.url());
+    const QString inFileName = extractVersion(packageFileName(package.url()));
+    const QString fault = versionFault(named);
+    if (!fault.isEmpty())
+        return {{QStringLiteral("bad-version"), at(package, "setupUrl"), fault}};
+    if (inFileName.isEmpty() || compareVersions(inFileName, named) == 0)
+        return {};
+    return {{QStringLiteral("version-disagrees"), at(package, "setupUrl"),
+             QStringLiteral("the first version in the address counts, %1, and not the installer's "
+                            "%2")
+                 .arg(named, inFileName)}};
 }
 
 QVector<LintFinding> lintComponent(const PackageRecord &package) {
@@ -53,6 +73,9 @@ QVector<LintFinding> lintComponent(const PackageRecord &package) {
                  QStringLiteral("the version stands only in `version`, which no signature covers; "
                                 "put it into the installer's name")}};
     }
+    const QVector<LintFinding> findings = lintVersionInAddress(package);
+    if (!findings.isEmpty())
+        return findings;
     if (!stated.isEmpty() && !named.isEmpty() && compareVersions(named, stated) != 0) {
         return {{QStringLiteral("version-disagrees"), at(package, "version"),
                  QStringLiteral("says %1, the installer's name says %2").arg(stated, named)}};
@@ -101,6 +124,10 @@ QDateTime publishedAt(const QJsonObject &root) {
 QVector<LintFinding> lintVersions(const PackageRecord &package) {
     QVector<LintFinding> findings = lintForm(package, "version");
     findings += package.isProject ? lintProject(package) : lintComponent(package);
+    if (isZero(package.version())) {
+        findings += {QStringLiteral("no-version"), package.where,
+                     QStringLiteral("%1 is above no version").arg(package.version())};
+    }
     if (package.isProject)
         return findings;
     findings += lintForm(package, "minVersion");

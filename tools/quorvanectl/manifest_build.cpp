@@ -11,6 +11,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <limits>
+
 namespace ctl {
 namespace {
 
@@ -21,8 +23,11 @@ bool fail(const QString &file, const QString &reason, QString *error) {
 
 // Where the launcher is to look for the file.
 bool addressOf(const ManifestWish &wish, const QString &file, QString *address, QString *error) {
-    if (!isUsableFile(file, error, largestPackage))
+    if (!isUsableFile(file, error, std::numeric_limits<qint64>::max()))
         return false;
+    const QString unfit = sizeFault(QFileInfo(file).size());
+    if (!unfit.isEmpty())
+        return fail(file, unfit, error);
     const QString folder = QDir(wish.folder).canonicalPath();
     const QString relative = QDir(folder).relativeFilePath(QFileInfo(file).canonicalFilePath());
     if (relative.startsWith(QLatin1String("../")) || QDir::isAbsolutePath(relative))

@@ -1,6 +1,7 @@
 #include "quorvanectl/manifest_lint.h"
 
 #include "quorvanectl/manifest_lint_rules.h"
+#include "quorvanectl/repeated_keys.h"
 
 #include <QJsonDocument>
 
@@ -20,12 +21,25 @@ QVector<LintFinding> lintEncoding(const QByteArray &bytes) {
          QStringLiteral("the file is not UTF-8, and a server's manifest is read as nothing else")}};
 }
 
+QVector<LintFinding> lintRepeatedKeys(const QByteArray &bytes) {
+    QVector<LintFinding> findings;
+    for (const RepeatedKey &key : repeatedKeys(QString::fromUtf8(bytes))) {
+        findings += {QStringLiteral("repeated-key"), key.where,
+                     QStringLiteral("line %1, column %2: stands already in line %3, column %4; the "
+                                    "launcher takes the last, other readers the first")
+                         .arg(QString::number(key.again.line), QString::number(key.again.column),
+                              QString::number(key.first.line), QString::number(key.first.column))};
+    }
+    return findings;
+}
+
 } // namespace
 
 QVector<LintFinding> lintManifest(const LintSubject &subject) {
     const QJsonObject root = rootOf(subject.manifest);
     const QVector<PackageRecord> packages = packageRecords(root);
-    QVector<LintFinding> findings = lintEncoding(subject.manifest) + lintShape(root);
+    QVector<LintFinding> findings = lintEncoding(subject.manifest);
+    findings += lintRepeatedKeys(subject.manifest) + lintShape(root);
     for (const PackageRecord &package : packages) {
         findings += lintVersions(package) + lintAddress(package);
         findings += lintPackageFile(package, subject);
@@ -34,10 +48,6 @@ QVector<LintFinding> lintManifest(const LintSubject &subject) {
     if (!subject.previous.isNull())
         findings += lintSuccession(root, rootOf(subject.previous));
     return findings;
-}
-
-bool isManifest(const QByteArray &bytes) {
-    return QJsonDocument::fromJson(QString::fromUtf8(bytes).toUtf8()).isObject();
 }
 
 QString lintLine(const LintFinding &finding) {

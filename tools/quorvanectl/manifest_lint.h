@@ -18,19 +18,15 @@ struct LintFinding {
 };
 
 struct LintSubject {
-    QByteArray manifest; // the file's bytes
+    QByteArray manifest; // the file's bytes: a JSON object
     QString folder;      // where it lies: packages are looked for there
     QString base;        // the URL that stands for this folder in absolute addresses; may be empty
-    QByteArray previous; // the bytes of the manifest before it; null if there is none
+    QByteArray previous; // the manifest before it, as well; null if there is none
 };
 
-// The findings in the order of the manifest's parts; empty for a clean one. Both manifests must be
-// JSON objects: see isManifest. Unpacks the project packages that it finds. The function library must
-// be loaded.
+// The findings in the order of the manifest's parts; empty for a clean one. Unpacks the project packages
+// that it finds. The function library must be loaded.
 [[nodiscard]] QVector<LintFinding> lintManifest(const LintSubject &subject);
-
-// Whether the bytes are a JSON object, as the launcher reads it.
-[[nodiscard]] bool isManifest(const QByteArray &bytes);
 
 // "where: message [kind]".
 [[nodiscard]] QString lintLine(const LintFinding &finding);

@@ -5,6 +5,7 @@
 #include "quorvanectl/interruption.h"
 #include "quorvanectl/package_names.h"
 #include "quorvanectl/project_package.h"
+#include "quorvanectl/version_fault.h"
 #include "quorvanectl/zip_writer.h"
 #include "update/text_file.h"
 #include "update/version_text.h"
@@ -73,8 +74,7 @@ Content contentOf(const QString &folder, QStringList *findings) {
 
 // The one project file, at the top: elsewhere the launcher would find it, but the project would move.
 QString projectFileOf(const Content &content, QStringList *findings) {
-    const QStringList files =
-        QStringList(content.keys()).filter(QRegularExpression(QStringLiteral("\\.yslib$")));
+    const QStringList files = projectFilesAmong(content.keys());
     if (files.size() == 1 && !files.first().contains(QLatin1Char('/')))
         return content.value(files.first());
     if (files.isEmpty())
@@ -140,8 +140,9 @@ QStringList faultsOf(const ProjectPackage &package, qint64 size) {
     if (!package.unpacked)
         return {package.error};
     QStringList faults;
-    if (size > largestPackage)
-        faults += QStringLiteral("the package is larger than the 2 GiB that a launcher downloads");
+    const QString unfit = sizeFault(size);
+    if (!unfit.isEmpty())
+        faults += QStringLiteral("the package ") + unfit;
     for (const ProjectIssue &issue : package.issues) {
         if (issue.severity == 0)
             faults += QStringLiteral("in the package, %1").arg(formatProjectIssues({issue}));
@@ -169,7 +170,8 @@ QString packageName(const QString &projectName, const QString &version) {
 } // namespace
 
 bool isFullVersion(const QString &text) {
-    return !text.isEmpty() && extractVersion(text) == text && !isPlaceholderVersion(text);
+    return extractVersion(text) == text && versionFault(text).isEmpty() &&
+           !isPlaceholderVersion(text);
 }
 
 PackResult packProject(const QString &folder, const QString &version, const QString &outFolder,
@@ -197,8 +199,8 @@ PackResult packProject(const QString &folder, const QString &version, const QStr
         return result;
     }
     if (!stampVersion(projectFile, version, work.filePath(QStringLiteral("stamped")), &content)) {
-        result.error =
-            QStringLiteral("%1: the version cannot be written into a copy of it").arg(projectFile);
+        result.error = QStringLiteral("%1: cannot write a copy of %2 that says the version")
+                           .arg(outFolder, projectFile);
         return result;
     }
     const QString zip = work.filePath(QStringLiteral("package.zip"));

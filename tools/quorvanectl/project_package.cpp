@@ -2,6 +2,7 @@
 
 #include "launcher/project_apply.h"
 #include "project/project_file.h"
+#include "update/http_fetch.h"
 #include "update/version_text.h"
 #include "update/zip_extract.h"
 
@@ -44,10 +45,24 @@ ProjectPackage inspectPackage(const QString &zipPath, const QString &workFolder)
     if (!package.unpacked)
         return package;
     package.files = filesBelow(folder);
-    package.projectFiles = package.files.filter(QRegularExpression(QStringLiteral("\\.yslib$")));
+    package.projectFiles = projectFilesAmong(package.files);
     package.hasLogs = QFileInfo(QDir(folder).filePath(QStringLiteral("logs"))).isDir();
     readProject(folder, &package);
     return package;
+}
+
+QString sizeFault(qint64 bytes) {
+    if (bytes == 0)
+        return QStringLiteral("is empty, and a launcher takes no empty download");
+    if (bytes > largestDownload)
+        return QStringLiteral("is larger than 2 GiB: a launcher holds a download whole in memory, "
+                              "and none larger");
+    return QString();
+}
+
+QStringList projectFilesAmong(const QStringList &files) {
+    return files.filter(
+        QRegularExpression(QStringLiteral("\\.yslib$"), QRegularExpression::CaseInsensitiveOption));
 }
 
 QStringList filesBelow(const QString &folder) {

@@ -9,14 +9,11 @@
 
 namespace ctl {
 
-// A launcher holds what it downloads in memory, in an array that ends here.
-const qint64 largestPackage = 0x7FFFFFFF; // bytes
-
 struct ProjectPackage {
     bool unpacked = false;
     QString error;                // why it does not unpack
     QStringList files;            // relative paths, sorted
-    QStringList projectFiles;     // those of them that end in .yslib
+    QStringList projectFiles;     // see projectFilesAmong
     bool hasLogs = false;         // it brings a folder `logs`
     QString name;                 // of the project file that the launcher would find
     QString version;              // normalised
@@ -31,8 +28,15 @@ struct ProjectPackage {
 [[nodiscard]] ProjectPackage inspectPackage(const QString &zipPath,
                                             const QString &workFolder = QString());
 
+// Why a launcher could not download a package of so many bytes; null if it can. It takes no empty one,
+// and holds what it downloads in memory, in one array: largestDownload bytes at most.
+[[nodiscard]] QString sizeFault(qint64 bytes);
+
 // The relative paths of the files below a folder, hidden ones too, sorted; links are not followed.
 [[nodiscard]] QStringList filesBelow(const QString &folder);
+
+// Those of the files that a launcher would take for a project file: it looks without regard to case.
+[[nodiscard]] QStringList projectFilesAmong(const QStringList &files);
 
 // Whether one of the issues is an error: the launcher refuses such a project.
 [[nodiscard]] bool hasErrors(const QVector<ProjectIssue> &issues);

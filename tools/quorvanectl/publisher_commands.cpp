@@ -3,6 +3,7 @@
 #include "quorvanectl/commands.h"
 #include "quorvanectl/file_access.h"
 #include "quorvanectl/installation.h"
+#include "quorvanectl/json_input.h"
 #include "quorvanectl/key_files.h"
 #include "quorvanectl/manifest_attach.h"
 #include "quorvanectl/passphrase.h"
@@ -133,13 +134,12 @@ int sign(const QCommandLineParser &parser, Console &console) {
     const QString text = readText(first(parser), &error);
     if (text.isNull() || (!out.isEmpty() && !mayWrite(out, isForced(parser), &error)))
         return refuse(console, error);
-    const QString canonical = canonicalManifestText(text);
-    if (canonical.isNull())
-        return refuse(console, QStringLiteral("%1: is no JSON object").arg(first(parser)));
+    if (!isJsonObject(first(parser), text, &error))
+        return refuse(console, error);
     const SigningKey key = readKey(parser, console, &error);
     if (!key.isValid())
         return refuse(console, error);
-    const QByteArray signature = key.sign(canonical.toUtf8());
+    const QByteArray signature = key.sign(canonicalManifestText(text).toUtf8());
     if (signature.isEmpty())
         return refuse(console, QStringLiteral("OpenSSL cannot sign with this key"));
     const QByteArray complete = withSignature(text, signature).toUtf8();

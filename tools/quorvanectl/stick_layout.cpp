@@ -2,6 +2,7 @@
 
 #include "quorvanectl/file_access.h"
 #include "quorvanectl/interruption.h"
+#include "quorvanectl/json_input.h"
 #include "quorvanectl/manifest_format.h"
 #include "update/manifest_signature.h"
 #include "update/text_file.h"
@@ -54,17 +55,11 @@ bool StickCopy::copyBytes(QFile *from, QSaveFile *to, QString *error) {
 bool StickCopy::copyFile(const QString &name, QString *error) {
     QFile from(source.filePath(name));
     QSaveFile to(target.filePath(name));
-    if (!mayWrite(to.fileName(), overwrite, error))
-        return false;
     if (!ensureParentDir(to.fileName(), error))
         return false;
     if (!from.open(QIODevice::ReadOnly))
         return fail(from.fileName(), from.errorString(), error);
-    if (!to.open(QIODevice::WriteOnly))
-        return fail(to.fileName(), to.errorString(), error);
-    if (!copyBytes(&from, &to, error))
-        return false;
-    return to.commit() || fail(to.fileName(), to.errorString(), error);
+    return openFile(to, overwrite, error) && copyBytes(&from, &to, error) && commitFile(to, error);
 }
 
 QString signatureFault(const QString &manifestText, const QString &keyPath) {
@@ -146,18 +141,14 @@ StickResult layOutStick(const QString &folder, const QString &mountPoint, const 
     const QDir source(folder);
     const QString manifest = QStringLiteral("manifest.json");
     const QString text = readText(source.filePath(manifest), &result.error);
-    if (text.isNull())
+    if (text.isNull() || !isJsonObject(source.filePath(manifest), text, &result.error))
         return result;
-    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
-    if (!document.isObject()) {
-        (void)fail(source.filePath(manifest), QStringLiteral("is no JSON object"), &result.error);
-        return result;
-    }
     if (!QFileInfo(mountPoint).isDir()) {
         (void)fail(mountPoint, QStringLiteral("is no folder"), &result.error);
         return result;
     }
-    const QVector<PackageRecord> records = packageRecords(document.object());
+    const QVector<PackageRecord> records =
+        packageRecords(QJsonDocument::fromJson(text.toUtf8()).object());
     result.findings = faultsOf(text, keyPath, records, source);
     if (!result.findings.isEmpty())
         return result;

@@ -2,6 +2,7 @@
 #include "quorvanectl/commands.h"
 #include "quorvanectl/file_access.h"
 #include "quorvanectl/installation.h"
+#include "quorvanectl/json_input.h"
 #include "quorvanectl/json_output.h"
 #include "quorvanectl/manifest_attach.h"
 #include "quorvanectl/manifest_build.h"
@@ -48,17 +49,10 @@ QString first(const QCommandLineParser &parser) {
     return parser.positionalArguments().constFirst();
 }
 
-QString noManifest(const QString &path) {
-    return QStringLiteral("%1: is no JSON object").arg(path);
-}
-
 // The text of a manifest; null, with a line in `error`, if the file holds none.
 QString readManifest(const QString &path, QString *error) {
     const QString text = readText(path, error);
-    if (text.isNull() || !canonicalManifestText(text).isNull())
-        return text;
-    *error = noManifest(path);
-    return QString();
+    return text.isNull() || isJsonObject(path, text, error) ? text : QString();
 }
 
 bool isUsableKey(const QString &path, QString *error) {
@@ -190,12 +184,7 @@ void declareLint(QCommandLineParser &parser) {
 
 bool readManifestBytes(const QString &path, QByteArray *bytes, QString *error) {
     *bytes = readBytes(path, error);
-    if (bytes->isNull())
-        return false;
-    if (isManifest(*bytes))
-        return true;
-    *error = noManifest(path);
-    return false;
+    return !bytes->isNull() && isJsonObject(path, QString::fromUtf8(*bytes), error);
 }
 
 QJsonDocument lintJson(const QString &path, const QVector<LintFinding> &findings) {
