@@ -30,9 +30,9 @@ private slots:
         row("an unknown command", "script chekc",
             "no command 'script chekc'; see quorvanectl script --help");
         row("an unknown option", "script check a.ys --wrong",
-            "Unknown option 'wrong'.; see quorvanectl script check --help");
+            "Unknown option 'wrong'; see quorvanectl script check --help");
         row("an option without its value", "script check a.ys --library",
-            "Missing value after '--library'.; see quorvanectl script check --help");
+            "Missing value after '--library'; see quorvanectl script check --help");
         row("too few arguments", "script check",
             "script check takes FILE.ys; see quorvanectl script check --help");
         row("too many arguments", "script check a.ys b.ys",
@@ -108,6 +108,25 @@ Example:
             QVERIFY2(help.out.contains("$ " + command.example + "\n"), qPrintable(title));
             QVERIFY2(help.out.contains("\nOptions:\n"), qPrintable(title));
         }
+    }
+
+    void outputThatCannotBeWritten_data() {
+        QTest::addColumn<QString>("streams");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("a full disk") << ">/dev/full"
+                                     << "standard output: No space left on device";
+        QTest::newRow("closed") << ">&-"
+                                << "standard output: Bad file descriptor";
+        QTest::newRow("closed, and standard input too") << "<&- >&-"
+                                                        << "standard output: Bad file descriptor";
+    }
+
+    void outputThatCannotBeWritten() {
+        QFETCH(QString, streams);
+        QFETCH(QString, line);
+        const Answer answer = support::runLine("quorvanectl --help " + streams, ".");
+        QCOMPARE(answer.status, int(ctl::Refused));
+        QCOMPARE(answer.err, "quorvanectl: " + line + "\n");
     }
 
     void theVersion() {

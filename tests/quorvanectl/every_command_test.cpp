@@ -13,6 +13,9 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QMap>
 #include <QProcess>
 
@@ -89,6 +92,21 @@ QStringList filesOf(const QString &example) {
     return files;
 }
 
+// All keys, at whatever depth. Keywords are data: they stand in `tokenKinds`.
+QStringList keysOf(const QJsonValue &value) {
+    QStringList keys;
+    const QJsonArray array = value.toArray();
+    for (const QJsonValue &element : array)
+        keys += keysOf(element);
+    const QJsonObject object = value.toObject();
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        keys += member.key();
+        if (member.key() != "tokenKinds")
+            keys += keysOf(member.value());
+    }
+    return keys;
+}
+
 void makeBad(const ProjectFolder &folder, const QString &file, const QString &fault) {
     QVERIFY(QFile::remove(folder.path(file)));
     if (fault == "a folder")
@@ -119,6 +137,24 @@ private slots:
         QVERIFY(!answer.out.isEmpty());
     }
 
+    void theManPageNamesEveryKeyOfTheJson_data() { addCommands(); }
+
+    void theManPageNamesEveryKeyOfTheJson() {
+        QFETCH(QString, example);
+        const ProjectFolder folder;
+        layOut(folder);
+        const Answer answer = support::runLine(example + " --format json", folder.path(""));
+        if (answer.err.contains("Unknown option 'format'") || example.contains(" script t"))
+            return; // a tree has the fields of its nodes, tokens have none
+        const QJsonDocument json = QJsonDocument::fromJson(answer.out.toUtf8());
+        QVERIFY2(json.isObject(), qPrintable(answer.out + answer.err));
+        QFile man(QUORVANE_SOURCE_TREE "/tools/quorvanectl/quorvanectl.1");
+        QVERIFY(man.open(QIODevice::ReadOnly));
+        const QString page = QString::fromUtf8(man.readAll());
+        for (const QString &key : keysOf(json.object()))
+            QVERIFY2(page.contains('"' + key + '"'), qPrintable(key));
+    }
+
     void nothingIsOverwritten_data() { addCommands(); }
 
     // A command that wrote files refuses to write them again, and does it with --force.
@@ -142,6 +178,40 @@ private slots:
             QVERIFY2(forced.status != ctl::Refused, qPrintable(forced.err));
         else
             QCOMPARE(contentsOf(folder), after);
+    }
+
+    void aFullDiskLeavesNothingHalf_data() { addCommands(); }
+
+    // A command that writes files says which one it could not write, and leaves none behind.
+    void aFullDiskLeavesNothingHalf() {
+        if (!support::canMountPrivately())
+            QSKIP("no private mounts on this system");
+        QFETCH(QString, example);
+        const ProjectFolder folder;
+        layOut(folder);
+        const auto before = contentsOf(folder);
+        const ProjectFolder other;
+        layOut(other);
+        (void)support::runLine(example, other.path(""));
+        if (contentsOf(other).keys() == before.keys())
+            return;
+        folder.write("on_full_disk.sh",
+                     "mount -t tmpfs -o size=8M none disk && cp -a [!d]* demo* disk\n"
+                     "cd disk && cat /dev/zero 2>/dev/null >full\n"
+                     "find . -type f >../before\n" +
+                         example.toUtf8() +
+                         "\n"
+                         "status=$?\nfind . -type f >../after\nexit $status\n");
+        QVERIFY(QDir(folder.path("")).mkdir("disk"));
+        const Answer answer = support::runLine(
+            QLatin1String(support::privately) + "sh on_full_disk.sh", folder.path(""));
+        QCOMPARE(answer.status, int(ctl::Refused));
+        QCOMPARE(answer.out, QString());
+        const QString said = answer.err.section('\n', -2, -2); // progress may come before it
+        QVERIFY2(said.startsWith("quorvanectl: "), qPrintable(answer.err));
+        QVERIFY2(said.contains("No space left on device") || said.contains("cannot write"),
+                 qPrintable(said));
+        QCOMPARE(folder.read("after"), folder.read("before"));
     }
 
     void badInputIsRefused_data() {

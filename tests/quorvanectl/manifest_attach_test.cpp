@@ -19,6 +19,9 @@ private slots:
         QTest::newRow("base64 with a line end") << raw.toBase64() + "\r\n" << raw;
         QTest::newRow("base64 in lines") << QByteArray("AP8Q\ngCoK\n") << raw;
         QTest::newRow("nothing") << QByteArray() << QByteArray();
+        QTest::newRow("a manifest") << QByteArray("{\"publishedAt\": \"产线\"}\n") << QByteArray();
+        QTest::newRow("a key") << QByteArray("-----BEGIN PUBLIC KEY-----\nAP8Q\n") << QByteArray();
+        QTest::newRow("bytes that are no text") << QByteArray("\xff{}") << QByteArray("\xff{}");
         QTest::newRow("blank lines") << QByteArray("\n \n") << QByteArray();
     }
 

@@ -235,6 +235,12 @@ private slots:
             << "update manifest --out m.json --min-version plc=1.0.0"
             << "--min-version plc=1.0.0: no such component; there are: runtime, launcher, editor, "
                "pythonTools";
+        QTest::newRow("a lowest version of what is not offered")
+            << "update manifest --out m.json --min-version editor=1.0.0"
+            << "--min-version editor=1.0.0: no installer of this component is given";
+        QTest::newRow("a component without its lowest version")
+            << "update manifest --out m.json --min-version runtime"
+            << "--min-version runtime: no version, as in runtime=1.0.0";
         QTest::newRow("no key to verify with") << "update verify m.json"
                                                << "no key given; --key names the file";
         QTest::newRow("no key to sign with") << "update sign m.json"
@@ -247,6 +253,25 @@ private slots:
         lay({{"m.json", "{}"}});
         const Answer answer = line("quorvanectl " + command);
         QCOMPARE(answer.err, "quorvanectl: " + error + "\n");
+        QCOMPARE(answer.status, int(ctl::Refused));
+    }
+
+    void aKeyThatVerifiesNothing_data() {
+        QTest::addColumn<QString>("key");
+        QTest::newRow("a private one") << "keys/private.pem";
+        QTest::newRow("one of another kind") << "curve.pub";
+        QTest::newRow("none at all") << "m.json";
+    }
+
+    void aKeyThatVerifiesNothing() {
+        QFETCH(QString, key);
+        layKeys();
+        lay({{"m.json", "{}"}});
+        QVERIFY(support::openssl({"genpkey", "-algorithm", "ed25519", "-out", path("curve.pem")}));
+        QVERIFY(support::openssl(
+            {"pkey", "-in", path("curve.pem"), "-pubout", "-out", path("curve.pub")}));
+        const Answer answer = line("quorvanectl update verify m.json --key " + key);
+        QCOMPARE(answer.err, "quorvanectl: " + key + ": holds no RSA public key in PEM form\n");
         QCOMPARE(answer.status, int(ctl::Refused));
     }
 

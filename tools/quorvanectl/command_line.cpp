@@ -73,8 +73,10 @@ QString optionsText(const QCommandLineParser &parser) {
 }
 
 int commandHelp(const Command &command, const QCommandLineParser &parser, const Console &console) {
-    printLine(console, QStringLiteral("Usage: %1 %2 [options] %3\n")
-                           .arg(programName, titleOf(command), command.arguments));
+    printLine(console, QStringLiteral("Usage: %1 %2 [options] %3")
+                           .arg(programName, titleOf(command), command.arguments)
+                           .trimmed());
+    printLine(console);
     printLine(console, command.summary);
     printLine(console);
     print(console, optionsText(parser));
@@ -84,9 +86,11 @@ int commandHelp(const Command &command, const QCommandLineParser &parser, const 
 
 // --- running ------------------------------------------------------------------------------------
 
-int refuseUsage(const Console &console, const QString &reason, const QString &helpOf = QString()) {
+int refuseUsage(const Console &console, QString reason, const QString &helpOf = QString()) {
     const QString help =
         QStringList{programName, helpOf, QStringLiteral("--help")}.join(QLatin1Char(' '));
+    if (reason.endsWith(QLatin1Char('.'))) // the parser's own are whole sentences
+        reason.chop(1);
     return refuse(console, QStringLiteral("%1; see %2").arg(reason, help.simplified()));
 }
 

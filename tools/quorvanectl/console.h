@@ -16,6 +16,10 @@ struct Console {
 // The console of the running program. The devices live as long as the program.
 [[nodiscard]] Console standardConsole();
 
+// Gives each standard stream that the caller has closed a place where nothing can be written. Else the
+// first file that is opened would get its number, and what is meant for the stream would land in it.
+void occupyStandardStreams();
+
 // Whether the standard stream of this number (1 output, 2 errors) is a terminal.
 [[nodiscard]] bool isTerminal(int stream);
 

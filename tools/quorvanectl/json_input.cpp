@@ -12,18 +12,25 @@ TextPlace placeAtEnd(const QString &text) {
 } // namespace
 
 bool isJsonObject(const QString &path, const QString &text, QString *error) {
+    QJsonParseError fault = {};
+    if (QJsonDocument::fromJson(text.toUtf8(), &fault).isObject())
+        return true;
+    const QString place = placeOfJsonFault(text);
+    *error = place.isNull()
+                 ? QStringLiteral("%1: is no JSON object").arg(path)
+                 : QStringLiteral("%1: is no JSON: %2: %3").arg(path, place, fault.errorString());
+    return false;
+}
+
+QString placeOfJsonFault(const QString &text) {
     const QByteArray bytes = text.toUtf8();
     QJsonParseError fault = {};
-    if (QJsonDocument::fromJson(bytes, &fault).isObject())
-        return true;
-    *error = QStringLiteral("%1: is no JSON object").arg(path);
-    if (fault.error != QJsonParseError::NoError) {
-        const TextPlace place = placeAtEnd(QString::fromUtf8(bytes.left(fault.offset)));
-        *error = QStringLiteral("%1: is no JSON: line %2, column %3: %4")
-                     .arg(path, QString::number(place.line), QString::number(place.column),
-                          fault.errorString());
-    }
-    return false;
+    (void)QJsonDocument::fromJson(bytes, &fault);
+    if (fault.error == QJsonParseError::NoError)
+        return QString();
+    const TextPlace place = placeAtEnd(QString::fromUtf8(bytes.left(fault.offset)));
+    return QStringLiteral("line %1, column %2")
+        .arg(QString::number(place.line), QString::number(place.column));
 }
 
 } // namespace ctl

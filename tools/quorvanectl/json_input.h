@@ -14,4 +14,7 @@ struct TextPlace {
 // names `path` and, where it is no JSON at all, the place at which it ceases to be.
 [[nodiscard]] bool isJsonObject(const QString &path, const QString &text, QString *error);
 
+// "line 3, column 5": where the text ceases to be JSON; null if it is JSON, of whatever kind.
+[[nodiscard]] QString placeOfJsonFault(const QString &text);
+
 } // namespace ctl

@@ -1,5 +1,6 @@
 #include "quorvanectl/key_files.h"
 
+#include "quorvanectl/interruption.h"
 #include "quorvanectl/signing_key.h"
 #include "update/manifest_signature.h"
 
@@ -95,6 +96,7 @@ KeyFiles makeKeyFiles(const QString &folder, const Passphrase *passphrase) {
         files.error = QStringLiteral("OpenSSL cannot write the key pair");
         return files;
     }
+    const InterruptionWatch watch; // half a key is none, nor is half a pair
     const bool hasPrivate = writeNew(files.privatePath, privatePem, ownerOnly, &files.error);
     wipe(&privatePem);
     if (!hasPrivate)

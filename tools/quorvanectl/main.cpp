@@ -1,6 +1,7 @@
 // quorvanectl: checks, publishes and explains from a command line what the launcher decides in its
 // window. It needs no display, and makes nothing but what it is asked for.
 #include "quorvanectl/command_line.h"
+#include "quorvanectl/console.h"
 
 #include <QCoreApplication>
 #include <QFileDevice>
@@ -27,6 +28,7 @@ void dropDebugLog(QtMsgType, const QMessageLogContext &, const QString &) {}
 } // namespace
 
 int main(int argc, char **argv) {
+    ctl::occupyStandardStreams();
     qInstallMessageHandler(dropDebugLog);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quorvanectl"));

@@ -14,13 +14,22 @@ bool isBase64OrBlank(char byte) {
            byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
 }
 
+bool isText(const QByteArray &bytes) {
+    const auto isControl = [](char byte) {
+        return static_cast<unsigned char>(byte) < ' ' && byte != '\t' && byte != '\r' &&
+               byte != '\n';
+    };
+    return std::none_of(bytes.begin(), bytes.end(), isControl) &&
+           !QString::fromUtf8(bytes).contains(QChar::ReplacementCharacter);
+}
+
 } // namespace
 
 QByteArray signatureIn(const QByteArray &fileContent) {
-    // The bytes of a true signature are never all letters of base64: it has hundreds of them.
+    // The bytes of a true signature are never all letters: it has hundreds of them.
     if (std::all_of(fileContent.begin(), fileContent.end(), isBase64OrBlank))
         return QByteArray::fromBase64(fileContent);
-    return fileContent;
+    return isText(fileContent) ? QByteArray() : fileContent;
 }
 
 QString withSignature(const QString &manifestText, const QByteArray &signature) {

@@ -1,6 +1,7 @@
 #include "quorvanectl/project_findings.h"
 
 #include "quorvanectl/file_access.h"
+#include "quorvanectl/json_input.h"
 #include "script/project_path.h"
 
 #include <QDir>
@@ -24,7 +25,10 @@ bool readProject(const QString &path, QJsonObject *project, QString *error) {
     if (document.isObject())
         return true;
     const QVector<ProjectIssue> issues = validateProjectText(text, path);
+    const QString place = placeOfJsonFault(text);
     *error = QStringLiteral("%1: %2").arg(path, issues.value(0).message);
+    if (!place.isNull())
+        *error += QStringLiteral(" (%1)").arg(place);
     return false;
 }
 

@@ -63,9 +63,13 @@ bool isUsableKey(const QString &path, QString *error) {
     const QString pem = readText(path, error);
     if (pem.isNull())
         return false;
-    if (!decodePemBody(pem).isEmpty())
+    // A private key is PEM too: only a try tells.
+    QString attempts;
+    (void)verifyRsaSha256(decodePemBody(pem), QByteArray(), QByteArray(smallestSignature, '\0'),
+                          &attempts);
+    if (attempts.startsWith(QLatin1String("BCryptVerifySignature")))
         return true;
-    *error = QStringLiteral("%1: holds no public key in PEM form").arg(path);
+    *error = QStringLiteral("%1: holds no RSA public key in PEM form").arg(path);
     return false;
 }
 
@@ -122,13 +126,21 @@ void declareManifest(QCommandLineParser &parser) {
 bool readMinVersions(const QCommandLineParser &parser, ManifestWish *wish, QString *error) {
     const QStringList pairs = parser.values(QStringLiteral("min-version"));
     for (const QString &pair : pairs) {
-        const int divider = pair.indexOf(QLatin1Char('='));
-        if (!componentKeys().contains(pair.left(divider))) {
-            *error = QStringLiteral("--min-version %1: no such component; there are: %2")
-                         .arg(pair, componentKeys().join(QStringLiteral(", ")));
+        const QString component = pair.section(QLatin1Char('='), 0, 0);
+        const QString version = pair.section(QLatin1Char('='), 1);
+        QString fault;
+        if (!componentKeys().contains(component))
+            fault = QStringLiteral("no such component; there are: %1")
+                        .arg(componentKeys().join(QStringLiteral(", ")));
+        else if (version.isEmpty())
+            fault = QStringLiteral("no version, as in runtime=1.0.0");
+        else if (!wish->installers.contains(component))
+            fault = QStringLiteral("no installer of this component is given");
+        if (!fault.isEmpty()) {
+            *error = QStringLiteral("--min-version %1: %2").arg(pair, fault);
             return false;
         }
-        wish->minVersions.insert(pair.left(divider), pair.mid(divider + 1));
+        wish->minVersions.insert(component, version);
     }
     return true;
 }
