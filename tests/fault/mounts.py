@@ -15,7 +15,7 @@ import tempfile
 import unittest
 import zipfile
 
-from run import PROJECT_FILE, read_tree
+from run import PROJECT_FILE, is_part_of, read_tree, without_hidden
 
 PROGRAM = pathlib.Path(sys.argv.pop(1)) if len(sys.argv) > 1 else None
 MEBIBYTE = 1 << 20
@@ -63,6 +63,22 @@ class Mounts(unittest.TestCase):
                                           r"\(No space left on device\)$")
         self.assertEqual(seen, [], "staging is left over")
         self.assertEqual(read_tree(self.project), read_tree(self.place / "old"))
+
+    def test_a_disk_that_fills_up_during_the_backup_leaves_what_was_copied(self):
+        # There is room for the new project, and not for the old one beside it.
+        self.prepare()
+        with open(self.project / "数据" / "large.bin", "wb") as large:
+            large.write(bytes(8 * MEBIBYTE))
+        old = read_tree(self.project)
+        told, seen = self.apply('mount -t tmpfs -o size=4M none "$DATA"',
+                                'ls -A "$DATA/Quorvane/update/temp" "$DATA/Quorvane/update/backup"')
+        self.assertFalse(told["success"])
+        self.assertRegex(told["message"],
+                         f"^Replace failed, rolled back: unable to [a-z ]+: {self.folder}/")
+        left = read_tree(self.project)
+        self.assertTrue(is_part_of(left, without_hidden(old)))
+        self.assertLess(len(left), len(without_hidden(old)))
+        self.assertEqual([line for line in seen if line and not line.endswith(":")], [])
 
     def test_a_folder_whose_removal_fails_twice_stays_without_a_backup(self):
         # A file that something is mounted on cannot be removed; all around it can.

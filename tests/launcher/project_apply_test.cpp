@@ -13,6 +13,7 @@
 #include "wrapped_steps.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QLockFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -132,6 +133,55 @@ private Q_SLOTS:
         const ApplyResult result = apply(offer, install(oldProject()));
         const QRegularExpression time("in (\\d+) ms");
         QVERIFY(time.match(result.message).captured(1).toInt() >= 60);
+    }
+
+    // Both names bear the time in UTC, wherever the line is.
+    void theFoldersAreNamedAfterTheTime() {
+        const QString project = install(oldProject());
+        const QByteArray zone = qgetenv("TZ");
+        qputenv("TZ", "Asia/Shanghai");
+        QString staging;
+        wrapped_steps::after["extractZip"] = [&staging] {
+            staging = entriesOf(AppPaths::updateTempPath("")).filter("apply_").join('|');
+        };
+        const QDateTime before = QDateTime::currentDateTimeUtc();
+        const ApplyResult result = apply(Offer(newProject()), project);
+        const QDateTime after = QDateTime::currentDateTimeUtc();
+        zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
+        const auto isNow = [&](const QString &stamp) {
+            const QString form = "yyyyMMdd_HHmmss";
+            return before.toString(form) <= stamp && stamp <= after.toString(form);
+        };
+        QVERIFY2(staging.startsWith("apply_") && isNow(staging.mid(6)), qPrintable(staging));
+        const QString backup = result.message.section(". Backup: ", 1);
+        const QString start = AppPaths::updateBackupDirectory() + "/line_";
+        QVERIFY2(backup.startsWith(start) && isNow(backup.mid(start.size())), qPrintable(backup));
+    }
+
+    void whatLiesInAStagingFolderOfThisSecondIsNotTakenAlong() {
+        const QString project = install(oldProject());
+        wrapped_steps::after["verifyFileSha256"] = [] {
+            for (int second = 0; second < 20; ++second) {
+                const QString name = QDateTime::currentDateTimeUtc().addSecs(second).toString(
+                    "'apply_'yyyyMMdd_HHmmss");
+                support::writeTree(AppPaths::updateTempPath(name), {{"left.over", "x"}});
+            }
+        };
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+    }
+
+    void aVersionThatCannotBeStampedIsStillAnUpdate() {
+        const QString project = install(oldProject());
+        wrapped_steps::after["replaceDirectory"] = [&project] {
+            QVERIFY(installation::write(project, "{"));
+            support::writeTree(projectFolder(), {{".quorvane-installed-version/x", ""}});
+        };
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY(result.success);
+        QCOMPARE(timeless(result.message), successText("2.0.0"));
+        QCOMPARE(readTextFile(project), QString("{"));
     }
 
     void theVersionIsStampedAsItStands_data() {

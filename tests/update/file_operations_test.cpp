@@ -113,6 +113,14 @@ private slots:
         QVERIFY(findFileBySuffix(path("missing"), ".yslib").isNull());
     }
 
+    void aSuffixCountsInAnyCaseAndAHiddenFileDoesNot() {
+        write("p/.hidden.yslib");
+        write("p/.folder/line.yslib");
+        QVERIFY(findFileBySuffix(path("p"), ".yslib").isNull());
+        write("p/LINE.YSLIB");
+        QCOMPARE(findFileBySuffix(path("p"), ".yslib"), path("p/LINE.YSLIB"));
+    }
+
     void aFileBehindALinkIsNotFound() {
         write("outside/line.yslib");
         makeFolder("p");
@@ -497,6 +505,16 @@ private slots:
         QCOMPARE(error, QStringLiteral("unable to create destination directory: %1")
                             .arg(path("blocking/backup")));
         QCOMPARE(read("old/file"), QByteArray("x"));
+    }
+
+    void aStaleBackupThatCannotBeRemoved() {
+        write("new/file");
+        write("old/file", "old");
+        QString error;
+        QVERIFY(!replaceDirectory(path("new"), path("old"), {}, "/proc/self/task", &error));
+        QCOMPARE(error, QStringLiteral("unable to remove directory: /proc/self/task"));
+        QCOMPARE(read("old/file"), QByteArray("old"));
+        QVERIFY(QFileInfo::exists(path("new/file")));
     }
 
     // What was copied so far stays at the backup's place.

@@ -6,7 +6,7 @@ from harness.launcher import BUTTON_LAUNCH
 from harness.network import MANIFEST_PATH, UPDATE_HOST
 from harness.publisher import component
 from harness.update_scenario import (APPLY_STARTED, MANIFEST_REQUEST, PROMPT_ONLINE, PROMPT_STICK,
-                                     UpdateScenario)
+                                     VERSIONS, UpdateScenario)
 from harness.waiting import wait_for
 
 FINISHED = "更新完成"
@@ -115,6 +115,9 @@ class UpdateRoad(UpdateScenario):
         self.assertEqual(sorted(self.installers_run()),
                          sorted(f"{name} started, 0 arguments" for name in ORDER))
         self.check_project()
+        # Their installers write these, once they have finished; the launcher never does.
+        versions = self.installation.program_folder / "config" / "release_version.json"
+        self.assertEqual(json.loads(versions.read_text()), VERSIONS)
         self.assertEqual(self.left_in("temp"), [])
         self.assertEqual(self.left_in("backup"), [])
         self.assertEqual(self.installation.setting("default_project_path"),
