@@ -6,6 +6,8 @@ import subprocess
 from harness.waiting import wait_for
 
 SOCKETS = pathlib.Path("/tmp/.X11-unix")
+# Where a server's keyboard is compiled to, into a file named after its screen.
+KEYBOARDS = pathlib.Path("/var/lib/xkb")
 STAGE = pathlib.Path(os.environ["QUORVANE_STAGE"])
 
 
@@ -14,9 +16,10 @@ class Desktop:
         self.processes = []
         self.log = open(STAGE / "desktop.log", "ab")
         subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
-        # Servers of several runs would take the sockets of each other's screens.
+        # Servers of several runs, each of screen 0, would take each other's sockets and keyboards.
         SOCKETS.mkdir(mode=0o1777, exist_ok=True)
-        subprocess.run(["mount", "-t", "tmpfs", "none", str(SOCKETS)], check=True)
+        for folder in (SOCKETS, KEYBOARDS):
+            subprocess.run(["mount", "-t", "tmpfs", "none", str(folder)], check=True)
         self.environment = dict(os.environ)
         self.environment["DISPLAY"] = ":" + self._answer_of(
             lambda fd: ["Xvfb", "-displayfd", str(fd), "-screen", "0", "1600x1200x24",
