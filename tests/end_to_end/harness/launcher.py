@@ -135,7 +135,8 @@ class Launcher:
 
     def wait_for_end(self, seconds=30):
         """Its exit code."""
-        return self.process.wait(seconds)
+        wait_for(lambda: not self.is_running(), "its end", seconds, self.situation)
+        return self.process.returncode
 
     def situation(self):
         """What a failed wait tells about the launcher."""
