@@ -28,6 +28,21 @@ bool isFolder(const QString &path) {
     return !path.isEmpty() && QFileInfo(path).isDir();
 }
 
+using FileType = std::filesystem::file_type;
+
+// What lies there itself: a link is not followed. `none` if the system does not tell.
+FileType kindOf(const QString &path) {
+    const auto place = std::filesystem::u8path(path.toUtf8().constData());
+    std::error_code failure;
+    return std::filesystem::symlink_status(place, failure).type();
+}
+
+// A place that cannot be looked at counts as taken: what is there must not be mixed with anything.
+bool isThere(const QString &path) {
+    const FileType kind = kindOf(path);
+    return kind == FileType::symlink ? QFileInfo::exists(path) : kind != FileType::not_found;
+}
+
 bool isLink(const QFileInfo &info) {
     return info.isSymLink() || qt_compat::isJunction(info);
 }
@@ -159,7 +174,7 @@ bool preserve(const QStringList &names, const QString &target, const QString &st
               const QString &backup, QString *error) {
     for (const QString &name : names) {
         const QString kept = QDir(target).filePath(name);
-        if (!QFileInfo::exists(kept) || copyDirectory(kept, QDir(staging).filePath(name), error))
+        if (!isThere(kept) || copyDirectory(kept, QDir(staging).filePath(name), error))
             continue;
         (void)restoreDirectory(backup, target); // the copy's error is the one to tell
         dropBackup(backup);
@@ -225,10 +240,11 @@ QString findFileBySuffix(const QString &folder, const QString &suffix) {
 }
 
 bool removeDirectory(const QString &path, QString *error) {
-    const QFileInfo info(path);
-    if (!isFolder(path))
+    const FileType kind = path.isEmpty() ? FileType::not_found : kindOf(path);
+    const bool isLinked = kind == FileType::symlink || isLink(QFileInfo(path));
+    if (isLinked ? !isFolder(path) : kind != FileType::directory && kind != FileType::none)
         return true;
-    if (isLink(info) ? removeEntry(path) : removeTree(path))
+    if (kind != FileType::none && (isLinked ? removeEntry(path) : removeTree(path)))
         return true;
     return fail(QStringLiteral("unable to remove directory: %1").arg(path), error);
 }
@@ -274,7 +290,7 @@ bool replaceDirectory(const QString &staging, const QString &target,
     if (!mayBeReplaced(target, {staging, backupPath, QCoreApplication::applicationDirPath()}))
         return fail(QStringLiteral("unable to remove directory: %1").arg(target), error);
 
-    if (QFileInfo::exists(target)) {
+    if (isThere(target)) {
         if (!canBeTakenApart(target, error) || !backUpDirectory(target, backupPath, error) ||
             !preserve(preservedNames, target, staging, backupPath, error) ||
             !waitForBoth(staging, backupPath, error) || !clearTarget(target, backupPath, error))

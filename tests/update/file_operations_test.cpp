@@ -166,6 +166,26 @@ private slots:
         QCOMPARE(tree(""), QStringList({"outside/", "outside/kept"}));
     }
 
+    void aFolderThatCannotBeLookedAtIsNotTakenForGone() {
+        const OrdinaryUser user(m_folder->path());
+        if (!user.isOne)
+            QSKIP("root may do anything, and cannot become anybody else here");
+        write("closed/d/file");
+        write("new/file");
+        QCOMPARE(::chmod(QFile::encodeName(path("closed")), 0600), 0);
+        QString error;
+        const bool removed = removeDirectory(path("closed/d"), &error);
+        QString told;
+        const bool replaced =
+            replaceDirectory(path("new"), path("closed/d"), {}, path("backup"), &told);
+        ::chmod(QFile::encodeName(path("closed")), 0700);
+        QVERIFY(!removed && !replaced);
+        QCOMPARE(error, "unable to remove directory: " + path("closed/d"));
+        QCOMPARE(told, "unable to copy file: " + path("closed/d"));
+        QCOMPARE(tree("closed"), QStringList({"d/", "d/file"}));
+        QVERIFY(!QFileInfo::exists(path("backup")));
+    }
+
     void aLinkThatCannotBeRemovedLeavesWhatItLeadsToAsItIs() {
         const OrdinaryUser user(m_folder->path());
         if (!user.isOne)
