@@ -1,5 +1,6 @@
 #include "quorvanectl/project_recovery.h"
 
+#include "update/file_copy.h"
 #include "update/file_operations.h"
 #include "update/zip_extract.h"
 
@@ -53,7 +54,8 @@ bool swapIn(const QString &source, const QString &target, QString *keptAs, QStri
     return true;
 }
 
-// A copy beside the target, proved to be one. One that was broken off earlier is begun anew.
+// A copy beside the target, proved to be one, that would outlive a power cut. One that was broken off
+// earlier is begun anew.
 bool copyBeside(const ProjectCopy &source, const QString &copy, QString *error) {
     FolderContent copied;
     if (!removeDirectory(copy, error) || !copyDirectory(source.folder, copy, error) ||
@@ -61,6 +63,8 @@ bool copyBeside(const ProjectCopy &source, const QString &copy, QString *error) 
         return false;
     if (!isSame(source.content, copied))
         return fail(QStringLiteral("the copy differs from %1").arg(source.folder), error);
+    if (!flushVolume(copy))
+        return fail(QStringLiteral("cannot write %1").arg(copy), error);
     const QString file = QDir(source.folder).relativeFilePath(source.projectFile);
     return validatorErrors(QDir(copy).filePath(file)).isEmpty() ||
            fail(QStringLiteral("the copy of %1 cannot run").arg(source.folder), error);
@@ -81,6 +85,8 @@ bool takeProjectFile(const QString &package, const ProjectCopy &project, QString
                      QString *error) {
     const QTemporaryDir place;
     const QString unpacked = place.filePath(QStringLiteral("package"));
+    if (!place.isValid())
+        return fail(place.errorString(), error);
     if (!extractZip(package, unpacked, error))
         return false;
     QFile source(
