@@ -234,7 +234,8 @@ bool unpackZip(const QString &zipPath, const QString &targetFolder, int limitMs,
     const auto check = [error](archive *, archive_entry *entry) {
         return checkEntry(entry, error);
     };
-    if (!checkStoredNames(zipPath, error) || !forEachEntry(zipPath, deadline, error, check))
+    if (!checkStoredNames(zipPath, deadline, error) ||
+        !forEachEntry(zipPath, deadline, error, check))
         return false;
     EntryWriter writer(targetFolder, deadline, error);
     return forEachEntry(zipPath, deadline, error, [&writer](archive *reader, archive_entry *entry) {

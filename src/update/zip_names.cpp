@@ -81,7 +81,7 @@ QByteArray localName(QFile &file, qint64 at) {
 
 } // namespace
 
-bool checkStoredNames(const QString &zipPath, QString *error) {
+bool checkStoredNames(const QString &zipPath, const QDeadlineTimer &deadline, QString *error) {
     QFile file(zipPath);
     // A buffer would read far more than the few bytes at each place.
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
@@ -89,7 +89,7 @@ bool checkStoredNames(const QString &zipPath, QString *error) {
     const Directory directory = findDirectory(file);
     qint64 at = directory.at;
     QByteArray header = bytesAt(file, at, headerSize);
-    while (header.startsWith("PK\x01\x02")) {
+    while (header.startsWith("PK\x01\x02") && !deadline.hasExpired()) {
         const int nameSize = short16(header, 28);
         if (!passes(bytesAt(file, at + headerSize, nameSize), error) ||
             !passes(localName(file, directory.shift + word32(header, 42)), error))

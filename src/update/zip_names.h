@@ -2,11 +2,14 @@
 // holds a NUL looks to it like one that ends there.
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QString>
 
 // False with "unsafe zip entry: " and the name if a name in the archive's directory, or before an
-// entry's data, holds a NUL. An archive that cannot be followed passes: the reader refuses it.
-[[nodiscard]] bool checkStoredNames(const QString &zipPath, QString *error = nullptr);
+// entry's data, holds a NUL. An archive that cannot be followed passes: the reader refuses it. So does
+// one of so many names that the deadline comes first: the reader, which is given the same, ends there.
+[[nodiscard]] bool checkStoredNames(const QString &zipPath, const QDeadlineTimer &deadline,
+                                    QString *error = nullptr);
 
 // Whether the archive is nothing but an end record: valid, and unknown to the zip reader.
 [[nodiscard]] bool isEmptyArchive(const QString &zipPath);

@@ -473,6 +473,13 @@ private slots:
         QVERIFY(extractZipWithin(zip, path("out"), 120000, &m_error));
     }
 
+    // An archive may hold millions of names.
+    void theTimeRunsOutWhileNamesAreRead() {
+        const QString zip = write("a.zip", makeZip({{"first", "1"}, {QByteArray("a\0b", 3), "2"}}));
+        QVERIFY(!extractZipWithin(zip, path("out"), 0, &m_error));
+        QCOMPARE(m_error, QStringLiteral("zip extraction timed out"));
+    }
+
     // An archive of few bytes and many zeros onto a disk that is too slow for them.
     void aBombEndsAtTheLimit() {
         const QString zip =
