@@ -38,6 +38,15 @@ private slots:
         QCOMPARE(err.data(), QByteArray());
     }
 
+    void theResultOfTheWorkIsHandedOn() {
+        QBuffer err;
+        err.open(QIODevice::WriteOnly);
+        ctl::Console console;
+        console.err = &err;
+        QCOMPARE(ctl::whileTelling(console, "a.zip", [] { return QString("done"); }),
+                 QString("done"));
+    }
+
     // The one test that has to let time pass: time is what is tested.
     void longWorkIsTold_data() {
         QTest::addColumn<bool>("onTerminal");

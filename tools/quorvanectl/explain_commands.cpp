@@ -6,6 +6,7 @@
 #include "quorvanectl/inspected_installation.h"
 #include "quorvanectl/json_input.h"
 #include "quorvanectl/json_output.h"
+#include "quorvanectl/progress.h"
 #include "quorvanectl/update_explain.h"
 
 #include <QCoreApplication>
@@ -134,7 +135,9 @@ int explain(const QCommandLineParser &parser, Console &console) {
     speak(locale, &translator);
     const QString projectFile =
         project.isEmpty() ? QString() : QDir::cleanPath(QFileInfo(project).absoluteFilePath());
-    const Explanation explanation = explainUpdate(manifest, url, projectFile);
+    const Explanation explanation =
+        whileTelling(console, QStringLiteral("weighing %1").arg(manifest),
+                     [&] { return explainUpdate(manifest, url, projectFile); });
     if (format == QLatin1String("json"))
         printJson(console, QJsonDocument(toJson(explanation)));
     else

@@ -2,6 +2,7 @@
 #include "quorvanectl/commands.h"
 #include "quorvanectl/installation.h"
 #include "quorvanectl/json_output.h"
+#include "quorvanectl/progress.h"
 
 #include "library/function_library.h"
 #include "script/printed_form.h"
@@ -136,14 +137,21 @@ int list(const QCommandLineParser &parser, Console &console) {
     const QStringList given = parser.positionalArguments();
     QString error;
     const QString format = chosenFormat(parser, formats(), &error);
-    if (format.isEmpty() ||
-        !loadLibrary(given.isEmpty() ? installedLibraryPath() : given.constFirst(), &error))
+    const bool asJson = format == QLatin1String("json");
+    QJsonObject json;
+    const auto read = [&] {
+        if (!loadLibrary(given.isEmpty() ? installedLibraryPath() : given.constFirst(), &error))
+            return false;
+        if (asJson)
+            json = libraryJson(FunctionLibrary::instance());
+        return true;
+    };
+    if (format.isEmpty() || !whileTelling(console, QStringLiteral("reading the library"), read))
         return refuse(console, error);
-    const FunctionLibrary &library = FunctionLibrary::instance();
-    if (format == QLatin1String("json"))
-        printJson(console, QJsonDocument(libraryJson(library)));
+    if (asJson)
+        printJson(console, QJsonDocument(json));
     else
-        printText(console, library);
+        printText(console, FunctionLibrary::instance());
     return Clean;
 }
 

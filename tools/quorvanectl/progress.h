@@ -37,4 +37,11 @@ private:
     std::thread teller;
 };
 
+// What `work` returns, with progress while it runs.
+template<typename Work>
+[[nodiscard]] auto whileTelling(const Console &console, const QString &what, Work work) {
+    const Progress progress(console, what);
+    return work();
+}
+
 } // namespace ctl

@@ -139,10 +139,12 @@ int sign(const QCommandLineParser &parser, Console &console) {
     const SigningKey key = readKey(parser, console, &error);
     if (!key.isValid())
         return refuse(console, error);
-    const QByteArray signature = key.sign(canonicalManifestText(text).toUtf8());
-    if (signature.isEmpty())
+    const QByteArray complete = whileTelling(console, QStringLiteral("signing"), [&] {
+        const QByteArray signature = key.sign(canonicalManifestText(text).toUtf8());
+        return signature.isEmpty() ? QByteArray() : withSignature(text, signature).toUtf8();
+    });
+    if (complete.isEmpty())
         return refuse(console, QStringLiteral("OpenSSL cannot sign with this key"));
-    const QByteArray complete = withSignature(text, signature).toUtf8();
     if (out.isEmpty())
         print(console, QString::fromUtf8(complete));
     else if (!writeFile(out, complete, isForced(parser), &error))

@@ -3,6 +3,7 @@
 #include "quorvanectl/file_access.h"
 #include "quorvanectl/installation.h"
 #include "quorvanectl/json_output.h"
+#include "quorvanectl/progress.h"
 #include "quorvanectl/script_report.h"
 #include "script/lexer.h"
 #include "script/printed_form.h"
@@ -11,6 +12,7 @@
 #include <QJsonDocument>
 
 #include <functional>
+#include <memory>
 
 namespace ctl {
 namespace {
@@ -45,8 +47,9 @@ int checkScriptFile(const QCommandLineParser &parser, Console &console) {
     Script script;
     ScriptReport report;
     QString error;
+    const auto check = [&] { return checkText(script.path, script.text, &report, &error); };
     if (!readScript(parser, &script, &error) ||
-        !checkText(script.path, script.text, &report, &error))
+        !whileTelling(console, QStringLiteral("checking %1").arg(script.path), check))
         return refuse(console, error);
     if (script.asJson)
         printJson(console, QJsonDocument(reportJson(report)));
@@ -67,10 +70,16 @@ using Print = std::function<bool(const ast::TextSink &sink, QString *error)>;
 // to the sink where it fails.
 int printScript(const Script &script, Console &console, const Print &print) {
     QString error = QStringLiteral("%1: memory does not suffice for it").arg(script.path);
+    auto progress =
+        std::make_unique<Progress>(console, QStringLiteral("reading %1").arg(script.path));
     const ast::TextSink sink = [&](const QString &piece) {
+        if (isTerminal(1)) // where the two would stand in each other's way
+            progress.reset();
         ctl::print(console, script.asJson ? piece : harmless(piece));
     };
-    if (!unlessOutOfMemory([&] { return print(sink, &error); }, false))
+    const bool printed = unlessOutOfMemory([&] { return print(sink, &error); }, false);
+    progress.reset();
+    if (!printed)
         return refuse(console, error);
     if (script.asJson)
         printLine(console);

@@ -21,6 +21,7 @@
 namespace ctl {
 namespace {
 
+const QLatin1String readingManifest("reading the manifest");
 const int smallestSignature = 128; // bytes, of an RSA key of 1024 bits
 
 QStringList formats() {
@@ -255,10 +256,13 @@ void declareCanonical(QCommandLineParser &parser) {
 
 int printCanonical(const QCommandLineParser &parser, Console &console) {
     QString error;
-    const QString text = readManifest(first(parser), &error);
-    if (text.isNull())
+    const QString canonical = whileTelling(console, readingManifest, [&] {
+        const QString text = readManifest(first(parser), &error);
+        return text.isNull() ? QString() : canonicalManifestText(text);
+    });
+    if (canonical.isNull())
         return refuse(console, error);
-    return deliver(canonicalManifestText(text).toUtf8(), parser, console);
+    return deliver(canonical.toUtf8(), parser, console);
 }
 
 void declareAttach(QCommandLineParser &parser) {
@@ -280,9 +284,11 @@ int attach(const QCommandLineParser &parser, Console &console) {
                                               "base64")
                                    .arg(signaturePath));
     }
-    const QString complete = withSignature(text, signature);
-    const VerifyResult verified =
-        key.isEmpty() ? VerifyResult{true, QString()} : verifyManifest(complete, key);
+    QString complete;
+    const VerifyResult verified = whileTelling(console, readingManifest, [&] {
+        complete = withSignature(text, signature);
+        return key.isEmpty() ? VerifyResult{true, QString()} : verifyManifest(complete, key);
+    });
     if (!verified.ok) {
         tell(console, QStringLiteral("%1: %2").arg(signaturePath, verified.message));
         return Findings;
@@ -313,7 +319,8 @@ int verify(const QCommandLineParser &parser, Console &console) {
     const QString text = format.isEmpty() ? QString() : readManifest(path, &error);
     if (text.isNull() || !isUsableKey(key, &error))
         return refuse(console, error);
-    const VerifyReport report = verifyReport(text, key);
+    const VerifyReport report =
+        whileTelling(console, readingManifest, [&] { return verifyReport(text, key); });
     if (format == QLatin1String("json"))
         printJson(console, QJsonDocument(toJson(report)));
     else
