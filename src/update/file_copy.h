@@ -4,6 +4,11 @@
 
 #include <QString>
 
+#include <filesystem>
+
+// What lies there itself: a link is not followed. `none` if the system does not tell. Any thread.
+[[nodiscard]] std::filesystem::file_type kindOf(const QString &path);
+
 // Copies a file to a place where nothing is, permissions included. After a failure a part of it may
 // lie there. The system writes the copy to the disk in its own time. Any thread.
 [[nodiscard]] bool copyFileContent(const QString &source, const QString &destination);
@@ -17,6 +22,10 @@
 
 // Whether the file can be opened for reading, as far as that can be told without trying. Any thread.
 [[nodiscard]] bool mayRead(const QString &file);
+
+// Whether a program holds the file or the folder open in a way that keeps it from being removed. Any
+// thread.
+[[nodiscard]] bool isHeld(const QString &entry);
 
 // Whether a volume is mounted on `folder` itself, so that it cannot be removed. Any thread.
 [[nodiscard]] bool isMountPoint(const QString &folder);

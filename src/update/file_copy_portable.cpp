@@ -11,6 +11,12 @@
 #include <filesystem>
 #include <system_error>
 
+std::filesystem::file_type kindOf(const QString &path) {
+    const auto place = std::filesystem::u8path(path.toUtf8().constData());
+    std::error_code failure;
+    return std::filesystem::symlink_status(place, failure).type();
+}
+
 bool copyFileContent(const QString &source, const QString &destination) {
     const auto native = [](const QString &path) {
         return std::filesystem::path(QFile::encodeName(path).toStdString());
@@ -35,6 +41,11 @@ bool mayTakeFrom(const QString &folder) {
 
 bool mayRead(const QString &file) {
     return ::euidaccess(QFile::encodeName(file).constData(), R_OK) == 0;
+}
+
+// What is open can be removed all the same, and is gone for all others.
+bool isHeld(const QString &) {
+    return false;
 }
 
 // A system too old to tell lets the attempt fail.

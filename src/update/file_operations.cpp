@@ -13,8 +13,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <string>
-#include <system_error>
 
 namespace {
 
@@ -29,13 +27,6 @@ bool isFolder(const QString &path) {
 }
 
 using FileType = std::filesystem::file_type;
-
-// What lies there itself: a link is not followed. `none` if the system does not tell.
-FileType kindOf(const QString &path) {
-    const auto place = std::filesystem::u8path(path.toUtf8().constData());
-    std::error_code failure;
-    return std::filesystem::symlink_status(place, failure).type();
-}
 
 // A place that cannot be looked at counts as taken: what is there must not be mixed with anything.
 bool isThere(const QString &path) {
@@ -115,7 +106,8 @@ bool listOrFail(const QString &folder, QFileInfoList *entries, QString *error) {
 // nor removed whole, and one that something cannot be taken out of would be left in parts.
 bool canBeTakenApart(const QString &target, QString *error) {
     const bool targetIsLink = isLink(QFileInfo(target)); // all of it that is removed
-    bool removable = mayTakeFrom(QFileInfo(QDir::cleanPath(target)).absolutePath());
+    bool removable =
+        mayTakeFrom(QFileInfo(QDir::cleanPath(target)).absolutePath()) && !isHeld(target);
     QStringList folders{target};
     for (int i = 0; i < folders.size(); ++i) {
         const QString folder = folders.at(i);
@@ -128,6 +120,7 @@ bool canBeTakenApart(const QString &target, QString *error) {
         for (const QFileInfo &info : qAsConst(entries)) {
             if (info.isFile() && !info.isHidden() && !mayRead(info.filePath()))
                 return failCopying(info.filePath(), error);
+            removable = removable && (targetIsLink || !isHeld(info.filePath()));
             if (info.isDir() && !isLink(info))
                 folders += info.filePath();
         }
@@ -217,21 +210,6 @@ bool moveIn(const QString &staging, const QString &target, const QString &backup
 }
 
 } // namespace
-
-bool listFolder(const QString &folder, QFileInfoList *entries, QString *unreadable) {
-    namespace fs = std::filesystem;
-    std::error_code failure;
-    fs::directory_iterator entry(fs::u8path(folder.toUtf8().constData()), failure);
-    while (!failure && entry != fs::directory_iterator()) {
-        const std::string name = entry->path().u8string();
-        const QString path = QString::fromUtf8(name.c_str());
-        if (path.toUtf8() != name.c_str())
-            return fail(path, unreadable);
-        entries->append(QFileInfo(path));
-        entry.increment(failure);
-    }
-    return !failure || fail(folder, unreadable);
-}
 
 QString findFileBySuffix(const QString &folder, const QString &suffix) {
     QDirIterator files(folder, {QLatin1Char('*') + suffix}, QDir::Files,

@@ -15,7 +15,7 @@ namespace support {
 // Marks the file as hidden where the name alone, with its dot in front, does not say so.
 void hide(const QString &path);
 
-// Whether a folder can be closed to this user.
-[[nodiscard]] bool foldersCanBeClosed();
+// Whether permissions can keep this user from a file or a folder.
+[[nodiscard]] bool permissionsKeepOut();
 
 } // namespace support

@@ -33,7 +33,7 @@ void hide(const QString &path) {
         qFatal("cannot hide %s", qPrintable(path));
 }
 
-bool foldersCanBeClosed() {
+bool permissionsKeepOut() {
     return false; // by their lists of rights alone, which the library does not write
 }
 

@@ -42,9 +42,9 @@ QMap<QString, QByteArray> entriesOf(const QByteArray &archive) {
 bool write(const QString &path, const QByteArray &content) {
     if (path.endsWith('/'))
         return QDir().mkpath(path);
-    QFile file(path);
-    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
-           file.write(content) == content.size();
+    QFile file(path); // of two entries that are one file the second is refused
+    return QDir().mkpath(QFileInfo(path).path()) && !file.exists() &&
+           file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
 } // namespace
