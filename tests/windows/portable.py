@@ -23,9 +23,9 @@ TITLE = "Quorvane Launcher"
 REPORT = "The target process exited early"
 FONTS = r"HKCU\Software\Wine\Fonts\Replacements"
 FOLDER = "产线 3 & line's"
-# A window with text in it has a colour for each grey of its letters; one that is not painted yet is
-# black, or as plain as its background.
-COLOURS_OF_TEXT = 40
+# The share of dark dots in a window with text in it. One that is not painted yet is black, or as plain
+# as its background.
+INK = (0.006, 0.25)
 
 
 def wait_for(condition, what, seconds=60):
@@ -48,16 +48,27 @@ class Screen:
 
     def __init__(self):
         read, write = os.pipe()
+        # Neither holds the output of the test, should it end without them.
+        self.quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
         self.processes = [subprocess.Popen(
             ["Xvfb", "-displayfd", str(write), "-screen", "0", "720x660x24", "-nolisten", "tcp"],
-            pass_fds=(write,), stderr=subprocess.DEVNULL)]
+            pass_fds=(write,), **self.quiet)]
         os.close(write)
         with os.fdopen(read) as answer:
             self.environment = dict(os.environ, DISPLAY=":" + answer.readline().strip())
-        self.processes.append(subprocess.Popen(["openbox"], env=self.environment,
-                                               stderr=subprocess.DEVNULL))
-        wait_for(lambda: "#" in self.output("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
-                 "a window manager")
+        try:
+            wait_for(self.is_managed, "a window manager")
+        except BaseException:
+            self.close()
+            raise
+
+    def is_managed(self):
+        """Starts a window manager, and another one if that gave up on a screen that was not ready."""
+        if len(self.processes) == 2 and self.processes[1].poll() is not None:
+            del self.processes[1]
+        if len(self.processes) == 1:
+            self.processes.append(subprocess.Popen(["openbox"], env=self.environment, **self.quiet))
+        return "#" in self.output("xprop", "-root", "_NET_SUPPORTING_WM_CHECK")
 
     def output(self, *command):
         return subprocess.run(command, env=self.environment, stdout=subprocess.PIPE, check=False,
@@ -69,11 +80,11 @@ class Screen:
     def picture(self, path):
         self.output("import", "-window", "root", "-trim", "+repage", "-strip", str(path))
 
-    def colours(self, title):
-        """How many colours the inside of a window shows."""
+    def is_written_on(self, title):
         window = self.window(title)
-        command = f"import -window {window} png:- | identify -format %k -" if window else "echo 0"
-        return int(self.output("sh", "-c", command) or 0)
+        share = "convert - -colorspace gray -threshold 60% -format '%[fx:1-mean]' info:"
+        answer = self.output("sh", "-c", f"import -window {window} png:- | {share}") if window else ""
+        return answer and INK[0] < float(answer) < INK[1]
 
     def fingerprint(self):
         return self.output("sh", "-c", "import -window root rgb:- | sha256sum")
@@ -81,7 +92,7 @@ class Screen:
     def settled_picture(self, title, path):
         """The screen with that window wholly painted: with text in it, and as it was a moment before."""
         def settled():
-            if self.colours(title) < COLOURS_OF_TEXT:
+            if not self.is_written_on(title):
                 return False
             before = self.fingerprint()
             time.sleep(0.3)
@@ -98,7 +109,7 @@ class Screen:
     def close(self):
         for process in reversed(self.processes):
             process.terminate()
-            process.wait(10)
+            process.wait(60)
 
 
 class Installation:
