@@ -67,7 +67,9 @@ function(quorvane_add_test test)
     endif()
     add_dependencies(tests_${folder} ${target})
     add_test(NAME "${test}" COMMAND ${target})
-    if(NOT ARG_TIMEOUT)
+    if(CMAKE_CROSSCOMPILING)
+        set(ARG_TIMEOUT 900) # programs start slowly under Wine
+    elseif(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 300)
     endif()
     set_tests_properties(
