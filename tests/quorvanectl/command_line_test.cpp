@@ -117,8 +117,6 @@ Example:
                                      << "standard output: No space left on device";
         QTest::newRow("closed") << ">&-"
                                 << "standard output: Bad file descriptor";
-        QTest::newRow("closed, and standard input too") << "<&- >&-"
-                                                        << "standard output: Bad file descriptor";
     }
 
     void outputThatCannotBeWritten() {
