@@ -1,4 +1,5 @@
 #include "run_tool.h"
+#include "support/platform.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
@@ -85,7 +86,7 @@ private slots:
         QCOMPARE(answer.status, 0);
         const QJsonObject json = QJsonDocument::fromJson(answer.out.toUtf8()).object();
         QCOMPARE(json["library"].toString(),
-                 QString(QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini"));
+                 support::rooted(QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini"));
         QCOMPARE(json["tokenKinds"].toObject()["import"].toInt(), 24);
         QVERIFY(!json["functions"].toArray().isEmpty());
     }

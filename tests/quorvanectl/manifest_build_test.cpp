@@ -2,11 +2,14 @@
 #include "quorvanectl/manifest_build.h"
 #include "quorvanectl/project_package.h"
 #include "support/library_file.h"
+#include "support/platform.h"
 #include "support/staged_main.h"
+#include "support/unpacking.h"
 #include "update/http_fetch.h"
 
 #include "published_update.h"
 
+#include <QCryptographicHash>
 #include <QJsonArray>
 
 using ctl::buildManifest;
@@ -30,6 +33,10 @@ private:
 
     static QString sum(const QString &file) {
         QByteArray text;
+        if (support::onWindows) { // there is no openssl
+            text = QCryptographicHash::hash(support::bytesOf(file), QCryptographicHash::Sha256);
+            return QString::fromLatin1(text.toHex());
+        }
         return support::openssl({"dgst", "-sha256", "-r", file}, &text)
                    ? QString::fromLatin1(text.left(64))
                    : QString();
@@ -38,6 +45,7 @@ private:
 private slots:
     void initTestCase() {
         QVERIFY(support::loadScriptVocabulary());
+        support::provideUnpacking();
         update.reset(new support::PublishedUpdate);
     }
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "quorvanectl/manifest_build.h"
-#include "quorvanectl/project_pack.h"
 
 #include "openssl_program.h"
+#include "publisher.h"
 #include "small_project.h"
 
 #include <QDir>
@@ -17,10 +17,7 @@ class PublishedUpdate {
 public:
     PublishedUpdate() {
         writeTree(path("line3"), smallProject());
-        const ctl::PackResult pack =
-            ctl::packProject(path("line3"), "1.2.0", path("site/packages"), false);
-        if (!pack.ok)
-            qFatal("%s", qPrintable(pack.error + pack.findings.join('|')));
+        publisher::packSmallProject(path("line3"), path("site/packages"));
         writeTree(path("site"), {{"packages/runtime-setup-1.3.0.exe", "runtime 1.3.0"},
                                  {"packages/launcher-setup-1.4.0.exe", "launcher 1.4.0"}});
         ctl::ManifestWish wish;

@@ -1,10 +1,14 @@
 #include "run_tool.h"
 
 #include "quorvanectl/command_line.h"
+#include "support/platform.h"
 
 #include <QBuffer>
+#include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 
 namespace support {
 namespace {
@@ -13,8 +17,10 @@ QProcessEnvironment withoutDisplay() {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         environment.remove(name);
-    const QString folder = QFileInfo(QUORVANE_TOOL).absolutePath();
-    environment.insert("PATH", folder + ':' + environment.value("PATH"));
+    // The second folder is where provideUnpacking() of unpacking.h puts what unpacks on Windows.
+    const QStringList path{QFileInfo(QUORVANE_TOOL).absolutePath(),
+                           QCoreApplication::applicationDirPath(), environment.value("PATH")};
+    environment.insert("PATH", path.join(QDir::listSeparator()));
     environment.insert("LC_ALL", "C.UTF-8");
     return environment;
 }
@@ -30,6 +36,17 @@ Answer runProcess(const QString &program, const QStringList &arguments, const QS
         return {-1, {}, process.errorString()};
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
+}
+
+// The words of a line that calls the tool and nothing else, with single quotes as in a shell.
+QStringList wordsOf(const QString &line) {
+    static const QRegularExpression word("'([^']*)'|(\\S+)");
+    QStringList words;
+    for (auto match = word.globalMatch(line); match.hasNext();) {
+        const QRegularExpressionMatch next = match.next();
+        words += next.captured(1) + next.captured(2);
+    }
+    return words;
 }
 
 } // namespace
@@ -54,7 +71,12 @@ Answer runLine(const QString &line, const QString &folder, const QMap<QString, Q
     QProcessEnvironment environment = withoutDisplay();
     for (auto variable = more.begin(); variable != more.end(); ++variable)
         environment.insert(variable.key(), variable.value());
-    return runProcess("sh", {"-c", line}, folder, environment);
+    if (!onWindows)
+        return runProcess("sh", {"-c", line}, folder, environment);
+    const QStringList words = wordsOf(line);
+    if (words.first() != "quorvanectl")
+        return {-1, {}, "no shell here"};
+    return runProcess(QUORVANE_TOOL, words.mid(1), folder, environment);
 }
 
 const char *const privately = "unshare -Urm ";

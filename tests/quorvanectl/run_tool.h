@@ -19,8 +19,8 @@ struct Answer {
 // As a process of its own in `folder`, with no display.
 [[nodiscard]] Answer runProgram(const QStringList &arguments, const QString &folder);
 
-// A line as one types it, starting with "quorvanectl", run by a shell in `folder`.
-// `more` goes into its environment.
+// A line as one types it, starting with "quorvanectl", run by a shell in `folder`. `more` goes into its
+// environment. On Windows there is no shell: the line may hold nothing but the command and its words.
 [[nodiscard]] Answer runLine(const QString &line, const QString &folder,
                              const QMap<QString, QString> &more = {});
 

@@ -2,6 +2,7 @@
 
 #include "run_tool.h"
 #include "support/file_tree.h"
+#include "support/platform.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
@@ -168,7 +169,8 @@ private slots:
         QTest::newRow("the core plug-in") << "core-plugin error %E6%A3%80%E6%B5%8B%20100%25.yslib";
         QTest::newRow("a syntax error, to the end of its line")
             << "YS200 error scripts/%E4%B8%BB%20%E7%A8%8B%E5%BA%8F.ys 1:4-8";
-        QTest::newRow("a colon in a name") << "YS200 error a%3Ab.ys 1:1";
+        if (!support::onWindows) // no file has one in its name there
+            QTest::newRow("a colon in a name") << "YS200 error a%3Ab.ys 1:1";
         QTest::newRow("behind a character of two units") << "YS100 error bad.ys 1:10-11";
     }
 

@@ -1,4 +1,5 @@
 #include "run_tool.h"
+#include "support/platform.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
@@ -158,7 +159,7 @@ private slots:
     // The printed tokens, put back at their places, are the script without its comments.
     void theTokensHoldTheWholeScript_data() {
         QTest::addColumn<QString>("path");
-        const QDir scripts(QUORVANE_SOURCE_TREE "/examples/projects/demo/scripts");
+        const QDir scripts(support::rooted(QUORVANE_SOURCE_TREE "/examples/projects/demo/scripts"));
         for (const QString &name : scripts.entryList({"*.ys"}))
             QTest::newRow(qPrintable(name)) << scripts.filePath(name);
     }
@@ -211,7 +212,9 @@ private slots:
         QFETCH(QByteArray, each);
         const ProjectFolder folder;
         folder.write("a.ys", open.repeated(depth) + "1" + close.repeated(depth));
-        const Answer answer = run("tree a.ys --format json", folder, "ulimit -s 256; ");
+        // Where a shell can limit the stack; elsewhere it is a Megabyte.
+        const QString limit = support::onWindows ? "" : "ulimit -s 256; ";
+        const Answer answer = run("tree a.ys --format json", folder, limit);
         QCOMPARE(answer.status, 0);
         static const QRegularExpression progress("^(reading a\\.ys: \\d+ s\n)*$");
         QVERIFY2(progress.match(answer.err).hasMatch(), qPrintable(answer.err));

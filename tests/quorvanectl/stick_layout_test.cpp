@@ -4,6 +4,7 @@
 #include "support/key_maker.h"
 #include "support/library_file.h"
 #include "support/staged_main.h"
+#include "support/unpacking.h"
 #include "update/manifest_signature.h"
 
 #include "published_update.h"
@@ -42,7 +43,10 @@ private:
     }
 
 private slots:
-    void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
+    void initTestCase() {
+        QVERIFY(support::loadScriptVocabulary());
+        support::provideUnpacking();
+    }
 
     void init() {
         update.reset(new support::PublishedUpdate);

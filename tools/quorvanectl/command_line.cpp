@@ -94,6 +94,15 @@ int refuseUsage(const Console &console, QString reason, const QString &helpOf = 
     return refuse(console, QStringLiteral("%1; see %2").arg(reason, help.simplified()));
 }
 
+// A word that is no family, or a family and a word that is no command of it.
+int refuseCommand(const Console &console, const QString &title, const QString &helpOf = QString()) {
+    const QString system = systemWithout(title);
+    const QString reason =
+        system.isEmpty() ? QStringLiteral("no command '%1'").arg(title)
+                         : QStringLiteral("there is no command '%1' on %2").arg(title, system);
+    return refuseUsage(console, reason, helpOf);
+}
+
 bool hasRightCount(const Command &command, int given) {
     const QStringList words = command.arguments.split(QLatin1Char(' '));
     int least = 0;
@@ -134,9 +143,10 @@ int runFamily(const QString &family, const QStringList &arguments, Console &cons
     const auto command = std::find_if(commands.begin(), commands.end(), [&](const Command &it) {
         return it.family == family && it.name == arguments.first();
     });
-    if (command == commands.end())
-        return refuseUsage(
-            console, QStringLiteral("no command '%1 %2'").arg(family, arguments.first()), family);
+    if (command == commands.end()) {
+        return refuseCommand(console, QStringLiteral("%1 %2").arg(family, arguments.first()),
+                             family);
+    }
     return runCommand(*command, arguments.mid(1), console);
 }
 
@@ -155,8 +165,11 @@ int runCommandLine(const QStringList &arguments, Console &console) {
     }
     const auto &commands = allCommands();
     if (std::none_of(commands.begin(), commands.end(),
-                     [&](const Command &it) { return it.family == first; }))
-        return refuseUsage(console, QStringLiteral("no command '%1'").arg(first));
+                     [&](const Command &it) { return it.family == first; })) {
+        // A whole family may be missing for the sake of its one command.
+        const QString title = arguments.mid(0, 2).join(QLatin1Char(' '));
+        return refuseCommand(console, systemWithout(title).isEmpty() ? first : title);
+    }
     return runFamily(first, arguments.mid(1), console);
 }
 

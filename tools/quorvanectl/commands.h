@@ -15,6 +15,9 @@ using CommandsOfFile = std::vector<Command> (*)();
 // What the help says of commands that this platform lacks; empty if it has all.
 [[nodiscard]] QString missingCommands();
 
+// Of which system it is true that it lacks this family or command of others; empty for any other word.
+[[nodiscard]] QString systemWithout(const QString &title);
+
 // One function for each file of commands.
 std::vector<Command> explainCommands();
 std::vector<Command> libraryCommands();

@@ -11,4 +11,8 @@ QString missingCommands() {
     return {};
 }
 
+QString systemWithout(const QString &) {
+    return {};
+}
+
 } // namespace ctl

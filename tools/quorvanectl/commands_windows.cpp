@@ -14,4 +14,10 @@ QString missingCommands() {
                           "and `support collect`.");
 }
 
+QString systemWithout(const QString &title) {
+    static const QStringList missing{QStringLiteral("update pack"), QStringLiteral("update sign"),
+                                     QStringLiteral("keys"), QStringLiteral("support collect")};
+    return missing.contains(title) ? QStringLiteral("Windows") : QString();
+}
+
 } // namespace ctl

@@ -42,6 +42,7 @@ Console standardConsole() {
     static QFile out;
     static QFile err;
     if (!out.isOpen()) {
+        prepareStreams();
         (void)out.open(stdout, QIODevice::WriteOnly);
         (void)err.open(stderr, QIODevice::WriteOnly | QIODevice::Unbuffered);
     }

@@ -20,6 +20,9 @@ struct Console {
 // first file that is opened would get its number, and what is meant for the stream would land in it.
 void occupyStandardStreams();
 
+// Makes the standard streams take bytes as they are: a signature counts each of them.
+void prepareStreams();
+
 // Whether the standard stream of this number (1 output, 2 errors) is a terminal.
 [[nodiscard]] bool isTerminal(int stream);
 

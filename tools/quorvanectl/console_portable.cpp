@@ -12,6 +12,8 @@ void ctl::occupyStandardStreams() {
     ::close(last);
 }
 
+void ctl::prepareStreams() {}
+
 bool ctl::isTerminal(int stream) {
     return isatty(stream) == 1;
 }
