@@ -33,6 +33,16 @@ inline QString rootedBeside(const QString &folder, const QString &path) {
     return folder.section('/', 0, 0) + path;
 }
 
+// Refusals of signatures with the number of Windows. Wine's CryptoAPI has numbers of its own for one of
+// the wrong length, and for one that, read as a number, is larger than the key: of a signature with its
+// bytes reversed that is a matter of chance.
+inline QString withWindowsNumbers(QString details) {
+    if (onWindows)
+        for (const char *const own : {"2148073504", "2148073488"})
+            details.replace(own, "2148073478");
+    return details;
+}
+
 // What the system says of a failure.
 inline QString systemText(const char *elsewhere, const char *windows) {
     return QString::fromLatin1(onWindows ? windows : elsewhere);

@@ -55,10 +55,7 @@ private:
     static void refuse(const KeyPair &key, const QByteArray &signature) {
         QString details;
         QVERIFY(!verifyRsaSha256(key.publicDer(), data, signature, &details));
-        // Wine's CryptoAPI has numbers of its own for a signature of the wrong length or size.
-        if (support::onWindows)
-            details.replace(QRegularExpression("=2148073(504|488)"), "=2148073478");
-        QCOMPARE(details, allFailed);
+        QCOMPARE(support::withWindowsNumbers(details), allFailed);
         QVERIFY(!verifyRsaSha256(key.publicDer(), data, reversed(signature)));
     }
 
@@ -93,7 +90,8 @@ private slots:
         QVERIFY(verifier->verifyLegacy(data, reversed(signature)).ok);
         const RsaStep refused = verifier->verifyLegacy(data, signature);
         QVERIFY(!refused.ok);
-        QCOMPARE(refused.error, 2148073478U);
+        QCOMPARE(support::withWindowsNumbers(QString::number(refused.error)),
+                 QString("2148073478"));
     }
 
     void everyChangedBitIsNoticed() {
