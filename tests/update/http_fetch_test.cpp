@@ -244,8 +244,10 @@ private slots:
             << ServerScript{support::send("HTTP/1.1 200 O")} << 0 << closed + " URL: URL";
         QTest::newRow("closed within the body")
             << ServerScript{support::send(head + "some")} << 200 << closed + " (HTTP 200) URL: URL";
-        QTest::newRow("reset before an answer")
-            << ServerScript{support::reset()} << 0 << closed + " URL: URL";
+        // Wine forgets a reset that comes while the library changes what it wants to hear of.
+        if (!support::onWindows)
+            QTest::newRow("reset before an answer")
+                << ServerScript{support::reset()} << 0 << closed + " URL: URL";
         QTest::newRow("a stall before the answer")
             << ServerScript{support::stall()} << 0 << cancelled + " URL: URL";
         QTest::newRow("a stall within the head")
