@@ -122,7 +122,8 @@ class Installation:
         self.bin = self.root / "bin"
         subprocess.run(["cmake", "--install", tree, "--prefix", self.root, "--component", "demo"],
                        stdout=subprocess.DEVNULL, check=True)
-        (self.bin / "LineRunner.conf").write_text("lifetime_ms = 3000\nexit_code = 7\n")
+        # Long enough for a picture of the launcher watching it, however busy the machine is.
+        (self.bin / "LineRunner.conf").write_text("lifetime_ms = 20000\nexit_code = 7\n")
         self.prefix = root / "wine"
 
     @property
