@@ -31,33 +31,55 @@ function(quorvane_use_precompiled target name)
     endif()
 endfunction()
 
-# quorvane_add_library(<folder> SOURCES <file>... [LINKS <target>...])
+# quorvane_add_library(<folder> SOURCES <file>... [LINKS <target>...] [NAME <name>] [IN <folder>]
+#                      [HEADERS <file>...])
 #
-# The static library quorvane_<folder> of one folder of src. Headers are included as
+# The static library of one room: <folder> is its path in src, or in the folder IN. It is called
+# quorvane_<name>, by default after the last part of <folder>. Headers are included by their path,
 # "folder/header.h". Each library exports an include folder that holds nothing but a link to its own
-# folder, so an include compiles only where the library is linked: an upward include cannot build.
+# folder (with HEADERS: links to these alone, where two libraries share a folder), so an include
+# compiles only where the library is linked: an upward include cannot build.
 function(quorvane_add_library folder)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
-    set(include_root "${CMAKE_BINARY_DIR}/include/${folder}")
-    file(MAKE_DIRECTORY "${include_root}")
-    file(CREATE_LINK "${CMAKE_SOURCE_DIR}/src/${folder}" "${include_root}/${folder}" SYMBOLIC)
-    add_library(quorvane_${folder} STATIC ${ARG_SOURCES})
-    target_include_directories(quorvane_${folder} PUBLIC "${include_root}")
-    target_compile_definitions(quorvane_${folder} PRIVATE QT_NO_CAST_FROM_ASCII)
-    target_link_libraries(quorvane_${folder} PUBLIC ${ARG_LINKS} PRIVATE quorvane_options)
-    quorvane_use_precompiled(quorvane_${folder} product)
+    cmake_parse_arguments(ARG "" "NAME;IN" "SOURCES;LINKS;HEADERS" ${ARGN})
+    get_filename_component(name "${folder}" NAME)
+    if(ARG_NAME)
+        set(name "${ARG_NAME}")
+    endif()
+    if(NOT ARG_IN)
+        set(ARG_IN "${CMAKE_SOURCE_DIR}/src")
+    endif()
+    set(include_root "${CMAKE_BINARY_DIR}/include/${name}")
+    file(REMOVE_RECURSE "${include_root}")
+    foreach(entry IN LISTS ARG_HEADERS)
+        list(APPEND entries "${folder}/${entry}")
+    endforeach()
+    if(NOT ARG_HEADERS)
+        set(entries "${folder}")
+    endif()
+    foreach(entry IN LISTS entries)
+        get_filename_component(parent "${include_root}/${entry}" DIRECTORY)
+        file(MAKE_DIRECTORY "${parent}")
+        file(CREATE_LINK "${ARG_IN}/${entry}" "${include_root}/${entry}" SYMBOLIC)
+    endforeach()
+    add_library(quorvane_${name} STATIC ${ARG_SOURCES})
+    target_include_directories(quorvane_${name} PUBLIC "${include_root}")
+    target_compile_definitions(quorvane_${name} PRIVATE QT_NO_CAST_FROM_ASCII)
+    target_link_libraries(quorvane_${name} PUBLIC ${ARG_LINKS} PRIVATE quorvane_options)
+    quorvane_use_precompiled(quorvane_${name} product)
 endfunction()
 
 # quorvane_add_test(<folder>/<name> SOURCES <file>... [LINKS <target>...] [LABELS <label>...]
 #                   [TIMEOUT <seconds>])
 #
 # A QtTest program of its own, registered with CTest under the name <folder>/<name>, offscreen and
-# labelled with its folder; the target tests_<folder> builds all of a folder's. Its main is
+# labelled with its first folder; the target tests_<folder> builds all of that folder's. Its main is
 # QUORVANE_TEST_MAIN of tests/support/staged_main.h.
 function(quorvane_add_test test)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
     string(REPLACE "/" "_" target "test_${test}")
     get_filename_component(folder "${test}" DIRECTORY)
+    string(REPLACE "/" ";" rooms "${folder}")
+    list(GET rooms 0 folder)
     add_executable(${target} ${ARG_SOURCES})
     target_link_libraries(${target} PRIVATE quorvane_options quorvane_test_support ${ARG_LINKS}
                                             Qt5::Test)

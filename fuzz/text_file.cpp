@@ -1,6 +1,6 @@
 // The bytes of a text file of unknown encoding.
 
-#include "update/text_file.h"
+#include "update/files/text_file.h"
 #include "support.h"
 #include "support/platform.h"
 

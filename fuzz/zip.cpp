@@ -1,8 +1,8 @@
 // The bytes of a zip archive: whatever they are, nothing appears outside the target, and no link.
 
 #include "support.h"
-#include "update/file_operations.h"
-#include "update/zip_extract.h"
+#include "update/files/file_operations.h"
+#include "update/files/zip_extract.h"
 
 #include <QDirIterator>
 

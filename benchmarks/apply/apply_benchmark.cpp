@@ -12,10 +12,10 @@
 // process of its own, as each program on the other side is.
 #include "../support/measured_process.h"
 #include "frame/app_paths.h"
-#include "launcher/project_apply.h"
+#include "launcher/offer/project_apply.h"
 #include "library/function_library.h"
 #include "support/manifest_maker.h"
-#include "update/text_file.h"
+#include "update/files/text_file.h"
 
 #include <QCoreApplication>
 #include <QDir>

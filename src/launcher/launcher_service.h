@@ -9,8 +9,8 @@
 // moved on when an emission returns. The statements behind it still run in their order.
 #pragma once
 
+#include "launcher/offer/update_context.h"
 #include "launcher/task_link.h"
-#include "launcher/update_context.h"
 
 #include <QFutureWatcher>
 #include <QObject>

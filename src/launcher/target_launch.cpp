@@ -4,7 +4,7 @@
 #include "frame/app_paths.h"
 #include "frame/locale_manager.h"
 #include "launcher/launcher_service.h"
-#include "update/text_file.h"
+#include "update/files/text_file.h"
 
 #include <QCoreApplication>
 #include <QDateTime>

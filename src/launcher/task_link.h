@@ -4,7 +4,7 @@
 // block, and neither holds a pointer to the other.
 #pragma once
 
-#include "launcher/update_context.h"
+#include "launcher/offer/update_context.h"
 
 #include <QString>
 

@@ -2,7 +2,7 @@
 #include "launcher/launcher_service.h"
 
 #include "frame/settings_store.h"
-#include "launcher/project_apply.h"
+#include "launcher/offer/project_apply.h"
 
 #include <QDateTime>
 #include <QStringList>

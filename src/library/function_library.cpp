@@ -1,6 +1,6 @@
 #include "library/function_library.h"
 
-#include "update/text_file.h"
+#include "update/files/text_file.h"
 
 #include <QDebug>
 

@@ -1,7 +1,7 @@
 #include "project/validation_rules.h"
 
 #include "script/project_checks.h"
-#include "script/project_path.h"
+#include "update/files/project_path.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>

@@ -1,8 +1,8 @@
 #include "project/project_file.h"
 
-#include "update/memory_guard.h"
-#include "update/text_file.h"
-#include "update/version_text.h"
+#include "update/files/memory_guard.h"
+#include "update/files/text_file.h"
+#include "update/files/version_text.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,9 +1,9 @@
 #include "project/validation_rules.h"
 
 #include "script/project_checks.h"
-#include "script/project_path.h"
-#include "update/memory_guard.h"
-#include "update/text_file.h"
+#include "update/files/memory_guard.h"
+#include "update/files/project_path.h"
+#include "update/files/text_file.h"
 
 #include <QDirIterator>
 #include <QRegularExpression>

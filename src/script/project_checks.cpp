@@ -2,9 +2,9 @@
 
 #include "script/lexer.h"
 #include "script/parser.h"
-#include "script/project_path.h"
-#include "update/memory_guard.h"
-#include "update/text_file.h"
+#include "update/files/memory_guard.h"
+#include "update/files/project_path.h"
+#include "update/files/text_file.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #include "update/http_fetch.h"
 
+#include "update/files/text_file.h"
 #include "update/https_fallback.h"
-#include "update/text_file.h"
 
 #include <QEventLoop>
 #include <QFile>

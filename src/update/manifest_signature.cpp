@@ -1,7 +1,7 @@
 #include "update/manifest_signature.h"
 
 #include "frame/app_paths.h"
-#include "update/text_file.h"
+#include "update/files/text_file.h"
 
 #include <QCryptographicHash>
 #include <QFileInfo>

@@ -72,7 +72,7 @@ def translated(tree, lupdate):
 def untranslated(tree, known):
     found = {}
     for folder in FOLDERS:
-        for file in sorted((tree / "src" / folder).glob("*.[ch]*")):
+        for file in sorted((tree / "src" / folder).rglob("*.[ch]*")):
             for literal in literals(file.read_text(encoding="utf-8")):
                 if is_text(literal) and literal not in known:
                     found.setdefault(literal, file.relative_to(tree))
@@ -81,7 +81,7 @@ def untranslated(tree, known):
 
 def logged(tree):
     """The texts in calls of appendLaunchLog."""
-    for file in sorted((tree / "src").glob("*/*.cpp")):
+    for file in sorted((tree / "src").rglob("*.cpp")):
         for call in re.findall(r"\bappendLaunchLog\((.*?)\);", file.read_text(encoding="utf-8"), re.S):
             yield from filter(is_text, literals(call + " end"))
 

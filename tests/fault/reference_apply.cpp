@@ -9,11 +9,11 @@
 // The program must lie in PLACE/app, its installation; the data folder follows XDG_DATA_HOME. With
 // support/fault_interposer.cpp preloaded, one file operation of the apply can go wrong.
 #include "frame/app_paths.h"
-#include "launcher/project_apply.h"
+#include "launcher/offer/project_apply.h"
 #include "library/function_library.h"
 #include "support/file_tree.h"
 #include "support/manifest_maker.h"
-#include "update/text_file.h"
+#include "update/files/text_file.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>

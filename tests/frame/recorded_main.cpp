@@ -10,4 +10,4 @@
 #define LauncherWindow recorder::Window
 
 // The source itself, so that no line of the entry goes untested.
-#include "frame/main.cpp" // NOLINT(bugprone-suspicious-include)
+#include "frame/entry/main.cpp" // NOLINT(bugprone-suspicious-include)

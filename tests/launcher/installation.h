@@ -3,7 +3,7 @@
 
 #include "frame/app_paths.h"
 #include "frame/settings_store.h"
-#include "update/text_file.h"
+#include "update/files/text_file.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "support/staged_main.h"
-#include "update/text_file.h"
+#include "update/files/text_file.h"
 
 #include <QFile>
 #include <QFileInfo>

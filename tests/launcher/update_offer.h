@@ -2,7 +2,7 @@
 #pragma once
 
 #include "installation.h"
-#include "launcher/update_context.h"
+#include "launcher/offer/update_context.h"
 #include "support/file_tree.h"
 #include "support/manifest_maker.h"
 #include "support/staged_main.h"

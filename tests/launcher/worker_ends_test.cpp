@@ -4,7 +4,7 @@
 // The three workers' work is wrapped by the linker (--wrap), so that it can fail inside.
 #include "installation.h"
 #include "launcher/launcher_service.h"
-#include "launcher/project_apply.h"
+#include "launcher/offer/project_apply.h"
 #include "signal_log.h"
 #include "support/staged_main.h"
 

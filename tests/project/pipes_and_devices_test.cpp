@@ -1,6 +1,6 @@
 // What lies under a name may be a pipe or a device: opened, it could block the program for good.
 #include "project/project_validator.h"
-#include "update/text_file.h"
+#include "update/files/text_file.h"
 
 #include "support/project_folder.h"
 #include "support/staged_main.h"

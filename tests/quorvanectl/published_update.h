@@ -1,7 +1,7 @@
 // A publisher's folder with a clean, unsigned manifest and its packages, to be spoilt by a test.
 #pragma once
 
-#include "quorvanectl/manifest_build.h"
+#include "quorvanectl/manifest/manifest_build.h"
 
 #include "openssl_program.h"
 #include "publisher.h"

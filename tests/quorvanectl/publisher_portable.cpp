@@ -1,7 +1,7 @@
 #include "publisher.h"
 
-#include "quorvanectl/project_pack.h"
-#include "quorvanectl/signing_key.h"
+#include "quorvanectl/keys/signing_key.h"
+#include "quorvanectl/package/project_pack.h"
 
 namespace support {
 namespace {

@@ -1,6 +1,6 @@
 #include "run_tool.h"
 
-#include "quorvanectl/command_line.h"
+#include "quorvanectl/entry/command_line.h"
 #include "support/platform.h"
 
 #include <QBuffer>

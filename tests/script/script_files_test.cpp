@@ -4,7 +4,7 @@
 
 #include "support/library_file.h"
 #include "support/staged_main.h"
-#include "update/text_file.h"
+#include "update/files/text_file.h"
 
 #include <QCoreApplication>
 #include <QDir>

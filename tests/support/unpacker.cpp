@@ -1,6 +1,6 @@
 // Stands in for PowerShell: unpacks the archive that the script names, as the script does. It knows
 // entries that are not packed, as zipOf() of file_tree.h makes them in Windows builds.
-#include "update/zip_extract.h"
+#include "update/files/zip_extract.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
 // Versions in executables: the launcher's own, of one without, and what is no executable.
 #include "support/staged_main.h"
-#include "update/file_version.h"
+#include "update/files/file_version.h"
 
 #include <windows.h>
 

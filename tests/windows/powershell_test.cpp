@@ -1,9 +1,9 @@
 // What PowerShell is called with, and what is made of its answers, by a stand-in that is found before
 // it: in the program's folder, and below a Windows folder of the test's own.
 #include "support/staged_main.h"
+#include "update/files/zip_extract.h"
 #include "update/http_fetch.h"
 #include "update/https_fallback.h"
-#include "update/zip_extract.h"
 
 #include <QElapsedTimer>
 #include <QRegularExpression>

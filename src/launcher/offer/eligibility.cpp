@@ -1,0 +1,233 @@
+// Which versions are installed, and what a manifest offers beyond them.
+#include "launcher/launcher_service.h"
+#include "launcher/offer/update_component.h"
+
+#include "frame/app_paths.h"
+#include "frame/launch_log.h"
+#include "project/project_file.h"
+#include "update/files/file_version.h"
+#include "update/files/text_file.h"
+#include "update/files/version_text.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonDocument>
+
+namespace {
+
+QString besideLauncher(const QString &name) {
+    return QDir(AppPaths::applicationDirectory()).filePath(name);
+}
+
+// An object without keys for everything that cannot be read as one.
+QJsonObject readJsonObject(const QString &path) {
+    return QJsonDocument::fromJson(readTextFile(path).toUtf8()).object();
+}
+
+QString text(const QJsonObject &record, const char *key) {
+    return record.value(QLatin1String(key)).toString();
+}
+
+bool answer(bool eligible, const QString &why, QString *reason) {
+    if (reason)
+        *reason = why;
+    return eligible;
+}
+
+QString bundledPythonVersion() {
+    const QString manifest = QDir(AppPaths::installRoot())
+                                 .filePath(QStringLiteral("python/.quorvane_python_manifest.json"));
+    return text(readJsonObject(manifest), "bundledPythonVersion");
+}
+
+QString programVersion(const QString &path) {
+    const QString version = fileVersionText(path);
+    return isPlaceholderVersion(version) ? QString() : version;
+}
+
+// Where a component's version stands when the release file does not tell it.
+QString versionInFiles(const QString &key) {
+    if (key == QLatin1String("runtime"))
+        return programVersion(besideLauncher(QStringLiteral("LineRunner.exe")));
+    if (key == QLatin1String("launcher"))
+        return programVersion(AppPaths::applicationFile());
+    if (key == QLatin1String("editor"))
+        return programVersion(besideLauncher(QStringLiteral("LineStudio.exe")));
+    return bundledPythonVersion();
+}
+
+QString orUnknown(const QString &version) {
+    return version.isEmpty() ? LauncherService::tr("未知") : version;
+}
+
+// A folder of that name is no package.
+bool packageMissing(const QString &path) {
+    return !QFileInfo(path).isFile();
+}
+
+} // namespace
+
+QString UpdateContext::releaseVersionValue(const QString &key) {
+    const QString file = besideLauncher(QStringLiteral("config/release_version.json"));
+    return readJsonObject(file).value(key).toString();
+}
+
+QString UpdateContext::currentComponentVersion(const QString &key) {
+    for (const UpdateComponent *component : updateComponents) {
+        const QString known = component->keyText();
+        if (known.compare(key, Qt::CaseInsensitive) != 0)
+            continue;
+        for (const char *suffix : {"PackageVersion", "MinVersion"}) {
+            const QString version = releaseVersionValue(known + QLatin1String(suffix));
+            if (!version.isEmpty())
+                return version;
+        }
+        return versionInFiles(known);
+    }
+    return QString();
+}
+
+QString UpdateContext::currentLauncherVersion() {
+    return currentComponentVersion(launcherComponent.keyText());
+}
+
+QString UpdateContext::versionSummary() {
+    return LauncherService::tr("版本：Launcher %1 / Runtime %2 / Editor %3")
+        .arg(orUnknown(currentLauncherVersion()),
+             orUnknown(currentComponentVersion(runtimeComponent.keyText())),
+             orUnknown(currentComponentVersion(editorComponent.keyText())));
+}
+
+QString UpdateContext::targetComponentVersion(const QJsonObject &record) {
+    const QString version = extractVersion(text(record, "version").trimmed());
+    return version.isEmpty() ? extractVersion(text(record, "setupUrl")) : version;
+}
+
+bool UpdateContext::isComponentEligible(const QString &key, const QString &label,
+                                        const QJsonObject &record, bool fromUsb,
+                                        const QString &baseLocation, QString *reason) {
+    const QString setupUrl = text(record, "setupUrl");
+    if (setupUrl.trimmed().isEmpty())
+        return answer(false, LauncherService::tr("%1 未提供 setupUrl。").arg(label), reason);
+    const QString package = QDir(baseLocation).filePath(setupUrl);
+    if (fromUsb && packageMissing(package))
+        return answer(false, LauncherService::tr("%1 安装包缺失：%2").arg(label, package), reason);
+
+    const QString current = currentComponentVersion(key);
+    const QString target = targetComponentVersion(record);
+    if (target.isEmpty())
+        return answer(
+            false,
+            LauncherService::tr(
+                "%1 缺少可识别的目标版本（manifest 未提供 version 且 setupUrl 无版本号）。")
+                .arg(label),
+            reason);
+    if (!current.isEmpty() && compareVersions(current, target) >= 0)
+        return answer(false,
+                      LauncherService::tr("目标版本 %1 不高于当前版本 %2。").arg(target, current),
+                      reason);
+    const QString minimum = text(record, "minVersion");
+    if (!minimum.trimmed().isEmpty() && !current.isEmpty() && compareVersions(current, minimum) < 0)
+        return answer(false,
+                      LauncherService::tr("当前版本 %1 低于该更新包最小可更新版本 %2。")
+                          .arg(current, minimum),
+                      reason);
+    const QString from = current.isEmpty() ? LauncherService::tr("未知版本") : current;
+    return answer(true, LauncherService::tr("可从 %1 更新到 %2。").arg(from, target), reason);
+}
+
+bool UpdateContext::isProjectEligible(QString *reason) const {
+    const QJsonObject &entry = snapshot.projectEntry;
+    if (entry.isEmpty())
+        return answer(false, LauncherService::tr("manifest 未提供可更新的项目记录。"), reason);
+    const QString remote = normalizeVersion(text(entry, "version"));
+    const QString local = normalizeVersion(installedProjectVersion(projectPath));
+    if (!remote.isEmpty() && local.isEmpty()) {
+        appendLaunchLog(QStringLiteral("Project version check: local version unreadable, path=%1")
+                            .arg(projectPath));
+    } else if (!remote.isEmpty()) {
+        const int compared = compareVersions(local, remote);
+        appendLaunchLog(
+            QStringLiteral("Project version check: local=%1 remote=%2 compare=%3 path=%4")
+                .arg(local, remote, QString::number(compared), projectPath));
+        if (compared >= 0)
+            return answer(
+                false,
+                LauncherService::tr("当前项目版本 %1 已不低于更新版本 %2。").arg(local, remote),
+                reason);
+    }
+    const QString zipUrl = text(entry, "zipUrl");
+    if (zipUrl.trimmed().isEmpty())
+        return answer(false, LauncherService::tr("项目记录缺少 zipUrl。"), reason);
+    if (text(entry, "zipSha256").trimmed().isEmpty())
+        return answer(false, LauncherService::tr("项目记录缺少 zipSha256。"), reason);
+    const QString package = QDir(snapshot.baseLocation).filePath(zipUrl);
+    if (snapshot.fromUsb && packageMissing(package))
+        return answer(false, LauncherService::tr("项目更新包缺失：%1").arg(package), reason);
+    return answer(true,
+                  LauncherService::tr("可更新到 %1。")
+                      .arg(remote.isEmpty() ? LauncherService::tr("新版本") : remote),
+                  reason);
+}
+
+bool UpdateContext::projectRecordMatches(const QString &recordName, const QString &projectName,
+                                         const QString &folderName) {
+    const auto same = [&recordName](const QString &name) {
+        return recordName.compare(name, Qt::CaseInsensitive) == 0;
+    };
+    const QString demo = QStringLiteral("demo");
+    if (recordName.isEmpty())
+        return false;
+    if (same(projectName))
+        return true;
+    return !folderName.isEmpty() &&
+           (same(folderName) || (same(demo) && folderName.startsWith(demo, Qt::CaseInsensitive)));
+}
+
+QString UpdateContext::onlineUpdateFingerprint() const {
+    QStringList offered;
+    const QJsonObject &project = snapshot.projectEntry;
+    if (isProjectEligible() && !project.isEmpty())
+        offered
+            << QStringLiteral("project:%1:%2").arg(text(project, "name"), text(project, "version"));
+    for (const UpdateComponent *component : updateComponents) {
+        if (component->eligible(snapshot))
+            offered << component->keyText() + QLatin1Char(':') +
+                           targetComponentVersion(snapshot.*(component->record));
+    }
+    offered.sort(Qt::CaseInsensitive);
+    return offered.join(QLatin1Char('|'));
+}
+
+QString UpdateContext::onlineUpdateItems() const {
+    QStringList offered;
+    const QJsonObject &project = snapshot.projectEntry;
+    if (isProjectEligible() && !project.isEmpty())
+        offered << QStringLiteral("project:%1").arg(text(project, "version"));
+    // Another order than the fingerprint's: this one is for readers of the log.
+    for (const UpdateComponent *component :
+         {&runtimeComponent, &editorComponent, &launcherComponent, &pythonToolsComponent}) {
+        if (component->eligible(snapshot))
+            offered << component->keyText() + QLatin1Char(':') +
+                           targetComponentVersion(snapshot.*(component->record));
+    }
+    return offered.join(QStringLiteral(", "));
+}
+
+UpdateChoices LauncherService::updateChoices() const {
+    if (!updateAvailable) {
+        const UpdateChoice refused{false, tr("当前没有可应用的已验证更新。")};
+        return {refused, refused, refused, refused, refused};
+    }
+    return choices();
+}
+
+UpdateChoices UpdateContext::choices() const {
+    UpdateChoices choices;
+    choices.project.available = isProjectEligible(&choices.project.reason);
+    for (const UpdateComponent *component : updateComponents) {
+        UpdateChoice &choice = choices.*(component->choice);
+        choice.available = component->eligible(snapshot, &choice.reason);
+    }
+    return choices;
+}

@@ -1,0 +1,62 @@
+// Plug-ins that a manifest expects. What is wrong with them only warns.
+#include "launcher/launcher_service.h"
+
+#include "frame/app_paths.h"
+#include "update/files/file_version.h"
+#include "update/files/version_text.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+
+QString withoutLeadingDot(QString path) {
+    path = QDir::fromNativeSeparators(path);
+    while (path.startsWith(QLatin1String("./")))
+        path.remove(0, 2);
+    return path;
+}
+
+// Where a plug-in may lie, the likeliest place first. A path that begins with bin/ is meant from
+// the folder above the program's.
+QStringList places(const QString &path) {
+    if (!QDir::isRelativePath(path))
+        return {QDir::cleanPath(path)};
+    const QString program = AppPaths::applicationDirectory();
+    QStringList found;
+    if (path.startsWith(QLatin1String("bin/"), Qt::CaseInsensitive))
+        found << QDir(QFileInfo(program).absolutePath()).filePath(path);
+    found << QDir(program).filePath(path);
+    return found;
+}
+
+QString warningAbout(const QString &id, const QString &minimum, const QStringList &places) {
+    for (const QString &file : places) {
+        if (!QFileInfo::exists(file))
+            continue;
+        const QString version = minimum.isEmpty() ? QString() : fileVersionText(file);
+        if (version.isEmpty() || compareVersions(version, minimum) >= 0)
+            return QString();
+        return LauncherService::tr("插件 %1 版本 %2 低于 manifest 要求 %3（仅警告，不拦截）。")
+            .arg(id, version, minimum);
+    }
+    return LauncherService::tr("插件 %1 缺失：%2（仅警告，不拦截）。").arg(id, places.first());
+}
+
+} // namespace
+
+QStringList UpdateContext::collectPluginWarnings(const QJsonArray &plugins) {
+    QStringList warnings;
+    for (const QJsonValue &element : plugins) {
+        const QJsonObject plugin = element.toObject();
+        const QString path = plugin.value(QLatin1String("path")).toString().trimmed();
+        if (path.isEmpty())
+            continue;
+        const QString warning = warningAbout(plugin.value(QLatin1String("id")).toString(),
+                                             plugin.value(QLatin1String("minVersion")).toString(),
+                                             places(withoutLeadingDot(path)));
+        if (!warning.isEmpty())
+            warnings << warning;
+    }
+    return warnings;
+}

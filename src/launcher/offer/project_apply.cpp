@@ -1,0 +1,217 @@
+#include "launcher/offer/project_apply.h"
+
+#include "frame/app_paths.h"
+#include "launcher/launcher_service.h"
+#include "project/project_file.h"
+#include "project/project_validator.h"
+#include "update/files/file_operations.h"
+#include "update/files/work_lock.h"
+#include "update/files/zip_extract.h"
+#include "update/manifest_signature.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QUrl>
+
+namespace {
+
+QString timeStamp() {
+    return QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd_HHmmss"));
+}
+
+QString cancelledText() {
+    return QStringLiteral("cancelled");
+}
+
+QString errorsOf(const QString &project) {
+    QStringList errors;
+    for (const ProjectIssue &issue : validateProjectFile(project)) {
+        if (issue.severity == 0)
+            errors << formatProjectIssues({issue});
+    }
+    return errors.join(QLatin1Char('\n'));
+}
+
+// The steps of one apply, in their order. Each returns whether to go on; one that does not has put
+// the reason into `result`.
+struct ProjectApply {
+    const UpdateSnapshot &snapshot;
+    const QString &projectPath;
+    const CancelFlag *cancelRef;
+    ApplyResult result = {};
+    QString zip = {};
+    QString staging = {};
+    QLockFile turn{AppPaths::updateTempPath(QStringLiteral("apply.lock"))};
+
+    [[nodiscard]] bool goesOn();
+    [[nodiscard]] bool trustManifest();
+    [[nodiscard]] bool getPackage();
+    [[nodiscard]] bool checkPackage();
+    [[nodiscard]] bool takeTurn();
+    void clearStaging();
+    [[nodiscard]] bool unpack();
+    [[nodiscard]] bool validate();
+    [[nodiscard]] bool replace(const QElapsedTimer &clock);
+
+private:
+    [[nodiscard]] QString record(const char *key) const {
+        return snapshot.projectEntry.value(QLatin1String(key)).toString();
+    }
+    bool fail(const QString &message, const QString &errorClass = QString());
+};
+
+bool ProjectApply::fail(const QString &message, const QString &errorClass) {
+    result.message = message;
+    result.errorClass = errorClass;
+    return false;
+}
+
+bool ProjectApply::goesOn() {
+    const bool cancelled = cancelRef && cancelRef->load(std::memory_order_relaxed) != 0;
+    return !cancelled || fail(cancelledText(), cancelledText());
+}
+
+// A second time, at the moment of use.
+bool ProjectApply::trustManifest() {
+    const QString verify = QStringLiteral("verify");
+    if (snapshot.manifestText.isEmpty())
+        return fail(QStringLiteral("No cached manifest for apply."), verify);
+    const VerifyResult proof = verifyManifest(snapshot.manifestText);
+    return proof.ok ||
+           fail(QStringLiteral("Apply pre-check signature failed: %1").arg(proof.message), verify);
+}
+
+bool ProjectApply::getPackage() {
+    QString error;
+    if (resolveUpdateZip(snapshot, &zip, &error, cancelRef))
+        return true;
+    const bool cancelled = error.contains(cancelledText(), Qt::CaseInsensitive);
+    return fail(QStringLiteral("Unable to resolve update zip: %1").arg(error),
+                cancelled ? cancelledText() : QStringLiteral("network"));
+}
+
+bool ProjectApply::checkPackage() {
+    const QString expected = record("zipSha256").trimmed();
+    if (expected.isEmpty()) {
+        return fail(QStringLiteral("zipSha256 is required in manifest."), QStringLiteral("verify"));
+    }
+    const VerifyResult check = verifyFileSha256(zip, expected);
+    return check.ok || fail(QStringLiteral("Update zip hash failed: %1").arg(check.message),
+                            QStringLiteral("hash"));
+}
+
+// Of two launchers on this data folder each would take the folders from under the other's hands, and
+// the project with them. Where no lock can be written, nothing can be unpacked either.
+bool ProjectApply::takeTurn() {
+    return takeLock(turn) || turn.error() != QLockFile::LockFailedError ||
+           fail(QStringLiteral("another launcher is applying an update"));
+}
+
+void ProjectApply::clearStaging() {
+    staging = AppPaths::updateTempPath(QStringLiteral("apply_%1").arg(timeStamp()));
+    (void)removeDirectory(staging); // a leftover makes the extraction fail, with a text
+}
+
+bool ProjectApply::unpack() {
+    QString error;
+    return extractZip(zip, staging, &error) ||
+           fail(QStringLiteral("Extract failed: %1").arg(error));
+}
+
+bool ProjectApply::validate() {
+    const QString project = findProjectFile(staging);
+    if (project.isEmpty())
+        return fail(QStringLiteral("No yslib found in extracted package."));
+    const QString errors = errorsOf(project);
+    return errors.isEmpty() || fail(QStringLiteral("Apply validator failed:\n%1").arg(errors));
+}
+
+bool ProjectApply::replace(const QElapsedTimer &clock) {
+    const QString normalized = LauncherService::normalizeProjectPath(projectPath);
+    const QString project = normalized.isEmpty() ? projectPath : normalized;
+    // Without a project there is no folder to replace, and replaceDirectory refuses.
+    const QString target = project.isEmpty() ? QString() : QFileInfo(project).absolutePath();
+    const QString backup =
+        QDir(AppPaths::updateBackupDirectory())
+            .filePath(QFileInfo(target).fileName() + QLatin1Char('_') + timeStamp());
+    if (!goesOn()) // the last chance: from here on the folder is replaced
+        return false;
+    QString error;
+    if (!replaceDirectory(staging, target, {QStringLiteral("logs")}, backup, &error)) {
+        // The backup is there only if making it failed: then what was copied of the project takes
+        // the project's place. Meant: the folder ends as the backup has it. Nothing is left to do
+        // if that fails too.
+        (void)restoreDirectory(backup, target);
+        return fail(QStringLiteral("Replace failed, rolled back: %1").arg(error));
+    }
+    const QString replaced = findProjectFile(target);
+    if (replaced.isEmpty()) {
+        (void)restoreDirectory(backup, target); // finds no backup any more; kept with the text
+        return fail(QStringLiteral("No yslib after replace, rolled back."));
+    }
+    const QString version = record("version");
+    (void)stampProjectVersion(replaced, version); // an update without a stamp is still an update
+    result.success = true;
+    result.projectPath = replaced;
+    // Names the backup although a successful swap has removed it.
+    result.message = QStringLiteral("Project updated to %1 in %2 ms. Backup: %3")
+                         .arg(version, QString::number(clock.elapsed()), backup);
+    return true;
+}
+
+} // namespace
+
+ApplyResult applyProjectUpdate(const UpdateSnapshot &snapshot, const QString &projectPath,
+                               const CancelFlag *cancelRef) {
+    QElapsedTimer clock;
+    clock.start();
+    ProjectApply apply{snapshot, projectPath, cancelRef};
+    if (!apply.goesOn() || !apply.trustManifest() || !apply.getPackage() || !apply.checkPackage() ||
+        !apply.takeTurn())
+        return apply.result;
+    apply.clearStaging();
+    if (!apply.goesOn())
+        return apply.result;
+    if (!apply.unpack() || !apply.goesOn() || !apply.validate() || !apply.goesOn() ||
+        !apply.replace(clock))
+        (void)removeDirectory(apply.staging); // a leftover does no harm: each apply has its own
+    return apply.result;
+}
+
+bool resolveUpdateZip(const UpdateSnapshot &snapshot, QString *zipPath, QString *error,
+                      const CancelFlag *cancelRef) {
+    const auto fail = [error](const QString &text) {
+        if (error)
+            *error = text;
+        return false;
+    };
+    if (cancelRef && cancelRef->load(std::memory_order_relaxed) != 0)
+        return fail(cancelledText());
+    const QString zipUrl = snapshot.projectEntry.value(QLatin1String("zipUrl")).toString();
+    if (zipUrl.isEmpty())
+        return fail(QStringLiteral("zipUrl is empty"));
+    const auto notFound = [&] {
+        return fail(QStringLiteral("update zip not found: %1").arg(*zipPath));
+    };
+    if (snapshot.fromUsb) {
+        *zipPath = QDir(snapshot.baseLocation).filePath(zipUrl);
+        return QFileInfo(*zipPath).isFile() || notFound();
+    }
+    const QString name = QFileInfo(zipUrl).fileName();
+    *zipPath = QDir(AppPaths::updateCacheDirectory()).filePath(name);
+    if (!UpdateContext::isPackageName(name) || QFileInfo(*zipPath).isDir())
+        return notFound();
+    // Never reused: a package in the cache is overwritten.
+    return downloadToFile(QUrl(UpdateContext::resolveManifestUrl(snapshot, zipUrl)), *zipPath,
+                          error, cancelRef);
+}
+
+QString findProjectFile(const QString &folder) {
+    const QDir place(QDir(folder).absolutePath());
+    const QFileInfo named(place.filePath(place.dirName() + QStringLiteral(".yslib")));
+    return named.isFile() ? named.absoluteFilePath()
+                          : findFileBySuffix(folder, QStringLiteral(".yslib"));
+}

@@ -1,0 +1,229 @@
+// The update check: a manifest is found, proved genuine, and weighed for this project and this
+// installation. No failure of it stops the launch.
+#include "launcher/launcher_service.h"
+#include "launcher/offer/update_component.h"
+
+#include "frame/app_paths.h"
+#include "frame/launch_log.h"
+#include "project/project_file.h"
+#include "update/default_manifest_url.h"
+#include "update/files/text_file.h"
+#include "update/files/version_text.h"
+#include "update/manifest_signature.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int manifestTimeoutMs = 3000; // a hop
+constexpr int manifestRedirects = 8;
+
+bool refuse(const QString &why, QString *summary) {
+    *summary = why;
+    appendLaunchLog(why);
+    return false;
+}
+
+// The runtime has a lowest version of its own, besides the one that its update demands.
+QStringList collectWarnings(const UpdateSnapshot &snapshot) {
+    QStringList warnings;
+    const QString minimum = snapshot.runtimeEntry.value(QLatin1String("minVersion")).toString();
+    const QString current = UpdateContext::currentComponentVersion(runtimeComponent.keyText());
+    if (!minimum.isEmpty() && !current.isEmpty() && compareVersions(current, minimum) < 0)
+        warnings << LauncherService::tr("Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。")
+                        .arg(current, minimum);
+    return warnings + UpdateContext::collectPluginWarnings(snapshot.plugins);
+}
+
+QString folderNameOf(const QString &projectPath) {
+    return projectPath.isEmpty() ? QString() : QFileInfo(projectPath).absoluteDir().dirName();
+}
+
+} // namespace
+
+bool UpdateContext::runUpdateCheck(QString *summary) {
+    return runUpdateCheck(AppPaths::findUsbManifest(), summary);
+}
+
+bool UpdateContext::runUpdateCheck(const QString &stickManifest, QString *summary) {
+    snapshot = UpdateSnapshot();
+    QString text = readStickManifest(stickManifest);
+    if (text.isEmpty()) {
+        QString error;
+        text = fetchOnlineManifest(&error);
+        if (!error.isEmpty())
+            return refuse(LauncherService::tr("在线更新不可用（%1）。可使用 U 盘更新："
+                                              "QuorvanerUpdate/manifest.json。")
+                              .arg(error),
+                          summary);
+    }
+    return weighManifest(text, summary);
+}
+
+bool UpdateContext::weighOnlineManifest(const QUrl &url, const QByteArray &body, QString *summary) {
+    snapshot = UpdateSnapshot();
+    return weighManifest(takeOnlineManifest(url, body), summary);
+}
+
+bool UpdateContext::weighManifest(const QString &text, QString *summary) {
+    if (text.isEmpty()) {
+        *summary = LauncherService::tr("未找到更新 manifest，将继续使用当前版本。");
+        return false;
+    }
+    // A stick that carries a manifest which proves false does not lead to the network.
+    const VerifyResult proof = verifyManifest(text);
+    if (!proof.ok)
+        return refuse(LauncherService::tr("更新被拒绝：%1（source=%2）。将继续使用当前版本。")
+                          .arg(proof.message, snapshot.source),
+                      summary);
+    const QJsonDocument manifest = QJsonDocument::fromJson(text.toUtf8());
+    if (!manifest.isObject()) {
+        *summary = LauncherService::tr("更新 manifest 解析失败，将继续使用当前版本。");
+        return false;
+    }
+    snapshot.manifestText = text;
+    return evaluateManifest(manifest.object(), summary);
+}
+
+// Empty without a stick, and for one that cannot be read: the network is tried then.
+QString UpdateContext::readStickManifest(const QString &path) {
+    if (path.isEmpty())
+        return QString();
+    QString error;
+    const QString text = readTextFile(path, &error);
+    if (text.isEmpty()) {
+        appendLaunchLog(
+            LauncherService::tr("U 盘 manifest 无法读取，尝试在线更新：%1 (%2)").arg(path, error));
+        return QString();
+    }
+    snapshot.source = path;
+    snapshot.baseLocation = QFileInfo(path).absolutePath();
+    snapshot.fromUsb = true;
+    const QString hash = fileSha256Hex(path, &error);
+    appendLaunchLog(
+        hash.isEmpty()
+            ? LauncherService::tr("已读取 U 盘 manifest：%1（文件 SHA256 计算失败：%2）")
+                  .arg(path, error)
+            : LauncherService::tr("已读取 U 盘 manifest：%1（file_sha256=%2）").arg(path, hash));
+    return text;
+}
+
+QString UpdateContext::fetchOnlineManifest(QString *error) {
+    const QUrl url(defaultManifestUrl());
+    if (cancelRequested()) {
+        *error = QStringLiteral("cancelled");
+        return QString();
+    }
+    // Not given the flag: the hop ends by itself within seconds.
+    const FetchResult fetched = fetchUrl(url, manifestTimeoutMs, manifestRedirects);
+    if (!fetched.ok) {
+        *error = fetched.error;
+        return QString();
+    }
+    return takeOnlineManifest(url, fetched.body);
+}
+
+QString UpdateContext::takeOnlineManifest(const QUrl &url, const QByteArray &body) {
+    snapshot.source = url.toString();
+    snapshot.baseLocation = url.toString(QUrl::RemoveFilename);
+    snapshot.fromUsb = false;
+    appendLaunchLog(LauncherService::tr("已读取在线 manifest：%1").arg(snapshot.source));
+    return QString::fromUtf8(body.constData(), body.size());
+}
+
+bool UpdateContext::evaluateManifest(const QJsonObject &root, QString *summary) {
+    for (const UpdateComponent *component : updateComponents)
+        snapshot.*(component->record) = root.value(component->keyText()).toObject();
+    snapshot.plugins = root.value(QLatin1String("plugins")).toArray();
+    const QStringList warnings = collectWarnings(snapshot);
+
+    QStringList refusals;
+    QStringList offers;
+    QString projectReason;
+    if (weighProject(root.value(QLatin1String("projects")).toArray(), &projectReason)) {
+        const QString version = snapshot.projectEntry.value(QLatin1String("version")).toString();
+        offers << QStringLiteral("Project -> %1")
+                      .arg(version.isEmpty() ? LauncherService::tr("新版本") : version);
+    }
+    refusals << LauncherService::tr("项目：%1").arg(projectReason);
+    for (const UpdateComponent *component : updateComponents) {
+        QString reason;
+        if (component->eligible(snapshot, &reason))
+            offers << QStringLiteral("%1 -> %2")
+                          .arg(component->labelText(),
+                               targetComponentVersion(snapshot.*(component->record)));
+        if (!reason.isEmpty())
+            refusals << LauncherService::tr("%1：%2").arg(component->labelText(), reason);
+    }
+    const QStringList lines =
+        offers.isEmpty() ? QStringList(LauncherService::tr("未检测到高于当前版本的可用更新。")) +
+                               refusals + warnings
+                         : offerLines(offers, warnings);
+    *summary = lines.join(QLatin1Char('\n'));
+    if (!offers.isEmpty())
+        appendLaunchLog(*summary);
+    return !offers.isEmpty();
+}
+
+// The first record that matches is the only one considered.
+bool UpdateContext::weighProject(const QJsonArray &projects, QString *reason) {
+    const QString folderName = folderNameOf(projectPath);
+    const QString stated = projectPath.isEmpty() ? QString() : readProjectName(projectPath);
+    const QString projectName = stated.isEmpty() ? folderName : stated;
+    const auto matches = [&](const QJsonValue &record) {
+        return projectRecordMatches(record.toObject().value(QLatin1String("name")).toString(),
+                                    projectName, folderName);
+    };
+    snapshot.projectEntry = QJsonObject();
+    const auto found = std::find_if(projects.begin(), projects.end(), matches);
+    if (found == projects.end()) {
+        *reason = LauncherService::tr("未找到与当前项目匹配的项目记录（%1）。").arg(projectName);
+        return false;
+    }
+    snapshot.projectEntry = (*found).toObject();
+    if (isProjectEligible(reason))
+        return true;
+    snapshot.projectEntry = QJsonObject();
+    return false;
+}
+
+QStringList UpdateContext::offerLines(const QStringList &offers,
+                                      const QStringList &warnings) const {
+    QStringList lines{LauncherService::tr("已验证的更新可用（来源：%1）。").arg(snapshot.source)};
+    const QString installed =
+        projectPath.isEmpty() ? QString() : installedProjectVersion(projectPath);
+    if (!installed.isEmpty())
+        lines << LauncherService::tr("当前项目版本：%1（%2）").arg(installed, projectPath);
+    lines << LauncherService::tr("可更新项：%1").arg(offers.join(QStringLiteral(", ")));
+    lines << warnings;
+    lines << (snapshot.fromUsb
+                  ? LauncherService::tr("检测到离线更新包，可在主界面选择「立即更新」或继续启动。")
+                  : LauncherService::tr(
+                        "发现在线更新，可在主界面选择「立即更新」「稍后提醒」或「跳过此版本」。"));
+    return lines;
+}
+
+QString UpdateContext::resolveManifestUrl(const UpdateSnapshot &snapshot, const QString &value) {
+    if (value.isEmpty())
+        return QString();
+    // One character is a drive letter and no scheme.
+    const QUrl url(value);
+    if (url.isValid() && url.scheme().size() > 1)
+        return value;
+    // A plain join of paths, also for a base that is a URL.
+    if (!snapshot.baseLocation.isEmpty())
+        return QDir(snapshot.baseLocation).filePath(value);
+    const QUrl source(snapshot.source);
+    if (source.isValid() && !source.scheme().isEmpty())
+        return source.resolved(url).toString();
+    return value;
+}
+
+bool UpdateContext::isPackageName(const QString &name) {
+    return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..");
+}

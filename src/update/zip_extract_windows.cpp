@@ -1,5 +1,0 @@
-#include "update/zip_extract.h"
-
-bool unpackZip(const QString &zipPath, const QString &targetFolder, int limitMs, QString *error) {
-    return powershellUnpack(zipPath, targetFolder, limitMs, error);
-}

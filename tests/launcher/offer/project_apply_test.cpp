@@ -1,0 +1,792 @@
+// The apply of a project update, step by step: what each step says when it fails, where a cancel
+// takes effect, and what lies on disk afterwards.
+#include "launcher/offer/project_apply.h"
+
+#include "project/project_validator.h"
+#include "support/file_kinds.h"
+#include "support/platform.h"
+#include "support/scripted_server.h"
+#include "support/unpacking.h"
+#include "support/zip_maker.h"
+#include "update/manifest_signature.h"
+#include "update_offer.h"
+#include "wrapped_steps.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QLockFile>
+#include <QProcess>
+#include <QRegularExpression>
+
+#include <thread>
+
+using support::FileTree;
+using update_offer::install;
+using update_offer::Offer;
+using update_offer::projectFolder;
+
+namespace {
+
+FileTree oldProject() {
+    FileTree tree = update_offer::project("1.0");
+    tree.insert("old.ys", "");
+    tree.insert("logs/run.log", "old run");
+    tree.insert("logs/2026/一月.log", "old month");
+    tree.insert(".quorvane-installed-version", "1.0\n");
+    return tree;
+}
+
+FileTree newProject() {
+    FileTree tree = update_offer::project("1.9");
+    tree.insert("new/页.ys", "");
+    tree.insert("logs/run.log", "from the package");
+    tree.insert("logs/readme.txt", "package");
+    return tree;
+}
+
+// What newProject() must look like in the place of oldProject(): the old logs win.
+FileTree replacedProject(const QString &version = "2.0.0") {
+    FileTree tree = newProject();
+    tree.insert("logs/run.log", "old run");
+    tree.insert("logs/2026/一月.log", "old month");
+    tree.insert(".quorvane-installed-version", support::textLines(version.toUtf8() + '\n'));
+    tree.remove("demo.yslib"); // compared by itself: stamping lays it out anew
+    return tree;
+}
+
+FileTree withoutProjectFile(FileTree tree) {
+    tree.remove("demo.yslib");
+    return tree;
+}
+
+QStringList entriesOf(const QString &folder) {
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
+QStringList leftovers() {
+    return entriesOf(AppPaths::updateTempPath("")) + entriesOf(AppPaths::updateBackupDirectory());
+}
+
+ApplyResult apply(const Offer &offer, const QString &project, CancelFlag *flag = nullptr) {
+    return applyProjectUpdate(offer.snapshot, project, flag);
+}
+
+// The text without the parts that time decides.
+QString timeless(QString message) {
+    message.replace(QRegularExpression("in \\d+ ms"), "in N ms");
+    return message.replace(QRegularExpression("_\\d{8}_\\d{6}"), "_TIME");
+}
+
+QString successText(const QString &version) {
+    return "Project updated to " + version +
+           " in N ms. Backup: " + AppPaths::updateBackupDirectory() + "/line_TIME";
+}
+
+QByteArray oneEntry(const QByteArray &name) {
+    return support::makeZip({{name, "content"}});
+}
+
+} // namespace
+
+class ProjectApplyTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { support::provideUnpacking(); }
+
+    void init() {
+        installation::reset();
+        for (const QString &folder :
+             {AppPaths::updateTempPath(""), AppPaths::updateBackupDirectory(),
+              AppPaths::updateCacheDirectory()}) {
+            QVERIFY(QDir(folder).removeRecursively());
+            QVERIFY(QDir().mkpath(folder));
+        }
+        QVERIFY(update_offer::trust());
+        wrapped_steps::reset();
+    }
+
+    // --- Success ------------------------------------------------------------------------------
+
+    void theWholeFolderIsReplacedApartFromTheLogs() {
+        const QString project = install(oldProject());
+        const Offer offer(newProject());
+        const ApplyResult result = apply(offer, project);
+        QCOMPARE(timeless(result.message), successText("2.0.0"));
+        QVERIFY(result.success);
+        QCOMPARE(result.errorClass, QString());
+        QCOMPARE(result.projectPath, project);
+        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+        QVERIFY(readTextFile(project).contains("\"version\": \"2.0.0\""));
+        QVERIFY(readTextFile(project).contains("产线"));
+        QCOMPARE(leftovers(), QStringList()); // the backup that the text names is gone
+        QVERIFY(QFileInfo::exists(offer.zipPath()));
+        QCOMPARE(wrapped_steps::calls,
+                 QStringList({"verifyManifest", "verifyFileSha256", "removeDirectory", "extractZip",
+                              "validateProjectFile", "normalizeProjectPath", "replaceDirectory"}));
+        QCOMPARE(installation::takeLog(), QStringList()); // the flow logs the end, not the apply
+    }
+
+    void theTimeIsMeasuredFromTheEntry() {
+        const Offer offer(newProject());
+        wrapped_steps::after["verifyManifest"] = [] { QThread::msleep(60); };
+        const ApplyResult result = apply(offer, install(oldProject()));
+        const QRegularExpression time("in (\\d+) ms");
+        QVERIFY(time.match(result.message).captured(1).toInt() >= 60);
+    }
+
+    // Both names bear the time in UTC, wherever the line is.
+    void theFoldersAreNamedAfterTheTime() {
+        const QString project = install(oldProject());
+        const QByteArray zone = qgetenv("TZ");
+        qputenv("TZ", "Asia/Shanghai");
+        QString staging;
+        wrapped_steps::after["extractZip"] = [&staging] {
+            staging = entriesOf(AppPaths::updateTempPath("")).filter("apply_").join('|');
+        };
+        const QDateTime before = QDateTime::currentDateTimeUtc();
+        const ApplyResult result = apply(Offer(newProject()), project);
+        const QDateTime after = QDateTime::currentDateTimeUtc();
+        zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
+        const auto isNow = [&](const QString &stamp) {
+            const QString form = "yyyyMMdd_HHmmss";
+            return before.toString(form) <= stamp && stamp <= after.toString(form);
+        };
+        QVERIFY2(staging.startsWith("apply_") && isNow(staging.mid(6)), qPrintable(staging));
+        const QString backup = result.message.section(". Backup: ", 1);
+        const QString start = AppPaths::updateBackupDirectory() + "/line_";
+        QVERIFY2(backup.startsWith(start) && isNow(backup.mid(start.size())), qPrintable(backup));
+    }
+
+    void whatLiesInAStagingFolderOfThisSecondIsNotTakenAlong() {
+        const QString project = install(oldProject());
+        wrapped_steps::after["verifyFileSha256"] = [] {
+            for (int second = 0; second < 20; ++second) {
+                const QString name = QDateTime::currentDateTimeUtc().addSecs(second).toString(
+                    "'apply_'yyyyMMdd_HHmmss");
+                support::writeTree(AppPaths::updateTempPath(name), {{"left.over", "x"}});
+            }
+        };
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+    }
+
+    void aVersionThatCannotBeStampedIsStillAnUpdate() {
+        const QString project = install(oldProject());
+        wrapped_steps::after["replaceDirectory"] = [&project] {
+            QVERIFY(installation::write(project, "{"));
+            support::writeTree(projectFolder(), {{".quorvane-installed-version/x", ""}});
+        };
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY(result.success);
+        QCOMPARE(timeless(result.message), successText("2.0.0"));
+        QCOMPARE(readTextFile(project), QString("{"));
+    }
+
+    void theVersionIsStampedAsItStands_data() {
+        QTest::addColumn<QJsonValue>("version");
+        QTest::addColumn<QString>("told");
+        QTest::addColumn<QString>("sidecar");
+        QTest::addColumn<QString>("inFile");
+        QTest::newRow("a plain one") << QJsonValue("3.1") << "3.1"
+                                     << "3.1\n"
+                                     << "3.1";
+        QTest::newRow("with a letter and blanks") << QJsonValue(" v3.1 ") << " v3.1 "
+                                                  << " v3.1 \n"
+                                                  << " v3.1 ";
+        QTest::newRow("an empty one is not stamped") << QJsonValue("") << "" << QString() << "1.9";
+        QTest::newRow("a number reads as none") << QJsonValue(3) << "" << QString() << "1.9";
+        QTest::newRow("one with a place mark") << QJsonValue("%2 %3") << "%2 %3"
+                                               << "%2 %3\n"
+                                               << "%2 %3";
+    }
+
+    void theVersionIsStampedAsItStands() {
+        QFETCH(QJsonValue, version);
+        QFETCH(QString, told);
+        QFETCH(QString, sidecar);
+        QFETCH(QString, inFile);
+        Offer offer(newProject());
+        const QString project = install(oldProject());
+        const ApplyResult result = apply(offer.with("version", version), project);
+        QCOMPARE(timeless(result.message), successText(told));
+        QCOMPARE(
+            support::linesOf(support::readTree(projectFolder())[".quorvane-installed-version"]),
+            sidecar.toUtf8());
+        QVERIFY(readTextFile(project).contains("\"version\": \"" + inFile + '"'));
+    }
+
+    void aProjectInASubFolderMovesOneLevelDown() {
+        const QString project = install(oldProject());
+        FileTree package;
+        const FileTree content = newProject();
+        for (auto file = content.begin(); file != content.end(); ++file)
+            package.insert("内层/" + file.key(), file.value());
+        const ApplyResult result = apply(Offer(package), project);
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(result.projectPath, projectFolder() + "/内层/demo.yslib");
+        QVERIFY(!QFileInfo::exists(project));
+        QVERIFY(QFileInfo::exists(projectFolder() + "/logs/run.log")); // stays where it was
+        QCOMPARE(readTextFile(projectFolder() + "/内层/logs/run.log"), QString("from the package"));
+    }
+
+    void aProjectFileOfAnotherNameTakesEffect() {
+        FileTree package = newProject();
+        package.insert("其他.yslib", package.take("demo.yslib"));
+        const ApplyResult result = apply(Offer(package), install(oldProject()));
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(result.projectPath, projectFolder() + "/其他.yslib");
+    }
+
+    void warningsDoNotCount() {
+        FileTree package = newProject();
+        package["demo.yslib"].replace(
+            R"("tasks": {)",
+            R"("tasks": {"subs": [{"entryScriptId": "main", "writesGlobals": ["bad"]}], )");
+        support::writeTree(projectFolder(), package);
+        const QVector<ProjectIssue> issues = validateProjectFile(projectFolder() + "/demo.yslib");
+        QVERIFY(!issues.isEmpty());
+        for (const ProjectIssue &issue : issues)
+            QCOMPARE(issue.severity, 1);
+        const ApplyResult result = apply(Offer(package), install(oldProject()));
+        QVERIFY2(result.success, qPrintable(result.message));
+    }
+
+    void aMissingProjectFolderIsMade() {
+        const QString project = projectFolder() + "/demo.yslib";
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(result.projectPath, project);
+    }
+
+    void aPathBelowAnotherInstallationIsMapped() {
+        const QString project = install(oldProject());
+        const ApplyResult result =
+            apply(Offer(newProject()), "/gone/USER/projects/line/demo.yslib");
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(result.projectPath, project);
+    }
+
+    void aFolderOfAnOddNameIsReplaced_data() {
+        QTest::addColumn<QString>("name");
+        for (const char *name :
+             {"产线 三", "it's", "-rf", "100%1 %2", "a;b$c`d & e", "line.apply_backup", "logs"})
+            QTest::newRow(name) << QString(name);
+        if (!support::onWindows) // no name there
+            QTest::newRow("in quotes") << QString("\"<north>\"");
+    }
+
+    void aFolderOfAnOddNameIsReplaced() {
+        QFETCH(QString, name);
+        const QString folder = AppPaths::projectsDirectory() + '/' + name;
+        support::writeTree(folder, oldProject());
+        const ApplyResult result = apply(Offer(newProject()), folder + "/demo.yslib");
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(result.projectPath, folder + "/demo.yslib");
+        QVERIFY2(result.message.contains(". Backup: " + AppPaths::updateBackupDirectory() + '/' +
+                                         name + '_'),
+                 qPrintable(result.message));
+        QCOMPARE(withoutProjectFile(support::readTree(folder)), replacedProject());
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    void aFolderThatIsALinkIsReplacedAndWhatItLedToStays() {
+        QTemporaryDir elsewhere;
+        support::writeTree(elsewhere.path(), oldProject());
+        if (!support::makeLink(elsewhere.path(), projectFolder()))
+            QSKIP("no links here: Wine makes none");
+        const ApplyResult result = apply(Offer(newProject()), projectFolder() + "/demo.yslib");
+        QVERIFY2(result.success, qPrintable(result.message));
+        QVERIFY(!QFileInfo(projectFolder()).isSymLink());
+        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+        QCOMPARE(support::readTree(elsewhere.path()), oldProject());
+    }
+
+    // As an editor or the runtime would: it keeps what it opened, and the project is replaced.
+    void aProjectFileHeldOpenByAnotherProcessIsReplaced() {
+        if (support::onWindows)
+            QSKIP("Windows lets nobody remove a file that is open: see the next test");
+        const QString project = install(oldProject());
+        const QByteArray before = oldProject().value("demo.yslib");
+        QProcess holder;
+        holder.start("/bin/sh",
+                     {"-c", R"(exec 3<"$1"; echo open; read go; cat <&3)", "sh", project});
+        QVERIFY(holder.waitForReadyRead());
+        QCOMPARE(holder.readAll(), QByteArray("open\n"));
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+        holder.write("go\n");
+        QVERIFY(holder.waitForFinished());
+        QCOMPARE(holder.readAll(), before);
+    }
+
+    void onWindowsAFileHeldOpenKeepsTheProjectFromBeingReplaced() {
+        if (!support::onWindows)
+            QSKIP("a file that is open can be removed here");
+        QFile held(install(oldProject()));
+        QVERIFY(held.open(QIODevice::ReadOnly));
+        const ApplyResult result = apply(Offer(newProject()), held.fileName());
+        QCOMPARE(result.message,
+                 "Replace failed, rolled back: unable to remove directory: " + projectFolder());
+        QCOMPARE(result.errorClass, QString());
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    void hiddenFilesOfTheOldProjectGo() {
+        FileTree old = oldProject();
+        old.insert(".hidden", "x");
+        const QString project = install(old);
+        support::hide(projectFolder() + "/.hidden");
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY2(result.success, qPrintable(result.message));
+        QVERIFY(!QFileInfo::exists(projectFolder() + "/.hidden"));
+    }
+
+    // --- Failure before the swap: the project is untouched --------------------------------------
+
+    void aStepFails_data() {
+        QTest::addColumn<QByteArray>("zip");
+        QTest::addColumn<QJsonObject>("record"); // laid over the right one
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("errorClass");
+        QTest::addColumn<QStringList>("calls");
+        const QStringList proved{"verifyManifest"};
+        const QStringList checked = proved + QStringList("verifyFileSha256");
+        const QStringList unpacked = checked + QStringList({"removeDirectory", "extractZip"});
+        const QStringList cleaned = unpacked + QStringList("removeDirectory");
+        const QByteArray good = support::zipOf(newProject());
+        QTest::newRow("without a package name") << good << QJsonObject{{"zipUrl", ""}}
+                                                << "Unable to resolve update zip: zipUrl is empty"
+                                                << "network" << proved;
+        QTest::newRow("with a package name that is no text")
+            << good << QJsonObject{{"zipUrl", 7}} << "Unable to resolve update zip: zipUrl is empty"
+            << "network" << proved;
+        QTest::newRow("the package is not on the stick")
+            << good << QJsonObject{{"zipUrl", "no.zip"}}
+            << "Unable to resolve update zip: update zip not found: STICK/no.zip"
+            << "network" << proved;
+        QTest::newRow("the package is a folder of the stick")
+            << good << QJsonObject{{"zipUrl", "包"}}
+            << "Unable to resolve update zip: update zip not found: STICK/包"
+            << "network" << proved;
+        QTest::newRow("a package name that holds the word cancelled counts as a cancel")
+            << good << QJsonObject{{"zipUrl", "Cancelled.zip"}}
+            << "Unable to resolve update zip: update zip not found: STICK/Cancelled.zip"
+            << "cancelled" << proved;
+        QTest::newRow("without a hash")
+            << good << QJsonObject{{"zipSha256", ""}} << "zipSha256 is required in manifest."
+            << "verify" << proved;
+        QTest::newRow("with a blank hash")
+            << good << QJsonObject{{"zipSha256", " \t"}} << "zipSha256 is required in manifest."
+            << "verify" << proved;
+        QTest::newRow("with another hash: nothing is unpacked")
+            << good << QJsonObject{{"zipSha256", " 00 "}}
+            << QString("Update zip hash failed: SHA256 mismatch for STICK/包/line.zip "
+                       "(expected 00, got %1)")
+                   .arg(update_offer::sha256(good))
+            << "hash" << checked;
+        QTest::newRow("an entry leads out of the folder")
+            << oneEntry("../x") << QJsonObject() << "Extract failed: unsafe zip entry: ../x"
+            << "" << cleaned;
+        QTest::newRow("no project file in the package")
+            << oneEntry("x/readme.txt") << QJsonObject() << "No yslib found in extracted package."
+            << "" << cleaned;
+        QStringList refused = unpacked + QStringList("validateProjectFile");
+        refused << "removeDirectory";
+        QTest::newRow("the project is broken")
+            << oneEntry("demo.yslib") << QJsonObject()
+            << "Apply validator failed:\n[Error] yslib: JSON 无效：illegal value"
+            << "" << refused;
+    }
+
+    void aStepFails() {
+        QFETCH(QByteArray, zip);
+        QFETCH(QJsonObject, record);
+        QFETCH(QString, message);
+        QFETCH(QString, errorClass);
+        QFETCH(QStringList, calls);
+        const QString project = install(oldProject());
+        Offer offer(zip);
+        for (const QString &key : record.keys())
+            offer.with(key, record.value(key));
+        const ApplyResult result = apply(offer, project);
+        QVERIFY(!result.success);
+        QCOMPARE(result.message, message.replace("STICK", offer.place.path()));
+        QCOMPARE(result.errorClass, errorClass);
+        QCOMPARE(result.projectPath, QString());
+        QCOMPARE(wrapped_steps::calls, calls);
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    void somethingThatIsNoZipIsRefused() {
+        const QString project = install(oldProject());
+        const ApplyResult result = apply(Offer(QByteArray("no zip at all")), project);
+        QVERIFY2(result.message.startsWith("Extract failed: "), qPrintable(result.message));
+        QVERIFY(result.message.size() > int(qstrlen("Extract failed: ")));
+        QCOMPARE(result.errorClass, QString());
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    void allErrorsOfTheProjectAreToldAndNoWarning() {
+        FileTree package = newProject();
+        package.insert("demo.yslib",
+                       R"({"schemaVersion": 1, "project": {"name": "", "createdAt": ""},
+                           "scripts": [{"id": "main", "path": "no.ys", "role": "main"}],
+                           "tasks": {"main": {"entryScriptId": "gone"}}})");
+        const ApplyResult result = apply(Offer(package), install(oldProject()));
+        const QStringList lines = result.message.split('\n');
+        QCOMPARE(lines.first(), QString("Apply validator failed:"));
+        QVERIFY2(lines.size() > 2, qPrintable(result.message));
+        for (const QString &line : lines.mid(1))
+            QVERIFY2(line.startsWith("[Error] "), qPrintable(line));
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+    }
+
+    void withoutAManifest() {
+        Offer offer(newProject());
+        offer.snapshot.manifestText.clear();
+        const ApplyResult result = apply(offer, install(oldProject()));
+        QCOMPARE(result.message, QString("No cached manifest for apply."));
+        QCOMPARE(result.errorClass, QString("verify"));
+        QCOMPARE(wrapped_steps::calls, QStringList());
+    }
+
+    void theManifestIsProvedAgain() {
+        Offer offer(newProject());
+        offer.snapshot.manifestText.replace("line.zip", "evil.zip");
+        const QString why = verifyManifest(offer.snapshot.manifestText).message;
+        const ApplyResult result = apply(offer, install(oldProject()));
+        QVERIFY(why.startsWith("RSA signature verification failed ("));
+        QCOMPARE(result.message, "Apply pre-check signature failed: " + why);
+        QCOMPARE(result.errorClass, QString("verify"));
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+    }
+
+    void theKeyIsGone() {
+        const Offer offer(newProject());
+        QVERIFY(QFile::remove(AppPaths::updatePublicKeyPath()));
+        const ApplyResult result = apply(offer, install(oldProject()));
+        QVERIFY(result.message.startsWith(
+            "Apply pre-check signature failed: update public key not found: "));
+        QCOMPARE(result.errorClass, QString("verify"));
+    }
+
+    // --- Two launchers on one data folder -------------------------------------------------------
+
+    // Its folders, of the same second perhaps, and the project are left to it.
+    void anotherLauncherIsAtIt() {
+        const QString project = install(oldProject());
+        support::writeTree(AppPaths::updateTempPath("apply_other"), {{"demo.yslib", "{}"}});
+        QLockFile other(AppPaths::updateTempPath("apply.lock"));
+        QVERIFY(other.lock());
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY(!result.success);
+        QCOMPARE(result.message, QString("another launcher is applying an update"));
+        QCOMPARE(result.errorClass, QString());
+        QCOMPARE(wrapped_steps::calls, QStringList({"verifyManifest", "verifyFileSha256"}));
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+        QCOMPARE(leftovers(), QStringList({"apply.lock", "apply_other"}));
+        other.unlock();
+        QVERIFY(apply(Offer(newProject()), project).success);
+    }
+
+    void whatAKilledLauncherLeftDoesNotStopTheNext() {
+        const QString project = install(oldProject());
+        QVERIFY(installation::write(AppPaths::updateTempPath("apply.lock"), ""));
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    // --- Cancel ---------------------------------------------------------------------------------
+
+    void aCancel_data() {
+        QTest::addColumn<QString>("during");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("lastCall");
+        QTest::newRow("before the start") << ""
+                                          << "cancelled"
+                                          << "";
+        QTest::newRow("while the signature is checked") << "verifyManifest"
+                                                        << "Unable to resolve update zip: cancelled"
+                                                        << "verifyManifest";
+        QTest::newRow("while the hash is checked") << "verifyFileSha256"
+                                                   << "cancelled"
+                                                   << "removeDirectory";
+        QTest::newRow("while it unpacks") << "extractZip"
+                                          << "cancelled"
+                                          << "removeDirectory";
+        QTest::newRow("while the project is validated") << "validateProjectFile"
+                                                        << "cancelled"
+                                                        << "removeDirectory";
+        QTest::newRow("at the last point, before the swap") << "normalizeProjectPath"
+                                                            << "cancelled"
+                                                            << "removeDirectory";
+    }
+
+    void aCancel() {
+        QFETCH(QString, during);
+        QFETCH(QString, message);
+        QFETCH(QString, lastCall);
+        const QString project = install(oldProject());
+        const Offer offer(newProject());
+        CancelFlag flag{during.isEmpty() ? 1 : 0};
+        wrapped_steps::after[during] = [&flag] { flag = 1; };
+        const ApplyResult result = apply(offer, project, &flag);
+        QVERIFY(!result.success);
+        QCOMPARE(result.message, message);
+        QCOMPARE(result.errorClass, QString("cancelled"));
+        QCOMPARE(wrapped_steps::calls.value(wrapped_steps::calls.size() - 1), lastCall);
+        QVERIFY(!wrapped_steps::calls.contains("replaceDirectory"));
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    void aCancelAfterTheLastPointIsNotSeen() {
+        CancelFlag flag{0};
+        wrapped_steps::after["replaceDirectory"] = [&flag] { flag = 1; };
+        const ApplyResult result = apply(Offer(newProject()), install(oldProject()), &flag);
+        QVERIFY(result.success);
+        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+    }
+
+    void aCancelDuringTheDownload() {
+        const QString project = install(oldProject());
+        support::ScriptedServer server;
+        server.on("/p/line.zip", {support::stall()});
+        Offer offer(newProject());
+        offer.putOnline(server.url("/p/").toString(), "line.zip");
+        CancelFlag flag{0};
+        std::thread user([&] {
+            while (server.paths().isEmpty())
+                std::this_thread::yield();
+            flag = 1;
+        });
+        const ApplyResult result = apply(offer, project, &flag);
+        user.join();
+        QCOMPARE(result.message, QString("Unable to resolve update zip: cancelled"));
+        QCOMPARE(result.errorClass, QString("cancelled"));
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+    }
+
+    // --- Online ---------------------------------------------------------------------------------
+
+    void thePackageIsDownloaded_data() {
+        QTest::addColumn<QString>("zipUrl");
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<QString>("inCache");
+        QTest::newRow("a name") << "line.zip" << QByteArray("/p/line.zip") << "line.zip";
+        QTest::newRow("a path") << "a/b/line.zip" << QByteArray("/p/a/b/line.zip") << "line.zip";
+        QTest::newRow("a whole address")
+            << "BASE/other/line.zip" << QByteArray("/other/line.zip") << "line.zip";
+        QTest::newRow("with a query, which is part of the cached name")
+            << "line.zip?v=2" << QByteArray("/p/line.zip?v=2") << "line.zip?v=2";
+    }
+
+    void thePackageIsDownloaded() {
+        QFETCH(QString, zipUrl);
+        QFETCH(QByteArray, request);
+        QFETCH(QString, inCache);
+        const QString project = install(oldProject());
+        const QByteArray zip = support::zipOf(newProject());
+        support::ScriptedServer server;
+        server.on(request, support::answer(200, zip));
+        const QString cached = AppPaths::updateCacheDirectory() + '/' + inCache;
+        // What lies there is overwritten, never reused.
+        const bool canBe = installation::write(cached, "stale");
+        Offer offer(zip);
+        zipUrl.replace("BASE", server.url("").toString());
+        offer.putOnline(server.url("/p/").toString(), zipUrl);
+        const ApplyResult result = apply(offer, project);
+        if (support::onWindows && !canBe) { // no file has a question mark in its name there
+            QVERIFY(inCache.contains('?'));
+            QVERIFY2(result.message.startsWith("Unable to resolve update zip: "),
+                     qPrintable(result.message));
+            QCOMPARE(result.errorClass, QString("network"));
+            return;
+        }
+        QVERIFY(canBe);
+        QVERIFY2(result.success, qPrintable(result.message));
+        QCOMPARE(server.paths(), QStringList(QString::fromLatin1(request)));
+        QCOMPARE(update_offer::sha256(support::readTree(AppPaths::updateCacheDirectory())[inCache]),
+                 update_offer::sha256(zip));
+    }
+
+    void aPackageWithoutAFileOfItsOwnIsMissing_data() {
+        QTest::addColumn<QString>("zipUrl");
+        QTest::addColumn<QString>("path");
+        QTest::newRow("an address that ends in a slash") << "pkg/"
+                                                         << "";
+        QTest::newRow("this folder") << "pkg/."
+                                     << "/.";
+        QTest::newRow("the folder above") << "https://h/pkg/.."
+                                          << "/..";
+        QTest::newRow("a folder in the cache") << "pkg/folder"
+                                               << "/folder";
+    }
+
+    void aPackageWithoutAFileOfItsOwnIsMissing() {
+        QFETCH(QString, zipUrl);
+        QFETCH(QString, path);
+        QVERIFY(QDir(AppPaths::updateCacheDirectory()).mkpath("folder"));
+        const support::ScriptedServer server;
+        Offer offer(newProject());
+        offer.putOnline(server.url("/p/").toString(), zipUrl);
+        const ApplyResult result = apply(offer, install(oldProject()));
+        QCOMPARE(result.message, "Unable to resolve update zip: update zip not found: " +
+                                     AppPaths::updateCacheDirectory() + path);
+        QCOMPARE(result.errorClass, QString("network"));
+        QCOMPARE(server.paths(), QStringList());
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+    }
+
+    void theServerHasNoPackage() {
+        const QString project = install(oldProject());
+        const support::ScriptedServer server;
+        Offer offer(newProject());
+        offer.putOnline(server.url("/p/").toString(), "line.zip");
+        const ApplyResult result = apply(offer, project);
+        QVERIFY2(result.message.startsWith("Unable to resolve update zip: ") &&
+                     result.message.contains(" (HTTP 404) URL: "),
+                 qPrintable(result.message));
+        QCOMPARE(result.errorClass, QString("network"));
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+        QCOMPARE(entriesOf(AppPaths::updateCacheDirectory()), QStringList());
+    }
+
+    void aDownloadWithAnotherHashStaysInTheCache() {
+        const QString project = install(oldProject());
+        support::ScriptedServer server;
+        server.on("/p/line.zip", support::answer(200, "damaged"));
+        Offer offer(newProject());
+        offer.putOnline(server.url("/p/").toString(), "line.zip");
+        const ApplyResult result = apply(offer, project);
+        QVERIFY(result.message.startsWith("Update zip hash failed: SHA256 mismatch for "));
+        QCOMPARE(result.errorClass, QString("hash"));
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+        QCOMPARE(entriesOf(AppPaths::updateCacheDirectory()), QStringList("line.zip"));
+    }
+
+    // --- Failure of the swap ----------------------------------------------------------------------
+
+    void theBackupCannotBegin() {
+        const QString project = install(oldProject());
+        QVERIFY(QDir().rmdir(AppPaths::updateBackupDirectory()));
+        QVERIFY(installation::write(AppPaths::updateBackupDirectory(), "in the way"));
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QFile::remove(AppPaths::updateBackupDirectory());
+        QCOMPARE(timeless(result.message),
+                 "Replace failed, rolled back: unable to create destination directory: " +
+                     AppPaths::updateBackupDirectory() + "/line_TIME");
+        QCOMPARE(result.errorClass, QString());
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+        QCOMPARE(entriesOf(AppPaths::updateTempPath("")), QStringList());
+    }
+
+    // The disk is full during the backup: what was copied takes the project's place. It is told so
+    // in the support page, and must not change unnoticed.
+    void aPartialBackupReplacesTheProject() {
+        const QString project = install(oldProject());
+        const FileTree copied{{"main.ys", ""}};
+        wrapped_steps::insteadOfReplace = [&](const QString &target, const QString &backup) {
+            support::writeTree(backup, copied);
+            return "unable to copy file: " + target + "/old.ys";
+        };
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QCOMPARE(result.message, "Replace failed, rolled back: unable to copy file: " +
+                                     projectFolder() + "/old.ys");
+        QCOMPARE(result.errorClass, QString());
+        QCOMPARE(support::readTree(projectFolder()), copied);
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    // Says that it rolled back although nothing remains to roll back to.
+    void theProjectFileIsGoneAfterTheSwap() {
+        const QString project = install(oldProject());
+        wrapped_steps::after["replaceDirectory"] = [&] { QFile::remove(project); };
+        const ApplyResult result = apply(Offer(newProject()), project);
+        QVERIFY(!result.success);
+        QCOMPARE(result.message, QString("No yslib after replace, rolled back."));
+        QCOMPARE(result.errorClass, QString());
+        QVERIFY(QFileInfo::exists(projectFolder() + "/new/页.ys"));
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    void withoutAProjectPathNothingIsReplaced() {
+        const QString before = QDir::currentPath();
+        QTemporaryDir here;
+        support::writeTree(here.path(), {{"kept", "kept"}});
+        QVERIFY(QDir::setCurrent(here.path()));
+        const ApplyResult result = apply(Offer(newProject()), QString());
+        QVERIFY(QDir::setCurrent(before));
+        QCOMPARE(result.message,
+                 QString("Replace failed, rolled back: unable to remove directory: "));
+        QCOMPARE(support::readTree(here.path()), FileTree({{"kept", "kept"}}));
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    void aLogsThatIsAFileFails() {
+        FileTree old = update_offer::project("1.0");
+        old.insert("logs", "a file");
+        const ApplyResult result = apply(Offer(newProject()), install(old));
+        QCOMPARE(result.message, "Replace failed, rolled back: source directory not found: " +
+                                     projectFolder() + "/logs");
+        QCOMPARE(support::readTree(projectFolder()), old);
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    // --- The parts --------------------------------------------------------------------------------
+
+    void findProjectFile_data() {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("found");
+        QTest::newRow("none") << QStringList{"a.txt", "b/yslib"} << "";
+        QTest::newRow("an empty folder") << QStringList() << "";
+        QTest::newRow("the one that bears the folder's name")
+            << QStringList{"a.yslib", "folder.yslib", "z.yslib"} << "folder.yslib";
+        QTest::newRow("another name") << QStringList{"a.txt", "b.yslib"} << "b.yslib";
+        QTest::newRow("deeper") << QStringList{"a.txt", "b/c/d.yslib"} << "b/c/d.yslib";
+        QTest::newRow("the folder's name deeper does not count first")
+            << QStringList{"x.yslib/"
+                           "y.txt",
+                           "b/folder.yslib"}
+            << "b/folder.yslib";
+        QTest::newRow("a folder of that name is no project file")
+            << QStringList{"folder.yslib/x.txt", "b.yslib"} << "b.yslib";
+    }
+
+    void findProjectFile() {
+        QFETCH(QStringList, files);
+        QFETCH(QString, found);
+        QTemporaryDir place;
+        const QString folder = place.filePath("folder");
+        QVERIFY(QDir().mkpath(folder));
+        for (const QString &file : files)
+            support::writeTree(folder, {{file, "x"}});
+        for (const QString &spelled : {folder, folder + '/'}) {
+            const QString path = ::findProjectFile(spelled);
+            QCOMPARE(path.isEmpty() ? path : QDir(folder).relativeFilePath(path), found);
+        }
+    }
+
+    void resolveUpdateZipNeedsNoPlaceForTheError() {
+        Offer offer(newProject());
+        QString zip;
+        QVERIFY(resolveUpdateZip(offer.snapshot, &zip));
+        QCOMPARE(zip, offer.zipPath());
+        QVERIFY(!resolveUpdateZip(offer.with("zipUrl", "no.zip").snapshot, &zip));
+        QVERIFY(!resolveUpdateZip(offer.with("zipUrl", "").snapshot, &zip));
+        const CancelFlag raised{1};
+        QString error;
+        QVERIFY(!resolveUpdateZip(offer.snapshot, &zip, &error, &raised));
+        QCOMPARE(error, QString("cancelled"));
+    }
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, ProjectApplyTest)
+#include "project_apply_test.moc"

@@ -1,0 +1,61 @@
+// The man page says of every command what its help says.
+#include "quorvanectl/commands/commands.h"
+#include "run_tool.h"
+#include "support/staged_main.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QRegularExpression>
+
+namespace {
+
+// The page as one reads it, without the requests for fonts and layout.
+QString readPage() {
+    QFile file(QUORVANE_SOURCE_TREE "/tools/quorvanectl/quorvanectl.1");
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("no man page");
+    QString page = QString::fromUtf8(file.readAll());
+    page.remove(QRegularExpression("^\\.(TP|B|I|IP|RS|RE|EX|EE|SS|SH|PP)\\b ?",
+                                   QRegularExpression::MultilineOption));
+    page.remove("\\fI").remove("\\fR");
+    return page.replace("\\-", "-").replace("\\(ti", "~").replace("\\e", "\\").simplified();
+}
+
+} // namespace
+
+class ManPageTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void everyCommandIsThere_data() {
+        QTest::addColumn<QString>("family");
+        QTest::addColumn<QString>("name");
+        for (const ctl::Command &command : ctl::allCommands())
+            QTest::newRow(qPrintable(command.family + ' ' + command.name))
+                << command.family << command.name;
+    }
+
+    // Title, summary, each option with its text, and the example stand in this order.
+    void everyCommandIsThere() {
+        QFETCH(QString, family);
+        QFETCH(QString, name);
+        const QString help = support::runTool({family, name, "--help"}).out.simplified();
+        static const QRegularExpression form(
+            "^Usage: quorvanectl (\\S+ \\S+) \\[options\\] ?(.*) Options: (.*) "
+            "-h, --help Shows this help. Example: (.*)$");
+        const QRegularExpressionMatch match = form.match(help);
+        QVERIFY2(match.hasMatch(), qPrintable(help));
+        QString told =
+            QStringList{match.captured(1), match.captured(2), match.captured(3), match.captured(4)}
+                .join(' ');
+        told.replace(QRegularExpression("(--[a-z-]+) <([^>]+)>"), "\\1 \\2");
+        QVERIFY2(readPage().contains(told.simplified()), qPrintable(told));
+    }
+
+    void noOtherCommandIsThere() {
+        QCOMPARE(readPage().count("$ quorvanectl "), int(ctl::allCommands().size()));
+    }
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, ManPageTest)
+#include "man_page_test.moc"

@@ -1,0 +1,263 @@
+#include "quorvanectl/project/sarif.h"
+
+#include "run_tool.h"
+#include "support/file_tree.h"
+#include "support/platform.h"
+#include "support/project_folder.h"
+#include "support/staged_main.h"
+
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSet>
+#include <QUrl>
+
+using support::ProjectFolder;
+
+namespace {
+
+// What the standard says of the objects that occur here: the names that may stand in each, those
+// that must marked by "!". No other name may occur.
+const QMap<QString, QStringList> &propertiesOf() {
+    static const QMap<QString, QStringList> table{
+        {"log", {"$schema", "version!", "runs!", "inlineExternalProperties", "properties"}},
+        {"run",
+         {"tool!", "invocations", "columnKind", "originalUriBaseIds", "results", "artifacts",
+          "defaultEncoding", "properties"}},
+        {"tool", {"driver!", "extensions", "properties"}},
+        {"driver",
+         {"name!", "version", "semanticVersion", "fullName", "informationUri", "rules",
+          "properties"}},
+        {"rule",
+         {"id!", "name", "shortDescription", "fullDescription", "defaultConfiguration", "help",
+          "helpUri", "properties"}},
+        {"description", {"text!", "markdown", "properties"}},
+        {"result",
+         {"ruleId", "ruleIndex", "rule", "kind", "level", "message!", "locations", "properties"}},
+        {"message", {"text!", "markdown", "id", "arguments", "properties"}},
+        {"location",
+         {"id", "physicalLocation", "logicalLocations", "message", "annotations", "properties"}},
+        {"logicalLocation",
+         {"name", "index", "fullyQualifiedName", "decoratedName", "parentIndex", "kind"}},
+        {"physicalLocation",
+         {"address", "artifactLocation!", "region", "contextRegion", "properties"}},
+        {"artifactLocation", {"uri!", "uriBaseId", "index", "description", "properties"}},
+        {"region",
+         {"startLine!", "startColumn", "endLine", "endColumn", "snippet", "message", "properties"}},
+        {"base", {"uri!", "uriBaseId", "description"}},
+    };
+    return table;
+}
+
+// Throws the test out at the first name that may not stand there, or that is missing.
+QJsonObject checked(const char *kind, const QJsonValue &value) {
+    const QJsonObject object = value.toObject();
+    QStringList known;
+    for (const QString &name : propertiesOf()[kind]) {
+        const bool isRequired = name.endsWith('!');
+        known << QString(name).remove('!');
+        if (isRequired && !object.contains(known.last()))
+            qFatal("%s without %s", kind, qPrintable(known.last()));
+    }
+    for (const QString &name : object.keys()) {
+        if (!known.contains(name))
+            qFatal("%s with %s", kind, qPrintable(name));
+    }
+    return object;
+}
+
+QString nonEmpty(const QJsonValue &value) {
+    if (!value.isString() || value.toString().isEmpty())
+        qFatal("an empty text");
+    return value.toString();
+}
+
+// A project with a finding of every rule, under names that need encoding.
+void layOut(const ProjectFolder &folder) {
+    support::writeTree(folder.path(""), {
+                                            {"产线 #1/检测 100%.yslib", R"({"schemaVersion": 1,
+            "project": {"name": "a", "displayName": "a", "createdAt": "a"},
+            "scripts": [{"id": "main", "path": ".\\scripts\\主 程序.ys", "role": "main"},
+                        {"id": "brace", "path": "a:b.ys", "role": "sub"},
+                        {"id": "bad", "path": "bad.ys", "role": "sub"},
+                        {"id": "none", "path": "none.ys", "role": "sub"}],
+            "tasks": {"main": {"entryScriptId": "main"}}})"},
+                                            {"产线 #1/scripts/主 程序.ys", "if a { }\n"},
+                                            {"产线 #1/a:b.ys", "}\n"},
+                                            {"产线 #1/bad.ys", "名 = \"😀\" $ 1\nglobal int a\n"},
+                                            {"产线 #1/extra.ys", ""},
+                                        });
+}
+
+} // namespace
+
+class SarifTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        layOut(m_folder);
+        const support::Answer answer =
+            support::runProgram({"project", "check", "产线 #1/检测 100%.yslib", "--core-plugin",
+                                 "plugins", "--format", "sarif"},
+                                m_folder.path(""));
+        QCOMPARE(answer.status, 1);
+        QCOMPARE(answer.err, QString());
+        QJsonParseError error;
+        m_log = QJsonDocument::fromJson(answer.out.toUtf8(), &error).object();
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        m_run = m_log["runs"].toArray().at(0).toObject();
+    }
+
+    void theLogAndItsRun() {
+        checked("log", m_log);
+        QCOMPARE(m_log["version"].toString(), QString("2.1.0"));
+        QVERIFY(QUrl(m_log["$schema"].toString(), QUrl::StrictMode).isValid());
+        QVERIFY(m_log["$schema"].toString().endsWith("sarif-schema-2.1.0.json"));
+        QCOMPARE(m_log["runs"].toArray().size(), 1);
+        checked("run", m_run);
+        QCOMPARE(m_run["columnKind"].toString(), QString("utf16CodeUnits"));
+        const QJsonObject driver = checked("driver", checked("tool", m_run["tool"])["driver"]);
+        QCOMPARE(driver["name"].toString(), QString("quorvanectl"));
+        QCOMPARE(nonEmpty(driver["version"]).count('.'), 2);
+    }
+
+    void theRules() {
+        QSet<QString> ids;
+        const QJsonArray rules = m_run["tool"].toObject()["driver"].toObject()["rules"].toArray();
+        for (const QJsonValue &value : rules) {
+            const QJsonObject rule = checked("rule", value);
+            QVERIFY(!ids.contains(nonEmpty(rule["id"])));
+            ids.insert(rule["id"].toString());
+            nonEmpty(checked("description", rule["shortDescription"])["text"]);
+        }
+        QCOMPARE(ids, (QSet<QString>{"project", "core-plugin", "YS100", "YS200"}));
+    }
+
+    void everyResultIsComplete() {
+        const QJsonArray rules = m_run["tool"].toObject()["driver"].toObject()["rules"].toArray();
+        const QJsonArray results = m_run["results"].toArray();
+        QVERIFY(results.size() > 5);
+        for (const QJsonValue &value : results) {
+            const QJsonObject result = checked("result", value);
+            nonEmpty(checked("message", result["message"])["text"]);
+            QVERIFY(QStringList({"none", "note", "warning", "error"})
+                        .contains(result["level"].toString()));
+            QCOMPARE(rules.at(result["ruleIndex"].toInt(-1)).toObject()["id"], result["ruleId"]);
+            QCOMPARE(result["locations"].toArray().size(), 1);
+            checkLocation(result["locations"].toArray().at(0));
+        }
+    }
+
+    void thePlaceOfTheProjectIsAnAbsoluteFolder() {
+        const QJsonObject bases = m_run["originalUriBaseIds"].toObject();
+        QCOMPARE(bases.keys(), QStringList("PROJECT"));
+        const QString uri = checked("base", bases["PROJECT"])["uri"].toString();
+        QVERIFY(isUri(uri));
+        QVERIFY(uri.startsWith("file:///") && uri.endsWith('/'));
+        QCOMPARE(QUrl(uri).toLocalFile(), m_folder.path("产线 #1/"));
+    }
+
+    void theResults_data() {
+        QTest::addColumn<QString>("text"); // ruleId level uri line:column-end logical name
+        QTest::newRow("a script that is missing")
+            << "project error %E6%A3%80%E6%B5%8B%20100%25.yslib scripts[3].path";
+        QTest::newRow("a script that is not registered")
+            << "project warning %E6%A3%80%E6%B5%8B%20100%25.yslib scripts";
+        QTest::newRow("a name in a script") << "project warning bad.ys";
+        QTest::newRow("the core plug-in") << "core-plugin error %E6%A3%80%E6%B5%8B%20100%25.yslib";
+        QTest::newRow("a syntax error, to the end of its line")
+            << "YS200 error scripts/%E4%B8%BB%20%E7%A8%8B%E5%BA%8F.ys 1:4-8";
+        if (!support::onWindows) // no file has one in its name there
+            QTest::newRow("a colon in a name") << "YS200 error a%3Ab.ys 1:1";
+        QTest::newRow("behind a character of two units") << "YS100 error bad.ys 1:10-11";
+    }
+
+    void theResults() {
+        QFETCH(QString, text);
+        QStringList all;
+        const QJsonArray results = m_run["results"].toArray();
+        for (const QJsonValue &result : results)
+            all << summary(result.toObject());
+        QVERIFY2(all.contains(text), qPrintable(all.join('\n')));
+    }
+
+    // A stray brace has no text of its own, and a message must have one.
+    void aMessageIsNeverEmpty() {
+        ctl::ProjectFindings findings;
+        findings.projectPath = m_folder.path("line.yslib");
+        ast::ScriptDiagnostic finding;
+        finding.code = "YS200";
+        ctl::ScriptReport report;
+        report.path = "a.ys";
+        report.result.diagnostics.push_back(finding);
+        findings.scripts.push_back(report);
+        const QJsonObject run = ctl::sarifLog(findings)["runs"].toArray().at(0).toObject();
+        const QJsonObject result = run["results"].toArray().at(0).toObject();
+        QCOMPARE(result["message"].toObject()["text"].toString(),
+                 QString("The script has a syntax error."));
+    }
+
+    void aCleanProjectHasNoResults() {
+        const support::Answer answer = support::runProgram(
+            {"project", "check", "examples/projects/demo/demo.yslib", "--format", "sarif"},
+            QUORVANE_SOURCE_TREE);
+        QCOMPARE(answer.status, 0);
+        const QJsonObject log = QJsonDocument::fromJson(answer.out.toUtf8()).object();
+        const QJsonObject run = log["runs"].toArray().at(0).toObject();
+        QVERIFY(run["results"].isArray());
+        QVERIFY(run["results"].toArray().isEmpty());
+    }
+
+private:
+    // A URI reference: nothing in it but what the standard for URIs allows.
+    static bool isUri(const QString &text) {
+        static const QRegularExpression form("^([A-Za-z0-9._~/:-]|%[0-9A-F]{2})+$");
+        return form.match(text).hasMatch() && QUrl(text, QUrl::StrictMode).isValid();
+    }
+
+    static void checkLocation(const QJsonValue &value) {
+        const QJsonObject location = checked("location", value);
+        const QJsonObject place = checked("physicalLocation", location["physicalLocation"]);
+        const QJsonObject artifact = checked("artifactLocation", place["artifactLocation"]);
+        QVERIFY(isUri(artifact["uri"].toString()));
+        QVERIFY(QUrl(artifact["uri"].toString()).isRelative());
+        QCOMPARE(artifact["uriBaseId"].toString(), QString("PROJECT"));
+        if (place.contains("region")) {
+            const QJsonObject region = checked("region", place["region"]);
+            QVERIFY(region["startLine"].toInt() >= 1);
+            QVERIFY(region["startColumn"].toInt() >= 1);
+            QVERIFY(!region.contains("endColumn") ||
+                    region["endColumn"].toInt() > region["startColumn"].toInt());
+        }
+        const QJsonArray logical = location["logicalLocations"].toArray();
+        for (const QJsonValue &name : logical)
+            nonEmpty(checked("logicalLocation", name)["fullyQualifiedName"]);
+    }
+
+    static QString summary(const QJsonObject &result) {
+        const QJsonObject location = result["locations"].toArray().at(0).toObject();
+        const QJsonObject place = location["physicalLocation"].toObject();
+        QStringList words{result["ruleId"].toString(), result["level"].toString(),
+                          place["artifactLocation"].toObject()["uri"].toString()};
+        const QJsonObject region = place["region"].toObject();
+        if (!region.isEmpty())
+            words << QString("%1:%2")
+                             .arg(region["startLine"].toInt())
+                             .arg(region["startColumn"].toInt()) +
+                         (region.contains("endColumn")
+                              ? QString("-%1").arg(region["endColumn"].toInt())
+                              : QString());
+        for (const QJsonValue &name : location["logicalLocations"].toArray())
+            words << name.toObject()["fullyQualifiedName"].toString();
+        return words.join(' ');
+    }
+
+    ProjectFolder m_folder;
+    QJsonObject m_log;
+    QJsonObject m_run;
+};
+
+QUORVANE_TEST_MAIN(QCoreApplication, SarifTest)
+#include "sarif_test.moc"

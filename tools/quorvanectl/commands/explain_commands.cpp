@@ -1,0 +1,160 @@
+// quorvanectl update explain: the launcher's decision about a manifest, line by line.
+#include "frame/app_paths.h"
+#include "launcher/offer/update_component.h"
+#include "quorvanectl/commands/commands.h"
+#include "quorvanectl/files/file_access.h"
+#include "quorvanectl/files/json_input.h"
+#include "quorvanectl/manifest/update_explain.h"
+#include "quorvanectl/shell/inspected_installation.h"
+#include "quorvanectl/shell/json_output.h"
+#include "quorvanectl/shell/progress.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QTranslator>
+#include <QUrl>
+
+namespace ctl {
+namespace {
+
+const QLatin1String projectOption("project");
+const QLatin1String urlOption("url");
+const QLatin1String localeOption("locale");
+
+QStringList formats() {
+    return {QStringLiteral("text"), QStringLiteral("json")};
+}
+
+void declare(QCommandLineParser &parser) {
+    declareInstall(parser);
+    parser.addOption(
+        {projectOption, QStringLiteral("The selected project."), QStringLiteral("FILE.yslib")});
+    parser.addOption(
+        {urlOption,
+         QStringLiteral("Takes the manifest as one that was fetched from this address, "
+                        "not as one on a stick."),
+         QStringLiteral("address")});
+    parser.addOption({localeOption,
+                      QStringLiteral("The launcher's language: en, as at its first start, or "
+                                     "zh_CN."),
+                      QStringLiteral("language"), QStringLiteral("en")});
+    declareFormat(parser, formats());
+}
+
+// As the launcher does: without the file its texts stay Chinese.
+void speak(const QString &locale, QTranslator *translator) {
+    const QString root = AppPaths::repositoryRoot();
+    const QString name = QStringLiteral("/translations/quorvane_en.qm");
+    if (locale != QLatin1String("en"))
+        return;
+    for (const QString &file :
+         {AppPaths::applicationDirectory() + name, root + QStringLiteral("/resources") + name,
+          root + QStringLiteral("/bin") + name}) {
+        if (translator->load(file)) {
+            QCoreApplication::installTranslator(translator);
+            return;
+        }
+    }
+}
+
+bool holdsJsonObject(const QString &path, QString *error) {
+    const QString text = readText(path, error);
+    return !text.isNull() && isJsonObject(path, text, error);
+}
+
+void printVerification(const Console &console, const VerifyReport &verify) {
+    printLine(console, inked(console, Ink::Heading, QStringLiteral("Signature")));
+    printLine(console, QStringLiteral("  ") + inked(console, verify.ok ? Ink::Good : Ink::Error,
+                                                    spelledOut(verify.message)));
+    printLine(console,
+              QStringLiteral("  key:       ") + spelledOut(AppPaths::updatePublicKeyPath()));
+    if (!verify.details.isEmpty())
+        printLine(console, QStringLiteral("  attempts:  ") + verify.details);
+    if (!verify.canonicalSha256.isEmpty())
+        printLine(console,
+                  QStringLiteral("  canonical: sha256 %1, signature of %2 bytes")
+                      .arg(verify.canonicalSha256, QString::number(verify.signatureBytes)));
+}
+
+void printItem(const Console &console, const QString &key, const QString &installed,
+               const UpdateChoice &choice) {
+    const QString answer = choice.available
+                               ? inked(console, Ink::Good, QStringLiteral("offered"))
+                               : inked(console, Ink::Warning, QStringLiteral("left out"));
+    printLine(console,
+              QStringLiteral("  %1 installed %2, %3: %4")
+                  .arg((key + QLatin1Char(':')).leftJustified(12),
+                       installed.isEmpty() ? QStringLiteral("unknown") : spelledOut(installed),
+                       answer, spelledOut(choice.reason)));
+}
+
+void printItems(const Console &console, const Explanation &explanation) {
+    printLine(console, inked(console, Ink::Heading, QStringLiteral("Items")));
+    printItem(console, projectOption, explanation.projectVersion, explanation.choices.project);
+    for (const UpdateComponent *component : updateComponents)
+        printItem(console, component->keyText(),
+                  UpdateContext::currentComponentVersion(component->keyText()),
+                  explanation.choices.*(component->choice));
+    if (explanation.fingerprint.isEmpty())
+        return;
+    printLine(console, QStringLiteral("  fingerprint: ") + spelledOut(explanation.fingerprint));
+    printLine(console, QStringLiteral("  items:       ") + spelledOut(explanation.items));
+}
+
+void printExplanation(const Console &console, const Explanation &explanation) {
+    printVerification(console, explanation.verify);
+    if (explanation.verify.ok)
+        printItems(console, explanation);
+    printLine(console, inked(console, Ink::Heading, QStringLiteral("Log of the launcher")));
+    for (const QString &entry : explanation.log) {
+        for (const QString &line : entry.split(QLatin1Char('\n')))
+            printLine(console, QStringLiteral("  ") + spelledOut(line));
+    }
+    printLine(console, inked(console, Ink::Heading, QStringLiteral("What the launcher says")));
+    printLine(console, explanation.summary); // to the byte
+}
+
+int explain(const QCommandLineParser &parser, Console &console) {
+    QString error;
+    const QString manifest = parser.positionalArguments().constFirst();
+    const QString project = parser.value(projectOption);
+    const QString url = parser.value(urlOption);
+    const QString locale = parser.value(localeOption);
+    const QString format = chosenFormat(parser, formats(), &error);
+    if (format.isEmpty() || !holdsJsonObject(manifest, &error) ||
+        (!project.isEmpty() && !holdsJsonObject(project, &error)) ||
+        !inspectInstallation(parser, &error))
+        return refuse(console, error);
+    if (!url.isEmpty() && (!QUrl(url).isValid() || QUrl(url).scheme().isEmpty()))
+        return refuse(console, QStringLiteral("%1: not an address").arg(url));
+    if (locale != QLatin1String("en") && locale != QLatin1String("zh_CN"))
+        return refuse(console, QStringLiteral("%1: the launcher speaks en and zh_CN").arg(locale));
+    QTranslator translator;
+    speak(locale, &translator);
+    const QString projectFile =
+        project.isEmpty() ? QString() : QDir::cleanPath(QFileInfo(project).absoluteFilePath());
+    const Explanation explanation =
+        whileTelling(console, QStringLiteral("weighing %1").arg(manifest),
+                     [&] { return explainUpdate(manifest, url, projectFile); });
+    if (format == QLatin1String("json"))
+        printJson(console, QJsonDocument(toJson(explanation)));
+    else
+        printExplanation(console, explanation);
+    return explanation.verify.ok ? Clean : Findings;
+}
+
+} // namespace
+
+std::vector<Command> explainCommands() {
+    return {
+        {QStringLiteral("update"), QStringLiteral("explain"), QStringLiteral("manifest.json"),
+         QStringLiteral("Shows what a launcher would decide about a manifest, and why."),
+         QStringLiteral("quorvanectl update explain manifest.json --install line_pc "
+                        "--project demo/demo.yslib"),
+         declare, explain},
+    };
+}
+
+} // namespace ctl

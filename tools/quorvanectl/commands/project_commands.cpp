@@ -1,0 +1,121 @@
+// quorvanectl project check.
+#include "quorvanectl/commands/commands.h"
+#include "quorvanectl/project/project_findings.h"
+#include "quorvanectl/project/sarif.h"
+#include "quorvanectl/shell/installation.h"
+#include "quorvanectl/shell/json_output.h"
+#include "quorvanectl/shell/progress.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace ctl {
+namespace {
+
+const QLatin1String pluginOption("core-plugin");
+
+QStringList formats() {
+    return {QStringLiteral("text"), QStringLiteral("json"), QStringLiteral("sarif")};
+}
+
+void declareCheck(QCommandLineParser &parser) {
+    declareFormat(parser, formats());
+    declareLibrary(parser);
+    parser.addOption({pluginOption,
+                      QStringLiteral("Looks for the core plug-in in this folder, as the launcher "
+                                     "does beside itself."),
+                      QStringLiteral("folder")});
+}
+
+void printIssues(const Console &console, const ProjectFindings &findings, qint32 severity,
+                 Ink ink) {
+    const QStringList lines = issueLines(findings, severity);
+    for (const QString &line : lines)
+        printLine(console, inked(console, ink, spelledOut(line)));
+}
+
+void printScripts(const Console &console, const ProjectFindings &findings) {
+    if (findings.scriptErrorCount() == 0)
+        return;
+    if (!findings.issues.isEmpty())
+        printLine(console);
+    printLine(console, inked(console, Ink::Heading,
+                             QStringLiteral("Syntax errors in scripts. The launcher does not look "
+                                            "for these and would start such a project:")));
+    for (const ScriptReport &script : findings.scripts)
+        printFindings(console, script);
+}
+
+QString counted(int count, const char *what) {
+    return QStringLiteral("%1 %2%3").arg(QString::number(count), QLatin1String(what),
+                                         QLatin1String(count == 1 ? "" : "s"));
+}
+
+void printSummary(const Console &console, const ProjectFindings &findings) {
+    const QString path = spelledOut(findings.projectPath);
+    if (findings.issues.isEmpty() && !findings.hasErrors()) {
+        printLine(console, QStringLiteral("%1: %2").arg(
+                               path, inked(console, Ink::Good, QStringLiteral("clean"))));
+        return;
+    }
+    printLine(console, QStringLiteral("\n%1: %2, %3, %4")
+                           .arg(path, counted(findings.issueCount(0), "error"),
+                                counted(findings.issueCount(1), "warning"),
+                                counted(findings.scriptErrorCount(), "syntax error")));
+}
+
+void printText(const Console &console, const ProjectFindings &findings) {
+    printIssues(console, findings, 0, Ink::Error);
+    printIssues(console, findings, 1, Ink::Warning);
+    printScripts(console, findings);
+    printSummary(console, findings);
+}
+
+QJsonObject findingsJson(const ProjectFindings &findings) {
+    QJsonArray issues;
+    for (const ProjectIssue &issue : findings.issues)
+        issues.append(QJsonObject{{QStringLiteral("severity"), issue.severity},
+                                  {QStringLiteral("path"), issue.path},
+                                  {QStringLiteral("message"), issue.message}});
+    QJsonArray scripts;
+    for (const ScriptReport &script : findings.scripts)
+        scripts.append(reportJson(script));
+    return {{QStringLiteral("project"), findings.projectPath},
+            {QStringLiteral("issues"), issues},
+            {QStringLiteral("scripts"), scripts}};
+}
+
+bool findWithProgress(const QCommandLineParser &parser, const Console &console,
+                      ProjectFindings *findings, QString *error) {
+    const QString path = parser.positionalArguments().constFirst();
+    const Progress progress(console, QStringLiteral("checking %1").arg(path));
+    return findAll(path, parser.value(pluginOption), findings, error);
+}
+
+int check(const QCommandLineParser &parser, Console &console) {
+    QString error;
+    const QString format = chosenFormat(parser, formats(), &error);
+    ProjectFindings findings;
+    if (format.isEmpty() || !loadLibrary(parser, &error) ||
+        !findWithProgress(parser, console, &findings, &error))
+        return refuse(console, error);
+    if (format == QLatin1String("json"))
+        printJson(console, QJsonDocument(findingsJson(findings)));
+    else if (format == QLatin1String("sarif"))
+        printJson(console, QJsonDocument(sarifLog(findings)));
+    else
+        printText(console, findings);
+    return findings.hasErrors() ? Findings : Clean;
+}
+
+} // namespace
+
+std::vector<Command> projectCommands() {
+    return {{QStringLiteral("project"), QStringLiteral("check"), QStringLiteral("FILE.yslib"),
+             QStringLiteral("Shows what keeps the launcher from starting a project, and the syntax "
+                            "errors of its scripts."),
+             QStringLiteral("quorvanectl project check demo/demo.yslib --format json"),
+             declareCheck, check}};
+}
+
+} // namespace ctl

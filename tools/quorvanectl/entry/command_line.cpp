@@ -1,0 +1,176 @@
+#include "quorvanectl/entry/command_line.h"
+
+#include "quorvanectl/commands/commands.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+
+namespace ctl {
+namespace {
+
+const QLatin1String programName("quorvanectl");
+
+bool asksForHelp(const QString &argument) {
+    return argument == QLatin1String("--help") || argument == QLatin1String("-h");
+}
+
+QString titleOf(const Command &command) {
+    return QStringLiteral("%1 %2").arg(command.family, command.name);
+}
+
+QString withArguments(const Command &command) {
+    return QStringLiteral("%1 %2").arg(titleOf(command), command.arguments).trimmed();
+}
+
+// --- help ---------------------------------------------------------------------------------------
+
+// The commands of a family, or of all if it is empty.
+void printCommands(const Console &console, const QString &family) {
+    for (const Command &command : allCommands()) {
+        if (!family.isEmpty() && command.family != family)
+            continue;
+        printLine(console);
+        printLine(console, inked(console, Ink::Heading, withArguments(command)));
+        printLine(console, QStringLiteral("    %1").arg(command.summary));
+        printLine(console, QStringLiteral("    $ %1").arg(command.example));
+    }
+}
+
+void printClosing(const Console &console) {
+    printLine(console);
+    printLine(console,
+              QStringLiteral("`%1 FAMILY COMMAND --help` tells the options of a command.\n"
+                             "Exit status: 0 clean or warnings, 1 errors, 2 wrong usage or a file "
+                             "that cannot be used.")
+                  .arg(programName));
+    if (!missingCommands().isEmpty())
+        printLine(console, missingCommands());
+}
+
+int programHelp(const Console &console) {
+    printLine(console, QStringLiteral("Usage: %1 FAMILY COMMAND [options] ARGUMENTS\n\n"
+                                      "Checks projects and scripts, makes and explains updates, "
+                                      "helps where something went wrong.")
+                           .arg(programName));
+    printCommands(console, QString());
+    printClosing(console);
+    return Clean;
+}
+
+int familyHelp(const QString &family, const Console &console) {
+    printLine(console,
+              QStringLiteral("Usage: %1 %2 COMMAND [options] ARGUMENTS").arg(programName, family));
+    printCommands(console, family);
+    printClosing(console);
+    return Clean;
+}
+
+// The parser's own list of options; its first lines name the program by its path.
+QString optionsText(const QCommandLineParser &parser) {
+    const QString help = parser.helpText();
+    return help.mid(qMax(0, help.indexOf(QLatin1String("Options:"))));
+}
+
+int commandHelp(const Command &command, const QCommandLineParser &parser, const Console &console) {
+    printLine(console, QStringLiteral("Usage: %1 %2 [options] %3")
+                           .arg(programName, titleOf(command), command.arguments)
+                           .trimmed());
+    printLine(console);
+    printLine(console, command.summary);
+    printLine(console);
+    print(console, optionsText(parser));
+    printLine(console, QStringLiteral("\nExample:\n  $ %1").arg(command.example));
+    return Clean;
+}
+
+// --- running ------------------------------------------------------------------------------------
+
+int refuseUsage(const Console &console, QString reason, const QString &helpOf = QString()) {
+    const QString help =
+        QStringList{programName, helpOf, QStringLiteral("--help")}.join(QLatin1Char(' '));
+    if (reason.endsWith(QLatin1Char('.'))) // the parser's own are whole sentences
+        reason.chop(1);
+    return refuse(console, QStringLiteral("%1; see %2").arg(reason, help.simplified()));
+}
+
+// A word that is no family, or a family and a word that is no command of it.
+int refuseCommand(const Console &console, const QString &title, const QString &helpOf = QString()) {
+    const QString system = systemWithout(title);
+    const QString reason =
+        system.isEmpty() ? QStringLiteral("no command '%1'").arg(title)
+                         : QStringLiteral("there is no command '%1' on %2").arg(title, system);
+    return refuseUsage(console, reason, helpOf);
+}
+
+bool hasRightCount(const Command &command, int given) {
+    const QStringList words = command.arguments.split(QLatin1Char(' '));
+    int least = 0;
+    int most = 0;
+    for (const QString &word : words) {
+        most += word.isEmpty() ? 0 : 1;
+        least += word.isEmpty() || word.startsWith(QLatin1Char('[')) ? 0 : 1;
+        if (word.contains(QLatin1String("...")))
+            return given >= least;
+    }
+    return given >= least && given <= most;
+}
+
+int runCommand(const Command &command, const QStringList &arguments, Console &console) {
+    QCommandLineParser parser;
+    command.declare(parser);
+    parser.addOption(
+        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
+    if (!parser.parse(QStringList(programName) + arguments))
+        return refuseUsage(console, parser.errorText(), titleOf(command));
+    if (parser.isSet(QStringLiteral("help")))
+        return commandHelp(command, parser, console);
+    if (!hasRightCount(command, parser.positionalArguments().size())) {
+        const QString wanted =
+            command.arguments.isEmpty() ? QStringLiteral("no arguments") : command.arguments;
+        return refuseUsage(console, QStringLiteral("%1 takes %2").arg(titleOf(command), wanted),
+                           titleOf(command));
+    }
+    return command.run(parser, console);
+}
+
+int runFamily(const QString &family, const QStringList &arguments, Console &console) {
+    if (arguments.isEmpty())
+        return refuseUsage(console, QStringLiteral("no command of '%1' given").arg(family), family);
+    if (asksForHelp(arguments.first()))
+        return familyHelp(family, console);
+    const auto &commands = allCommands();
+    const auto command = std::find_if(commands.begin(), commands.end(), [&](const Command &it) {
+        return it.family == family && it.name == arguments.first();
+    });
+    if (command == commands.end()) {
+        return refuseCommand(console, QStringLiteral("%1 %2").arg(family, arguments.first()),
+                             family);
+    }
+    return runCommand(*command, arguments.mid(1), console);
+}
+
+} // namespace
+
+int runCommandLine(const QStringList &arguments, Console &console) {
+    if (arguments.isEmpty())
+        return refuseUsage(console, QStringLiteral("no command given"));
+    const QString &first = arguments.first();
+    if (asksForHelp(first))
+        return programHelp(console);
+    if (first == QLatin1String("--version")) {
+        printLine(console,
+                  QStringLiteral("%1 %2").arg(programName, QCoreApplication::applicationVersion()));
+        return Clean;
+    }
+    const auto &commands = allCommands();
+    if (std::none_of(commands.begin(), commands.end(),
+                     [&](const Command &it) { return it.family == first; })) {
+        // A whole family may be missing for the sake of its one command.
+        const QString title = arguments.mid(0, 2).join(QLatin1Char(' '));
+        return refuseCommand(console, systemWithout(title).isEmpty() ? first : title);
+    }
+    return runFamily(first, arguments.mid(1), console);
+}
+
+} // namespace ctl

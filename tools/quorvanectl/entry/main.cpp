@@ -1,0 +1,43 @@
+// quorvanectl: checks, publishes and explains from a command line what the launcher decides in its
+// window. It needs no display, and makes nothing but what it is asked for.
+#include "quorvanectl/entry/command_line.h"
+#include "quorvanectl/shell/console.h"
+
+#include <QCoreApplication>
+#include <QFileDevice>
+#include <QTextCodec>
+
+namespace {
+
+// A build server often runs in the locale "C", whose ASCII would lose a path in Chinese.
+void readPathsAsUtf8() {
+    const int asciiMib = 3;
+    if (QTextCodec::codecForLocale()->mibEnum() == asciiMib)
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+}
+
+bool allWritten(const ctl::Console &console) {
+    auto *const out = qobject_cast<QFileDevice *>(console.out);
+    return out->flush() && out->error() == QFileDevice::NoError;
+}
+
+// What the libraries write to the debug log is for developers of the launcher; a command says in its
+// own words what went wrong.
+void dropDebugLog(QtMsgType, const QMessageLogContext &, const QString &) {}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    ctl::occupyStandardStreams();
+    qInstallMessageHandler(dropDebugLog);
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("quorvanectl"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(QUORVANE_VERSION));
+    readPathsAsUtf8();
+    ctl::Console console = ctl::standardConsole();
+    const int status = ctl::runCommandLine(QCoreApplication::arguments().mid(1), console);
+    if (!allWritten(console))
+        return ctl::refuse(console,
+                           QStringLiteral("standard output: %1").arg(console.out->errorString()));
+    return status;
+}

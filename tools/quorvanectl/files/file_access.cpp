@@ -1,0 +1,104 @@
+#include "quorvanectl/files/file_access.h"
+
+#include "update/files/text_file.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+
+namespace ctl {
+namespace {
+
+const int mebibyte = 1024 * 1024;
+
+bool fail(const QString &path, const QString &reason, QString *error) {
+    if (error != nullptr)
+        *error = QStringLiteral("%1: %2").arg(path, reason);
+    return false;
+}
+
+QString sizeText(qint64 bytes) {
+    return bytes < mebibyte ? QStringLiteral("%1 bytes").arg(bytes)
+                            : QStringLiteral("%1 MiB").arg(bytes / mebibyte);
+}
+
+} // namespace
+
+bool isUsableFile(const QString &path, QString *error, qint64 limit) {
+    const QFileInfo info(path);
+    if (!info.exists())
+        return fail(path, QStringLiteral("no such file"), error);
+    if (info.isDir())
+        return fail(path, QStringLiteral("is a folder"), error);
+    if (!info.isFile()) // a pipe would block, a device might never end
+        return fail(path, QStringLiteral("is no plain file"), error);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return fail(path, file.errorString(), error);
+    return file.size() <= limit ||
+           fail(path, QStringLiteral("is larger than %1").arg(sizeText(limit)), error);
+}
+
+QString readText(const QString &path, QString *error) {
+    if (!isUsableFile(path, error))
+        return {};
+    QString reason;
+    const QString text = readTextFile(path, &reason);
+    if (text.isNull())
+        (void)fail(path, reason, error);
+    return text;
+}
+
+QByteArray readBytes(const QString &path, QString *error) {
+    if (!isUsableFile(path, error))
+        return {};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        (void)fail(path, file.errorString(), error);
+        return {};
+    }
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        (void)fail(path, file.errorString(), error);
+        return {};
+    }
+    return bytes.isNull() ? QByteArray("") : bytes;
+}
+
+void declareForce(QCommandLineParser &parser) {
+    parser.addOption({QStringLiteral("force"), QStringLiteral("Overwrites what is there.")});
+}
+
+bool isForced(const QCommandLineParser &parser) {
+    return parser.isSet(QStringLiteral("force"));
+}
+
+bool mayWrite(const QString &path, bool force, QString *error) {
+    const QFileInfo info(path);
+    // A link to nowhere does not exist and is something to overwrite all the same.
+    if (!info.exists() && !info.isSymLink())
+        return true;
+    if (info.isDir())
+        return fail(path, QStringLiteral("is a folder"), error);
+    return force || fail(path, QStringLiteral("exists; --force overwrites it"), error);
+}
+
+bool openFile(QSaveFile &file, bool force, QString *error) {
+    if (!mayWrite(file.fileName(), force, error))
+        return false;
+    return file.open(QIODevice::WriteOnly) || fail(file.fileName(), file.errorString(), error);
+}
+
+bool commitFile(QSaveFile &file, QString *error) {
+    // commit() does not look at what its own flush comes to, on a full disk for example.
+    return (file.flush() && file.commit()) || fail(file.fileName(), file.errorString(), error);
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes, bool force, QString *error) {
+    QSaveFile file(path);
+    if (!openFile(file, force, error))
+        return false;
+    (void)file.write(bytes); // the flush fails if this did
+    return commitFile(file, error);
+}
+
+} // namespace ctl

@@ -1,0 +1,44 @@
+#include "quorvanectl/manifest/manifest_attach.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+
+namespace ctl {
+namespace {
+
+bool isBase64OrBlank(char byte) {
+    return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') ||
+           (byte >= '0' && byte <= '9') || byte == '+' || byte == '/' || byte == '=' ||
+           byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
+}
+
+bool isText(const QByteArray &bytes) {
+    const auto isControl = [](char byte) {
+        return static_cast<unsigned char>(byte) < ' ' && byte != '\t' && byte != '\r' &&
+               byte != '\n';
+    };
+    return std::none_of(bytes.begin(), bytes.end(), isControl) &&
+           !QString::fromUtf8(bytes).contains(QChar::ReplacementCharacter);
+}
+
+} // namespace
+
+QByteArray signatureIn(const QByteArray &fileContent) {
+    // The bytes of a true signature are never all letters: it has hundreds of them.
+    if (std::all_of(fileContent.begin(), fileContent.end(), isBase64OrBlank))
+        return QByteArray::fromBase64(fileContent);
+    return isText(fileContent) ? QByteArray() : fileContent;
+}
+
+QString withSignature(const QString &manifestText, const QByteArray &signature) {
+    const QJsonDocument document = QJsonDocument::fromJson(manifestText.toUtf8());
+    if (!document.isObject())
+        return QString();
+    QJsonObject root = document.object();
+    root.insert(QStringLiteral("signature"), QString::fromLatin1(signature.toBase64()));
+    return QString::fromUtf8(QJsonDocument(root).toJson(QJsonDocument::Indented));
+}
+
+} // namespace ctl

@@ -1,0 +1,222 @@
+#include "quorvanectl/package/project_pack.h"
+
+#include "project/project_file.h"
+#include "quorvanectl/files/file_access.h"
+#include "quorvanectl/files/interruption.h"
+#include "quorvanectl/files/zip_writer.h"
+#include "quorvanectl/package/package_names.h"
+#include "quorvanectl/package/project_package.h"
+#include "quorvanectl/package/version_fault.h"
+#include "update/files/text_file.h"
+#include "update/files/version_text.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QMap>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace ctl {
+namespace {
+
+// Entry names and the files that they are read from; an empty file stands for an empty folder. The
+// map's order, by code units, is the package's.
+using Content = QMap<QString, QString>;
+
+QString fileName(const QString &path) {
+    return QFileInfo(path).fileName();
+}
+
+bool isLeftOut(const QString &name) {
+    return name == QLatin1String("logs") || name.startsWith(QLatin1String("logs/"));
+}
+
+QString entryFault(const QFileInfo &info, const QString &name) {
+    if (info.isSymLink())
+        return QStringLiteral("it is a link");
+    if (!info.isDir() && !info.isFile())
+        return QStringLiteral("it is neither a file nor a folder");
+    if (!info.isReadable())
+        return QStringLiteral("it cannot be read");
+    return nameFault(name);
+}
+
+Content contentOf(const QString &folder, QStringList *findings) {
+    Content content;
+    const QDir root(QDir(folder).absolutePath()); // relative paths are taken from no other
+    QDirIterator walk(root.path(),
+                      QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                      QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        const QString name = root.relativeFilePath(walk.next());
+        if (isLeftOut(name))
+            continue;
+        const QFileInfo info = walk.fileInfo();
+        const QString fault = entryFault(info, name);
+        if (!fault.isEmpty())
+            *findings += QStringLiteral("%1: %2").arg(name, fault);
+        else if (info.isFile())
+            content.insert(name, info.filePath());
+        else if (QDir(info.filePath())
+                     .isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden |
+                              QDir::System))
+            content.insert(name, QString());
+    }
+    findings->sort();
+    *findings += sameNameFaults(content.keys());
+    return content;
+}
+
+// The one project file, at the top: elsewhere the launcher would find it, but the project would move.
+QString projectFileOf(const Content &content, QStringList *findings) {
+    const QStringList files = projectFilesAmong(content.keys());
+    if (files.size() == 1 && !files.first().contains(QLatin1Char('/')))
+        return content.value(files.first());
+    if (files.isEmpty())
+        *findings += QStringLiteral("no project file (.yslib) lies here");
+    else if (files.size() == 1)
+        *findings += QStringLiteral("%1: the project file must lie at the top").arg(files.first());
+    else
+        *findings += QStringLiteral("several project files, of which the launcher takes any: %1")
+                         .arg(files.join(QStringLiteral(", ")));
+    return QString();
+}
+
+// Puts a copy of the project file that says `version`, and a sidecar, in the place of the folder's.
+bool stampVersion(const QString &projectFile, const QString &version, const QString &workFolder,
+                  Content *content) {
+    const QString copy = QDir(workFolder).filePath(fileName(projectFile));
+    if (!QDir().mkpath(workFolder) || !QFile::copy(projectFile, copy))
+        return false;
+    const QFile::Permissions writable = QFile::ReadOwner | QFile::WriteOwner;
+    if (!QFile::setPermissions(copy, writable))
+        return false;
+    const QString sidecar = versionSidecarPath(copy);
+    // A file that says so already keeps its own formatting.
+    const bool stamped = readProjectVersion(copy) == version
+                             ? writeTextFile(sidecar, version + QLatin1Char('\n'))
+                             : stampProjectVersion(copy, version);
+    content->insert(fileName(projectFile), copy);
+    content->insert(fileName(sidecar), sidecar);
+    return stamped && readProjectVersion(copy) == version;
+}
+
+bool writeZip(const Content &content, const QString &zipPath, QString *error) {
+    QFile zip(zipPath);
+    if (!zip.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        *error = zip.errorString();
+        return false;
+    }
+    ZipWriter writer(&zip);
+    bool ok = true;
+    for (auto entry = content.begin(); ok && entry != content.end(); ++entry) {
+        QFile file(entry.value());
+        if (entry.value().isEmpty()) {
+            ok = writer.addFolder(entry.key());
+        } else if (file.open(QIODevice::ReadOnly)) {
+            ok = writer.addFile(entry.key(), &file);
+        } else {
+            *error = QStringLiteral("%1: %2").arg(entry.key(), file.errorString());
+            return false;
+        }
+    }
+    ok = ok && writer.finish();
+    if (!ok)
+        *error = writer.error();
+    else if (!zip.flush()) {
+        *error = zip.errorString();
+        ok = false;
+    }
+    return ok;
+}
+
+// What the launcher would say to the finished package.
+QStringList faultsOf(const ProjectPackage &package, qint64 size) {
+    if (!package.unpacked)
+        return {package.error};
+    QStringList faults;
+    const QString unfit = sizeFault(size);
+    if (!unfit.isEmpty())
+        faults += QStringLiteral("the package ") + unfit;
+    for (const ProjectIssue &issue : package.issues) {
+        if (issue.severity == 0)
+            faults += QStringLiteral("in the package, %1").arg(formatProjectIssues({issue}));
+    }
+    return faults;
+}
+
+bool moveIn(const QString &from, const QString &to, bool overwrite, QString *error) {
+    if (!mayWrite(to, overwrite, error)) // it may have appeared meanwhile
+        return false;
+    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0)
+        return true;
+    *error = QStringLiteral("%1: %2").arg(to, QString::fromLocal8Bit(std::strerror(errno)));
+    return false;
+}
+
+// Letters of any script stay; what a URL or a shell reads in its own way does not.
+QString packageName(const QString &projectName, const QString &version) {
+    static const QRegularExpression other(QStringLiteral("[^\\w.-]+"),
+                                          QRegularExpression::UseUnicodePropertiesOption);
+    return QString(projectName).replace(other, QStringLiteral("_")) + QLatin1Char('-') + version +
+           QStringLiteral(".zip");
+}
+
+} // namespace
+
+bool isFullVersion(const QString &text) {
+    return extractVersion(text) == text && versionFault(text).isEmpty() &&
+           !isPlaceholderVersion(text);
+}
+
+PackResult packProject(const QString &folder, const QString &version, const QString &outFolder,
+                       bool overwrite) {
+    PackResult result;
+    if (!QFileInfo(folder).isDir()) {
+        result.error = QStringLiteral("%1: is no folder").arg(folder);
+        return result;
+    }
+    Content content = contentOf(folder, &result.findings);
+    const QString projectFile = projectFileOf(content, &result.findings);
+    if (!projectFile.isEmpty())
+        result.issues = validateProjectFile(projectFile);
+    if (!result.findings.isEmpty() || hasErrors(result.issues))
+        return result;
+
+    result.zipPath = QDir(outFolder).filePath(packageName(readProjectName(projectFile), version));
+    if (!mayWrite(result.zipPath, overwrite, &result.error))
+        return result;
+    const InterruptionWatch watch;
+    QDir().mkpath(outFolder);
+    const QTemporaryDir work(QDir(outFolder).filePath(QStringLiteral(".quorvanectl-XXXXXX")));
+    if (!work.isValid()) {
+        result.error = QStringLiteral("%1: %2").arg(outFolder, work.errorString());
+        return result;
+    }
+    if (!stampVersion(projectFile, version, work.filePath(QStringLiteral("stamped")), &content)) {
+        result.error = QStringLiteral("%1: cannot write a copy of %2 that says the version")
+                           .arg(outFolder, projectFile);
+        return result;
+    }
+    const QString zip = work.filePath(QStringLiteral("package.zip"));
+    if (!writeZip(content, zip, &result.error))
+        return result;
+    const ProjectPackage package = inspectPackage(zip, work.path());
+    result.findings = faultsOf(package, QFileInfo(zip).size());
+    if (!result.findings.isEmpty())
+        return result;
+    result.sha256 = fileSha256Hex(zip, &result.error);
+    result.files = package.files.size();
+    result.ok = !interrupted() && !result.sha256.isEmpty() &&
+                moveIn(zip, result.zipPath, overwrite, &result.error);
+    if (interrupted() && !result.ok)
+        result.error = QStringLiteral("interrupted");
+    return result;
+}
+
+} // namespace ctl

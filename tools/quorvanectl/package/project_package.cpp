@@ -1,0 +1,84 @@
+#include "quorvanectl/package/project_package.h"
+
+#include "launcher/offer/project_apply.h"
+#include "project/project_file.h"
+#include "update/files/version_text.h"
+#include "update/files/zip_extract.h"
+#include "update/http_fetch.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <algorithm>
+
+namespace ctl {
+namespace {
+
+void readProject(const QString &folder, ProjectPackage *package) {
+    const QString projectFile = findProjectFile(folder);
+    if (projectFile.isEmpty())
+        return;
+    package->name = readProjectName(projectFile);
+    package->version = normalizeVersion(installedProjectVersion(projectFile));
+    package->issues = validateProjectFile(projectFile);
+}
+
+} // namespace
+
+bool ProjectPackage::isSound() const {
+    return unpacked && projectFiles.size() == 1 && !hasErrors(issues);
+}
+
+ProjectPackage inspectPackage(const QString &zipPath, const QString &workFolder) {
+    const QTemporaryDir work(QDir(workFolder.isEmpty() ? QDir::tempPath() : workFolder)
+                                 .filePath(QStringLiteral(".quorvanectl-XXXXXX")));
+    ProjectPackage package;
+    if (!work.isValid()) {
+        package.error = work.errorString();
+        return package;
+    }
+    const QString folder = work.filePath(QStringLiteral("unpacked"));
+    package.unpacked = extractZip(zipPath, folder, &package.error);
+    if (!package.unpacked)
+        return package;
+    package.files = filesBelow(folder);
+    package.projectFiles = projectFilesAmong(package.files);
+    package.hasLogs = QFileInfo(QDir(folder).filePath(QStringLiteral("logs"))).isDir();
+    readProject(folder, &package);
+    return package;
+}
+
+QString sizeFault(qint64 bytes) {
+    if (bytes == 0)
+        return QStringLiteral("is empty, and a launcher takes no empty download");
+    if (bytes > largestDownload)
+        return QStringLiteral("is larger than 2 GiB: a launcher holds a download whole in memory, "
+                              "and none larger");
+    return QString();
+}
+
+QStringList projectFilesAmong(const QStringList &files) {
+    return files.filter(
+        QRegularExpression(QStringLiteral("\\.yslib$"), QRegularExpression::CaseInsensitiveOption));
+}
+
+QStringList filesBelow(const QString &folder) {
+    QStringList files;
+    const QDir root(QDir(folder).absolutePath()); // relative paths are taken from no other
+    QDirIterator walk(root.path(), QDir::Files | QDir::Hidden | QDir::System,
+                      QDirIterator::Subdirectories);
+    while (walk.hasNext())
+        files += root.relativeFilePath(walk.next());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+bool hasErrors(const QVector<ProjectIssue> &issues) {
+    return std::any_of(issues.begin(), issues.end(),
+                       [](const ProjectIssue &issue) { return issue.severity == 0; });
+}
+
+} // namespace ctl

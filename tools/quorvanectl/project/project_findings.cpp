@@ -1,0 +1,107 @@
+#include "quorvanectl/project/project_findings.h"
+
+#include "quorvanectl/files/file_access.h"
+#include "quorvanectl/files/json_input.h"
+#include "update/files/project_path.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QSet>
+
+#include <algorithm>
+
+namespace ctl {
+namespace {
+
+// The object in the file. A file that holds none is refused in the validator's words.
+bool readProject(const QString &path, QJsonObject *project, QString *error) {
+    const QString text = readText(path, error);
+    if (text.isNull())
+        return false;
+    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
+    *project = document.object();
+    if (document.isObject())
+        return true;
+    const QVector<ProjectIssue> issues = validateProjectText(text, path);
+    const QString place = placeOfJsonFault(text);
+    *error = QStringLiteral("%1: %2").arg(path, issues.value(0).message);
+    if (!place.isNull())
+        *error += QStringLiteral(" (%1)").arg(place);
+    return false;
+}
+
+bool checkScripts(const QDir &folder, const QJsonArray &scripts, ProjectFindings *findings,
+                  QString *error) {
+    QSet<QString> checked;
+    for (const QJsonValue &entry : scripts) {
+        const QString path = entry.toObject().value(QLatin1String("path")).toString();
+        const QString file = ast::locatedPath(folder, path);
+        // One that is missing is an issue of the validator.
+        if (path.isEmpty() || checked.contains(file) || !QFileInfo::exists(file))
+            continue;
+        checked.insert(file);
+        const QString text = readText(file, error);
+        ScriptReport report;
+        if (text.isNull() || !checkText(path, text, &report, error))
+            return false;
+        findings->scripts.push_back(report);
+    }
+    return true;
+}
+
+void checkCorePlugin(const QString &folder, ProjectFindings *findings) {
+    const QString plugin = QDir(folder).filePath(QStringLiteral("CoreOperators.dll"));
+    if (!folder.isEmpty() && !QFileInfo::exists(plugin))
+        findings->issues.append({0, {}, QStringLiteral("Core plugin missing: %1").arg(plugin)});
+}
+
+// The launcher says a missing plug-in in a bare line, below the others.
+QString lineOf(const ProjectIssue &issue) {
+    const bool ofPlugin = issue.path.isEmpty();
+    return ofPlugin ? issue.message : formatProjectIssues({issue});
+}
+
+} // namespace
+
+int ProjectFindings::issueCount(qint32 severity) const {
+    return static_cast<int>(
+        std::count_if(issues.begin(), issues.end(), [severity](const ProjectIssue &issue) {
+            return (issue.severity == 0) == (severity == 0);
+        }));
+}
+
+int ProjectFindings::scriptErrorCount() const {
+    int count = 0;
+    for (const ScriptReport &script : scripts)
+        count += script.result.errorCount;
+    return count;
+}
+
+bool findAll(const QString &projectPath, const QString &pluginFolder, ProjectFindings *findings,
+             QString *error) {
+    QJsonObject project;
+    if (!readProject(projectPath, &project, error))
+        return false;
+    findings->projectPath = projectPath;
+    const QDir folder(QFileInfo(projectPath).absolutePath());
+    const QJsonArray scripts = project.value(QLatin1String("scripts")).toArray();
+    // Before the validator, which would read a file of any size.
+    if (!checkScripts(folder, scripts, findings, error))
+        return false;
+    findings->issues = validateProjectFile(projectPath);
+    checkCorePlugin(pluginFolder, findings);
+    return true;
+}
+
+QStringList issueLines(const ProjectFindings &findings, qint32 severity) {
+    QStringList lines;
+    for (const ProjectIssue &issue : findings.issues) {
+        if ((issue.severity == 0) == (severity == 0))
+            lines += lineOf(issue);
+    }
+    return lines;
+}
+
+} // namespace ctl

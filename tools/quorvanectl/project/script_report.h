@@ -1,0 +1,26 @@
+// The syntax findings of one script, as text with the source line and as JSON.
+#pragma once
+
+#include "quorvanectl/shell/console.h"
+#include "script/script_diagnostics.h"
+
+#include <QJsonObject>
+
+namespace ctl {
+
+struct ScriptReport {
+    QString path; // as it is shown
+    ast::ScriptCheckResult result;
+    QStringList lines; // of the source
+};
+
+// Checks a text. A text that memory does not suffice for fails, with a line in `error`.
+[[nodiscard]] bool checkText(const QString &path, const QString &text, ScriptReport *report,
+                             QString *error);
+
+[[nodiscard]] QJsonObject reportJson(const ScriptReport &report);
+
+// Each finding as "path:line:column: code text", with the line of the source and a caret below it.
+void printFindings(const Console &console, const ScriptReport &report);
+
+} // namespace ctl

@@ -1,0 +1,146 @@
+#include "quorvanectl/recovery/project_recovery.h"
+
+#include "update/files/file_copy.h"
+#include "update/files/file_operations.h"
+#include "update/files/zip_extract.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStorageInfo>
+#include <QTemporaryDir>
+
+namespace ctl {
+namespace {
+
+bool fail(const QString &text, QString *error) {
+    *error = text;
+    return false;
+}
+
+// A name beside `path` that is free.
+QString freeName(const QString &path, const QString &suffix) {
+    QString name = path + suffix;
+    for (int i = 2; QFileInfo::exists(name); ++i)
+        name = path + suffix + QStringLiteral("_%1").arg(i);
+    return name;
+}
+
+QString asideOf(const QString &path) {
+    return freeName(path, QStringLiteral(".set_aside_") + QDateTime::currentDateTimeUtc().toString(
+                                                              QStringLiteral("yyyyMMdd_HHmmss")));
+}
+
+bool onOneVolume(const QString &folder, const QString &target) {
+    return QStorageInfo(folder).rootPath() ==
+           QStorageInfo(QFileInfo(target).absolutePath()).rootPath();
+}
+
+// What lies at the target makes way, and comes back if the source cannot follow.
+bool swapIn(const QString &source, const QString &target, QString *keptAs, QString *error) {
+    const bool occupied = QFileInfo::exists(target);
+    const QString aside = asideOf(target);
+    if (occupied && !QDir().rename(target, aside))
+        return fail(QStringLiteral("cannot rename %1 to %2").arg(target, aside), error);
+    if (!QDir().rename(source, target)) {
+        if (occupied)
+            (void)QDir().rename(aside, target); // else it stays whole under the other name
+        return fail(QStringLiteral("cannot rename %1 to %2").arg(source, target), error);
+    }
+    if (occupied)
+        *keptAs = aside;
+    return true;
+}
+
+// A copy beside the target, proved to be one, that would outlive a power cut. One that was broken off
+// earlier is begun anew.
+bool copyBeside(const ProjectCopy &source, const QString &copy, QString *error) {
+    FolderContent copied;
+    if (!removeDirectory(copy, error) || !copyDirectory(source.folder, copy, error) ||
+        !readContent(copy, &copied, error))
+        return false;
+    if (!isSame(source.content, copied))
+        return fail(QStringLiteral("the copy differs from %1").arg(source.folder), error);
+    if (!flushVolume(copy))
+        return fail(QStringLiteral("cannot write %1").arg(copy), error);
+    const QString file = QDir(source.folder).relativeFilePath(source.projectFile);
+    return validatorErrors(QDir(copy).filePath(file)).isEmpty() ||
+           fail(QStringLiteral("the copy of %1 cannot run").arg(source.folder), error);
+}
+
+QString copyName(const QString &target) {
+    return target + QStringLiteral(".recovering");
+}
+
+bool putInPlace(const ProjectCopy &source, const QString &target, QString *keptAs, QString *error) {
+    if (onOneVolume(source.folder, target) && swapIn(source.folder, target, keptAs, error))
+        return true;
+    const QString copy = copyName(target);
+    return copyBeside(source, copy, error) && swapIn(copy, target, keptAs, error);
+}
+
+bool takeProjectFile(const QString &package, const ProjectCopy &project, QString *keptAs,
+                     QString *error) {
+    const QTemporaryDir place;
+    const QString unpacked = place.filePath(QStringLiteral("package"));
+    if (!place.isValid())
+        return fail(place.errorString(), error);
+    if (!extractZip(package, unpacked, error))
+        return false;
+    QFile source(
+        QDir(unpacked).filePath(QDir(project.folder).relativeFilePath(project.projectFile)));
+    const QString aside = asideOf(project.projectFile);
+    if (!QFile::copy(project.projectFile, aside))
+        return fail(QStringLiteral("cannot write %1").arg(aside), error);
+    QSaveFile target(project.projectFile);
+    if (!source.open(QIODevice::ReadOnly) || !target.open(QIODevice::WriteOnly) ||
+        target.write(source.readAll()) != source.size() ||
+        !target.flush() || // commit() does not look at what its own flush comes to
+        !target.commit())
+        return fail(QStringLiteral("cannot write %1").arg(project.projectFile), error);
+    *keptAs = aside;
+    return true;
+}
+
+// Under another name it is never again taken for what an update has left.
+void retire(const QString &folder, QStringList *done) {
+    if (folder.isEmpty() || !QFileInfo(folder).isDir())
+        return;
+    const QString retired = freeName(folder, QStringLiteral(".recovered"));
+    if (QDir().rename(folder, retired)) // else it is weighed again next time, with the same result
+        *done << retired;
+}
+
+} // namespace
+
+RecoveryResult recoverProject(const UpdateRemains &remains) {
+    RecoveryResult result;
+    const QString &target = remains.project.folder;
+    switch (remains.recovery) {
+    case Recovery::None:
+        result.ok = true;
+        break;
+    case Recovery::Backup:
+        result.ok = putInPlace(remains.backup, target, &result.keptAs, &result.error);
+        break;
+    case Recovery::Staging:
+        result.ok = putInPlace(remains.staging, target, &result.keptAs, &result.error);
+        break;
+    case Recovery::ProjectFile:
+        result.ok = takeProjectFile(remains.source, remains.project, &result.keptAs, &result.error);
+        break;
+    case Recovery::Impossible:
+        result.error = QStringLiteral("there is no whole copy of %1").arg(target);
+        break;
+    }
+    if (result.ok) {
+        retire(remains.backup.folder, &result.done);
+        retire(remains.staging.folder, &result.done);
+        (void)removeDirectory(copyName(target)); // of a recovery that was broken off
+    }
+    return result;
+}
+
+} // namespace ctl

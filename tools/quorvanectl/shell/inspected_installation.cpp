@@ -1,0 +1,49 @@
+#include "quorvanectl/shell/inspected_installation.h"
+
+#include "frame/app_paths.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
+
+namespace ctl {
+namespace {
+
+QString option() {
+    return QStringLiteral("install");
+}
+
+bool isProgramFolder(const QString &folder) {
+    return QFileInfo(folder + QStringLiteral("/config")).isDir();
+}
+
+} // namespace
+
+void declareInstall(QCommandLineParser &parser) {
+    parser.addOption({option(),
+                      QStringLiteral("The installation to look at, if not the one of this program. "
+                                     "Nothing in it is changed."),
+                      QStringLiteral("folder")});
+}
+
+bool inspectInstallation(const QCommandLineParser &parser, QString *error) {
+    if (parser.isSet(option()))
+        return inspectInstallation(parser.value(option()), error);
+    AppPaths::inspect(AppPaths::applicationDirectory());
+    return true;
+}
+
+bool inspectInstallation(const QString &folder, QString *error) {
+    const QString place = QDir(folder).absolutePath();
+    for (const QString &program : {place + QStringLiteral("/bin"), place}) {
+        if (isProgramFolder(program)) {
+            AppPaths::inspect(program);
+            return true;
+        }
+    }
+    *error = QStringLiteral("%1: no installation is there: it has no folder bin/config or config")
+                 .arg(folder);
+    return false;
+}
+
+} // namespace ctl

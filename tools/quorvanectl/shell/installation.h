@@ -1,0 +1,20 @@
+// The function library that scripts are read with.
+#pragma once
+
+#include "quorvanectl/shell/console.h"
+
+class QCommandLineParser;
+
+namespace ctl {
+
+// Adds --library.
+void declareLibrary(QCommandLineParser &parser);
+
+// The path of the FunctionLib.ini of the installation that this program lies in. Makes nothing.
+[[nodiscard]] QString installedLibraryPath();
+
+// Loads the file that --library names, else the one of the installation.
+[[nodiscard]] bool loadLibrary(const QCommandLineParser &parser, QString *error);
+[[nodiscard]] bool loadLibrary(const QString &path, QString *error);
+
+} // namespace ctl

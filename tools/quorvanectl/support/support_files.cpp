@@ -1,0 +1,183 @@
+#include "quorvanectl/support/support_files.h"
+
+#include "frame/app_paths.h"
+#include "launcher/offer/update_component.h"
+#include "quorvanectl/files/interruption.h"
+#include "update/files/text_file.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QStringList>
+#include <QSysInfo>
+
+#include <algorithm>
+
+namespace ctl {
+namespace {
+
+// The log only grows; its end tells what happened.
+constexpr qint64 longestLog = 32LL * 1024 * 1024; // bytes
+
+QString endOfLog(const QString &path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("(%1)\n").arg(file.errorString());
+    if (file.size() <= longestLog)
+        return QString::fromUtf8(file.readAll());
+    file.seek(file.size() - longestLog);
+    file.readLine(); // the first one is cut
+    return QStringLiteral("(the last %1 bytes of %2)\n")
+               .arg(QString::number(longestLog), QString::number(file.size())) +
+           QString::fromUtf8(file.readAll());
+}
+
+QString json(const QJsonObject &object) {
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Indented));
+}
+
+QString versions() {
+    QJsonObject told{
+        {QStringLiteral("collected"), QDateTime::currentDateTimeUtc().toString(Qt::ISODate)},
+        {QStringLiteral("quorvanectl"), QCoreApplication::applicationVersion()},
+        {QStringLiteral("qt"), QString::fromLatin1(qVersion())},
+        {QStringLiteral("system"), QSysInfo::prettyProductName()},
+        {QStringLiteral("kernel"), QSysInfo::kernelVersion()},
+        {QStringLiteral("processor"), QSysInfo::currentCpuArchitecture()}};
+    for (const UpdateComponent *component : updateComponents) {
+        const QString key = component->keyText();
+        told.insert(key, UpdateContext::currentComponentVersion(key));
+    }
+    return json(told);
+}
+
+// The rows of a statement, each its columns.
+QVector<QStringList> rows(const QSqlDatabase &database, const QString &statement, int columns) {
+    QVector<QStringList> found;
+    QSqlQuery query(database);
+    (void)query.exec(statement); // a table that is missing has no rows
+    while (query.next()) {
+        QStringList row;
+        for (int i = 0; i < columns; ++i)
+            row << query.value(i).toString();
+        found << row;
+    }
+    return found;
+}
+
+// The launcher's own keys and recent projects. Other programs may keep more in the same file.
+QJsonObject settingsIn(const QSqlDatabase &database) {
+    QJsonObject settings;
+    const QString values =
+        QStringLiteral("SELECT key, value FROM app_settings WHERE key IN ('default_project_path', "
+                       "'ui/locale', 'update/online_skipped_version_fingerprint', "
+                       "'update/online_skipped_at')");
+    for (const QStringList &row : rows(database, values, 2))
+        settings.insert(row.at(0), row.at(1));
+    QJsonArray recent;
+    const QString projects = QStringLiteral("SELECT yslib_path, display_name, last_opened FROM "
+                                            "recent_projects ORDER BY last_opened DESC");
+    for (const QStringList &row : rows(database, projects, 3))
+        recent << QJsonArray::fromStringList(row);
+    settings.insert(QStringLiteral("recent_projects"), recent);
+    return settings;
+}
+
+QString settings(const QString &databasePath) {
+    const QString connection = QStringLiteral("quorvanectl");
+    QJsonObject found;
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
+        database.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        database.setDatabaseName(databasePath);
+        if (database.open())
+            found = settingsIn(database);
+        else
+            found.insert(QStringLiteral("error"), database.lastError().text());
+    }
+    QSqlDatabase::removeDatabase(connection);
+    return json(found);
+}
+
+QString listedLine(const QString &folder, const QString &name) {
+    const QFileInfo info(folder + QLatin1Char('/') + name);
+    QString error;
+    const QString hash = info.isSymLink() ? QStringLiteral("link to ") + info.symLinkTarget()
+                                          : fileSha256Hex(info.filePath(), &error);
+    return QStringLiteral("%1 %2 %3  %4\n")
+        .arg(hash.isEmpty() ? QLatin1Char('(') + error + QLatin1Char(')') : hash,
+             QString::number(info.size()).rightJustified(12),
+             info.lastModified().toUTC().toString(Qt::ISODate), name);
+}
+
+// Each file with hash, size and time. Names only: what is in the files stays where it is.
+QString listing(const QString &title, const QString &folder) {
+    QStringList names;
+    QDirIterator files(folder, QDir::Files | QDir::Hidden | QDir::System,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext())
+        names << QDir(folder).relativeFilePath(files.next());
+    std::sort(names.begin(), names.end());
+    QString text = QStringLiteral("%1: %2\n").arg(title, folder);
+    for (const QString &name : qAsConst(names)) {
+        if (interrupted())
+            break;
+        text += listedLine(folder, name);
+    }
+    return text;
+}
+
+QString installation() {
+    const QString program = AppPaths::applicationDirectory();
+    QString text = listing(QStringLiteral("Installation"), program);
+    const QString root = AppPaths::installRoot();
+    for (const char *const part : {"Runtime", "python"}) {
+        const QString folder = root + QLatin1Char('/') + QLatin1String(part);
+        if (QFileInfo(folder).isDir() && folder != program)
+            text += listing(QLatin1String(part), folder);
+    }
+    return text;
+}
+
+} // namespace
+
+QString withoutHomePaths(QString text) {
+    QStringList homes{QDir::homePath(), QFileInfo(QDir::homePath()).canonicalFilePath()};
+    for (const QString &home : qAsConst(homes)) {
+        if (home.size() > 1) // a program of the system may have "/" for its home
+            text.replace(QRegularExpression(QRegularExpression::escape(home) +
+                                            QStringLiteral("(?![\\w.-])")),
+                         QStringLiteral("~"));
+    }
+    // A folder's name ends with its separator; blanks may be in it only before one.
+    static const QRegularExpression elsewhere(
+        QStringLiteral("(?:/home/|/Users/|[A-Za-z]:[/\\\\]+Users[/\\\\]+)"
+                       "(?:[^/\\\\\r\n\"<>|:*?]+(?=[/\\\\])|[^/\\\\\\s\"<>|:*?]+)"));
+    return text.replace(elsewhere, QStringLiteral("~"));
+}
+
+QVector<SupportFile> supportFiles(const SupportSources &sources) {
+    const QString projects = AppPaths::userDirectory() + QStringLiteral("/projects");
+    const QVector<QPair<QString, QString>> texts{
+        {QStringLiteral("launcher.log"), endOfLog(sources.data + QStringLiteral("/launcher.log"))},
+        {QStringLiteral("versions.json"), versions()},
+        {QStringLiteral("settings.json"), settings(sources.data + QStringLiteral("/Quorvane.db"))},
+        {QStringLiteral("installation.txt"), installation()},
+        {QStringLiteral("projects.txt"), listing(QStringLiteral("Projects"), projects)},
+        {QStringLiteral("data.txt"), listing(QStringLiteral("Data"), sources.data)}};
+    QVector<SupportFile> files;
+    for (const auto &[name, text] : texts)
+        files.append({name, (sources.keepHomePaths ? text : withoutHomePaths(text)).toUtf8()});
+    return files;
+}
+
+} // namespace ctl
