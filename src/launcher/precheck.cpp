@@ -3,16 +3,15 @@
 
 #include "frame/app_paths.h"
 #include "project/project_validator.h"
+#include "update/files/failure.h"
 
 #include <QDir>
 #include <QFileInfo>
 
 bool LauncherService::runPrecheck(QString *error) const {
     const auto refuse = [error](const QString &text) {
-        if (error)
-            *error = text;
         appendLaunchLog(text);
-        return false;
+        return fail(text, error);
     };
     const QString log = AppPaths::launchLogPath();
     if (!QFileInfo::exists(projectPath))
@@ -40,7 +39,5 @@ bool LauncherService::checkCorePlugin(QString *error) {
         QDir(AppPaths::pluginsDirectory()).filePath(QStringLiteral("CoreOperators.dll"));
     if (QFileInfo::exists(plugin))
         return true;
-    if (error)
-        *error = QStringLiteral("Core plugin missing: %1").arg(plugin);
-    return false;
+    return fail(QStringLiteral("Core plugin missing: %1").arg(plugin), error);
 }

@@ -213,3 +213,11 @@ void LauncherService::resumeAfterCheck() {
     if (state == State::UpdateCheck)
         setState(State::RepairMode);
 }
+
+UpdateChoices LauncherService::updateChoices() const {
+    if (!updateAvailable) {
+        const UpdateChoice refused{false, tr("当前没有可应用的已验证更新。")};
+        return {refused, refused, refused, refused, refused};
+    }
+    return choices();
+}

@@ -1,5 +1,6 @@
 #include "update/http_fetch.h"
 
+#include "update/files/failure.h"
 #include "update/files/text_file.h"
 #include "update/https_fallback.h"
 
@@ -17,10 +18,6 @@ namespace {
 const int cancelPollMs = 100;
 const int downloadTimeoutMs = 120000;
 const int downloadRedirects = 8;
-
-bool isCancelled(const CancelFlag *cancelFlag) {
-    return cancelFlag != nullptr && cancelFlag->load(std::memory_order_relaxed) != 0;
-}
 
 QString cancelledText() {
     return QStringLiteral("cancelled");
@@ -155,12 +152,6 @@ bool runHop(QUrl *current, bool mayRedirect, int timeoutMs, const CancelFlag *ca
         return succeedWithBody(result);
     const QString failure = failureText(*reply, *current, result->statusCode);
     return fallBack(*current, timeoutMs, result) ? false : endWith(failure, result);
-}
-
-bool fail(const QString &text, QString *error) {
-    if (error != nullptr)
-        *error = text;
-    return false;
 }
 
 bool writeBody(const QByteArray &body, const QString &path, QString *error) {

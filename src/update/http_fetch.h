@@ -6,17 +6,14 @@
 // https_fallback.h): it may know a proxy or a certificate that the library does not.
 #pragma once
 
+#include "update/files/cancel_flag.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QUrl>
 
-#include <atomic>
-
 class QEventLoop;
 class QNetworkReply;
-
-// Set to a non-zero value by another thread to cancel a call; read with relaxed loads.
-using CancelFlag = std::atomic<qint32>;
 
 // What a byte array can hold: a larger body is refused.
 const qint64 largestDownload = 0x7FFFFF00; // bytes

@@ -1,4 +1,5 @@
 #include "update/https_fallback.h"
+#include "update/files/failure.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,12 +13,6 @@ namespace {
 
 const int graceMs = 5000; // beyond the client's own limit
 const int killMs = 30000; // for a killed client to be gone
-
-bool fail(const QString &text, QString *error) {
-    if (error != nullptr)
-        *error = text;
-    return false;
-}
 
 // Deletes the client's file on every way out.
 struct TargetFile {

@@ -2,11 +2,13 @@
 //
 // The launcher neither waits for an installer nor records its outcome: once it has finished, the
 // installer itself writes its version to config/release_version.json.
-#include "launcher/launcher_service.h"
 #include "launcher/offer/update_component.h"
+#include "launcher/offer/update_context.h"
 
 #include "frame/app_paths.h"
 #include "frame/launch_log.h"
+#include "update/files/failure.h"
+#include "update/http_fetch.h"
 #include "update/manifest_signature.h"
 
 #include <QDir>
@@ -47,13 +49,13 @@ bool makePresent(const Installer &installer, bool fromUsb, const CancelFlag *can
     QString error;
     if (!fromUsb && installer.hasName && !QFileInfo::exists(installer.path) &&
         !downloadToFile(installer.url, installer.path, &error, cancelRef)) {
-        *why = LauncherService::tr("%1 安装包下载失败（%2），将继续使用当前版本。")
+        *why = UpdateContext::tr("%1 安装包下载失败（%2），将继续使用当前版本。")
                    .arg(installer.label, error);
         return false;
     }
     if (QFileInfo(installer.path).isFile())
         return true;
-    *why = LauncherService::tr("%1 安装包不存在：%2，将继续使用当前版本。")
+    *why = UpdateContext::tr("%1 安装包不存在：%2，将继续使用当前版本。")
                .arg(installer.label, installer.path);
     return false;
 }
@@ -67,20 +69,20 @@ bool passesCheck(const Installer &installer, const QString &sha256, const Cancel
     if (installer.url.isValid()) {
         QString error;
         if (!downloadToFile(installer.url, installer.path, &error, cancelRef)) {
-            *why = LauncherService::tr("%1 安装包校验失败且重下失败（校验：%2；重下：%3），"
-                                       "将继续使用当前版本。")
+            *why = UpdateContext::tr("%1 安装包校验失败且重下失败（校验：%2；重下：%3），"
+                                     "将继续使用当前版本。")
                        .arg(installer.label, check.message, error);
             return false;
         }
         check = verifyFileSha256(installer.path, sha256);
         if (check.ok) {
             appendLaunchLog(
-                LauncherService::tr("%1 安装包缓存命中但校验不一致，已自动重下并通过校验：%2")
+                UpdateContext::tr("%1 安装包缓存命中但校验不一致，已自动重下并通过校验：%2")
                     .arg(installer.label, installer.path));
             return true;
         }
     }
-    *why = LauncherService::tr("%1 安装包校验失败（%2），将继续使用当前版本。")
+    *why = UpdateContext::tr("%1 安装包校验失败（%2），将继续使用当前版本。")
                .arg(installer.label, check.message);
     return false;
 }
@@ -125,8 +127,7 @@ ComponentSetupResult UpdateContext::runComponentSetup() const {
 QString UpdateContext::setupComponent(const QJsonObject &record, const QString &label,
                                       bool autoStart, QString *error) const {
     const auto leaveOut = [error](const QString &why) {
-        if (error)
-            *error = why;
+        fail(why, error);
         return QString();
     };
     const auto report = [](const QString &line) {
@@ -147,14 +148,14 @@ QString UpdateContext::setupComponent(const QJsonObject &record, const QString &
         return leaveOut(report(why));
     if (!autoStart) {
         return report(
-            LauncherService::tr("%1 安装包已就绪：%2（请在关闭 Launcher 后手动执行该安装包）")
+            UpdateContext::tr("%1 安装包已就绪：%2（请在关闭 Launcher 后手动执行该安装包）")
                 .arg(label, installer.path));
     }
     if (!startInstaller(installer)) {
-        return leaveOut(report(LauncherService::tr("%1 安装包启动失败：%2，请稍后手动执行。")
+        return leaveOut(report(UpdateContext::tr("%1 安装包启动失败：%2，请稍后手动执行。")
                                    .arg(label, installer.path)));
     }
     return report(
-        LauncherService::tr("%1 安装包已自动启动：%2（组件版本将在安装程序完成后写入本地配置）")
+        UpdateContext::tr("%1 安装包已自动启动：%2（组件版本将在安装程序完成后写入本地配置）")
             .arg(label, installer.path));
 }

@@ -1,6 +1,6 @@
 // Which versions are installed, and what a manifest offers beyond them.
-#include "launcher/launcher_service.h"
 #include "launcher/offer/update_component.h"
+#include "launcher/offer/update_context.h"
 
 #include "frame/app_paths.h"
 #include "frame/launch_log.h"
@@ -57,7 +57,7 @@ QString versionInFiles(const QString &key) {
 }
 
 QString orUnknown(const QString &version) {
-    return version.isEmpty() ? LauncherService::tr("未知") : version;
+    return version.isEmpty() ? UpdateContext::tr("未知") : version;
 }
 
 // A folder of that name is no package.
@@ -92,7 +92,7 @@ QString UpdateContext::currentLauncherVersion() {
 }
 
 QString UpdateContext::versionSummary() {
-    return LauncherService::tr("版本：Launcher %1 / Runtime %2 / Editor %3")
+    return UpdateContext::tr("版本：Launcher %1 / Runtime %2 / Editor %3")
         .arg(orUnknown(currentLauncherVersion()),
              orUnknown(currentComponentVersion(runtimeComponent.keyText())),
              orUnknown(currentComponentVersion(editorComponent.keyText())));
@@ -108,38 +108,38 @@ bool UpdateContext::isComponentEligible(const QString &key, const QString &label
                                         const QString &baseLocation, QString *reason) {
     const QString setupUrl = text(record, "setupUrl");
     if (setupUrl.trimmed().isEmpty())
-        return answer(false, LauncherService::tr("%1 未提供 setupUrl。").arg(label), reason);
+        return answer(false, UpdateContext::tr("%1 未提供 setupUrl。").arg(label), reason);
     const QString package = QDir(baseLocation).filePath(setupUrl);
     if (fromUsb && packageMissing(package))
-        return answer(false, LauncherService::tr("%1 安装包缺失：%2").arg(label, package), reason);
+        return answer(false, UpdateContext::tr("%1 安装包缺失：%2").arg(label, package), reason);
 
     const QString current = currentComponentVersion(key);
     const QString target = targetComponentVersion(record);
     if (target.isEmpty())
         return answer(
             false,
-            LauncherService::tr(
+            UpdateContext::tr(
                 "%1 缺少可识别的目标版本（manifest 未提供 version 且 setupUrl 无版本号）。")
                 .arg(label),
             reason);
     if (!current.isEmpty() && compareVersions(current, target) >= 0)
         return answer(false,
-                      LauncherService::tr("目标版本 %1 不高于当前版本 %2。").arg(target, current),
+                      UpdateContext::tr("目标版本 %1 不高于当前版本 %2。").arg(target, current),
                       reason);
     const QString minimum = text(record, "minVersion");
     if (!minimum.trimmed().isEmpty() && !current.isEmpty() && compareVersions(current, minimum) < 0)
-        return answer(false,
-                      LauncherService::tr("当前版本 %1 低于该更新包最小可更新版本 %2。")
-                          .arg(current, minimum),
-                      reason);
-    const QString from = current.isEmpty() ? LauncherService::tr("未知版本") : current;
-    return answer(true, LauncherService::tr("可从 %1 更新到 %2。").arg(from, target), reason);
+        return answer(
+            false,
+            UpdateContext::tr("当前版本 %1 低于该更新包最小可更新版本 %2。").arg(current, minimum),
+            reason);
+    const QString from = current.isEmpty() ? UpdateContext::tr("未知版本") : current;
+    return answer(true, UpdateContext::tr("可从 %1 更新到 %2。").arg(from, target), reason);
 }
 
 bool UpdateContext::isProjectEligible(QString *reason) const {
     const QJsonObject &entry = snapshot.projectEntry;
     if (entry.isEmpty())
-        return answer(false, LauncherService::tr("manifest 未提供可更新的项目记录。"), reason);
+        return answer(false, UpdateContext::tr("manifest 未提供可更新的项目记录。"), reason);
     const QString remote = normalizeVersion(text(entry, "version"));
     const QString local = normalizeVersion(installedProjectVersion(projectPath));
     if (!remote.isEmpty() && local.isEmpty()) {
@@ -153,20 +153,20 @@ bool UpdateContext::isProjectEligible(QString *reason) const {
         if (compared >= 0)
             return answer(
                 false,
-                LauncherService::tr("当前项目版本 %1 已不低于更新版本 %2。").arg(local, remote),
+                UpdateContext::tr("当前项目版本 %1 已不低于更新版本 %2。").arg(local, remote),
                 reason);
     }
     const QString zipUrl = text(entry, "zipUrl");
     if (zipUrl.trimmed().isEmpty())
-        return answer(false, LauncherService::tr("项目记录缺少 zipUrl。"), reason);
+        return answer(false, UpdateContext::tr("项目记录缺少 zipUrl。"), reason);
     if (text(entry, "zipSha256").trimmed().isEmpty())
-        return answer(false, LauncherService::tr("项目记录缺少 zipSha256。"), reason);
+        return answer(false, UpdateContext::tr("项目记录缺少 zipSha256。"), reason);
     const QString package = QDir(snapshot.baseLocation).filePath(zipUrl);
     if (snapshot.fromUsb && packageMissing(package))
-        return answer(false, LauncherService::tr("项目更新包缺失：%1").arg(package), reason);
+        return answer(false, UpdateContext::tr("项目更新包缺失：%1").arg(package), reason);
     return answer(true,
-                  LauncherService::tr("可更新到 %1。")
-                      .arg(remote.isEmpty() ? LauncherService::tr("新版本") : remote),
+                  UpdateContext::tr("可更新到 %1。")
+                      .arg(remote.isEmpty() ? UpdateContext::tr("新版本") : remote),
                   reason);
 }
 
@@ -212,14 +212,6 @@ QString UpdateContext::onlineUpdateItems() const {
                            targetComponentVersion(snapshot.*(component->record));
     }
     return offered.join(QStringLiteral(", "));
-}
-
-UpdateChoices LauncherService::updateChoices() const {
-    if (!updateAvailable) {
-        const UpdateChoice refused{false, tr("当前没有可应用的已验证更新。")};
-        return {refused, refused, refused, refused, refused};
-    }
-    return choices();
 }
 
 UpdateChoices UpdateContext::choices() const {

@@ -1,5 +1,5 @@
 // Plug-ins that a manifest expects. What is wrong with them only warns.
-#include "launcher/launcher_service.h"
+#include "launcher/offer/update_context.h"
 
 #include "frame/app_paths.h"
 #include "update/files/file_version.h"
@@ -37,10 +37,10 @@ QString warningAbout(const QString &id, const QString &minimum, const QStringLis
         const QString version = minimum.isEmpty() ? QString() : fileVersionText(file);
         if (version.isEmpty() || compareVersions(version, minimum) >= 0)
             return QString();
-        return LauncherService::tr("插件 %1 版本 %2 低于 manifest 要求 %3（仅警告，不拦截）。")
+        return UpdateContext::tr("插件 %1 版本 %2 低于 manifest 要求 %3（仅警告，不拦截）。")
             .arg(id, version, minimum);
     }
-    return LauncherService::tr("插件 %1 缺失：%2（仅警告，不拦截）。").arg(id, places.first());
+    return UpdateContext::tr("插件 %1 缺失：%2（仅警告，不拦截）。").arg(id, places.first());
 }
 
 } // namespace

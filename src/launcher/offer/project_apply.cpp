@@ -1,12 +1,14 @@
 #include "launcher/offer/project_apply.h"
 
 #include "frame/app_paths.h"
-#include "launcher/launcher_service.h"
+#include "launcher/offer/project_location.h"
 #include "project/project_file.h"
 #include "project/project_validator.h"
+#include "update/files/failure.h"
 #include "update/files/file_operations.h"
 #include "update/files/work_lock.h"
 #include "update/files/zip_extract.h"
+#include "update/http_fetch.h"
 #include "update/manifest_signature.h"
 
 #include <QDateTime>
@@ -70,8 +72,7 @@ bool ProjectApply::fail(const QString &message, const QString &errorClass) {
 }
 
 bool ProjectApply::goesOn() {
-    const bool cancelled = cancelRef && cancelRef->load(std::memory_order_relaxed) != 0;
-    return !cancelled || fail(cancelledText(), cancelledText());
+    return !isCancelled(cancelRef) || fail(cancelledText(), cancelledText());
 }
 
 // A second time, at the moment of use.
@@ -130,7 +131,7 @@ bool ProjectApply::validate() {
 }
 
 bool ProjectApply::replace(const QElapsedTimer &clock) {
-    const QString normalized = LauncherService::normalizeProjectPath(projectPath);
+    const QString normalized = normalizedProjectPath(projectPath);
     const QString project = normalized.isEmpty() ? projectPath : normalized;
     // Without a project there is no folder to replace, and replaceDirectory refuses.
     const QString target = project.isEmpty() ? QString() : QFileInfo(project).absolutePath();
@@ -183,18 +184,13 @@ ApplyResult applyProjectUpdate(const UpdateSnapshot &snapshot, const QString &pr
 
 bool resolveUpdateZip(const UpdateSnapshot &snapshot, QString *zipPath, QString *error,
                       const CancelFlag *cancelRef) {
-    const auto fail = [error](const QString &text) {
-        if (error)
-            *error = text;
-        return false;
-    };
-    if (cancelRef && cancelRef->load(std::memory_order_relaxed) != 0)
-        return fail(cancelledText());
+    if (isCancelled(cancelRef))
+        return fail(cancelledText(), error);
     const QString zipUrl = snapshot.projectEntry.value(QLatin1String("zipUrl")).toString();
     if (zipUrl.isEmpty())
-        return fail(QStringLiteral("zipUrl is empty"));
+        return fail(QStringLiteral("zipUrl is empty"), error);
     const auto notFound = [&] {
-        return fail(QStringLiteral("update zip not found: %1").arg(*zipPath));
+        return fail(QStringLiteral("update zip not found: %1").arg(*zipPath), error);
     };
     if (snapshot.fromUsb) {
         *zipPath = QDir(snapshot.baseLocation).filePath(zipUrl);

@@ -1,14 +1,16 @@
 // The update check: a manifest is found, proved genuine, and weighed for this project and this
 // installation. No failure of it stops the launch.
-#include "launcher/launcher_service.h"
 #include "launcher/offer/update_component.h"
+#include "launcher/offer/update_context.h"
 
 #include "frame/app_paths.h"
 #include "frame/launch_log.h"
 #include "project/project_file.h"
 #include "update/default_manifest_url.h"
+#include "update/files/failure.h"
 #include "update/files/text_file.h"
 #include "update/files/version_text.h"
+#include "update/http_fetch.h"
 #include "update/manifest_signature.h"
 
 #include <QDir>
@@ -23,10 +25,9 @@ namespace {
 constexpr int manifestTimeoutMs = 3000; // a hop
 constexpr int manifestRedirects = 8;
 
-bool refuse(const QString &why, QString *summary) {
-    *summary = why;
+bool logRefusal(const QString &why, QString *summary) {
     appendLaunchLog(why);
-    return false;
+    return fail(why, summary);
 }
 
 // The runtime has a lowest version of its own, besides the one that its update demands.
@@ -35,7 +36,7 @@ QStringList collectWarnings(const UpdateSnapshot &snapshot) {
     const QString minimum = snapshot.runtimeEntry.value(QLatin1String("minVersion")).toString();
     const QString current = UpdateContext::currentComponentVersion(runtimeComponent.keyText());
     if (!minimum.isEmpty() && !current.isEmpty() && compareVersions(current, minimum) < 0)
-        warnings << LauncherService::tr("Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。")
+        warnings << UpdateContext::tr("Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。")
                         .arg(current, minimum);
     return warnings + UpdateContext::collectPluginWarnings(snapshot.plugins);
 }
@@ -57,10 +58,10 @@ bool UpdateContext::runUpdateCheck(const QString &stickManifest, QString *summar
         QString error;
         text = fetchOnlineManifest(&error);
         if (!error.isEmpty())
-            return refuse(LauncherService::tr("在线更新不可用（%1）。可使用 U 盘更新："
-                                              "QuorvanerUpdate/manifest.json。")
-                              .arg(error),
-                          summary);
+            return logRefusal(UpdateContext::tr("在线更新不可用（%1）。可使用 U 盘更新："
+                                                "QuorvanerUpdate/manifest.json。")
+                                  .arg(error),
+                              summary);
     }
     return weighManifest(text, summary);
 }
@@ -72,18 +73,18 @@ bool UpdateContext::weighOnlineManifest(const QUrl &url, const QByteArray &body,
 
 bool UpdateContext::weighManifest(const QString &text, QString *summary) {
     if (text.isEmpty()) {
-        *summary = LauncherService::tr("未找到更新 manifest，将继续使用当前版本。");
+        *summary = UpdateContext::tr("未找到更新 manifest，将继续使用当前版本。");
         return false;
     }
     // A stick that carries a manifest which proves false does not lead to the network.
     const VerifyResult proof = verifyManifest(text);
     if (!proof.ok)
-        return refuse(LauncherService::tr("更新被拒绝：%1（source=%2）。将继续使用当前版本。")
-                          .arg(proof.message, snapshot.source),
-                      summary);
+        return logRefusal(UpdateContext::tr("更新被拒绝：%1（source=%2）。将继续使用当前版本。")
+                              .arg(proof.message, snapshot.source),
+                          summary);
     const QJsonDocument manifest = QJsonDocument::fromJson(text.toUtf8());
     if (!manifest.isObject()) {
-        *summary = LauncherService::tr("更新 manifest 解析失败，将继续使用当前版本。");
+        *summary = UpdateContext::tr("更新 manifest 解析失败，将继续使用当前版本。");
         return false;
     }
     snapshot.manifestText = text;
@@ -98,7 +99,7 @@ QString UpdateContext::readStickManifest(const QString &path) {
     const QString text = readTextFile(path, &error);
     if (text.isEmpty()) {
         appendLaunchLog(
-            LauncherService::tr("U 盘 manifest 无法读取，尝试在线更新：%1 (%2)").arg(path, error));
+            UpdateContext::tr("U 盘 manifest 无法读取，尝试在线更新：%1 (%2)").arg(path, error));
         return QString();
     }
     snapshot.source = path;
@@ -107,9 +108,9 @@ QString UpdateContext::readStickManifest(const QString &path) {
     const QString hash = fileSha256Hex(path, &error);
     appendLaunchLog(
         hash.isEmpty()
-            ? LauncherService::tr("已读取 U 盘 manifest：%1（文件 SHA256 计算失败：%2）")
+            ? UpdateContext::tr("已读取 U 盘 manifest：%1（文件 SHA256 计算失败：%2）")
                   .arg(path, error)
-            : LauncherService::tr("已读取 U 盘 manifest：%1（file_sha256=%2）").arg(path, hash));
+            : UpdateContext::tr("已读取 U 盘 manifest：%1（file_sha256=%2）").arg(path, hash));
     return text;
 }
 
@@ -132,7 +133,7 @@ QString UpdateContext::takeOnlineManifest(const QUrl &url, const QByteArray &bod
     snapshot.source = url.toString();
     snapshot.baseLocation = url.toString(QUrl::RemoveFilename);
     snapshot.fromUsb = false;
-    appendLaunchLog(LauncherService::tr("已读取在线 manifest：%1").arg(snapshot.source));
+    appendLaunchLog(UpdateContext::tr("已读取在线 manifest：%1").arg(snapshot.source));
     return QString::fromUtf8(body.constData(), body.size());
 }
 
@@ -148,9 +149,9 @@ bool UpdateContext::evaluateManifest(const QJsonObject &root, QString *summary) 
     if (weighProject(root.value(QLatin1String("projects")).toArray(), &projectReason)) {
         const QString version = snapshot.projectEntry.value(QLatin1String("version")).toString();
         offers << QStringLiteral("Project -> %1")
-                      .arg(version.isEmpty() ? LauncherService::tr("新版本") : version);
+                      .arg(version.isEmpty() ? UpdateContext::tr("新版本") : version);
     }
-    refusals << LauncherService::tr("项目：%1").arg(projectReason);
+    refusals << UpdateContext::tr("项目：%1").arg(projectReason);
     for (const UpdateComponent *component : updateComponents) {
         QString reason;
         if (component->eligible(snapshot, &reason))
@@ -158,10 +159,10 @@ bool UpdateContext::evaluateManifest(const QJsonObject &root, QString *summary) 
                           .arg(component->labelText(),
                                targetComponentVersion(snapshot.*(component->record)));
         if (!reason.isEmpty())
-            refusals << LauncherService::tr("%1：%2").arg(component->labelText(), reason);
+            refusals << UpdateContext::tr("%1：%2").arg(component->labelText(), reason);
     }
     const QStringList lines =
-        offers.isEmpty() ? QStringList(LauncherService::tr("未检测到高于当前版本的可用更新。")) +
+        offers.isEmpty() ? QStringList(UpdateContext::tr("未检测到高于当前版本的可用更新。")) +
                                refusals + warnings
                          : offerLines(offers, warnings);
     *summary = lines.join(QLatin1Char('\n'));
@@ -182,7 +183,7 @@ bool UpdateContext::weighProject(const QJsonArray &projects, QString *reason) {
     snapshot.projectEntry = QJsonObject();
     const auto found = std::find_if(projects.begin(), projects.end(), matches);
     if (found == projects.end()) {
-        *reason = LauncherService::tr("未找到与当前项目匹配的项目记录（%1）。").arg(projectName);
+        *reason = UpdateContext::tr("未找到与当前项目匹配的项目记录（%1）。").arg(projectName);
         return false;
     }
     snapshot.projectEntry = (*found).toObject();
@@ -194,16 +195,16 @@ bool UpdateContext::weighProject(const QJsonArray &projects, QString *reason) {
 
 QStringList UpdateContext::offerLines(const QStringList &offers,
                                       const QStringList &warnings) const {
-    QStringList lines{LauncherService::tr("已验证的更新可用（来源：%1）。").arg(snapshot.source)};
+    QStringList lines{UpdateContext::tr("已验证的更新可用（来源：%1）。").arg(snapshot.source)};
     const QString installed =
         projectPath.isEmpty() ? QString() : installedProjectVersion(projectPath);
     if (!installed.isEmpty())
-        lines << LauncherService::tr("当前项目版本：%1（%2）").arg(installed, projectPath);
-    lines << LauncherService::tr("可更新项：%1").arg(offers.join(QStringLiteral(", ")));
+        lines << UpdateContext::tr("当前项目版本：%1（%2）").arg(installed, projectPath);
+    lines << UpdateContext::tr("可更新项：%1").arg(offers.join(QStringLiteral(", ")));
     lines << warnings;
     lines << (snapshot.fromUsb
-                  ? LauncherService::tr("检测到离线更新包，可在主界面选择「立即更新」或继续启动。")
-                  : LauncherService::tr(
+                  ? UpdateContext::tr("检测到离线更新包，可在主界面选择「立即更新」或继续启动。")
+                  : UpdateContext::tr(
                         "发现在线更新，可在主界面选择「立即更新」「稍后提醒」或「跳过此版本」。"));
     return lines;
 }

@@ -5,9 +5,10 @@
 // `cancelRef`.
 #pragma once
 
-#include "update/http_fetch.h"
+#include "update/files/cancel_flag.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
@@ -88,9 +89,7 @@ struct UpdateContext {
     const CancelFlag *cancelRef = nullptr; // null: cannot be cancelled
 
     // True when the user asked to cancel.
-    [[nodiscard]] bool cancelRequested() const {
-        return cancelRef && cancelRef->load(std::memory_order_relaxed) != 0;
-    }
+    [[nodiscard]] bool cancelRequested() const { return isCancelled(cancelRef); }
 
     // --- What is installed. Read anew at each call, so a finished installer shows at once --------
 
@@ -168,4 +167,7 @@ private:
     [[nodiscard]] bool weighManifest(const QString &text, QString *summary);
     [[nodiscard]] QStringList offerLines(const QStringList &offers,
                                          const QStringList &warnings) const;
+
+    // Public: the texts of the whole room stand in the context of the service that shows them.
+    Q_DECLARE_TR_FUNCTIONS(LauncherService)
 };

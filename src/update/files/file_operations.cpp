@@ -1,6 +1,7 @@
 #include "update/files/file_operations.h"
 
 #include "frame/qt_compat.h"
+#include "update/files/failure.h"
 #include "update/files/file_copy.h"
 #include "update/files/text_file.h"
 
@@ -15,12 +16,6 @@
 #include <filesystem>
 
 namespace {
-
-bool fail(const QString &text, QString *error) {
-    if (error != nullptr)
-        *error = text;
-    return false;
-}
 
 bool isFolder(const QString &path) {
     return !path.isEmpty() && QFileInfo(path).isDir();

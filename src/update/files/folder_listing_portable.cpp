@@ -1,18 +1,9 @@
+#include "update/files/failure.h"
 #include "update/files/file_operations.h"
 
 #include <filesystem>
 #include <string>
 #include <system_error>
-
-namespace {
-
-bool fail(const QString &path, QString *unreadable) {
-    if (unreadable != nullptr)
-        *unreadable = path;
-    return false;
-}
-
-} // namespace
 
 bool listFolder(const QString &folder, QFileInfoList *entries, QString *unreadable) {
     namespace fs = std::filesystem;

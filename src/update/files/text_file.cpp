@@ -1,5 +1,6 @@
 #include "update/files/text_file.h"
 
+#include "update/files/failure.h"
 #include "update/files/memory_guard.h"
 
 #include <QCryptographicHash>
@@ -15,12 +16,6 @@ namespace {
 
 const int hashPiece = 1048576; // bytes
 
-bool refuse(const QString &reason, QString *error) {
-    if (error != nullptr)
-        *error = reason;
-    return false;
-}
-
 // Opening a pipe would wait for its other end, and a device might never end. What is missing, and a
 // folder, the file itself refuses.
 bool isPipeOrDevice(const QString &path) {
@@ -30,8 +25,8 @@ bool isPipeOrDevice(const QString &path) {
 
 bool openFile(QFile &file, QIODevice::OpenMode mode, QString *error) {
     if (isPipeOrDevice(file.fileName()))
-        return refuse(QStringLiteral("not a regular file"), error);
-    return file.open(mode) || refuse(file.errorString(), error);
+        return fail(QStringLiteral("not a regular file"), error);
+    return file.open(mode) || fail(file.errorString(), error);
 }
 
 // Given the size, the decoder neither stops at a NUL nor makes a null text of no bytes.
@@ -66,7 +61,7 @@ QString readTextFile(const QString &path, QString *error) {
     const QString text = unlessOutOfMemory([&] { return readOpenFile(file); }, QString());
     if (text.isNull()) {
         const bool told = file.error() != QFileDevice::NoError;
-        refuse(told ? file.errorString() : qt_error_string(ENOMEM), error);
+        fail(told ? file.errorString() : qt_error_string(ENOMEM), error);
     }
     return text;
 }
@@ -87,7 +82,7 @@ bool ensureParentDir(const QString &filePath, QString *error) {
     const QString folder = QFileInfo(filePath).absolutePath();
     if (folder.isEmpty() || QDir().mkpath(folder))
         return true;
-    return refuse(QStringLiteral("unable to create directory: %1").arg(folder), error);
+    return fail(QStringLiteral("unable to create directory: %1").arg(folder), error);
 }
 
 QString fileSha256Hex(const QString &path, QString *error) {
@@ -100,7 +95,7 @@ QString fileSha256Hex(const QString &path, QString *error) {
     while ((got = file.read(piece.data(), piece.size())) > 0)
         hash.addData(piece.constData(), static_cast<int>(got));
     if (got < 0) {
-        refuse(file.errorString(), error);
+        fail(file.errorString(), error);
         return QString();
     }
     return QString::fromLatin1(hash.result().toHex());

@@ -1,4 +1,5 @@
 #include "update/files/zip_extract.h"
+#include "update/files/failure.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -9,12 +10,6 @@ namespace {
 
 const int extractLimitMs = 120000;
 const int killMs = 30000; // for a killed program to be gone
-
-bool fail(const QString &text, QString *error) {
-    if (error != nullptr)
-        *error = text;
-    return false;
-}
 
 } // namespace
 

@@ -2,6 +2,7 @@
 // ever takes effect.
 #include "update/files/zip_extract.h"
 
+#include "update/files/failure.h"
 #include "update/files/zip_names.h"
 
 #include <QDeadlineTimer>
@@ -48,12 +49,6 @@ private:
     locale_t locale;
     locale_t before = nullptr;
 };
-
-bool fail(const QString &text, QString *error) {
-    if (error != nullptr)
-        *error = text;
-    return false;
-}
 
 bool failReading(archive *reader, QString *error) {
     const char *const text = archive_error_string(reader);

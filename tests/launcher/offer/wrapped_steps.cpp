@@ -21,7 +21,7 @@ QUORVANE_WRAP(bool, extractZip, "_Z10extractZipRK7QStringS1_PS_", const QString 
 QUORVANE_WRAP(QVector<ProjectIssue>, validateProjectFile, "_Z19validateProjectFileRK7QString",
               const QString &path)
 QUORVANE_WRAP(QString, normalizeProjectPath,
-              "_ZN15LauncherService20normalizeProjectPathERK7QString", const QString &path)
+              "_Z21normalizedProjectPathRK7QString", const QString &path)
 QUORVANE_WRAP(bool, replaceDirectory, "_Z16replaceDirectoryRK7QStringS1_RK11QStringListS1_PS_",
               const QString &staging, const QString &target, const QStringList &preserved,
               const QString &backup, QString *error)

@@ -1,5 +1,6 @@
 #include "quorvanectl/files/file_access.h"
 
+#include "update/files/failure.h"
 #include "update/files/text_file.h"
 
 #include <QCommandLineParser>
@@ -9,12 +10,6 @@ namespace ctl {
 namespace {
 
 const int mebibyte = 1024 * 1024;
-
-bool fail(const QString &path, const QString &reason, QString *error) {
-    if (error != nullptr)
-        *error = QStringLiteral("%1: %2").arg(path, reason);
-    return false;
-}
 
 QString sizeText(qint64 bytes) {
     return bytes < mebibyte ? QStringLiteral("%1 bytes").arg(bytes)
@@ -26,16 +21,16 @@ QString sizeText(qint64 bytes) {
 bool isUsableFile(const QString &path, QString *error, qint64 limit) {
     const QFileInfo info(path);
     if (!info.exists())
-        return fail(path, QStringLiteral("no such file"), error);
+        return failAbout(path, QStringLiteral("no such file"), error);
     if (info.isDir())
-        return fail(path, QStringLiteral("is a folder"), error);
+        return failAbout(path, QStringLiteral("is a folder"), error);
     if (!info.isFile()) // a pipe would block, a device might never end
-        return fail(path, QStringLiteral("is no plain file"), error);
+        return failAbout(path, QStringLiteral("is no plain file"), error);
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return fail(path, file.errorString(), error);
+        return failAbout(path, file.errorString(), error);
     return file.size() <= limit ||
-           fail(path, QStringLiteral("is larger than %1").arg(sizeText(limit)), error);
+           failAbout(path, QStringLiteral("is larger than %1").arg(sizeText(limit)), error);
 }
 
 QString readText(const QString &path, QString *error) {
@@ -44,7 +39,7 @@ QString readText(const QString &path, QString *error) {
     QString reason;
     const QString text = readTextFile(path, &reason);
     if (text.isNull())
-        (void)fail(path, reason, error);
+        (void)failAbout(path, reason, error);
     return text;
 }
 
@@ -53,12 +48,12 @@ QByteArray readBytes(const QString &path, QString *error) {
         return {};
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        (void)fail(path, file.errorString(), error);
+        (void)failAbout(path, file.errorString(), error);
         return {};
     }
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
-        (void)fail(path, file.errorString(), error);
+        (void)failAbout(path, file.errorString(), error);
         return {};
     }
     return bytes.isNull() ? QByteArray("") : bytes;
@@ -78,19 +73,19 @@ bool mayWrite(const QString &path, bool force, QString *error) {
     if (!info.exists() && !info.isSymLink())
         return true;
     if (info.isDir())
-        return fail(path, QStringLiteral("is a folder"), error);
-    return force || fail(path, QStringLiteral("exists; --force overwrites it"), error);
+        return failAbout(path, QStringLiteral("is a folder"), error);
+    return force || failAbout(path, QStringLiteral("exists; --force overwrites it"), error);
 }
 
 bool openFile(QSaveFile &file, bool force, QString *error) {
     if (!mayWrite(file.fileName(), force, error))
         return false;
-    return file.open(QIODevice::WriteOnly) || fail(file.fileName(), file.errorString(), error);
+    return file.open(QIODevice::WriteOnly) || failAbout(file.fileName(), file.errorString(), error);
 }
 
 bool commitFile(QSaveFile &file, QString *error) {
     // commit() does not look at what its own flush comes to, on a full disk for example.
-    return (file.flush() && file.commit()) || fail(file.fileName(), file.errorString(), error);
+    return (file.flush() && file.commit()) || failAbout(file.fileName(), file.errorString(), error);
 }
 
 bool writeFile(const QString &path, const QByteArray &bytes, bool force, QString *error) {

@@ -1,4 +1,5 @@
 #include "quorvanectl/keys/passphrase.h"
+#include "update/files/failure.h"
 
 #include <openssl/crypto.h>
 
@@ -11,12 +12,6 @@
 
 namespace ctl {
 namespace {
-
-bool fail(const QString &text, QString *error) {
-    if (error != nullptr)
-        *error = text;
-    return false;
-}
 
 // The controlling terminal, with nothing shown of what is typed and no key that ends the program:
 // until it is put back, at the end of its life.

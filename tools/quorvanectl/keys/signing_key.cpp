@@ -1,4 +1,5 @@
 #include "quorvanectl/keys/signing_key.h"
+#include "update/files/failure.h"
 
 #include <openssl/bio.h>
 #include <openssl/crypto.h>
@@ -24,11 +25,6 @@ struct Free {
 };
 using Stream = std::unique_ptr<BIO, Free<BIO_vfree>>;
 using DigestContext = std::unique_ptr<EVP_MD_CTX, Free<EVP_MD_CTX_free>>;
-
-void setError(QString *error, const QString &text) {
-    if (error != nullptr)
-        *error = text;
-}
 
 // A stream's buffer is wiped when a secret memory stream goes.
 Stream secretStream() {
@@ -70,7 +66,7 @@ SigningKey SigningKey::make(QString *error) {
     SigningKey made;
     made.key.reset(EVP_RSA_gen(newKeyBits), EVP_PKEY_free);
     if (!made.isValid())
-        setError(error, QStringLiteral("OpenSSL cannot make a key pair"));
+        fail(QStringLiteral("OpenSSL cannot make a key pair"), error);
     ERR_clear_error();
     return made;
 }
@@ -84,9 +80,9 @@ SigningKey SigningKey::fromPem(const QByteArray &pem, const QString &name, const
                    EVP_PKEY_free);
     ERR_clear_error();
     if (!read.isValid()) {
-        setError(error, QStringLiteral("%1: %2").arg(name, whyNotRead(question)));
+        failAbout(name, whyNotRead(question), error);
     } else if (EVP_PKEY_get_base_id(read.key.get()) != EVP_PKEY_RSA) {
-        setError(error, QStringLiteral("%1: it is no RSA key").arg(name));
+        failAbout(name, QStringLiteral("it is no RSA key"), error);
         read.key.reset();
     }
     return read;

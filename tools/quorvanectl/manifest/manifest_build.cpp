@@ -3,6 +3,7 @@
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/manifest/manifest_format.h"
 #include "quorvanectl/package/project_package.h"
+#include "update/files/failure.h"
 #include "update/files/text_file.h"
 #include "update/files/version_text.h"
 
@@ -16,22 +17,17 @@
 namespace ctl {
 namespace {
 
-bool fail(const QString &file, const QString &reason, QString *error) {
-    *error = QStringLiteral("%1: %2").arg(file, reason);
-    return false;
-}
-
 // Where the launcher is to look for the file.
 bool addressOf(const ManifestWish &wish, const QString &file, QString *address, QString *error) {
     if (!isUsableFile(file, error, std::numeric_limits<qint64>::max()))
         return false;
     const QString unfit = sizeFault(QFileInfo(file).size());
     if (!unfit.isEmpty())
-        return fail(file, unfit, error);
+        return failAbout(file, unfit, error);
     const QString folder = QDir(wish.folder).canonicalPath();
     const QString relative = QDir(folder).relativeFilePath(QFileInfo(file).canonicalFilePath());
     if (relative.startsWith(QLatin1String("../")) || QDir::isAbsolutePath(relative))
-        return fail(file, QStringLiteral("lies outside the manifest's folder"), error);
+        return failAbout(file, QStringLiteral("lies outside the manifest's folder"), error);
     const bool joins = wish.base.isEmpty() || wish.base.endsWith(QLatin1Char('/'));
     *address = wish.base + (joins ? QString() : QStringLiteral("/")) + relative;
     return true;
@@ -45,7 +41,7 @@ bool addPackage(const ManifestWish &wish, const QString &file, const PackageReco
     QString reason;
     const QString hash = fileSha256Hex(file, &reason);
     if (hash.isEmpty())
-        return fail(file, reason, error);
+        return failAbout(file, reason, error);
     record->insert(kind.urlKey(), address);
     record->insert(kind.hashKey(), hash);
     return true;
@@ -59,9 +55,9 @@ bool projectRecord(const ManifestWish &wish, const QString &file, QJsonObject *r
         return false;
     const ProjectPackage package = inspectPackage(file);
     if (!package.unpacked)
-        return fail(file, package.error, error);
+        return failAbout(file, package.error, error);
     if (package.name.isEmpty() || package.version.isEmpty())
-        return fail(file, QStringLiteral("its project has no name or no version"), error);
+        return failAbout(file, QStringLiteral("its project has no name or no version"), error);
     record->insert(QStringLiteral("name"), package.name);
     record->insert(QStringLiteral("version"), package.version);
     return true;
@@ -73,8 +69,8 @@ bool componentRecord(const ManifestWish &wish, const QString &key, QJsonObject *
     // The name is signed and the key `version` is not: the version must stand in the name.
     const QString version = extractVersion(QFileInfo(file).fileName());
     if (version.isEmpty())
-        return fail(file, QStringLiteral("its name holds no version, as in setup-1.2.0.exe"),
-                    error);
+        return failAbout(file, QStringLiteral("its name holds no version, as in setup-1.2.0.exe"),
+                         error);
     record->insert(QStringLiteral("version"), version);
     if (wish.minVersions.contains(key))
         record->insert(QStringLiteral("minVersion"), wish.minVersions.value(key));
@@ -84,7 +80,7 @@ bool componentRecord(const ManifestWish &wish, const QString &key, QJsonObject *
 bool pluginRecord(const QString &plugin, QJsonObject *record, QString *error) {
     const QStringList parts = plugin.split(QLatin1Char(','));
     if (parts.size() != 3)
-        return fail(plugin, QStringLiteral("a plug-in is given as id,minVersion,path"), error);
+        return failAbout(plugin, QStringLiteral("a plug-in is given as id,minVersion,path"), error);
     for (int i = 0; i < parts.size(); ++i)
         record->insert(pluginRecordKeys().at(i), parts.at(i));
     return true;

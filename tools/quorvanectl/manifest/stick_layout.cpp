@@ -4,6 +4,7 @@
 #include "quorvanectl/files/interruption.h"
 #include "quorvanectl/files/json_input.h"
 #include "quorvanectl/manifest/manifest_format.h"
+#include "update/files/failure.h"
 #include "update/files/text_file.h"
 #include "update/manifest_signature.h"
 
@@ -32,20 +33,15 @@ struct StickCopy {
     bool copyBytes(QFile *from, QSaveFile *to, QString *error);
 };
 
-bool fail(const QString &file, const QString &reason, QString *error) {
-    *error = QStringLiteral("%1: %2").arg(file, reason);
-    return false;
-}
-
 bool StickCopy::copyBytes(QFile *from, QSaveFile *to, QString *error) {
     while (!from->atEnd()) {
         const QByteArray piece = from->read(pieceSize);
         if (piece.isEmpty())
-            return fail(from->fileName(), from->errorString(), error);
+            return failAbout(from->fileName(), from->errorString(), error);
         if (to->write(piece) != piece.size())
-            return fail(to->fileName(), to->errorString(), error);
+            return failAbout(to->fileName(), to->errorString(), error);
         if (interrupted())
-            return fail(to->fileName(), QStringLiteral("interrupted"), error);
+            return failAbout(to->fileName(), QStringLiteral("interrupted"), error);
         copied += piece.size();
         reached(copied, total);
     }
@@ -58,7 +54,7 @@ bool StickCopy::copyFile(const QString &name, QString *error) {
     if (!ensureParentDir(to.fileName(), error))
         return false;
     if (!from.open(QIODevice::ReadOnly))
-        return fail(from.fileName(), from.errorString(), error);
+        return failAbout(from.fileName(), from.errorString(), error);
     return openFile(to, overwrite, error) && copyBytes(&from, &to, error) && commitFile(to, error);
 }
 
@@ -121,7 +117,7 @@ bool copyAll(StickCopy &copy, const QStringList &packages, const QString &manife
     if (!mayWrite(old, copy.overwrite, error))
         return false;
     if (QFileInfo::exists(old) && !QFile::remove(old))
-        return fail(old, QStringLiteral("cannot be removed"), error);
+        return failAbout(old, QStringLiteral("cannot be removed"), error);
     for (const QString &package : packages) {
         if (!copy.copyFile(package, error) || !readsBack(copy, package, error))
             return false;
@@ -144,7 +140,7 @@ StickResult layOutStick(const QString &folder, const QString &mountPoint, const 
     if (text.isNull() || !isJsonObject(source.filePath(manifest), text, &result.error))
         return result;
     if (!QFileInfo(mountPoint).isDir()) {
-        (void)fail(mountPoint, QStringLiteral("is no folder"), &result.error);
+        (void)failAbout(mountPoint, QStringLiteral("is no folder"), &result.error);
         return result;
     }
     const QVector<PackageRecord> records =

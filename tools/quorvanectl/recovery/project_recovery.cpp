@@ -1,5 +1,6 @@
 #include "quorvanectl/recovery/project_recovery.h"
 
+#include "update/files/failure.h"
 #include "update/files/file_copy.h"
 #include "update/files/file_operations.h"
 #include "update/files/zip_extract.h"
@@ -14,11 +15,6 @@
 
 namespace ctl {
 namespace {
-
-bool fail(const QString &text, QString *error) {
-    *error = text;
-    return false;
-}
 
 // A name beside `path` that is free.
 QString freeName(const QString &path, const QString &suffix) {

@@ -1,0 +1,14 @@
+// How a thread asks long work on another one to stop.
+#pragma once
+
+#include <QtGlobal>
+
+#include <atomic>
+
+// Set to a non-zero value by another thread to cancel the work; read with relaxed loads.
+using CancelFlag = std::atomic<qint32>;
+
+// Whether the work is to stop. Without a flag it cannot be cancelled.
+[[nodiscard]] inline bool isCancelled(const CancelFlag *flag) {
+    return flag != nullptr && flag->load(std::memory_order_relaxed) != 0;
+}
