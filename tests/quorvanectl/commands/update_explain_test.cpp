@@ -97,7 +97,7 @@ QStringList arguments(const QStringList &more = {}) {
 
 } // namespace
 
-class ExplainTest : public QObject {
+class UpdateExplainTest : public QObject {
     Q_OBJECT
 
 private slots:
@@ -289,5 +289,5 @@ private slots:
     }
 };
 
-QUORVANE_TEST_MAIN(QCoreApplication, ExplainTest)
-#include "explain_test.moc"
+QUORVANE_TEST_MAIN(QCoreApplication, UpdateExplainTest)
+#include "update_explain_test.moc"

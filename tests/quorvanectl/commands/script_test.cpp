@@ -34,7 +34,7 @@ QJsonArray tokensOf(const QString &path, const ProjectFolder &folder) {
 
 } // namespace
 
-class ScriptCommandsTest : public QObject {
+class ScriptTest : public QObject {
     Q_OBJECT
 
 private slots:
@@ -236,5 +236,5 @@ private slots:
     }
 };
 
-QUORVANE_TEST_MAIN(QCoreApplication, ScriptCommandsTest)
-#include "script_commands_test.moc"
+QUORVANE_TEST_MAIN(QCoreApplication, ScriptTest)
+#include "script_test.moc"

@@ -113,7 +113,7 @@ struct Place {
 
 } // namespace
 
-class RecoveryTest : public QObject {
+class ProjectRecoverTest : public QObject {
     Q_OBJECT
 
 private slots:
@@ -481,5 +481,5 @@ private slots:
     }
 };
 
-QUORVANE_TEST_MAIN(QCoreApplication, RecoveryTest)
-#include "recovery_test.moc"
+QUORVANE_TEST_MAIN(QCoreApplication, ProjectRecoverTest)
+#include "project_recover_test.moc"

@@ -22,7 +22,7 @@ const char library[] = "12,foo,2,a#C,b#S#x#y,help\n"
 
 } // namespace
 
-class LibraryCommandsTest : public QObject {
+class LibraryListTest : public QObject {
     Q_OBJECT
 
 private slots:
@@ -92,5 +92,5 @@ private slots:
     }
 };
 
-QUORVANE_TEST_MAIN(QCoreApplication, LibraryCommandsTest)
-#include "library_commands_test.moc"
+QUORVANE_TEST_MAIN(QCoreApplication, LibraryListTest)
+#include "library_list_test.moc"

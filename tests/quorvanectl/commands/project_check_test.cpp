@@ -36,7 +36,7 @@ void write(const ProjectFolder &folder, const FileTree &tree) {
 
 } // namespace
 
-class ProjectCommandsTest : public QObject {
+class ProjectCheckTest : public QObject {
     Q_OBJECT
 
 private slots:
@@ -241,5 +241,5 @@ private slots:
     }
 };
 
-QUORVANE_TEST_MAIN(QCoreApplication, ProjectCommandsTest)
-#include "project_commands_test.moc"
+QUORVANE_TEST_MAIN(QCoreApplication, ProjectCheckTest)
+#include "project_check_test.moc"
