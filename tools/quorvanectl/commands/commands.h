@@ -1,4 +1,5 @@
-// The table of commands.
+// The table of commands. Each command is one file, named after it, that holds its row beside what it
+// does.
 #pragma once
 
 #include "quorvanectl/shell/command.h"
@@ -8,27 +9,31 @@ namespace ctl {
 // All commands of this platform, family by family, in the order of the help.
 [[nodiscard]] const std::vector<Command> &allCommands();
 
-// The files of commands that this platform has, in that order.
-using CommandsOfFile = std::vector<Command> (*)();
-[[nodiscard]] std::vector<CommandsOfFile> commandFiles();
-
 // What the help says of commands that this platform lacks; empty if it has all.
 [[nodiscard]] QString missingCommands();
 
 // Of which system it is true that it lacks this family or command of others; empty for any other word.
 [[nodiscard]] QString systemWithout(const QString &title);
 
-// One function for each file of commands.
-std::vector<Command> explainCommands();
-std::vector<Command> libraryCommands();
-std::vector<Command> projectCommands();
-std::vector<Command> recoveryCommands();
-std::vector<Command> scriptCommands();
-std::vector<Command> updateCommands();
+// The rows, one for each file.
+[[nodiscard]] Command libraryList();
+[[nodiscard]] Command projectCheck();
+[[nodiscard]] Command projectRecover();
+[[nodiscard]] Command scriptCheck();
+[[nodiscard]] Command scriptTokens();
+[[nodiscard]] Command scriptTree();
+[[nodiscard]] Command updateAttach();
+[[nodiscard]] Command updateCanonical();
+[[nodiscard]] Command updateExplain();
+[[nodiscard]] Command updateLint();
+[[nodiscard]] Command updateManifest();
+[[nodiscard]] Command updateStick();
+[[nodiscard]] Command updateVerify();
 
 // Not on Windows.
-std::vector<Command> packingCommands();
-std::vector<Command> signingCommands();
-std::vector<Command> supportCommands();
+[[nodiscard]] Command keysNew();
+[[nodiscard]] Command supportCollect();
+[[nodiscard]] Command updatePack();
+[[nodiscard]] Command updateSign();
 
 } // namespace ctl

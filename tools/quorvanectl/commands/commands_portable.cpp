@@ -2,9 +2,14 @@
 
 namespace ctl {
 
-std::vector<CommandsOfFile> commandFiles() {
-    return {projectCommands, recoveryCommands, scriptCommands,  libraryCommands, packingCommands,
-            updateCommands,  explainCommands,  signingCommands, supportCommands};
+const std::vector<Command> &allCommands() {
+    static const std::vector<Command> table{
+        projectCheck(), projectRecover(), scriptCheck(),    scriptTokens(),  scriptTree(),
+        libraryList(),  updatePack(),     updateManifest(), updateLint(),    updateCanonical(),
+        updateAttach(), updateVerify(),   updateStick(),    updateExplain(), updateSign(),
+        keysNew(),      supportCollect(),
+    };
+    return table;
 }
 
 QString missingCommands() {

@@ -4,9 +4,13 @@
 
 namespace ctl {
 
-std::vector<CommandsOfFile> commandFiles() {
-    return {projectCommands, recoveryCommands, scriptCommands,
-            libraryCommands, updateCommands,   explainCommands};
+const std::vector<Command> &allCommands() {
+    static const std::vector<Command> table{
+        projectCheck(), projectRecover(), scriptCheck(),   scriptTokens(),    scriptTree(),
+        libraryList(),  updateManifest(), updateLint(),    updateCanonical(), updateAttach(),
+        updateVerify(), updateStick(),    updateExplain(),
+    };
+    return table;
 }
 
 QString missingCommands() {

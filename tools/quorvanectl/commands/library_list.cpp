@@ -15,12 +15,8 @@
 namespace ctl {
 namespace {
 
-QStringList formats() {
-    return {QStringLiteral("text"), QStringLiteral("json")};
-}
-
-void declareList(QCommandLineParser &parser) {
-    declareFormat(parser, formats());
+void declare(QCommandLineParser &parser) {
+    declareFormat(parser, textOrJson());
 }
 
 struct WordList {
@@ -133,10 +129,10 @@ QJsonObject libraryJson(const FunctionLibrary &library) {
             {QStringLiteral("tokenKinds"), kinds}};
 }
 
-int list(const QCommandLineParser &parser, Console &console) {
+int run(const QCommandLineParser &parser, Console &console) {
     const QStringList given = parser.positionalArguments();
     QString error;
-    const QString format = chosenFormat(parser, formats(), &error);
+    const QString format = chosenFormat(parser, textOrJson(), &error);
     const bool asJson = format == QLatin1String("json");
     QJsonObject json;
     const auto read = [&] {
@@ -157,10 +153,14 @@ int list(const QCommandLineParser &parser, Console &console) {
 
 } // namespace
 
-std::vector<Command> libraryCommands() {
-    return {{QStringLiteral("library"), QStringLiteral("list"), QStringLiteral("[FunctionLib.ini]"),
-             QStringLiteral("Lists the functions, words and keywords of the script language."),
-             QStringLiteral("quorvanectl library list FunctionLib.ini"), declareList, list}};
+Command libraryList() {
+    return {QStringLiteral("library"),
+            QStringLiteral("list"),
+            QStringLiteral("[FunctionLib.ini]"),
+            QStringLiteral("Lists the functions, words and keywords of the script language."),
+            QStringLiteral("quorvanectl library list FunctionLib.ini"),
+            declare,
+            run};
 }
 
 } // namespace ctl

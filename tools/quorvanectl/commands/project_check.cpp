@@ -1,5 +1,6 @@
 // quorvanectl project check.
 #include "quorvanectl/commands/commands.h"
+#include "quorvanectl/commands/script_findings.h"
 #include "quorvanectl/project/project_findings.h"
 #include "quorvanectl/project/sarif.h"
 #include "quorvanectl/shell/installation.h"
@@ -18,7 +19,7 @@ QStringList formats() {
     return {QStringLiteral("text"), QStringLiteral("json"), QStringLiteral("sarif")};
 }
 
-void declareCheck(QCommandLineParser &parser) {
+void declare(QCommandLineParser &parser) {
     declareFormat(parser, formats());
     declareLibrary(parser);
     parser.addOption({pluginOption,
@@ -87,12 +88,12 @@ QJsonObject findingsJson(const ProjectFindings &findings) {
 
 bool findWithProgress(const QCommandLineParser &parser, const Console &console,
                       ProjectFindings *findings, QString *error) {
-    const QString path = parser.positionalArguments().constFirst();
+    const QString path = firstArgument(parser);
     const Progress progress(console, QStringLiteral("checking %1").arg(path));
     return findAll(path, parser.value(pluginOption), findings, error);
 }
 
-int check(const QCommandLineParser &parser, Console &console) {
+int run(const QCommandLineParser &parser, Console &console) {
     QString error;
     const QString format = chosenFormat(parser, formats(), &error);
     ProjectFindings findings;
@@ -110,12 +111,15 @@ int check(const QCommandLineParser &parser, Console &console) {
 
 } // namespace
 
-std::vector<Command> projectCommands() {
-    return {{QStringLiteral("project"), QStringLiteral("check"), QStringLiteral("FILE.yslib"),
-             QStringLiteral("Shows what keeps the launcher from starting a project, and the syntax "
-                            "errors of its scripts."),
-             QStringLiteral("quorvanectl project check demo/demo.yslib --format json"),
-             declareCheck, check}};
+Command projectCheck() {
+    return {QStringLiteral("project"),
+            QStringLiteral("check"),
+            QStringLiteral("FILE.yslib"),
+            QStringLiteral("Shows what keeps the launcher from starting a project, and the syntax "
+                           "errors of its scripts."),
+            QStringLiteral("quorvanectl project check demo/demo.yslib --format json"),
+            declare,
+            run};
 }
 
 } // namespace ctl

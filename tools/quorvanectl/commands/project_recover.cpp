@@ -106,7 +106,7 @@ int apply(const Console &console, const RecoveryPlaces &places, const UpdateRema
 }
 
 bool readPlaces(const QCommandLineParser &parser, RecoveryPlaces *places, QString *error) {
-    const QString file = parser.positionalArguments().constFirst();
+    const QString file = firstArgument(parser);
     const QString data = parser.value(QStringLiteral("data"));
     places->projectFile = QDir::cleanPath(QFileInfo(file).absoluteFilePath());
     places->updates = QDir(data.isEmpty() ? AppPaths::dataDirectory() : data)
@@ -156,12 +156,15 @@ int run(const QCommandLineParser &parser, Console &console) {
 
 } // namespace
 
-std::vector<Command> recoveryCommands() {
+Command projectRecover() {
     return {
-        {QStringLiteral("project"), QStringLiteral("recover"), QStringLiteral("FILE.yslib"),
-         QStringLiteral("Finds what a broken-off update has left, and puts a whole project back."),
-         QStringLiteral("quorvanectl project recover demo/demo.yslib"), declare, run},
-    };
+        QStringLiteral("project"),
+        QStringLiteral("recover"),
+        QStringLiteral("FILE.yslib"),
+        QStringLiteral("Finds what a broken-off update has left, and puts a whole project back."),
+        QStringLiteral("quorvanectl project recover demo/demo.yslib"),
+        declare,
+        run};
 }
 
 } // namespace ctl

@@ -56,7 +56,7 @@ bool collectInto(QSaveFile &file, const SupportSources &sources, const Console &
     return error->isEmpty() && pack(file, *files, error) && commitFile(file, error);
 }
 
-int collect(const QCommandLineParser &parser, Console &console) {
+int run(const QCommandLineParser &parser, Console &console) {
     QString error;
     const QString out = parser.value(outOption);
     SupportSources sources;
@@ -85,13 +85,14 @@ int collect(const QCommandLineParser &parser, Console &console) {
 
 } // namespace
 
-std::vector<Command> supportCommands() {
-    return {
-        {QStringLiteral("support"), QStringLiteral("collect"), QString(),
-         QStringLiteral("Packs launch log, versions, settings and listings for support."),
-         QStringLiteral("quorvanectl support collect --out support.zip --install line_pc"), declare,
-         collect},
-    };
+Command supportCollect() {
+    return {QStringLiteral("support"),
+            QStringLiteral("collect"),
+            QString(),
+            QStringLiteral("Packs launch log, versions, settings and listings for support."),
+            QStringLiteral("quorvanectl support collect --out support.zip --install line_pc"),
+            declare,
+            run};
 }
 
 } // namespace ctl

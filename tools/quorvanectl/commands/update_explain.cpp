@@ -1,10 +1,9 @@
 // quorvanectl update explain: the launcher's decision about a manifest, line by line.
+#include "quorvanectl/manifest/update_explain.h"
 #include "frame/app_paths.h"
 #include "launcher/offer/update_component.h"
 #include "quorvanectl/commands/commands.h"
-#include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/json_input.h"
-#include "quorvanectl/manifest/update_explain.h"
 #include "quorvanectl/shell/inspected_installation.h"
 #include "quorvanectl/shell/json_output.h"
 #include "quorvanectl/shell/progress.h"
@@ -23,10 +22,6 @@ const QLatin1String projectOption("project");
 const QLatin1String urlOption("url");
 const QLatin1String localeOption("locale");
 
-QStringList formats() {
-    return {QStringLiteral("text"), QStringLiteral("json")};
-}
-
 void declare(QCommandLineParser &parser) {
     declareInstall(parser);
     parser.addOption(
@@ -40,7 +35,7 @@ void declare(QCommandLineParser &parser) {
                       QStringLiteral("The launcher's language: en, as at its first start, or "
                                      "zh_CN."),
                       QStringLiteral("language"), QStringLiteral("en")});
-    declareFormat(parser, formats());
+    declareFormat(parser, textOrJson());
 }
 
 // As the launcher does: without the file its texts stay Chinese.
@@ -57,11 +52,6 @@ void speak(const QString &locale, QTranslator *translator) {
             return;
         }
     }
-}
-
-bool holdsJsonObject(const QString &path, QString *error) {
-    const QString text = readText(path, error);
-    return !text.isNull() && isJsonObject(path, text, error);
 }
 
 void printVerification(const Console &console, const VerifyReport &verify) {
@@ -116,15 +106,15 @@ void printExplanation(const Console &console, const Explanation &explanation) {
     printLine(console, explanation.summary); // to the byte
 }
 
-int explain(const QCommandLineParser &parser, Console &console) {
+int run(const QCommandLineParser &parser, Console &console) {
     QString error;
-    const QString manifest = parser.positionalArguments().constFirst();
+    const QString manifest = firstArgument(parser);
     const QString project = parser.value(projectOption);
     const QString url = parser.value(urlOption);
     const QString locale = parser.value(localeOption);
-    const QString format = chosenFormat(parser, formats(), &error);
-    if (format.isEmpty() || !holdsJsonObject(manifest, &error) ||
-        (!project.isEmpty() && !holdsJsonObject(project, &error)) ||
+    const QString format = chosenFormat(parser, textOrJson(), &error);
+    if (format.isEmpty() || readJsonObject(manifest, &error).isNull() ||
+        (!project.isEmpty() && readJsonObject(project, &error).isNull()) ||
         !inspectInstallation(parser, &error))
         return refuse(console, error);
     if (!url.isEmpty() && (!QUrl(url).isValid() || QUrl(url).scheme().isEmpty()))
@@ -147,14 +137,15 @@ int explain(const QCommandLineParser &parser, Console &console) {
 
 } // namespace
 
-std::vector<Command> explainCommands() {
-    return {
-        {QStringLiteral("update"), QStringLiteral("explain"), QStringLiteral("manifest.json"),
-         QStringLiteral("Shows what a launcher would decide about a manifest, and why."),
-         QStringLiteral("quorvanectl update explain manifest.json --install line_pc "
-                        "--project demo/demo.yslib"),
-         declare, explain},
-    };
+Command updateExplain() {
+    return {QStringLiteral("update"),
+            QStringLiteral("explain"),
+            QStringLiteral("manifest.json"),
+            QStringLiteral("Shows what a launcher would decide about a manifest, and why."),
+            QStringLiteral("quorvanectl update explain manifest.json --install line_pc "
+                           "--project demo/demo.yslib"),
+            declare,
+            run};
 }
 
 } // namespace ctl

@@ -1,5 +1,7 @@
 #include "quorvanectl/files/json_input.h"
 
+#include "quorvanectl/files/file_access.h"
+
 #include <QJsonDocument>
 
 namespace ctl {
@@ -20,6 +22,11 @@ bool isJsonObject(const QString &path, const QString &text, QString *error) {
                  ? QStringLiteral("%1: is no JSON object").arg(path)
                  : QStringLiteral("%1: is no JSON: %2: %3").arg(path, place, fault.errorString());
     return false;
+}
+
+QString readJsonObject(const QString &path, QString *error) {
+    const QString text = readText(path, error);
+    return text.isNull() || isJsonObject(path, text, error) ? text : QString();
 }
 
 QString placeOfJsonFault(const QString &text) {

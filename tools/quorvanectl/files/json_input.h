@@ -14,6 +14,10 @@ struct TextPlace {
 // names `path` and, where it is no JSON at all, the place at which it ceases to be.
 [[nodiscard]] bool isJsonObject(const QString &path, const QString &text, QString *error);
 
+// The text of a file that readText() of file_access.h reads and that holds a JSON object; null, with a
+// line in `error`, if there is none.
+[[nodiscard]] QString readJsonObject(const QString &path, QString *error);
+
 // "line 3, column 5": where the text ceases to be JSON; null if it is JSON, of whatever kind.
 [[nodiscard]] QString placeOfJsonFault(const QString &text);
 

@@ -1,7 +1,6 @@
-// The syntax findings of one script, as text with the source line and as JSON.
+// The syntax findings of one script, and their JSON.
 #pragma once
 
-#include "quorvanectl/shell/console.h"
 #include "script/script_diagnostics.h"
 
 #include <QJsonObject>
@@ -19,8 +18,5 @@ struct ScriptReport {
                              QString *error);
 
 [[nodiscard]] QJsonObject reportJson(const ScriptReport &report);
-
-// Each finding as "path:line:column: code text", with the line of the source and a caret below it.
-void printFindings(const Console &console, const ScriptReport &report);
 
 } // namespace ctl

@@ -30,4 +30,9 @@ struct Command {
     int (*run)(const QCommandLineParser &parser, Console &console);
 };
 
+// The first positional argument, of a command that has to have one.
+[[nodiscard]] inline QString firstArgument(const QCommandLineParser &parser) {
+    return parser.positionalArguments().constFirst();
+}
+
 } // namespace ctl

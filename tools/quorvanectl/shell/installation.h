@@ -1,7 +1,7 @@
 // The function library that scripts are read with.
 #pragma once
 
-#include "quorvanectl/shell/console.h"
+#include <QString>
 
 class QCommandLineParser;
 

@@ -10,6 +10,10 @@ const QLatin1String option("format");
 
 } // namespace
 
+QStringList textOrJson() {
+    return {QStringLiteral("text"), QStringLiteral("json")};
+}
+
 void declareFormat(QCommandLineParser &parser, const QStringList &formats) {
     parser.addOption({option,
                       QStringLiteral("Form of the output: %1 (default: %2).")

@@ -11,6 +11,9 @@ class QJsonDocument;
 
 namespace ctl {
 
+// The forms of most commands.
+[[nodiscard]] QStringList textOrJson();
+
 // Adds --format; the first of `formats` is the one without it.
 void declareFormat(QCommandLineParser &parser, const QStringList &formats);
 
