@@ -65,7 +65,6 @@ void layOut(const ProjectFolder &folder) {
 // Files of which no content is malformed, by command: any text is a script or a library, what is
 // wrong in a script is a finding, and a damaged project file is what a recovery is for.
 bool takesAnyText(const QString &title, const QString &file) {
-    Q_UNUSED(file)
     return title == "script check" || title == "project recover" || title == "library list" ||
            file == "main.ys";
 }

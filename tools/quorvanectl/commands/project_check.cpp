@@ -53,16 +53,13 @@ QString counted(int count, const char *what) {
 }
 
 void printSummary(const Console &console, const ProjectFindings &findings) {
-    const QString path = spelledOut(findings.projectPath);
-    if (findings.issues.isEmpty() && !findings.hasErrors()) {
-        printLine(console, QStringLiteral("%1: %2").arg(
-                               path, inked(console, Ink::Good, QStringLiteral("clean"))));
-        return;
-    }
-    printLine(console, QStringLiteral("\n%1: %2, %3, %4")
-                           .arg(path, counted(findings.issueCount(0), "error"),
-                                counted(findings.issueCount(1), "warning"),
-                                counted(findings.scriptErrorCount(), "syntax error")));
+    if (findings.issues.isEmpty() && !findings.hasErrors())
+        return printClean(console, findings.projectPath);
+    printLine(console,
+              QStringLiteral("\n%1: %2, %3, %4")
+                  .arg(spelledOut(findings.projectPath), counted(findings.issueCount(0), "error"),
+                       counted(findings.issueCount(1), "warning"),
+                       counted(findings.scriptErrorCount(), "syntax error")));
 }
 
 void printText(const Console &console, const ProjectFindings &findings) {

@@ -22,9 +22,7 @@ int run(const QCommandLineParser &parser, Console &console) {
     if (script.asJson)
         printJson(console, QJsonDocument(reportJson(report)));
     else if (report.result.passed)
-        printLine(console,
-                  QStringLiteral("%1: %2").arg(spelledOut(script.path),
-                                               inked(console, Ink::Good, QStringLiteral("clean"))));
+        printClean(console, script.path);
     else
         printFindings(console, report);
     return report.result.passed ? Clean : Findings;

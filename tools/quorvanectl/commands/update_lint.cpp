@@ -47,11 +47,8 @@ void printText(const Console &console, const QString &path, const QVector<LintFi
                   QStringLiteral("%1: %2").arg(
                       spelledOut(path), inked(console, Ink::Error, spelledOut(lintLine(finding)))));
     }
-    if (findings.isEmpty()) {
-        printLine(console,
-                  QStringLiteral("%1: %2").arg(spelledOut(path),
-                                               inked(console, Ink::Good, QStringLiteral("clean"))));
-    }
+    if (findings.isEmpty())
+        printClean(console, path);
 }
 
 int run(const QCommandLineParser &parser, Console &console) {

@@ -13,9 +13,16 @@
 namespace ctl {
 namespace {
 
+const char interruptKey = '\x03';
+const char endKey = '\x04';
+const char eraseKey = '\x7f';
+const char backspaceKey = '\b';
+
+} // namespace
+
 // The controlling terminal, with nothing shown of what is typed and no key that ends the program:
 // until it is put back, at the end of its life.
-class SilentTerminal {
+class Passphrase::SilentTerminal {
 public:
     SilentTerminal()
         : descriptor(::open("/dev/tty", O_RDWR | O_CLOEXEC)) {
@@ -60,13 +67,6 @@ private:
     bool isSilent = false;
     termios before = {};
 };
-
-const char interruptKey = '\x03';
-const char endKey = '\x04';
-const char eraseKey = '\x7f';
-const char backspaceKey = '\b';
-
-} // namespace
 
 Passphrase::~Passphrase() {
     OPENSSL_cleanse(text.data(), text.size());
@@ -113,8 +113,7 @@ bool Passphrase::ask(const QString &prompt, bool twice, QString *error) {
            fail(QStringLiteral("the two passphrases differ"), error);
 }
 
-template<typename Terminal>
-bool Passphrase::readLine(const Terminal &terminal, const QString &prompt, QString *error) {
+bool Passphrase::readLine(const SilentTerminal &terminal, const QString &prompt, QString *error) {
     terminal.show(prompt);
     for (;;) {
         const char key = terminal.read();

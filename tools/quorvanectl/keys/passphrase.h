@@ -26,8 +26,9 @@ public:
     [[nodiscard]] int size() const { return static_cast<int>(length); }
 
 private:
-    template<typename Terminal>
-    bool readLine(const Terminal &terminal, const QString &prompt, QString *error);
+    class SilentTerminal;
+
+    bool readLine(const SilentTerminal &terminal, const QString &prompt, QString *error);
     void eraseLast();
 
     std::array<char, 1024> text{};

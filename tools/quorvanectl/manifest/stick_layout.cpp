@@ -136,8 +136,8 @@ StickResult layOutStick(const QString &folder, const QString &mountPoint, const 
     StickResult result;
     const QDir source(folder);
     const QString manifest = QStringLiteral("manifest.json");
-    const QString text = readText(source.filePath(manifest), &result.error);
-    if (text.isNull() || !isJsonObject(source.filePath(manifest), text, &result.error))
+    const QString text = readJsonObject(source.filePath(manifest), &result.error);
+    if (text.isNull())
         return result;
     if (!QFileInfo(mountPoint).isDir()) {
         (void)failAbout(mountPoint, QStringLiteral("is no folder"), &result.error);

@@ -7,6 +7,7 @@
 #include "quorvanectl/package/package_names.h"
 #include "quorvanectl/package/project_package.h"
 #include "quorvanectl/package/version_fault.h"
+#include "update/files/failure.h"
 #include "update/files/text_file.h"
 #include "update/files/version_text.h"
 
@@ -108,31 +109,20 @@ bool stampVersion(const QString &projectFile, const QString &version, const QStr
 
 bool writeZip(const Content &content, const QString &zipPath, QString *error) {
     QFile zip(zipPath);
-    if (!zip.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-        *error = zip.errorString();
-        return false;
-    }
+    if (!zip.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+        return fail(zip.errorString(), error);
     ZipWriter writer(&zip);
-    bool ok = true;
-    for (auto entry = content.begin(); ok && entry != content.end(); ++entry) {
+    for (auto entry = content.begin(); entry != content.end(); ++entry) {
+        const bool isFolder = entry.value().isEmpty();
         QFile file(entry.value());
-        if (entry.value().isEmpty()) {
-            ok = writer.addFolder(entry.key());
-        } else if (file.open(QIODevice::ReadOnly)) {
-            ok = writer.addFile(entry.key(), &file);
-        } else {
-            *error = QStringLiteral("%1: %2").arg(entry.key(), file.errorString());
-            return false;
-        }
+        if (!isFolder && !file.open(QIODevice::ReadOnly))
+            return failAbout(entry.key(), file.errorString(), error);
+        if (!(isFolder ? writer.addFolder(entry.key()) : writer.addFile(entry.key(), &file)))
+            return fail(writer.error(), error);
     }
-    ok = ok && writer.finish();
-    if (!ok)
-        *error = writer.error();
-    else if (!zip.flush()) {
-        *error = zip.errorString();
-        ok = false;
-    }
-    return ok;
+    if (!writer.finish())
+        return fail(writer.error(), error);
+    return zip.flush() || fail(zip.errorString(), error);
 }
 
 // What the launcher would say to the finished package.
@@ -155,8 +145,7 @@ bool moveIn(const QString &from, const QString &to, bool overwrite, QString *err
         return false;
     if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0)
         return true;
-    *error = QStringLiteral("%1: %2").arg(to, QString::fromLocal8Bit(std::strerror(errno)));
-    return false;
+    return failAbout(to, QString::fromLocal8Bit(std::strerror(errno)), error);
 }
 
 // Letters of any script stay; what a URL or a shell reads in its own way does not.
@@ -165,6 +154,20 @@ QString packageName(const QString &projectName, const QString &version) {
                                           QRegularExpression::UseUnicodePropertiesOption);
     return QString(projectName).replace(other, QStringLiteral("_")) + QLatin1Char('-') + version +
            QStringLiteral(".zip");
+}
+
+// Looks into the finished package as a launcher does, and moves it to its place.
+void takeIn(const QString &zip, const QString &workFolder, bool overwrite, PackResult *result) {
+    const ProjectPackage package = inspectPackage(zip, workFolder);
+    result->findings = faultsOf(package, QFileInfo(zip).size());
+    if (!result->findings.isEmpty())
+        return;
+    result->sha256 = fileSha256Hex(zip, &result->error);
+    result->files = package.files.size();
+    result->ok = !interrupted() && !result->sha256.isEmpty() &&
+                 moveIn(zip, result->zipPath, overwrite, &result->error);
+    if (interrupted() && !result->ok)
+        result->error = QStringLiteral("interrupted");
 }
 
 } // namespace
@@ -204,18 +207,8 @@ PackResult packProject(const QString &folder, const QString &version, const QStr
         return result;
     }
     const QString zip = work.filePath(QStringLiteral("package.zip"));
-    if (!writeZip(content, zip, &result.error))
-        return result;
-    const ProjectPackage package = inspectPackage(zip, work.path());
-    result.findings = faultsOf(package, QFileInfo(zip).size());
-    if (!result.findings.isEmpty())
-        return result;
-    result.sha256 = fileSha256Hex(zip, &result.error);
-    result.files = package.files.size();
-    result.ok = !interrupted() && !result.sha256.isEmpty() &&
-                moveIn(zip, result.zipPath, overwrite, &result.error);
-    if (interrupted() && !result.ok)
-        result.error = QStringLiteral("interrupted");
+    if (writeZip(content, zip, &result.error))
+        takeIn(zip, work.path(), overwrite, &result);
     return result;
 }
 

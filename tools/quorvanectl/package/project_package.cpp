@@ -28,10 +28,6 @@ void readProject(const QString &folder, ProjectPackage *package) {
 
 } // namespace
 
-bool ProjectPackage::isSound() const {
-    return unpacked && projectFiles.size() == 1 && !hasErrors(issues);
-}
-
 ProjectPackage inspectPackage(const QString &zipPath, const QString &workFolder) {
     const QTemporaryDir work(QDir(workFolder.isEmpty() ? QDir::tempPath() : workFolder)
                                  .filePath(QStringLiteral(".quorvanectl-XXXXXX")));

@@ -18,9 +18,6 @@ struct ProjectPackage {
     QString name;                 // of the project file that the launcher would find
     QString version;              // normalised
     QVector<ProjectIssue> issues; // of the project's validator
-
-    // A package that the launcher applies, and always in the same way.
-    [[nodiscard]] bool isSound() const;
 };
 
 // Unpacks to a temporary folder below `workFolder` (empty: the system's) and removes it again. The

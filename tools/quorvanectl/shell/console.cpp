@@ -57,6 +57,11 @@ void printLine(const Console &console, const QString &line) {
     write(console.out, line + QLatin1Char('\n'));
 }
 
+void printClean(const Console &console, const QString &path) {
+    printLine(console, QStringLiteral("%1: %2").arg(
+                           spelledOut(path), inked(console, Ink::Good, QStringLiteral("clean"))));
+}
+
 void tell(const Console &console, const QString &line) {
     write(console.err, QStringLiteral("quorvanectl: %1\n").arg(spelledOut(line)));
 }

@@ -29,6 +29,9 @@ void prepareStreams();
 void print(const Console &console, const QString &text);
 void printLine(const Console &console, const QString &line = QString());
 
+// The line that says of a file that nothing is wrong with it.
+void printClean(const Console &console, const QString &path);
+
 // One line on `err`, behind the program's name.
 void tell(const Console &console, const QString &line);
 
