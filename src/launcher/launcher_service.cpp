@@ -1,40 +1,8 @@
-// The states of the flow and what moves between them.
-//
-// From                 Trigger                     Condition             To
-// any                  initialize                                        Idle
-// not RepairMode       start                                             Countdown
-// Countdown            tick reaches 0              no project            Failed
-// Countdown            tick reaches 0              project set           Precheck
-// any                  manual start                no project            Failed
-// any                  manual start                project set           Precheck
-// Precheck             precheck fails                                    RepairMode
-// Precheck             check needed                                      UpdateCheck
-// Precheck             check running                                     Precheck (waits)
-// Precheck             banner, automatic start                           RepairMode
-// Precheck             nothing to ask                                    Launch
-// Countdown            check started                                     Countdown
-// RepairMode           check started                                     UpdateCheck
-// Countdown            check found, banner                               RepairMode (timer paused)
-// Precheck,UpdateCheck check found, banner                               RepairMode
-// Countdown            check ended, no banner                            Countdown
-// Precheck,UpdateCheck check ended, no banner      launchAfterCheck      Launch
-// UpdateCheck          check ended, no banner      not to launch         RepairMode
-// RepairMode           remind later, skip version  paused, seconds left  Countdown
-// RepairMode           skip and launch                                   Launch (by way of Countdown)
-// RepairMode, others   apply accepted                                    ApplyingUpdate
-// ApplyingUpdate       apply cancelled or failed                         RepairMode
-// ApplyingUpdate       apply succeeded                                   ApplyingUpdate (setup)
-// ApplyingUpdate       setup cancelled                                   RepairMode
-// ApplyingUpdate       setup ended                 launchAfterSetup      Launch
-// ApplyingUpdate       setup ended                 not to launch         RepairMode
-// Launch               no target or start failed                         Failed
-// Launch               target started                                    Monitor
-// any                  target ended                                      Failed
-// any                  F8                          no active task        RepairMode
 #include "launcher/launcher_service.h"
 
 #include "frame/app_paths.h"
 #include "frame/launch_log.h"
+#include "launcher/transitions.h"
 
 #include <QElapsedTimer>
 #include <QThread>
@@ -231,6 +199,7 @@ void LauncherService::appendLaunchLog(const QString &message) {
 void LauncherService::setState(State next) {
     if (state == next)
         return;
+    Q_ASSERT(isTransition(state, next));
     state = next;
     Q_EMIT stateChanged(next);
 }
