@@ -1,6 +1,6 @@
 #include "project/validation_rules.h"
 
-#include "script/project_checks.h"
+#include "script/script_facts.h"
 #include "update/files/project_path.h"
 
 #include <QFileInfo>

@@ -66,6 +66,7 @@ QVector<ProjectIssue> validate(const QString &text, const QString &projectPath) 
     if (error.error != QJsonParseError::NoError || !document.isObject())
         return oneError(QStringLiteral("JSON 无效：%1").arg(error.errorString()));
     Run run = makeRun(document.object(), projectPath);
+    validator::readScripts(run);
     for (const Rule rule : rules)
         rule(run);
     return run.issues;

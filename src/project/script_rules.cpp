@@ -3,7 +3,6 @@
 #include "script/project_checks.h"
 #include "update/files/memory_guard.h"
 #include "update/files/project_path.h"
-#include "update/files/text_file.h"
 
 #include <QDirIterator>
 #include <QRegularExpression>
@@ -51,27 +50,30 @@ void checkUnregisteredScripts(Run &run) {
     }
 }
 
+void readScripts(Run &run) {
+    // Of a script that does not parse too.
+    const auto scan = [&run](const QString &file, const QString &text) {
+        run.badNames.insert(
+            file, unlessOutOfMemory([&] { return badlyNamedGlobals(text); }, QStringList()));
+    };
+    run.listedScripts = ast::readListedScripts(run.projectPath, run.scripts, scan);
+}
+
 // A script that is missing or cannot be read has no globals; the first has been reported.
 void checkGlobalNames(Run &run) {
-    for (const QJsonValue &script : qAsConst(run.scripts)) {
-        const QString path = textOf(script.toObject(), "path");
-        if (path.isEmpty())
-            continue;
-        const QString file = ast::locatedPath(run.folder, path);
-        const QStringList names =
-            unlessOutOfMemory([&] { return badlyNamedGlobals(readTextFile(file)); }, QStringList());
-        for (const QString &name : names)
-            addWarning(run, path,
+    for (const ast::ListedScript &script : run.listedScripts) {
+        for (const QString &name : run.badNames.value(script.filePath))
+            addWarning(run, script.path,
                        QStringLiteral("global 变量 '%1' 不符合 {camId}_{metric} 命名").arg(name));
     }
 }
 
 void checkImports(Run &run) {
-    takeOver(run, ast::checkImportGraph(run.projectPath, run.scripts));
+    takeOver(run, ast::checkImportGraph(run.listedScripts));
 }
 
 void checkDuplicateGlobals(Run &run) {
-    takeOver(run, ast::checkCrossScriptGlobals(run.projectPath, run.scripts));
+    takeOver(run, ast::checkCrossScriptGlobals(run.listedScripts));
 }
 
 } // namespace validator

@@ -5,11 +5,16 @@
 #pragma once
 
 #include "project/project_validator.h"
+#include "script/script_facts.h"
 
 #include <QDir>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QSet>
+#include <QStringList>
+
+#include <vector>
 
 namespace validator {
 
@@ -24,6 +29,9 @@ struct Run {
     QJsonArray scripts;
     QSet<QString> scriptIds;   // as written
     QSet<QString> scriptPaths; // cleaned
+    // What one reading of the listed scripts told; readScripts() fills both.
+    std::vector<ast::ListedScript> listedScripts;
+    QHash<QString, QStringList> badNames; // path of a script's file to names of globals
     QVector<ProjectIssue> issues;
 };
 
@@ -56,6 +64,8 @@ void checkProcessGroups(Run &run);
 
 // The scripts on the disk and what stands in them: script_rules.cpp.
 void checkUnregisteredScripts(Run &run);
+// Reads every listed script once, for the three rules below that look into them.
+void readScripts(Run &run);
 void checkGlobalNames(Run &run);
 void checkImports(Run &run);
 void checkDuplicateGlobals(Run &run);

@@ -1,41 +1,11 @@
 #include "script/project_checks.h"
 
-#include "script/lexer.h"
-#include "script/parser.h"
-#include "update/files/memory_guard.h"
-#include "update/files/project_path.h"
-#include "update/files/text_file.h"
-
-#include <QDir>
-#include <QFileInfo>
-#include <QJsonObject>
-
 #include <algorithm>
 #include <utility>
 #include <vector>
 
 namespace ast {
 namespace {
-
-struct ListedScript {
-    QString path;         // as written in the array
-    QString absolutePath; // as written, seen from the project's folder
-    QString filePath;     // where the file lies
-};
-
-std::vector<ListedScript> listedScripts(const QDir &folder, const QJsonArray &scripts) {
-    std::vector<ListedScript> listed;
-    for (const QJsonValue &entry : scripts) {
-        const QString path = entry.toObject().value(QLatin1String("path")).toString();
-        if (!path.isEmpty())
-            listed.push_back({path, folder.absoluteFilePath(path), locatedPath(folder, path)});
-    }
-    return listed;
-}
-
-QDir folderOf(const QString &projectPath) {
-    return QDir(QFileInfo(projectPath).absolutePath());
-}
 
 void addError(ScriptCheckResult *result, qint32 line, const QString &code, const QString &message) {
     ScriptDiagnostic finding;
@@ -47,38 +17,11 @@ void addError(ScriptCheckResult *result, qint32 line, const QString &code, const
     result->passed = false;
 }
 
-// Null where the text does not lex or parse. What the parser leaves behind beside a program is of
-// no interest here.
-std::shared_ptr<Program> parsedText(const QString &text) {
-    QString lexicalError;
-    std::vector<Token> tokens = Lexer(text).tokenize(&lexicalError);
-    if (!lexicalError.isEmpty())
-        return nullptr;
-    QString syntaxError;
-    return Parser(std::move(tokens), TokenOrigin::Lexer).parseProgram(&syntaxError);
-}
-
-QStringList importsOf(const QString &scriptPath) {
-    QStringList imports;
-    const QString text = readTextFile(scriptPath);
-    const std::shared_ptr<Program> program = text.isNull() ? nullptr : parsedText(text);
-    if (program == nullptr)
-        return imports;
-    const QDir folder = QFileInfo(scriptPath).absoluteDir();
-    for (const std::shared_ptr<Stmt> &statement : program->statements) {
-        const auto *const import = dynamic_cast<const ImportStmt *>(statement.get());
-        if (import != nullptr && !isRootedPath(import->path))
-            imports += QDir::cleanPath(folder.absoluteFilePath(slashedPath(import->path)));
-    }
-    return imports;
-}
-
-ImportGraph importGraph(const QString &projectPath, const QJsonArray &scripts) {
-    const QDir folder = folderOf(projectPath);
+ImportGraph importGraph(const std::vector<ListedScript> &scripts) {
     ImportGraph graph;
-    for (const ListedScript &script : listedScripts(folder, scripts)) {
+    for (const ListedScript &script : scripts) {
         QSet<QString> &targets = graph[script.absolutePath];
-        for (const QString &target : collectImports(script.filePath, folder.path()))
+        for (const QString &target : script.facts.imports)
             targets.insert(target);
     }
     return graph;
@@ -90,29 +33,6 @@ struct GlobalDefinition {
 };
 
 using Definitions = std::vector<GlobalDefinition>;
-
-struct NamedDefinition {
-    QString name;
-    GlobalDefinition definition;
-};
-
-std::vector<NamedDefinition> globalsOf(const ListedScript &script) {
-    std::vector<NamedDefinition> globals;
-    const QString text = readTextFile(script.filePath);
-    if (text.isNull())
-        return globals;
-    ScriptCheckContext context = makeCheckContext(text);
-    std::shared_ptr<Program> program;
-    // The finding of a script that does not parse goes with the context: this check only counts.
-    if (!checkScript(context, &program))
-        return globals;
-    for (const std::shared_ptr<Stmt> &statement : program->statements) {
-        const auto *const declaration = dynamic_cast<const VarDeclStmt *>(statement.get());
-        if (declaration != nullptr && declaration->isGlobal)
-            globals.push_back({declaration->name, {script.path, declaration->line}});
-    }
-    return globals;
-}
 
 bool spansScripts(const Definitions &definitions) {
     return std::any_of(definitions.cbegin(), definitions.cend(), [&](const GlobalDefinition &it) {
@@ -127,18 +47,6 @@ QString placesOf(const Definitions &definitions) {
     return places.join(QStringLiteral(", "));
 }
 
-bool isSeparator(const QString &path, int index) {
-    return index < path.size() &&
-           (path.at(index) == QLatin1Char('/') || path.at(index) == QLatin1Char('\\'));
-}
-
-bool isDriveLetter(const QString &path) {
-    if (path.size() < 2 || path.at(1) != QLatin1Char(':'))
-        return false;
-    const ushort letter = path.at(0).toLower().unicode();
-    return path.at(0).unicode() < 0x80 && letter >= 'a' && letter <= 'z';
-}
-
 // One step of the search: a node on the path, and where its imports stand.
 struct SearchStep {
     QString node;
@@ -149,7 +57,11 @@ struct SearchStep {
 } // namespace
 
 ScriptCheckResult checkImportGraph(const QString &projectPath, const QJsonArray &scripts) {
-    const ImportGraph graph = importGraph(projectPath, scripts);
+    return checkImportGraph(readListedScripts(projectPath, scripts));
+}
+
+ScriptCheckResult checkImportGraph(const std::vector<ListedScript> &scripts) {
+    const ImportGraph graph = importGraph(scripts);
     ScriptCheckResult result;
     QSet<QString> finished;
     for (auto node = graph.keyBegin(); node != graph.keyEnd(); ++node) {
@@ -163,12 +75,14 @@ ScriptCheckResult checkImportGraph(const QString &projectPath, const QJsonArray 
 }
 
 ScriptCheckResult checkCrossScriptGlobals(const QString &projectPath, const QJsonArray &scripts) {
+    return checkCrossScriptGlobals(readListedScripts(projectPath, scripts));
+}
+
+ScriptCheckResult checkCrossScriptGlobals(const std::vector<ListedScript> &scripts) {
     QHash<QString, Definitions> table;
-    for (const ListedScript &script : listedScripts(folderOf(projectPath), scripts)) {
-        const auto globals =
-            unlessOutOfMemory([&] { return globalsOf(script); }, std::vector<NamedDefinition>());
-        for (const NamedDefinition &global : globals)
-            table[global.name].push_back(global.definition);
+    for (const ListedScript &script : scripts) {
+        for (const GlobalDeclaration &global : script.facts.globals)
+            table[global.name].push_back({script.path, global.line});
     }
     ScriptCheckResult result;
     for (auto global = table.cbegin(); global != table.cend(); ++global) {
@@ -183,7 +97,7 @@ ScriptCheckResult checkCrossScriptGlobals(const QString &projectPath, const QJso
 
 QStringList collectImports(const QString &scriptPath, const QString &projectFolder) {
     Q_UNUSED(projectFolder)
-    return unlessOutOfMemory([&] { return importsOf(scriptPath); }, QStringList());
+    return readScriptFacts(scriptPath).imports;
 }
 
 bool findImportCycle(const QString &node, const ImportGraph &graph, QSet<QString> &onPath,
@@ -219,12 +133,6 @@ bool findImportCycle(const QString &node, const ImportGraph &graph, QSet<QString
         }
     }
     return false;
-}
-
-bool isRootedPath(const QString &path) {
-    if (isSeparator(path, 0))
-        return true;
-    return isDriveLetter(path) && isSeparator(path, 2);
 }
 
 } // namespace ast

@@ -1,19 +1,23 @@
 // The two faults that no script shows alone: a cycle of `import` statements, and a `global` that
 // two scripts declare.
 //
-// Both checks take the path of the .yslib file and its `scripts` array, read and parse the script
-// files themselves, on the caller's thread, and share nothing. A script that is missing, too large
-// for memory, unreadable or does not parse is passed over without a finding; so is an entry that is
-// no object or has no path. One script's tree is freed before the next is read.
+// Both checks go by the facts of the listed scripts. Given the path of the .yslib file and its
+// `scripts` array, they read and parse the script files themselves, anew at each call; who wants both
+// reads the facts once and gives them to each. A script that is missing, too large for memory,
+// unreadable or does not parse is passed over without a finding; so is an entry that is no object or
+// has no path. On the caller's thread.
 #pragma once
 
 #include "script/script_diagnostics.h"
+#include "script/script_facts.h"
 
 #include <QHash>
 #include <QJsonArray>
 #include <QSet>
 #include <QString>
 #include <QStringList>
+
+#include <vector>
 
 namespace ast {
 
@@ -25,11 +29,13 @@ using ImportGraph = QHash<QString, QSet<QString>>;
 // one for a project.
 [[nodiscard]] ScriptCheckResult checkImportGraph(const QString &projectPath,
                                                  const QJsonArray &scripts);
+[[nodiscard]] ScriptCheckResult checkImportGraph(const std::vector<ListedScript> &scripts);
 
 // YS408 for each name that direct statements of two scripts or more declare `global`. The message
 // lists all declarations as "path:line".
 [[nodiscard]] ScriptCheckResult checkCrossScriptGlobals(const QString &projectPath,
                                                         const QJsonArray &scripts);
+[[nodiscard]] ScriptCheckResult checkCrossScriptGlobals(const std::vector<ListedScript> &scripts);
 
 // The imports among the direct statements of a script, as cleaned absolute paths resolved against
 // the script's own folder; rooted paths are left out. Empty on any failure. The project's folder
@@ -42,8 +48,5 @@ using ImportGraph = QHash<QString, QSet<QString>>;
 [[nodiscard]] bool findImportCycle(const QString &node, const ImportGraph &graph,
                                    QSet<QString> &onPath, QSet<QString> &finished,
                                    QStringList *path = nullptr);
-
-// Whether a path starts with a separator of either kind, or with a drive letter, a colon and one.
-[[nodiscard]] bool isRootedPath(const QString &path);
 
 } // namespace ast

@@ -1,0 +1,96 @@
+#include "script/script_facts.h"
+
+#include "script/lexer.h"
+#include "script/parser.h"
+#include "update/files/memory_guard.h"
+#include "update/files/project_path.h"
+#include "update/files/text_file.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+#include <QJsonObject>
+
+#include <utility>
+
+namespace ast {
+namespace {
+
+// Null where the text does not lex or parse. What the parser leaves behind beside a program is of
+// no interest here.
+std::shared_ptr<Program> parsedText(const QString &text) {
+    QString lexicalError;
+    std::vector<Token> tokens = Lexer(text).tokenize(&lexicalError);
+    if (!lexicalError.isEmpty())
+        return nullptr;
+    QString syntaxError;
+    return Parser(std::move(tokens), TokenOrigin::Lexer).parseProgram(&syntaxError);
+}
+
+ScriptFacts factsOf(const QString &filePath, const QString &text) {
+    ScriptFacts facts;
+    const std::shared_ptr<Program> program = parsedText(text);
+    if (program == nullptr)
+        return facts;
+    const QDir folder = QFileInfo(filePath).absoluteDir();
+    for (const std::shared_ptr<Stmt> &statement : program->statements) {
+        const auto *const import = dynamic_cast<const ImportStmt *>(statement.get());
+        if (import != nullptr && !isRootedPath(import->path))
+            facts.imports += QDir::cleanPath(folder.absoluteFilePath(slashedPath(import->path)));
+        const auto *const declaration = dynamic_cast<const VarDeclStmt *>(statement.get());
+        if (declaration != nullptr && declaration->isGlobal)
+            facts.globals.append({declaration->name, declaration->line});
+    }
+    return facts;
+}
+
+bool isSeparator(const QString &path, int index) {
+    return index < path.size() &&
+           (path.at(index) == QLatin1Char('/') || path.at(index) == QLatin1Char('\\'));
+}
+
+bool isDriveLetter(const QString &path) {
+    if (path.size() < 2 || path.at(1) != QLatin1Char(':'))
+        return false;
+    const ushort letter = path.at(0).toLower().unicode();
+    return path.at(0).unicode() < 0x80 && letter >= 'a' && letter <= 'z';
+}
+
+} // namespace
+
+std::vector<ListedScript> readListedScripts(const QString &projectPath, const QJsonArray &scripts,
+                                            const TextReader &alsoRead) {
+    const QDir folder(QFileInfo(projectPath).absolutePath());
+    std::vector<ListedScript> listed;
+    QHash<QString, ScriptFacts> known;
+    for (const QJsonValue &entry : scripts) {
+        const QString path = entry.toObject().value(QLatin1String("path")).toString();
+        if (path.isEmpty())
+            continue;
+        const QString file = locatedPath(folder, path);
+        if (!known.contains(file))
+            known.insert(file, readScriptFacts(file, alsoRead));
+        listed.push_back({path, folder.absoluteFilePath(path), file, known.value(file)});
+    }
+    return listed;
+}
+
+ScriptFacts readScriptFacts(const QString &filePath, const TextReader &alsoRead) {
+    const auto read = [&] {
+        const QString text = readTextFile(filePath);
+        if (text.isNull())
+            return ScriptFacts();
+        if (alsoRead)
+            alsoRead(filePath, text);
+        return factsOf(filePath, text);
+    };
+    return unlessOutOfMemory(read, ScriptFacts());
+}
+
+bool isRootedPath(const QString &path) {
+    if (isSeparator(path, 0))
+        return true;
+    return isDriveLetter(path) && isSeparator(path, 2);
+}
+
+} // namespace ast
