@@ -2,10 +2,11 @@
 #include "launcher/launcher_service.h"
 
 #include "frame/settings_store.h"
+#include "update/manifest_signature.h"
 
 #include <QDateTime>
-#include <QJsonDocument>
 
+#include <optional>
 #include <utility>
 
 namespace {
@@ -60,9 +61,9 @@ void LauncherService::computePromptMode() {
 void LauncherService::refreshUpdateSummary() {
     if (!updateAvailable || snapshot.manifestText.isEmpty())
         return;
-    const QJsonDocument manifest = QJsonDocument::fromJson(snapshot.manifestText.toUtf8());
+    const std::optional<QJsonObject> manifest = parseManifest(snapshot.manifestText);
     QString summary;
-    if (!manifest.isObject() || !evaluateManifest(manifest.object(), &summary))
+    if (!manifest || !evaluateManifest(*manifest, &summary))
         return;
     updateSummary = summary;
     Q_EMIT updateSuggestionReady(summary);

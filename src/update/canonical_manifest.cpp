@@ -101,16 +101,21 @@ const RootKey rootKeys[] = {
 
 } // namespace
 
-QString canonicalManifestText(const QString &manifestText) {
-    // `signature` is dropped by never being listed.
+std::optional<QJsonObject> parseManifest(const QString &manifestText) {
     const QJsonDocument document = QJsonDocument::fromJson(manifestText.toUtf8());
-    if (!document.isObject())
-        return QString();
-    const QJsonObject root = document.object();
-    QStringList members;
+    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+}
+
+QString canonicalManifest(const QJsonObject &root) {
+    QStringList members; // `signature` is dropped by never being listed
     for (const RootKey &entry : rootKeys) {
         if (root.contains(entry.key))
             members += member(entry.key, entry.write(root.value(entry.key)));
     }
     return object(members);
+}
+
+QString canonicalManifestText(const QString &manifestText) {
+    const std::optional<QJsonObject> root = parseManifest(manifestText);
+    return root ? canonicalManifest(*root) : QString();
 }

@@ -5,8 +5,6 @@
 
 #include <QCryptographicHash>
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QRegularExpression>
 
 namespace {
@@ -19,27 +17,15 @@ VerifyResult refused(const char *message) {
     return {false, QString::fromLatin1(message)};
 }
 
-} // namespace
-
-VerifyResult verifyManifest(const QString &manifestText, const QString &keyPath) {
-    const QJsonDocument document = QJsonDocument::fromJson(manifestText.toUtf8());
-    if (!document.isObject())
-        return refused("manifest JSON is invalid");
-    const QString signature = document.object().value(QLatin1String("signature")).toString();
-    return verifyManifestSignature(manifestText, signature, keyPath);
-}
-
-VerifyResult verifyManifestSignature(const QString &manifestText, const QString &signatureBase64,
-                                     const QString &keyPath) {
-    if (manifestText.trimmed().isEmpty())
-        return refused("manifest JSON is empty");
+// The checks from the signature on, in their order. `canonical` is empty if the text held no
+// manifest, which is told after a missing signature and a missing key.
+VerifyResult verifyCanonical(const QString &canonical, const QString &signatureBase64,
+                             const QString &keyPath) {
     if (signatureBase64.trimmed().isEmpty())
         return refused("signature is empty");
-
     const QString path = keyPath.isEmpty() ? AppPaths::updatePublicKeyPath() : keyPath;
     if (!QFileInfo::exists(path))
         return refused(QStringLiteral("update public key not found: %1").arg(path));
-    const QString canonical = canonicalManifestText(manifestText);
     if (canonical.isEmpty())
         return refused("manifest JSON is invalid");
 
@@ -64,6 +50,27 @@ VerifyResult verifyManifestSignature(const QString &manifestText, const QString 
                                   "canonical_sha256=%3, sig_bytes=%4")
                        .arg(details, path, QString::fromLatin1(hash.toHex()),
                             QString::number(signature.size())));
+}
+
+} // namespace
+
+ManifestProof proveManifest(const QString &manifestText, const QString &keyPath) {
+    const std::optional<QJsonObject> manifest = parseManifest(manifestText);
+    if (!manifest)
+        return {refused("manifest JSON is invalid"), std::nullopt};
+    const QString signature = manifest->value(QLatin1String("signature")).toString();
+    return {verifyCanonical(canonicalManifest(*manifest), signature, keyPath), manifest};
+}
+
+VerifyResult verifyManifest(const QString &manifestText, const QString &keyPath) {
+    return proveManifest(manifestText, keyPath).result;
+}
+
+VerifyResult verifyManifestSignature(const QString &manifestText, const QString &signatureBase64,
+                                     const QString &keyPath) {
+    if (manifestText.trimmed().isEmpty())
+        return refused("manifest JSON is empty");
+    return verifyCanonical(canonicalManifestText(manifestText), signatureBase64, keyPath);
 }
 
 QByteArray decodePemBody(const QString &pemText) {

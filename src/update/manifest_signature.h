@@ -7,15 +7,29 @@
 #pragma once
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QString>
+
+#include <optional>
 
 struct VerifyResult {
     bool ok = false; // true only when the check passed
     QString message; // always set: the failure text, or the success text
 };
 
-// The signed form of a manifest, free of `signature`. A null string if the text is not JSON or its
-// root is not an object.
+// What proving a manifest comes to, with the manifest itself.
+struct ManifestProof {
+    VerifyResult result;
+    std::optional<QJsonObject> manifest; // as parsed; to be believed only if `result.ok`
+};
+
+// The manifest in a text; none if the text is not JSON or its root is not an object.
+[[nodiscard]] std::optional<QJsonObject> parseManifest(const QString &manifestText);
+
+// The signed form of a manifest, free of `signature`.
+[[nodiscard]] QString canonicalManifest(const QJsonObject &root);
+
+// The same from a text; a null string if there is no manifest in it.
 [[nodiscard]] QString canonicalManifestText(const QString &manifestText);
 
 // Checks the manifest against the `signature` that it carries. `keyPath` is a PEM file with an RSA
@@ -23,7 +37,11 @@ struct VerifyResult {
 [[nodiscard]] VerifyResult verifyManifest(const QString &manifestText,
                                           const QString &keyPath = QString());
 
-// The same with a detached signature, as base64 text.
+// The same for a caller that reads the manifest then: its text is parsed once, here.
+[[nodiscard]] ManifestProof proveManifest(const QString &manifestText,
+                                          const QString &keyPath = QString());
+
+// The same as verifyManifest with a detached signature, as base64 text.
 [[nodiscard]] VerifyResult verifyManifestSignature(const QString &manifestText,
                                                    const QString &signatureBase64,
                                                    const QString &keyPath = QString());

@@ -303,6 +303,26 @@ private slots:
         QCOMPARE(result.message, message);
     }
 
+    // --- the manifest that is handed on
+
+    void aProvenManifestIsHandedOnAsItWasParsed() {
+        const QString text = support::signedManifest(support::fullManifest(), m_key);
+        const ManifestProof proof = proveManifest(text, m_keyPath);
+        QVERIFY(proof.result.ok);
+        QCOMPARE(proof.result.message, verified);
+        QVERIFY(proof.manifest.has_value());
+        QCOMPARE(*proof.manifest, QJsonDocument::fromJson(text.toUtf8()).object());
+        QCOMPARE(canonicalManifest(*proof.manifest), canonicalManifestText(text));
+    }
+
+    void aTextThatIsNoManifestHandsNothingOn() {
+        for (const QString &text : {QString(), QString("{"), QString("[]"), QString("5")}) {
+            const ManifestProof proof = proveManifest(text, m_keyPath);
+            QCOMPARE(proof.result.message, QString("manifest JSON is invalid"));
+            QVERIFY(!proof.manifest.has_value());
+        }
+    }
+
     // --- hostile manifests
 
     void everyWrongTypeInEveryPlaceIsAnswered() {

@@ -15,7 +15,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QJsonDocument>
 #include <QUrl>
 
 #include <algorithm>
@@ -77,18 +76,17 @@ bool UpdateContext::weighManifest(const QString &text, QString *summary) {
         return false;
     }
     // A stick that carries a manifest which proves false does not lead to the network.
-    const VerifyResult proof = verifyManifest(text);
-    if (!proof.ok)
+    const ManifestProof proof = proveManifest(text);
+    if (!proof.result.ok)
         return logRefusal(UpdateContext::tr("更新被拒绝：%1（source=%2）。将继续使用当前版本。")
-                              .arg(proof.message, snapshot.source),
+                              .arg(proof.result.message, snapshot.source),
                           summary);
-    const QJsonDocument manifest = QJsonDocument::fromJson(text.toUtf8());
-    if (!manifest.isObject()) {
+    if (!proof.manifest) { // a guard: what has been proved has been parsed
         *summary = UpdateContext::tr("更新 manifest 解析失败，将继续使用当前版本。");
         return false;
     }
     snapshot.manifestText = text;
-    return evaluateManifest(manifest.object(), summary);
+    return evaluateManifest(*proof.manifest, summary);
 }
 
 // Empty without a stick, and for one that cannot be read: the network is tried then.
