@@ -35,6 +35,24 @@ QString firstVersionInText(const QString &text) {
     return normalizeVersion(version.match(text).captured(1));
 }
 
+QString nameIn(const QJsonObject &root) {
+    return root.value(projectKey).toObject().value(QLatin1String("name")).toString();
+}
+
+// `root` is what parses of `text`.
+QString versionIn(const QJsonObject &root, const QString &text) {
+    const QJsonObject project = root.value(projectKey).toObject();
+    const QString version = normalizeVersion(versionText(project.value(versionKey)));
+    return version.isEmpty() ? firstVersionInText(text) : version;
+}
+
+QString orRecorded(const QString &version, const QString &projectPath) {
+    if (!version.isEmpty())
+        return version;
+    const QString recorded = readTextFile(versionSidecarPath(projectPath)).trimmed();
+    return recorded.isEmpty() ? QString() : recorded;
+}
+
 // No moment without a whole project file: the new text takes the place of the old one once it lies
 // on the disk. Where no file can be made beside it, it is written over.
 bool replaceContent(const QString &path, const QByteArray &content) {
@@ -61,23 +79,22 @@ bool stampProjectFile(const QString &projectPath, const QString &version) {
 } // namespace
 
 QString readProjectName(const QString &projectPath) {
-    const QJsonObject root = rootObject(readTextFile(projectPath));
-    return root.value(projectKey).toObject().value(QLatin1String("name")).toString();
+    return nameIn(rootObject(readTextFile(projectPath)));
 }
 
 QString readProjectVersion(const QString &projectPath) {
     const QString text = readTextFile(projectPath);
-    const QJsonObject project = rootObject(text).value(projectKey).toObject();
-    const QString version = normalizeVersion(versionText(project.value(versionKey)));
-    return version.isEmpty() ? firstVersionInText(text) : version;
+    return versionIn(rootObject(text), text);
 }
 
 QString installedProjectVersion(const QString &projectPath) {
-    const QString version = readProjectVersion(projectPath);
-    if (!version.isEmpty())
-        return version;
-    const QString recorded = readTextFile(versionSidecarPath(projectPath)).trimmed();
-    return recorded.isEmpty() ? QString() : recorded;
+    return orRecorded(readProjectVersion(projectPath), projectPath);
+}
+
+ProjectIdentity readProjectIdentity(const QString &projectPath) {
+    const QString text = readTextFile(projectPath);
+    const QJsonObject root = rootObject(text);
+    return {nameIn(root), orRecorded(versionIn(root, text), projectPath)};
 }
 
 QString versionSidecarPath(const QString &projectPath) {

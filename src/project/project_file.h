@@ -19,6 +19,15 @@
 // The version in the file, else the trimmed text of the sidecar, else null.
 [[nodiscard]] QString installedProjectVersion(const QString &projectPath);
 
+// Name and installed version of a project, as the operations above give them.
+struct ProjectIdentity {
+    QString name;
+    QString version;
+};
+
+// Both in one reading of the project file.
+[[nodiscard]] ProjectIdentity readProjectIdentity(const QString &projectPath);
+
 // `.quorvane-installed-version` in the file's absolute folder; null for a blank path.
 [[nodiscard]] QString versionSidecarPath(const QString &projectPath);
 

@@ -92,6 +92,7 @@ void ProjectFileTest::name() {
     const QString found = readProjectName(folder.write("line.yslib", content));
     QCOMPARE(found, expected);
     QCOMPARE(found.isEmpty(), expected.isEmpty());
+    QCOMPARE(readProjectIdentity(folder.path("line.yslib")).name, found);
 }
 
 void ProjectFileTest::nameOfWhatIsNoFile() {
@@ -188,6 +189,10 @@ void ProjectFileTest::installedVersion() {
     const QString found = installedProjectVersion(folder.path("line.yslib"));
     QCOMPARE(found, expected);
     QCOMPARE(found.isNull(), expected.isNull());
+    const ProjectIdentity both = readProjectIdentity(folder.path("line.yslib"));
+    QCOMPARE(both.version, found);
+    QCOMPARE(both.version.isNull(), found.isNull());
+    QCOMPARE(both.name, readProjectName(folder.path("line.yslib")));
     QVERIFY(installedProjectVersion(ProjectFolder().path("line.yslib")).isNull());
 }
 
