@@ -1,7 +1,7 @@
 // How workers end beside their usual ways: with memory run out, after the window was closed, and in
 // which order a dying service waits for them.
 //
-// The three workers' work is wrapped by the linker (--wrap), so that it can fail inside.
+// The three workers' work is this file's, in the place of the library's, so that it can fail inside.
 #include "installation.h"
 #include "launcher/launcher_service.h"
 #include "launcher/offer/project_apply.h"
@@ -33,30 +33,26 @@ void failInside() {
 
 } // namespace
 
-#define QUORVANE_WRAP(Result, name, symbol, ...) Result name(__VA_ARGS__) __asm__("__wrap_" symbol);
-QUORVANE_WRAP(bool, wrappedCheck, "_ZN13UpdateContext14runUpdateCheckEP7QString",
-              UpdateContext *context, QString *summary)
-QUORVANE_WRAP(ApplyResult, wrappedApply,
-              "_Z18applyProjectUpdateRK14UpdateSnapshotRK7QStringPKSt6atomicIiE",
-              const UpdateSnapshot &snapshot, const QString &projectPath, const CancelFlag *flag)
-QUORVANE_WRAP(ComponentSetupResult, wrappedSetup, "_ZNK13UpdateContext17runComponentSetupEv",
-              const UpdateContext *context)
-
-bool wrappedCheck(UpdateContext *context, QString *summary) {
-    context->snapshot.source = QStringLiteral("half done");
+bool UpdateContext::runUpdateCheck(QString *summary) {
+    snapshot.source = QStringLiteral("half done");
     *summary = QStringLiteral("half done");
     failInside();
     return work == Work::Succeeds;
 }
 
-ApplyResult wrappedApply(const UpdateSnapshot &, const QString &, const CancelFlag *) {
+ApplyResult applyProjectUpdate(const UpdateSnapshot &, const QString &, const CancelFlag *) {
     failInside();
     return {work == Work::Succeeds, QStringLiteral("the message"), QString(), QString()};
 }
 
-ComponentSetupResult wrappedSetup(const UpdateContext *) {
+ComponentSetupResult UpdateContext::runComponentSetup() const {
     failInside();
     return {true, QString(), QString(), false};
+}
+
+// Of the check's file too, and not asked: no manifest is held here.
+bool UpdateContext::evaluateManifest(const QJsonObject &, QString *) {
+    return false;
 }
 
 namespace {

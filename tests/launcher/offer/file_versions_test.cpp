@@ -1,8 +1,9 @@
 // Versions that stand in executables, which only Windows can read: the launcher's rules about them,
-// with the reading itself wrapped by the linker (--wrap).
+// with a reader of its own in the place of the library's.
 #include "installation.h"
 #include "launcher/launcher_service.h"
 #include "support/staged_main.h"
+#include "update/files/file_version.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -13,8 +14,7 @@ QMap<QString, QString> versions; // by file name
 
 } // namespace
 
-QString wrappedFileVersion(const QString &path) __asm__("__wrap__Z15fileVersionTextRK7QString");
-QString wrappedFileVersion(const QString &path) {
+QString fileVersionText(const QString &path) {
     return versions.value(QFileInfo(path).fileName());
 }
 

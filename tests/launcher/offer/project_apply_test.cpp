@@ -2,6 +2,7 @@
 // takes effect, and what lies on disk afterwards.
 #include "launcher/offer/project_apply.h"
 
+#include "file_events.h"
 #include "project/project_validator.h"
 #include "support/file_kinds.h"
 #include "support/platform.h"
@@ -10,14 +11,15 @@
 #include "support/zip_maker.h"
 #include "update/manifest_signature.h"
 #include "update_offer.h"
-#include "wrapped_steps.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QLockFile>
 #include <QProcess>
 #include <QRegularExpression>
 
+#include <cerrno>
 #include <thread>
 
 using support::FileTree;
@@ -82,11 +84,45 @@ QString successText(const QString &version) {
            " in N ms. Backup: " + AppPaths::updateBackupDirectory() + "/line_TIME";
 }
 
+// Lets something happen, once, when a file whose path ends so is about to be used.
+file_events::Listener atFirst(file_events::Kind kind, const QString &end,
+                              const std::function<void()> &happens) {
+    return [kind, end, happens, done = false](file_events::Kind seen, const QString &path) mutable {
+        if (!done && seen == kind && path.endsWith(end)) {
+            done = true;
+            happens();
+        }
+        return 0;
+    };
+}
+
+// Lets something happen just before the backup is gone, which is the end of a swap.
+file_events::Listener atTheEndOfTheSwap(const std::function<void()> &happens) {
+    return [happens](file_events::Kind seen, const QString &path) {
+        static const QRegularExpression backup("/line_\\d{8}_\\d{6}$");
+        if (seen == file_events::Kind::Remove && path.contains(backup))
+            happens();
+        return 0;
+    };
+}
+
+QString unseen() {
+    return "no test sees the file operations of a program here";
+}
+
+QLockFile &otherLauncher() {
+    static QLockFile lock(AppPaths::updateTempPath("apply.lock"));
+    return lock;
+}
+
 QByteArray oneEntry(const QByteArray &name) {
     return support::makeZip({{name, "content"}});
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(file_events::Kind)
+Q_DECLARE_METATYPE(std::function<void(Offer &)>)
 
 class ProjectApplyTest : public QObject {
     Q_OBJECT
@@ -103,7 +139,6 @@ private Q_SLOTS:
             QVERIFY(QDir().mkpath(folder));
         }
         QVERIFY(update_offer::trust());
-        wrapped_steps::reset();
     }
 
     // --- Success ------------------------------------------------------------------------------
@@ -121,38 +156,48 @@ private Q_SLOTS:
         QVERIFY(readTextFile(project).contains("产线"));
         QCOMPARE(leftovers(), QStringList()); // the backup that the text names is gone
         QVERIFY(QFileInfo::exists(offer.zipPath()));
-        QCOMPARE(wrapped_steps::calls,
-                 QStringList({"verifyManifest", "verifyFileSha256", "removeDirectory", "extractZip",
-                              "validateProjectFile", "normalizeProjectPath", "replaceDirectory"}));
         QCOMPARE(installation::takeLog(), QStringList()); // the flow logs the end, not the apply
     }
 
+    // What it reads first takes until the clock shows it.
     void theTimeIsMeasuredFromTheEntry() {
+        if (!file_events::areSeen())
+            QSKIP(qPrintable(unseen()));
         const Offer offer(newProject());
-        wrapped_steps::after["verifyManifest"] = [] { QThread::msleep(60); };
+        const file_events::Watch slow(atFirst(file_events::Kind::Read, "/update.pub", [] {
+            QElapsedTimer clock;
+            clock.start();
+            while (!clock.hasExpired(60))
+                std::this_thread::yield();
+        }));
         const ApplyResult result = apply(offer, install(oldProject()));
         const QRegularExpression time("in (\\d+) ms");
         QVERIFY(time.match(result.message).captured(1).toInt() >= 60);
     }
 
-    // Both names bear the time in UTC, wherever the line is.
+    // Both names bear the time in UTC, wherever the line is. An update that cannot be unpacked tells
+    // where to.
     void theFoldersAreNamedAfterTheTime() {
         const QString project = install(oldProject());
         const QByteArray zone = qgetenv("TZ");
         qputenv("TZ", "Asia/Shanghai");
-        QString staging;
-        wrapped_steps::after["extractZip"] = [&staging] {
-            staging = entriesOf(AppPaths::updateTempPath("")).filter("apply_").join('|');
-        };
         const QDateTime before = QDateTime::currentDateTimeUtc();
         const ApplyResult result = apply(Offer(newProject()), project);
+        const QString temp = QDir::cleanPath(AppPaths::updateTempPath(""));
+        QVERIFY(QDir(temp).removeRecursively());
+        QVERIFY(installation::write(temp, "in the way"));
+        const ApplyResult failed = apply(Offer(newProject()), project);
         const QDateTime after = QDateTime::currentDateTimeUtc();
+        QVERIFY(QFile::remove(temp));
         zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
         const auto isNow = [&](const QString &stamp) {
             const QString form = "yyyyMMdd_HHmmss";
             return before.toString(form) <= stamp && stamp <= after.toString(form);
         };
-        QVERIFY2(staging.startsWith("apply_") && isNow(staging.mid(6)), qPrintable(staging));
+        const QString begin =
+            "Extract failed: unable to create destination directory: " + temp + "/apply_";
+        QVERIFY2(failed.message.startsWith(begin) && isNow(failed.message.mid(begin.size())),
+                 qPrintable(failed.message));
         const QString backup = result.message.section(". Backup: ", 1);
         const QString start = AppPaths::updateBackupDirectory() + "/line_";
         QVERIFY2(backup.startsWith(start) && isNow(backup.mid(start.size())), qPrintable(backup));
@@ -160,24 +205,24 @@ private Q_SLOTS:
 
     void whatLiesInAStagingFolderOfThisSecondIsNotTakenAlong() {
         const QString project = install(oldProject());
-        wrapped_steps::after["verifyFileSha256"] = [] {
-            for (int second = 0; second < 20; ++second) {
-                const QString name = QDateTime::currentDateTimeUtc().addSecs(second).toString(
-                    "'apply_'yyyyMMdd_HHmmss");
-                support::writeTree(AppPaths::updateTempPath(name), {{"left.over", "x"}});
-            }
-        };
+        for (int second = 0; second < 60; ++second) {
+            const QString name =
+                QDateTime::currentDateTimeUtc().addSecs(second).toString("'apply_'yyyyMMdd_HHmmss");
+            support::writeTree(AppPaths::updateTempPath(name), {{"left.over", "x"}});
+        }
         const ApplyResult result = apply(Offer(newProject()), project);
         QVERIFY2(result.success, qPrintable(result.message));
         QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
     }
 
     void aVersionThatCannotBeStampedIsStillAnUpdate() {
+        if (!file_events::areSeen())
+            QSKIP(qPrintable(unseen()));
         const QString project = install(oldProject());
-        wrapped_steps::after["replaceDirectory"] = [&project] {
+        const file_events::Watch spoil(atTheEndOfTheSwap([&project] {
             QVERIFY(installation::write(project, "{"));
             support::writeTree(projectFolder(), {{".quorvane-installed-version/x", ""}});
-        };
+        }));
         const ApplyResult result = apply(Offer(newProject()), project);
         QVERIFY(result.success);
         QCOMPARE(timeless(result.message), successText("2.0.0"));
@@ -352,54 +397,47 @@ private Q_SLOTS:
         QTest::addColumn<QJsonObject>("record"); // laid over the right one
         QTest::addColumn<QString>("message");
         QTest::addColumn<QString>("errorClass");
-        QTest::addColumn<QStringList>("calls");
-        const QStringList proved{"verifyManifest"};
-        const QStringList checked = proved + QStringList("verifyFileSha256");
-        const QStringList unpacked = checked + QStringList({"removeDirectory", "extractZip"});
-        const QStringList cleaned = unpacked + QStringList("removeDirectory");
         const QByteArray good = support::zipOf(newProject());
         QTest::newRow("without a package name") << good << QJsonObject{{"zipUrl", ""}}
                                                 << "Unable to resolve update zip: zipUrl is empty"
-                                                << "network" << proved;
+                                                << "network";
         QTest::newRow("with a package name that is no text")
             << good << QJsonObject{{"zipUrl", 7}} << "Unable to resolve update zip: zipUrl is empty"
-            << "network" << proved;
+            << "network";
         QTest::newRow("the package is not on the stick")
             << good << QJsonObject{{"zipUrl", "no.zip"}}
             << "Unable to resolve update zip: update zip not found: STICK/no.zip"
-            << "network" << proved;
+            << "network";
         QTest::newRow("the package is a folder of the stick")
             << good << QJsonObject{{"zipUrl", "包"}}
             << "Unable to resolve update zip: update zip not found: STICK/包"
-            << "network" << proved;
+            << "network";
         QTest::newRow("a package name that holds the word cancelled counts as a cancel")
             << good << QJsonObject{{"zipUrl", "Cancelled.zip"}}
             << "Unable to resolve update zip: update zip not found: STICK/Cancelled.zip"
-            << "cancelled" << proved;
+            << "cancelled";
         QTest::newRow("without a hash")
             << good << QJsonObject{{"zipSha256", ""}} << "zipSha256 is required in manifest."
-            << "verify" << proved;
+            << "verify";
         QTest::newRow("with a blank hash")
             << good << QJsonObject{{"zipSha256", " \t"}} << "zipSha256 is required in manifest."
-            << "verify" << proved;
+            << "verify";
         QTest::newRow("with another hash: nothing is unpacked")
             << good << QJsonObject{{"zipSha256", " 00 "}}
             << QString("Update zip hash failed: SHA256 mismatch for STICK/包/line.zip "
                        "(expected 00, got %1)")
                    .arg(update_offer::sha256(good))
-            << "hash" << checked;
+            << "hash";
         QTest::newRow("an entry leads out of the folder")
             << oneEntry("../x") << QJsonObject() << "Extract failed: unsafe zip entry: ../x"
-            << "" << cleaned;
+            << "";
         QTest::newRow("no project file in the package")
             << oneEntry("x/readme.txt") << QJsonObject() << "No yslib found in extracted package."
-            << "" << cleaned;
-        QStringList refused = unpacked + QStringList("validateProjectFile");
-        refused << "removeDirectory";
+            << "";
         QTest::newRow("the project is broken")
             << oneEntry("demo.yslib") << QJsonObject()
             << "Apply validator failed:\n[Error] yslib: JSON 无效：illegal value"
-            << "" << refused;
+            << "";
     }
 
     void aStepFails() {
@@ -407,7 +445,6 @@ private Q_SLOTS:
         QFETCH(QJsonObject, record);
         QFETCH(QString, message);
         QFETCH(QString, errorClass);
-        QFETCH(QStringList, calls);
         const QString project = install(oldProject());
         Offer offer(zip);
         for (const QString &key : record.keys())
@@ -417,7 +454,6 @@ private Q_SLOTS:
         QCOMPARE(result.message, message.replace("STICK", offer.place.path()));
         QCOMPARE(result.errorClass, errorClass);
         QCOMPARE(result.projectPath, QString());
-        QCOMPARE(wrapped_steps::calls, calls);
         QCOMPARE(support::readTree(projectFolder()), oldProject());
         QCOMPARE(leftovers(), QStringList());
     }
@@ -453,7 +489,6 @@ private Q_SLOTS:
         const ApplyResult result = apply(offer, install(oldProject()));
         QCOMPARE(result.message, QString("No cached manifest for apply."));
         QCOMPARE(result.errorClass, QString("verify"));
-        QCOMPARE(wrapped_steps::calls, QStringList());
     }
 
     void theManifestIsProvedAgain() {
@@ -476,6 +511,71 @@ private Q_SLOTS:
         QCOMPARE(result.errorClass, QString("verify"));
     }
 
+    void ofTwoFaultsTheEarlierStepIsTold_data() {
+        using Fault = std::function<void(Offer &)>;
+        QTest::addColumn<QList<Fault>>("faults");
+        QTest::addColumn<QString>("message"); // begins so
+        const Fault noManifest = [](Offer &offer) { offer.snapshot.manifestText.clear(); };
+        const Fault badSignature = [](Offer &offer) {
+            offer.snapshot.manifestText.replace("line", "evil");
+        };
+        const Fault noPackage = [](Offer &offer) { QFile::remove(offer.zipPath()); };
+        const Fault noHash = [](Offer &offer) { offer.with("zipSha256", ""); };
+        const Fault wrongHash = [](Offer &offer) { offer.with("zipSha256", "00"); };
+        const Fault notOurTurn = [](Offer &) { QVERIFY(otherLauncher().lock()); };
+        const Fault nowhereToUnpack = [](Offer &) {
+            const QString temp = QDir::cleanPath(AppPaths::updateTempPath(""));
+            QVERIFY(QDir(temp).removeRecursively() && installation::write(temp, "in the way"));
+        };
+        const auto package = [](const QByteArray &zip) -> Fault {
+            return [zip](Offer &offer) {
+                QVERIFY(QFile::remove(offer.zipPath()));
+                support::writeTree(offer.place.path(), {{"包/line.zip", zip}});
+                offer.with("zipSha256", update_offer::sha256(zip));
+            };
+        };
+        const Fault unsafe = package(support::makeZip({{"demo.yslib", ""}, {"../x", ""}}));
+        const Fault noProject = package(oneEntry("x/readme.txt"));
+        const Fault broken = package(oneEntry("demo.yslib"));
+        const Fault noBackup = [](Offer &) {
+            QVERIFY(QDir().rmdir(AppPaths::updateBackupDirectory()) &&
+                    installation::write(AppPaths::updateBackupDirectory(), "in the way"));
+        };
+        const auto row = [](const char *name, const QList<Fault> &faults, const char *message) {
+            QTest::newRow(name) << faults << QString(message);
+        };
+        row("no manifest, and no package", {noManifest, noPackage}, "No cached manifest");
+        row("a wrong signature, and no package", {noPackage, badSignature}, "Apply pre-check");
+        row("no package, and no hash", {noHash, noPackage}, "Unable to resolve update zip: ");
+        row("no hash, and another launcher", {noHash, notOurTurn}, "zipSha256 is required");
+        row("a wrong hash, and another launcher", {wrongHash, notOurTurn}, "Update zip hash");
+        row("a wrong hash, and nowhere to unpack", {wrongHash, nowhereToUnpack}, "Update zip hash");
+        row("another launcher, and an unsafe package", {unsafe, notOurTurn}, "another launcher");
+        row("nowhere to unpack, and an unsafe package", {unsafe, nowhereToUnpack},
+            "Extract failed: unable to create destination directory: ");
+        row("an unsafe package of a broken project", {unsafe}, "Extract failed: unsafe zip entry");
+        row("no project, and no place for the backup", {noProject, noBackup}, "No yslib found");
+        row("a broken project, and no place for the backup", {broken, noBackup}, "Apply validator");
+    }
+
+    void ofTwoFaultsTheEarlierStepIsTold() {
+        QFETCH(QList<std::function<void(Offer &)>>, faults);
+        QFETCH(QString, message);
+        const QString project = install(oldProject());
+        Offer offer(newProject());
+        for (const auto &fault : faults)
+            fault(offer);
+        const ApplyResult result = apply(offer, project);
+        otherLauncher().unlock();
+        for (const QString &folder :
+             {QDir::cleanPath(AppPaths::updateTempPath("")), AppPaths::updateBackupDirectory()}) {
+            if (QFileInfo(folder).isFile())
+                QVERIFY(QFile::remove(folder));
+        }
+        QVERIFY2(result.message.startsWith(message), qPrintable(result.message));
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+    }
+
     // --- Two launchers on one data folder -------------------------------------------------------
 
     // Its folders, of the same second perhaps, and the project are left to it.
@@ -488,7 +588,6 @@ private Q_SLOTS:
         QVERIFY(!result.success);
         QCOMPARE(result.message, QString("another launcher is applying an update"));
         QCOMPARE(result.errorClass, QString());
-        QCOMPARE(wrapped_steps::calls, QStringList({"verifyManifest", "verifyFileSha256"}));
         QCOMPARE(support::readTree(projectFolder()), oldProject());
         QCOMPARE(leftovers(), QStringList({"apply.lock", "apply_other"}));
         other.unlock();
@@ -505,52 +604,72 @@ private Q_SLOTS:
 
     // --- Cancel ---------------------------------------------------------------------------------
 
+    // Each at a file that the step uses, of a package that the next step would refuse.
     void aCancel_data() {
-        QTest::addColumn<QString>("during");
+        using file_events::Kind;
+        QTest::addColumn<Kind>("kind");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("zip");
         QTest::addColumn<QString>("message");
-        QTest::addColumn<QString>("lastCall");
-        QTest::newRow("before the start") << ""
-                                          << "cancelled"
-                                          << "";
-        QTest::newRow("while the signature is checked") << "verifyManifest"
-                                                        << "Unable to resolve update zip: cancelled"
-                                                        << "verifyManifest";
-        QTest::newRow("while the hash is checked") << "verifyFileSha256"
-                                                   << "cancelled"
-                                                   << "removeDirectory";
-        QTest::newRow("while it unpacks") << "extractZip"
-                                          << "cancelled"
-                                          << "removeDirectory";
-        QTest::newRow("while the project is validated") << "validateProjectFile"
-                                                        << "cancelled"
-                                                        << "removeDirectory";
-        QTest::newRow("at the last point, before the swap") << "normalizeProjectPath"
-                                                            << "cancelled"
-                                                            << "removeDirectory";
+        const QByteArray good = support::zipOf(newProject());
+        QTest::newRow("while the signature is checked")
+            << Kind::Read << "/config/update.pub" << good
+            << "Unable to resolve update zip: cancelled";
+        QTest::newRow("while the hash is checked")
+            << Kind::Read << "/line.zip" << QByteArray("no zip at all") << "cancelled";
+        QTest::newRow("while it unpacks")
+            << Kind::Write << "/readme.txt" << oneEntry("readme.txt") << "cancelled";
+        QTest::newRow("while the project is validated")
+            << Kind::Read << "/demo.yslib" << good << "cancelled";
+        QTest::newRow("at the last point, before the swap")
+            << Kind::Look << "/line/demo.yslib" << good << "cancelled";
     }
 
     void aCancel() {
-        QFETCH(QString, during);
+        QFETCH(file_events::Kind, kind);
+        QFETCH(QString, file);
+        QFETCH(QByteArray, zip);
         QFETCH(QString, message);
-        QFETCH(QString, lastCall);
+        if (!file_events::areSeen())
+            QSKIP(qPrintable(unseen()));
         const QString project = install(oldProject());
-        const Offer offer(newProject());
-        CancelFlag flag{during.isEmpty() ? 1 : 0};
-        wrapped_steps::after[during] = [&flag] { flag = 1; };
+        const Offer offer(zip);
+        CancelFlag flag{0};
+        const file_events::Watch user(atFirst(kind, file, [&flag] { flag = 1; }));
         const ApplyResult result = apply(offer, project, &flag);
         QVERIFY(!result.success);
         QCOMPARE(result.message, message);
         QCOMPARE(result.errorClass, QString("cancelled"));
-        QCOMPARE(wrapped_steps::calls.value(wrapped_steps::calls.size() - 1), lastCall);
-        QVERIFY(!wrapped_steps::calls.contains("replaceDirectory"));
+        QCOMPARE(support::readTree(projectFolder()), oldProject());
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    // Not even the manifest is asked for.
+    void aCancelBeforeTheStart() {
+        const QString project = install(oldProject());
+        Offer offer(newProject());
+        offer.snapshot.manifestText.clear();
+        CancelFlag flag{1};
+        const ApplyResult result = apply(offer, project, &flag);
+        QCOMPARE(result.message, QString("cancelled"));
+        QCOMPARE(result.errorClass, QString("cancelled"));
         QCOMPARE(support::readTree(projectFolder()), oldProject());
         QCOMPARE(leftovers(), QStringList());
     }
 
     void aCancelAfterTheLastPointIsNotSeen() {
+        if (!file_events::areSeen())
+            QSKIP(qPrintable(unseen()));
         CancelFlag flag{0};
-        wrapped_steps::after["replaceDirectory"] = [&flag] { flag = 1; };
-        const ApplyResult result = apply(Offer(newProject()), install(oldProject()), &flag);
+        const QString project = install(oldProject());
+        const file_events::Watch user([&flag](file_events::Kind kind, const QString &path) {
+            if (kind == file_events::Kind::Write &&
+                path.startsWith(AppPaths::updateBackupDirectory()))
+                flag = 1;
+            return 0;
+        });
+        const ApplyResult result = apply(Offer(newProject()), project, &flag);
+        QCOMPARE(flag.load(), 1);
         QVERIFY(result.success);
         QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
     }
@@ -691,24 +810,33 @@ private Q_SLOTS:
     // The disk is full during the backup: what was copied takes the project's place. It is told so
     // in the support page, and must not change unnoticed.
     void aPartialBackupReplacesTheProject() {
-        const QString project = install(oldProject());
-        const FileTree copied{{"main.ys", ""}};
-        wrapped_steps::insteadOfReplace = [&](const QString &target, const QString &backup) {
-            support::writeTree(backup, copied);
-            return "unable to copy file: " + target + "/old.ys";
-        };
+        if (!file_events::areSeen())
+            QSKIP(qPrintable(unseen()));
+        const FileTree old{{"demo.yslib", update_offer::projectText("1.0")}, {"main.ys", ""}};
+        const QString project = install(old);
+        QStringList names; // in the order of the copies
+        const file_events::Watch fullDisk([&names](file_events::Kind kind, const QString &path) {
+            if (kind != file_events::Kind::Write ||
+                !path.startsWith(AppPaths::updateBackupDirectory()))
+                return 0;
+            names << QFileInfo(path).fileName();
+            return names.size() == 1 ? 0 : ENOSPC;
+        });
         const ApplyResult result = apply(Offer(newProject()), project);
         QCOMPARE(result.message, "Replace failed, rolled back: unable to copy file: " +
-                                     projectFolder() + "/old.ys");
+                                     projectFolder() + '/' + names.value(1));
         QCOMPARE(result.errorClass, QString());
-        QCOMPARE(support::readTree(projectFolder()), copied);
+        QCOMPARE(support::readTree(projectFolder()),
+                 FileTree({{names.first(), old.value(names.first())}}));
         QCOMPARE(leftovers(), QStringList());
     }
 
     // Says that it rolled back although nothing remains to roll back to.
     void theProjectFileIsGoneAfterTheSwap() {
+        if (!file_events::areSeen())
+            QSKIP(qPrintable(unseen()));
         const QString project = install(oldProject());
-        wrapped_steps::after["replaceDirectory"] = [&] { QFile::remove(project); };
+        const file_events::Watch thief(atTheEndOfTheSwap([&project] { QFile::remove(project); }));
         const ApplyResult result = apply(Offer(newProject()), project);
         QVERIFY(!result.success);
         QCOMPARE(result.message, QString("No yslib after replace, rolled back."));
