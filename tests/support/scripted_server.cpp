@@ -52,6 +52,9 @@ ServerStep sendRaw(const QByteArray &bytes) {
 ServerStep pause(int milliseconds) {
     return {ServerStep::Pause, QByteArray(), milliseconds};
 }
+ServerStep call(const std::function<void()> &happens) {
+    return {ServerStep::Call, QByteArray(), 0, happens};
+}
 ServerStep stall() {
     return {ServerStep::Stall, QByteArray()};
 }
@@ -204,6 +207,9 @@ bool ScriptedServer::play(const ServerScript &script, int socket, ssl_st *tls) {
                 return false;
             break;
         }
+        case ServerStep::Call:
+            step.happens();
+            break;
         case ServerStep::Stall:
             sockets::waitForPeerToLeave(socket);
             return false;

@@ -12,6 +12,7 @@
 #include <QVector>
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -29,6 +30,7 @@ struct ServerStep {
         Send,    // through TLS if there is any
         SendRaw, // onto the wire, past TLS
         Pause,   // for `milliseconds`
+        Call,    // `happens`, on the connection's thread
         Stall,   // until the other side goes away or the server is destroyed
         Break,   // closes the connection without a farewell
         Reset,   // closes it so that the other side is told of an error
@@ -36,6 +38,7 @@ struct ServerStep {
     Kind kind;
     QByteArray bytes;
     int milliseconds = 0;
+    std::function<void()> happens = {};
 };
 
 // What is done with one connection, step by step; then it is closed as it should be.
@@ -44,6 +47,7 @@ using ServerScript = QVector<ServerStep>;
 [[nodiscard]] ServerStep send(const QByteArray &bytes);
 [[nodiscard]] ServerStep sendRaw(const QByteArray &bytes);
 [[nodiscard]] ServerStep pause(int milliseconds);
+[[nodiscard]] ServerStep call(const std::function<void()> &happens);
 [[nodiscard]] ServerStep stall();
 [[nodiscard]] ServerStep breakOff();
 [[nodiscard]] ServerStep reset();

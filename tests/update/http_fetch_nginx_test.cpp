@@ -4,6 +4,7 @@
 #include "support/staged_main.h"
 #include "update/http_fetch.h"
 
+#include <QDeadlineTimer>
 #include <QProcess>
 #include <QSslCertificate>
 #include <QSslConfiguration>
@@ -13,6 +14,7 @@
 #include <QTemporaryDir>
 
 #include <csignal>
+#include <functional>
 #include <thread>
 
 namespace {
@@ -88,12 +90,30 @@ private:
         return socket.waitForConnected(1000);
     }
 
+    // The bytes that the server has written, to its log too.
+    qint64 written() const {
+        QFile counts(QStringLiteral("/proc/%1/io").arg(m_nginx.processId()));
+        if (!counts.open(QIODevice::ReadOnly))
+            return 0;
+        const QByteArray line = counts.readAll().split('\n').value(1);
+        return line.mid(int(qstrlen("wchar: "))).toLongLong();
+    }
+
+    // Does something once the server is within a body: past all that comes before one.
+    std::thread onceABodyFlows(const std::function<void()> &something) const {
+        return std::thread([this, something, enough = written() + 12000] {
+            const QDeadlineTimer deadline(plenty);
+            while (written() < enough && !deadline.hasExpired())
+                std::this_thread::yield();
+            something();
+        });
+    }
+
 private slots:
     void initTestCase() {
         const QString program =
             QStandardPaths::findExecutable("nginx", {"/usr/sbin", "/usr/bin", "/usr/local/sbin"});
-        if (program.isEmpty())
-            QSKIP("nginx is not installed: run scripts/setup test");
+        QVERIFY2(!program.isEmpty(), "nginx is not installed: run scripts/setup test");
         const support::Certificate authority = support::makeAuthority();
         const support::Certificate certificate = support::makeCertificate({}, &authority);
         QSslConfiguration trusting = QSslConfiguration::defaultConfiguration();
@@ -193,10 +213,8 @@ private slots:
 
     void aSlowPackageIsCancelled() {
         CancelFlag flag{0};
-        std::thread canceller([&flag] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(500));
-            flag.store(1, std::memory_order_relaxed);
-        });
+        std::thread canceller =
+            onceABodyFlows([&flag] { flag.store(1, std::memory_order_relaxed); });
         QString error;
         QVERIFY(!downloadToFile(url("/slow/package.zip"), m_folder.filePath("x"), &error, &flag));
         canceller.join();
@@ -205,10 +223,7 @@ private slots:
 
     void theServerGoesAway() {
         const auto server = static_cast<pid_t>(m_nginx.processId());
-        std::thread killer([server] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(700));
-            ::kill(server, SIGKILL);
-        });
+        std::thread killer = onceABodyFlows([server] { ::kill(server, SIGKILL); });
         const FetchResult result = fetchUrl(url("/slow/package.zip"), plenty, 8);
         killer.join();
         QVERIFY(!result.ok);

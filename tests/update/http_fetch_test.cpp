@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <atomic>
 #include <thread>
 
 using support::answer;
@@ -323,19 +324,19 @@ private slots:
 
     void aCancelEndsTheWaitSoon() {
         ScriptedServer server;
-        server.on("/a", {support::stall()});
         std::vector<qint64> waits;
         for (int run = 0; run < 40; ++run) {
             CancelFlag flag{0};
             QElapsedTimer clock;
-            std::thread canceller([&flag, &clock, run] {
-                std::this_thread::sleep_for(std::chrono::milliseconds(50 + run * 7 % 100));
-                clock.start();
-                flag.store(1, std::memory_order_relaxed);
-            });
+            clock.start();
+            std::atomic<qint64> cancelledAt{0};
+            server.on("/a", {support::call([&flag, &clock, &cancelledAt] {
+                                 cancelledAt = clock.elapsed();
+                                 flag.store(1, std::memory_order_relaxed);
+                             }),
+                             support::stall()});
             const FetchResult result = fetchUrl(server.url("/a"), plenty, 8, &flag);
-            canceller.join();
-            waits.push_back(clock.elapsed());
+            waits.push_back(clock.elapsed() - cancelledAt);
             QCOMPARE(result.error, QStringLiteral("cancelled"));
         }
         std::sort(waits.begin(), waits.end());
@@ -345,17 +346,13 @@ private slots:
     }
 
     void aCancelWithinTheBodyOfARedirectFollowsNothing() {
+        CancelFlag flag{0};
         ScriptedServer server;
         server.on("/a", {support::send(
                              "HTTP/1.1 302 Elsewhere\r\nLocation: /b\r\nContent-Length: 9\r\n\r\n"),
+                         support::call([&flag] { flag.store(7, std::memory_order_relaxed); }),
                          support::stall()});
-        CancelFlag flag{0};
-        std::thread canceller([&flag] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(200));
-            flag.store(7, std::memory_order_relaxed);
-        });
         const FetchResult result = fetchUrl(server.url("/a"), plenty, 8, &flag);
-        canceller.join();
         QCOMPARE(result.error, QStringLiteral("cancelled"));
         QCOMPARE(server.paths(), QStringList("/a"));
     }
@@ -437,23 +434,19 @@ private slots:
     }
 
     void aDownloadIsCancelled() {
+        CancelFlag flag{1};
         ScriptedServer server;
-        server.on("/a", {support::stall()});
+        server.on("/a", {support::call([&flag] { flag.store(1, std::memory_order_relaxed); }),
+                         support::stall()});
         const QTemporaryDir folder;
         const QString path = folder.filePath("a.zip");
-        CancelFlag flag{1};
         QString error;
         QVERIFY(!downloadToFile(server.url("/a"), path, &error, &flag));
         QCOMPARE(error, QStringLiteral("cancelled"));
         QCOMPARE(server.paths(), QStringList());
 
         flag = 0;
-        std::thread canceller([&flag] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(150));
-            flag.store(1, std::memory_order_relaxed);
-        });
         QVERIFY(!downloadToFile(server.url("/a"), path, &error, &flag));
-        canceller.join();
         QCOMPARE(error, QStringLiteral("cancelled"));
         QVERIFY(!QFileInfo::exists(path));
     }
