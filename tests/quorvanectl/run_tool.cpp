@@ -82,7 +82,11 @@ Answer runLine(const QString &line, const QString &folder, const QMap<QString, Q
 const char *const privately = "unshare -Urm ";
 
 bool canMountPrivately() {
-    return runLine(QLatin1String(privately) + "true", ".").status == 0;
+    if (onWindows)
+        return false;
+    const int notInstalled = 127; // is no reason to leave a test out: it fails
+    const int status = runLine(QLatin1String(privately) + "true", ".").status;
+    return status == 0 || status == notInstalled;
 }
 
 } // namespace support

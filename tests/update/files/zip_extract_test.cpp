@@ -153,8 +153,8 @@ private slots:
     }
 
     void ofTheProgramZip() {
-        if (QStandardPaths::findExecutable("zip").isEmpty())
-            QSKIP("zip is not installed: run scripts/setup test");
+        QVERIFY2(!QStandardPaths::findExecutable("zip").isEmpty(),
+                 "zip is not installed: run scripts/setup test");
         write(QStringLiteral("in/产线三/主程序.yslib"), "{}");
         write("in/plain.ys", QByteArray(100000, 'y'));
         write("in/.hidden", "h");
@@ -166,8 +166,8 @@ private slots:
     }
 
     void ofThePythonModule() {
-        if (QStandardPaths::findExecutable("python3").isEmpty())
-            QSKIP("python3 is not installed: run scripts/setup test");
+        QVERIFY2(!QStandardPaths::findExecutable("python3").isEmpty(),
+                 "python3 is not installed: run scripts/setup test");
         write(QStringLiteral("in/产线三/主程序.yslib"), "{}");
         write("in/plain.ys", QByteArray(100000, 'y'));
         run("python3", {"-m", "zipfile", "-c", path("a.zip"), "plain.ys", QStringLiteral("产线三")},
@@ -313,8 +313,8 @@ private slots:
     }
 
     void anEncryptedArchiveOfTheProgramZip() {
-        if (QStandardPaths::findExecutable("zip").isEmpty())
-            QSKIP("zip is not installed: run scripts/setup test");
+        QVERIFY2(!QStandardPaths::findExecutable("zip").isEmpty(),
+                 "zip is not installed: run scripts/setup test");
         write("in/secret", "content");
         run("zip", {"-q", "-P", "password", path("a.zip"), "secret"}, path("in"));
         QVERIFY(!extractZip(path("a.zip"), path("out"), &m_error));
@@ -343,8 +343,8 @@ private slots:
     }
 
     void aLinkOfTheProgramZip() {
-        if (QStandardPaths::findExecutable("zip").isEmpty())
-            QSKIP("zip is not installed: run scripts/setup test");
+        QVERIFY2(!QStandardPaths::findExecutable("zip").isEmpty(),
+                 "zip is not installed: run scripts/setup test");
         write("in/file", "x");
         QCOMPARE(::symlink("/etc", QFile::encodeName(path("in/way"))), 0);
         run("zip", {"-q", "-r", "-y", path("a.zip"), "."}, path("in"));
@@ -497,10 +497,11 @@ private slots:
     // that is written: the reason is told then too.
     void aBombEndsAtTheFullDisk() {
         const QString unshare = QStandardPaths::findExecutable("unshare");
-        if (unshare.isEmpty() || QProcess::execute(unshare, {"-Urm", "true"}) != 0)
+        QVERIFY2(!unshare.isEmpty(), "unshare is not installed: run scripts/setup test");
+        if (QProcess::execute(unshare, {"-Urm", "true"}) != 0)
             QSKIP("no private mounts on this system");
-        if (QStandardPaths::findExecutable("zip").isEmpty())
-            QSKIP("zip is not installed: run scripts/setup test");
+        QVERIFY2(!QStandardPaths::findExecutable("zip").isEmpty(),
+                 "zip is not installed: run scripts/setup test");
         QFile zeros(path("zeros"));
         QVERIFY(zeros.open(QIODevice::WriteOnly) && zeros.resize(1 << 30));
         const QString zip = path("a.zip");
