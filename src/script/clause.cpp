@@ -1,7 +1,5 @@
 #include "script/clause.h"
 
-#include "script/lexer.h"
-
 #include <algorithm>
 #include <limits>
 
@@ -12,15 +10,53 @@ bool mayHoldLineFeed(qint32 kind) {
     return kind == Newline || kind == StringLiteral || kind == CharLiteral;
 }
 
-QString joined(const Token *first, const Token *last) {
-    if (last - first == 1)
-        return first->text;
+// A place in a text, counted as the lexer counts.
+struct TextPosition {
+    qint32 line = 1;
+    qint32 column = 1;
+
+    // Moves over a token's text and the blank behind it.
+    void stepOver(const Token &token) {
+        const QString &text = token.text;
+        const int lastFeed = mayHoldLineFeed(token.kind) ? text.lastIndexOf(QLatin1Char('\n')) : -1;
+        if (lastFeed < 0) {
+            column += text.size() + 1;
+            return;
+        }
+        line += text.count(QLatin1Char('\n'));
+        column = text.size() - lastFeed + 1;
+    }
+};
+
+} // namespace
+
+Clause makeClause(Token *first, Token *last) {
+    while (first != last && first->kind == Newline)
+        ++first;
+    while (first != last && (last - 1)->kind == Newline)
+        --last;
+    // An open literal at the end of the file may end in blanks, which the trimmed text loses. No other
+    // token ends in one.
+    if (first != last && last[-1].text.back().isSpace())
+        last[-1].text = last[-1].text.trimmed();
+    TextPosition position;
+    for (Token *token = first; token != last; ++token) {
+        token->line = position.line;
+        token->column = position.column;
+        position.stepOver(*token);
+    }
+    return {first, last};
+}
+
+QString joinedText(const Clause &clause) {
+    if (clause.last - clause.first == 1)
+        return clause.first->text;
     qint64 length = 0;
-    for (const Token *token = first; token != last; ++token)
+    for (const Token *token = clause.first; token != clause.last; ++token)
         length += token->text.size() + 1;
     QString text;
     text.reserve(int(std::min<qint64>(length, std::numeric_limits<int>::max())));
-    for (const Token *token = first; token != last; ++token) {
+    for (const Token *token = clause.first; token != clause.last; ++token) {
         if (!text.isEmpty())
             text += QLatin1Char(' ');
         text += token->text;
@@ -28,53 +64,17 @@ QString joined(const Token *first, const Token *last) {
     return text;
 }
 
-} // namespace
-
-void TextPosition::stepOver(const Token &token) {
-    const QString &text = token.text;
-    const int lastFeed = mayHoldLineFeed(token.kind) ? text.lastIndexOf(QLatin1Char('\n')) : -1;
-    if (lastFeed < 0) {
-        column += text.size() + 1;
-        return;
-    }
-    line += text.count(QLatin1Char('\n'));
-    column = text.size() - lastFeed + 1;
-}
-
-Clause makeClause(const Token *first, const Token *last, bool fromLexer) {
-    if (!fromLexer)
-        return {first, last, false};
-    while (first != last && first->kind == Newline)
-        ++first;
-    while (first != last && (last - 1)->kind == Newline)
-        --last;
-    // An open string at the end of the file may end in blanks, which the trimmed text loses.
-    const bool losesBlanks = first != last && (last - 1)->text.back().isSpace();
-    return {first, last, !losesBlanks};
-}
-
-QString joinedText(const Clause &clause) {
-    QString text = joined(clause.first, clause.last);
-    // A clause that lexes alike has no blank at either end.
-    return clause.lexesAlike ? text : text.trimmed();
-}
-
-std::vector<Token> lexAgain(const Clause &clause, const QString &tail, QString *error) {
-    if (!clause.lexesAlike)
-        return Lexer(joinedText(clause) + tail).tokenize(error);
+std::vector<Token> tokensOf(const Clause &clause, const QString &tail) {
     std::vector<Token> tokens(clause.first, clause.last);
-    TextPosition position;
-    for (Token &token : tokens) {
-        token.line = position.line;
-        token.column = position.column;
-        position.stepOver(token);
+    TextPosition end;
+    if (!tokens.empty()) {
+        end = {tokens.back().line, tokens.back().column};
+        end.stepOver(tokens.back());
+        --end.column; // no blank stands behind the last token
     }
-    // No blank stands behind the last token.
-    if (!tokens.empty())
-        --position.column;
     if (!tail.isEmpty())
-        tokens.push_back({Semicolon, tail, position.line, position.column++});
-    tokens.push_back({Eof, QString(), position.line, position.column});
+        tokens.push_back({Semicolon, tail, end.line, end.column++});
+    tokens.push_back({Eof, QString(), end.line, end.column});
     return tokens;
 }
 

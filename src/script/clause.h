@@ -1,9 +1,9 @@
 // A clause: a stretch of a script's tokens that is read as a text of its own.
 //
-// A clause's text is its tokens joined by single blanks, and the rules of the language are told in
-// terms of a second lexer that runs over that text. Tokens that came from a lexer come out of the
-// second one unchanged but for their positions, so the clause is read from the tokens at hand and
-// its positions are counted along, without joining and lexing it again.
+// A clause's text is its tokens joined by single blanks and trimmed, and the rules of the language
+// are told in terms of a second lexer that runs over that text. Tokens that came from a lexer come
+// out of the second one unchanged but for their positions and the blanks that the text loses at its
+// ends. So nothing is joined and lexed again: the tokens at hand become those of the text.
 #pragma once
 
 #include "script/token.h"
@@ -14,33 +14,21 @@
 
 namespace ast {
 
-// A place in a text, counted as the lexer counts.
-struct TextPosition {
-    qint32 line = 1;
-    qint32 column = 1;
-
-    // Moves over a token's text and the blank behind it.
-    void stepOver(const Token &token);
-};
-
-// The tokens [first, last) of a vector that outlives the clause.
+// The tokens [first, last) of a vector that outlives the clause, as lexing its text gives them, but
+// without Eof.
 struct Clause {
-    const Token *first;
-    const Token *last;
-    // Whether a second lexing gives these very tokens again. Then no Newline stands at either end
-    // of the clause, since the text is trimmed.
-    bool lexesAlike;
+    Token *first;
+    Token *last;
 };
 
-// `fromLexer` tells that the tokens came out of one run of a lexer.
-[[nodiscard]] Clause makeClause(const Token *first, const Token *last, bool fromLexer);
+// Makes a clause of tokens that one run of a lexer gave, Eof not among them. The tokens themselves
+// change: they take the positions that they have in the clause's text.
+[[nodiscard]] Clause makeClause(Token *first, Token *last);
 
-// The token texts joined by single blanks, trimmed.
+// The token texts joined by single blanks.
 [[nodiscard]] QString joinedText(const Clause &clause);
 
-// The tokens that lexing the clause's text and `tail` behind it gives; empty on a lexical error,
-// with the message in `error`. `tail` is empty or ";".
-[[nodiscard]] std::vector<Token> lexAgain(const Clause &clause, const QString &tail,
-                                          QString *error = nullptr);
+// The tokens that lexing the clause's text and `tail` behind it gives. `tail` is empty or ";".
+[[nodiscard]] std::vector<Token> tokensOf(const Clause &clause, const QString &tail = QString());
 
 } // namespace ast

@@ -36,9 +36,16 @@ int binaryLevel(qint32 kind) {
     }
 }
 
-ExprPointer newNode(ExprKind kind, TextPosition position = {}) {
+ExprPointer newNode(ExprKind kind) {
     auto node = std::make_shared<ExprNode>();
     node->kind = kind;
+    return node;
+}
+
+// Position is a token or another node.
+template<typename Position>
+ExprPointer newNodeAt(ExprKind kind, const Position &position) {
+    ExprPointer node = newNode(kind);
     node->line = position.line;
     node->column = position.column;
     return node;
@@ -78,7 +85,9 @@ ExprPointer parseExpressionText(const QString &text, QString *error) {
             *error = lexError;
         return rawNode(trimmed);
     }
-    ExprPointer root = ExprParser(std::move(tokens)).parseOr();
+    // Without Eof. No clause was made of these tokens: they stand where the text has them.
+    Token *first = tokens.data();
+    ExprPointer root = ExprParser({first, first + tokens.size() - 1}).parseOr();
     return root ? root : rawNode(trimmed);
 }
 
@@ -91,8 +100,6 @@ Expression makeExpression(const QString &text, qint32 line, qint32 column) {
 
 Expression makeExpression(const Clause &clause, qint32 line, qint32 column) {
     QString text = joinedText(clause);
-    if (!clause.lexesAlike)
-        return makeExpression(text, line, column);
     if (text.isEmpty())
         return {text, line, column, nullptr};
     ExprPointer root = ExprParser(clause).parseOr();
@@ -101,20 +108,13 @@ Expression makeExpression(const Clause &clause, qint32 line, qint32 column) {
     return {std::move(text), line, column, std::move(root)};
 }
 
-ExprParser::ExprParser(std::vector<Token> tokens)
-    : owned(std::move(tokens))
-    , clauseBegin(owned.data())
-    , count(qint32(owned.size()))
-    , joined(false) {}
-
 ExprParser::ExprParser(const Clause &clause)
-    : clauseBegin(clause.first)
-    , count(qint32(clause.last - clause.first))
-    , joined(true) {}
+    : next(clause.first)
+    , end(clause.last) {}
 
 const Token &ExprParser::current() const {
-    static const Token end;
-    return pos < count ? clauseBegin[pos] : end;
+    static const Token behind;
+    return next != end ? *next : behind;
 }
 
 bool ExprParser::check(qint32 kind) const {
@@ -130,14 +130,7 @@ bool ExprParser::match(qint32 kind) {
 }
 
 const Token &ExprParser::advance() {
-    const Token &token = clauseBegin[pos++];
-    if (joined) {
-        consumedPosition = currentPosition;
-        currentPosition.stepOver(token);
-    } else {
-        consumedPosition = {token.line, token.column};
-    }
-    return token;
+    return *next++;
 }
 
 void ExprParser::push(Frame::Kind kind, ExprPointer node, int level) {
@@ -209,7 +202,7 @@ ExprParser::Step ExprParser::readPrimary() {
     case StringLiteral:
     case CharLiteral: {
         const Token &token = advance();
-        value = newNode(ExprKind::Literal, consumedPosition);
+        value = newNodeAt(ExprKind::Literal, token);
         value->literalText = token.text;
         value->literalIsString = token.kind == StringLiteral || token.kind == CharLiteral;
         return Step::Postfix;
@@ -218,7 +211,7 @@ ExprParser::Step ExprParser::readPrimary() {
         const Token &token = advance();
         // The one constant that is folded.
         const bool isPi = token.text == QLatin1String("Pi");
-        value = newNode(isPi ? ExprKind::Literal : ExprKind::Identifier, consumedPosition);
+        value = newNodeAt(isPi ? ExprKind::Literal : ExprKind::Identifier, token);
         if (isPi)
             value->literalText = QStringLiteral("3.1415926");
         else
@@ -235,7 +228,7 @@ ExprParser::Step ExprParser::readPostfix() {
     switch (current().kind) {
     case LBracket: {
         advance();
-        ExprPointer node = newNode(ExprKind::Index, {value->line, value->column});
+        ExprPointer node = newNodeAt(ExprKind::Index, *value);
         node->indexBase = std::move(value);
         push(Frame::Kind::Index, std::move(node));
         return Step::Operand;
@@ -248,7 +241,7 @@ ExprParser::Step ExprParser::readPostfix() {
         return beginCall();
     case PlusPlus:
     case MinusMinus: {
-        ExprPointer node = newNode(ExprKind::IncDec, {value->line, value->column});
+        ExprPointer node = newNodeAt(ExprKind::IncDec, *value);
         node->isIncrement = advance().kind == PlusPlus;
         node->isPrefix = false;
         node->incDecOperand = std::move(value);
@@ -311,8 +304,8 @@ void ExprParser::closePrefixes() {
         } else {
             node->incDecOperand = std::move(value);
             // Meant: the last token of the operand and not the operator.
-            node->line = consumedPosition.line;
-            node->column = consumedPosition.column;
+            node->line = next[-1].line;
+            node->column = next[-1].column;
         }
         value = std::move(node);
     }

@@ -26,7 +26,6 @@
 #include <QVarLengthArray>
 
 #include <memory>
-#include <vector>
 
 namespace ast {
 
@@ -42,14 +41,10 @@ namespace ast {
 // The same for a stretch of tokens, with the same result as for its joined text.
 [[nodiscard]] Expression makeExpression(const Clause &clause, qint32 line, qint32 column);
 
-// Reads one expression from a stretch of tokens. Used once.
+// Reads one expression from the tokens of a clause, which outlive the parser. The nodes get the
+// positions of the tokens. Used once.
 class ExprParser {
 public:
-    // Over tokens with positions of their own; they end with Eof.
-    explicit ExprParser(std::vector<Token> tokens);
-
-    // Over the tokens of a clause, which outlive the parser. The nodes get the positions that the
-    // tokens have in the clause's text.
     explicit ExprParser(const Clause &clause);
 
     ExprParser(const ExprParser &) = delete;
@@ -95,14 +90,8 @@ private:
     Step closeBracket();
     Step closeArgument();
 
-    std::vector<Token> owned;
-    const Token *clauseBegin;
-    qint32 count;
-    qint32 pos = 0;
-    bool joined;
-    // Of the current token and of the one consumed last.
-    TextPosition currentPosition;
-    TextPosition consumedPosition;
+    const Token *next;
+    const Token *end;
     // The operand read last.
     std::shared_ptr<ExprNode> value;
     QVarLengthArray<Frame, 16> frames;

@@ -1,5 +1,4 @@
 // The init and update clauses of "for", which are statements inside a text.
-#include "script/lexer.h"
 #include "script/parser.h"
 #include "script/stop_tests.h"
 
@@ -13,9 +12,10 @@ namespace {
 // A plain prefix of the text decides, without a word boundary: "internal = 0" counts as a
 // declaration, and fails as one.
 bool looksLikeDeclaration(const Clause &clause) {
-    // No prefix holds a blank, so the first token tells what the joined text would.
-    const QString text =
-        clause.lexesAlike && clause.first != clause.last ? clause.first->text : joinedText(clause);
+    if (clause.first == clause.last)
+        return false;
+    // No prefix holds a blank, so the first token tells what the whole text would.
+    const QString &text = clause.first->text;
     static const QLatin1String prefixes[] = {QLatin1String("int"),   QLatin1String("bool"),
                                              QLatin1String("float"), QLatin1String("string"),
                                              QLatin1String("char"),  QLatin1String("static"),
@@ -28,25 +28,19 @@ bool looksLikeDeclaration(const Clause &clause) {
 
 // Reads the clause and the ';' behind it. What is reported inside it has positions of its own text.
 std::shared_ptr<Stmt> Parser::parseForInit(QString *error) {
-    const Token &at = peek();
+    const Position at = here();
     const Clause clause = collectClause(isSemicolon);
     if (!expect(Semicolon, QStringLiteral("expected ';' after for init"), error))
         return nullptr;
     std::shared_ptr<Stmt> init;
     if (looksLikeDeclaration(clause)) {
-        QString lexError;
-        Parser parser(lexAgain(clause, QString(), &lexError), TokenOrigin::Lexer);
-        if (!lexError.isEmpty()) {
-            if (error)
-                *error = lexError;
-            return nullptr;
-        }
+        Parser parser(tokensOf(clause));
         init = parser.parseInitDeclaration(error);
         if (!init && error && error->contains(QLatin1String("(at 1:")))
             report(QStringLiteral("for init: expected variable name"), at, error);
     } else {
-        // An empty clause meets "empty statement" here, at 1:1, and so does a lexical error.
-        Parser parser(lexAgain(clause, QStringLiteral(";")), TokenOrigin::Lexer);
+        // An empty clause meets "empty statement" here, at 1:1.
+        Parser parser(tokensOf(clause, QStringLiteral(";")));
         init = parser.parseSimpleStatement(error);
     }
     if (!init && error && error->isEmpty())
@@ -66,12 +60,9 @@ std::shared_ptr<Stmt> Parser::parseInitDeclaration(QString *error) {
 }
 
 // An empty clause is an expression statement of empty text.
-std::shared_ptr<Stmt> Parser::parseForUpdate(QString *error) {
-    const Token &at = peek();
-    auto update = parseSimpleClause(collectClause(isCloseParen), at.line, at.column, error);
-    if (!update && error && error->isEmpty())
-        report(QStringLiteral("for update parse failed"), at, error);
-    return update;
+std::shared_ptr<Stmt> Parser::parseForUpdate() {
+    const Position at = here();
+    return parseSimpleClause(collectClause(isCloseParen), at);
 }
 
 } // namespace ast

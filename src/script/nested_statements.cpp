@@ -90,7 +90,7 @@ Parser::Step Parser::beginStatement(QString *error) {
     case KwReturn:
         return finish(parseReturn());
     case KwElse:
-        report(QStringLiteral("dangling else"), peek(), error);
+        report(QStringLiteral("dangling else"), here(), error);
         return fail();
     case KwStatic:
     case KwGlobal:
@@ -203,7 +203,7 @@ Parser::Step Parser::beginIf(QString *error) {
     if (check(LBrace))
         return enterBody(Frame::Kind::Then, std::move(statement));
     // Unlike every other bare body this one has a position, and its failure fails the statement.
-    const Token &at = peek();
+    const Position at = here();
     statement->thenBlock = bareBody(error);
     statement->thenBlock->line = at.line;
     statement->thenBlock->column = at.column;
@@ -272,9 +272,8 @@ Parser::Step Parser::beginFor(QString *error) {
     statement->condition = collectExpression(isSemicolon);
     if (!expect(Semicolon, QStringLiteral("expected ';' after for condition"), error))
         return fail();
-    statement->update = parseForUpdate(error);
-    if (!statement->update ||
-        !expect(RParen, QStringLiteral("expected ')' after for update"), error))
+    statement->update = parseForUpdate();
+    if (!expect(RParen, QStringLiteral("expected ')' after for update"), error))
         return fail();
     skipNewlines();
     if (check(LBrace))
@@ -320,7 +319,7 @@ Parser::Step Parser::readArms(QString *error) {
 }
 
 bool Parser::readArmLabel(SwitchStmt &statement, QString *error) {
-    const Token &label = peek();
+    const Position label = here();
     SwitchCase arm;
     arm.line = label.line;
     arm.column = label.column;

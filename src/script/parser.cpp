@@ -19,8 +19,8 @@ struct BracketWalk {
     // A count below zero does not stop either: a stray ')' runs on until something balances it.
     bool mayStop() const { return !parentheses && !brackets && !braces && !inString; }
 
-    void stepOver(const Token &token, bool fromLexer) {
-        if (!fromLexer || token.kind == StringLiteral || token.kind == CharLiteral)
+    void stepOver(const Token &token) {
+        if (token.kind == StringLiteral || token.kind == CharLiteral)
             walk(token.text);
         else if (!inString)
             count(token.kind);
@@ -81,9 +81,8 @@ QString parameterType(qint32 kind) {
 
 } // namespace
 
-Parser::Parser(std::vector<Token> script, TokenOrigin origin)
-    : tokens(std::move(script))
-    , fromLexer(origin == TokenOrigin::Lexer) {
+Parser::Parser(std::vector<Token> script)
+    : tokens(std::move(script)) {
     if (tokens.empty() || tokens.back().kind != Eof)
         tokens.emplace_back();
 }
@@ -118,12 +117,16 @@ bool Parser::match(qint32 kind) {
 bool Parser::expect(qint32 kind, const QString &message, QString *error) {
     if (match(kind))
         return true;
-    report(message, peek(), error);
+    report(message, here(), error);
     return false;
 }
 
+Parser::Position Parser::here() const {
+    return {peek().line, peek().column};
+}
+
 // Writes the message as `expect` does.
-void Parser::report(const QString &message, const Token &at, QString *error) {
+void Parser::report(const QString &message, Position at, QString *error) {
     if (error)
         *error = QStringLiteral("%1 (at %2:%3)")
                      .arg(message, QString::number(at.line), QString::number(at.column));
@@ -140,15 +143,15 @@ void Parser::skipNewlines() {
 
 Clause Parser::collectClause(StopTest stop) {
     BracketWalk walk;
-    const Token *first = &tokens[size_t(pos)];
-    const Token *token = first;
+    Token *first = &tokens[size_t(pos)];
+    Token *token = first;
     for (; token->kind != Eof; ++token) {
         if (walk.mayStop() && stop(*token))
             break;
-        walk.stepOver(*token, fromLexer);
+        walk.stepOver(*token);
     }
     pos += qint32(token - first);
-    return makeClause(first, token, fromLexer);
+    return makeClause(first, token);
 }
 
 QString Parser::collectText(StopTest stop) {
@@ -182,7 +185,7 @@ std::shared_ptr<FunctionDeclStmt> Parser::parseFunctionDecl(QString *error) {
     function->column = peek().column;
     advance();
     if (!check(Identifier)) {
-        report(QStringLiteral("expected function name"), peek(), error);
+        report(QStringLiteral("expected function name"), here(), error);
         return nullptr;
     }
     function->name = advance().text;
@@ -215,7 +218,7 @@ bool Parser::parseParameters(FunctionDeclStmt &function, QString *error) {
         if (isType(peek()))
             advance();
         if (!check(Identifier)) {
-            report(QStringLiteral("expected parameter name"), peek(), error);
+            report(QStringLiteral("expected parameter name"), here(), error);
             return false;
         }
         function.paramTypes.append(type);
@@ -241,7 +244,7 @@ std::shared_ptr<Stmt> Parser::parseIncludeDirective(QString *error) {
         statement->path = withoutQuotes(advance().text);
         return statement;
     }
-    report(QStringLiteral("invalid include syntax"), peek(), error);
+    report(QStringLiteral("invalid include syntax"), here(), error);
     return nullptr;
 }
 
@@ -251,7 +254,7 @@ std::shared_ptr<Stmt> Parser::parseImportStatement(QString *error) {
     statement->line = peek().line;
     statement->column = peek().column;
     if (!check(StringLiteral)) {
-        report(QStringLiteral("import requires string path"), peek(), error);
+        report(QStringLiteral("import requires string path"), here(), error);
         return nullptr;
     }
     statement->path = withoutQuotes(advance().text);

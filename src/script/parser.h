@@ -43,15 +43,12 @@
 
 namespace ast {
 
-// Where the tokens of a parser come from. `Lexer` promises that they are what one run of a lexer
-// returned; a clause then need not be joined and lexed again. The result is the same either way.
-enum class TokenOrigin { Anywhere, Lexer };
-
 // Used once. Any thread; FunctionLibrary must have been loaded.
 class Parser {
 public:
-    // An empty vector stands for one that holds only Eof.
-    explicit Parser(std::vector<Token> script, TokenOrigin origin = TokenOrigin::Anywhere);
+    // The tokens of one run of a lexer. A vector without Eof at its end, such as an empty one, is read
+    // as if it stood there.
+    explicit Parser(std::vector<Token> script);
 
     Parser(const Parser &) = delete;
     Parser &operator=(const Parser &) = delete;
@@ -116,20 +113,26 @@ private:
     // What comes next: a statement or a block to read, or a result to hand to what it stands in.
     enum class Step { Statement, Block, Finished };
 
-    static void report(const QString &message, const Token &at, QString *error);
+    // A place in the script.
+    struct Position {
+        qint32 line;
+        qint32 column;
+    };
+
+    Position here() const;
+    static void report(const QString &message, Position at, QString *error);
     static bool isType(const Token &token);
 
     Clause collectClause(StopTest stop);
     Expression collectExpression(StopTest stop);
-    std::shared_ptr<Stmt> parseSimpleClause(const Clause &clause, qint32 line, qint32 column,
-                                            QString *error);
+    static std::shared_ptr<Stmt> parseSimpleClause(const Clause &clause, Position at);
     std::shared_ptr<Stmt> parseStoredDeclaration(QString *error);
     std::shared_ptr<Stmt> parseReturn();
     template<typename Statement>
     std::shared_ptr<Stmt> parseJump();
     std::shared_ptr<Stmt> parseForInit(QString *error);
     std::shared_ptr<Stmt> parseInitDeclaration(QString *error);
-    std::shared_ptr<Stmt> parseForUpdate(QString *error);
+    std::shared_ptr<Stmt> parseForUpdate();
     bool parseCondition(const QString &openMessage, const QString &closeMessage,
                         Expression &condition, QString *error);
     bool parseParameters(FunctionDeclStmt &function, QString *error);
@@ -158,7 +161,6 @@ private:
 
     std::vector<Token> tokens;
     qint32 pos = 0;
-    bool fromLexer;
     std::vector<Frame> frames;
     // The results of the step that finished last.
     std::shared_ptr<Stmt> readStatement;

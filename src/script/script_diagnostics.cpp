@@ -101,8 +101,7 @@ bool checkScript(ScriptCheckContext &context, std::shared_ptr<Program> *program)
     if (!lexicalError.isEmpty())
         return refuseCharacter(context, lexicalError);
     QString syntaxError;
-    std::shared_ptr<Program> parsed =
-        Parser(std::move(tokens), TokenOrigin::Lexer).parseProgram(&syntaxError);
+    std::shared_ptr<Program> parsed = Parser(std::move(tokens)).parseProgram(&syntaxError);
     if (parsed == nullptr)
         return refuseSyntax(context, syntaxError);
     // syntaxError may hold what a failed block left behind; it is no finding.

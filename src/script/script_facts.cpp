@@ -24,7 +24,7 @@ std::shared_ptr<Program> parsedText(const QString &text) {
     if (!lexicalError.isEmpty())
         return nullptr;
     QString syntaxError;
-    return Parser(std::move(tokens), TokenOrigin::Lexer).parseProgram(&syntaxError);
+    return Parser(std::move(tokens)).parseProgram(&syntaxError);
 }
 
 ScriptFacts factsOf(const QString &filePath, const QString &text) {

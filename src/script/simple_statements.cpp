@@ -45,9 +45,9 @@ std::shared_ptr<IncDecStmt> readIncDec(const Token *first, const Token *last) {
 
 // The first '=' outside of parentheses and brackets; `last` if there is none, or if one opens the
 // text. Braces do not count.
-const Token *assignOperator(const Token *first, const Token *last) {
+Token *assignOperator(Token *first, Token *last) {
     int depth = 0;
-    for (const Token *token = first; token != last; ++token) {
+    for (Token *token = first; token != last; ++token) {
         if (token->kind == LParen || token->kind == LBracket)
             ++depth;
         else if (token->kind == RParen || token->kind == RBracket)
@@ -59,21 +59,20 @@ const Token *assignOperator(const Token *first, const Token *last) {
 }
 
 // What the tokens of one lexer run, without Eof, say by themselves: null for an expression.
-std::shared_ptr<Stmt> readIncDecOrAssign(const Token *first, const Token *last, qint32 line,
-                                         qint32 column) {
+std::shared_ptr<Stmt> readIncDecOrAssign(Token *first, Token *last, qint32 line, qint32 column) {
     if (auto statement = readIncDec(first, last)) {
         statement->line = line;
         statement->column = column;
         return statement;
     }
-    const Token *op = assignOperator(first, last);
+    Token *op = assignOperator(first, last);
     if (op == last)
         return nullptr;
     auto statement = std::make_shared<AssignStmt>();
     statement->line = line;
     statement->column = column;
-    statement->target = joinedText(makeClause(first, op, true));
-    statement->value = makeExpression(makeClause(op + 1, last, true), line, column);
+    statement->target = joinedText(makeClause(first, op));
+    statement->value = makeExpression(makeClause(op + 1, last), line, column);
     return statement;
 }
 
@@ -88,45 +87,38 @@ std::shared_ptr<Stmt> expressionStatement(Expression expression) {
 } // namespace
 
 Expression Parser::collectExpression(StopTest stop) {
-    const Token &at = peek();
+    const Position at = here();
     return makeExpression(collectClause(stop), at.line, at.column);
 }
 
 std::shared_ptr<Stmt> Parser::parseSimpleText(const QString &text, qint32 line, qint32 column,
                                               QString *error) {
     QString lexError;
-    const std::vector<Token> lexed = Lexer(text).tokenize(&lexError);
+    std::vector<Token> lexed = Lexer(text).tokenize(&lexError);
     if (!lexError.isEmpty()) {
         if (error)
             *error = lexError;
         return nullptr;
     }
-    const Token *first = lexed.data();
+    Token *first = lexed.data();
     auto statement = readIncDecOrAssign(first, first + lexed.size() - 1, line, column);
     return statement ? statement : expressionStatement(makeExpression(text, line, column));
 }
 
 // parseSimpleText of the clause's text.
-std::shared_ptr<Stmt> Parser::parseSimpleClause(const Clause &clause, qint32 line, qint32 column,
-                                                QString *error) {
-    if (!clause.lexesAlike)
-        return parseSimpleText(joinedText(clause), line, column, error);
-    auto statement = readIncDecOrAssign(clause.first, clause.last, line, column);
-    return statement ? statement : expressionStatement(makeExpression(clause, line, column));
+std::shared_ptr<Stmt> Parser::parseSimpleClause(const Clause &clause, Position at) {
+    auto statement = readIncDecOrAssign(clause.first, clause.last, at.line, at.column);
+    return statement ? statement : expressionStatement(makeExpression(clause, at.line, at.column));
 }
 
 std::shared_ptr<Stmt> Parser::parseSimpleStatement(QString *error) {
-    const Token &at = peek();
+    const Position at = here();
     const Clause clause = collectClause(isStatementEnd);
-    const bool isEmpty =
-        clause.lexesAlike ? clause.first == clause.last : joinedText(clause).isEmpty();
-    if (isEmpty) {
+    if (clause.first == clause.last) {
         report(QStringLiteral("empty statement"), at, error);
         return nullptr;
     }
-    auto statement = parseSimpleClause(clause, at.line, at.column, error);
-    if (!statement)
-        return nullptr;
+    auto statement = parseSimpleClause(clause, at);
     match(Semicolon);
     return statement;
 }
@@ -137,7 +129,7 @@ std::shared_ptr<Stmt> Parser::parseStoredDeclaration(QString *error) {
     if (!isType(peek())) {
         report(isStatic ? QStringLiteral("expected type after static")
                         : QStringLiteral("expected type after global"),
-               peek(), error);
+               here(), error);
         return nullptr;
     }
     return parseVarDecl(advance(), isStatic, !isStatic, error);
@@ -152,7 +144,7 @@ std::shared_ptr<Stmt> Parser::parseVarDecl(const Token &type, bool isStatic, boo
     statement->isStatic = isStatic;
     statement->isGlobal = isGlobal;
     if (!check(Identifier)) {
-        report(QStringLiteral("expected variable name"), peek(), error);
+        report(QStringLiteral("expected variable name"), here(), error);
         return nullptr;
     }
     statement->name = advance().text;

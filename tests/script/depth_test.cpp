@@ -37,9 +37,9 @@ QString byTheRules(const QString &source) {
     return text(program, error);
 }
 
-QString parsed(const QString &source, ast::TokenOrigin origin) {
+QString parsed(const QString &source) {
     QString error;
-    auto program = ast::Parser(ast::Lexer(source).tokenize(), origin).parseProgram(&error);
+    auto program = ast::Parser(ast::Lexer(source).tokenize()).parseProgram(&error);
     return text(program, error);
 }
 
@@ -135,11 +135,7 @@ private slots:
         };
         QCOMPARE(byTheRules(source.at(3)), expected(3));
         QString actual;
-        runOnSmallStack([&] { actual = parsed(source.at(depth), ast::TokenOrigin::Lexer); });
-        QVERIFY(actual == expected(depth));
-        // Clauses that are joined and lexed again: slower, and the same.
-        depth = million / 50;
-        runOnSmallStack([&] { actual = parsed(source.at(depth), ast::TokenOrigin::Anywhere); });
+        runOnSmallStack([&] { actual = parsed(source.at(depth)); });
         QVERIFY(actual == expected(depth));
     }
 

@@ -291,7 +291,8 @@ private slots:
     }
 
     void theParserChecksAndMatches() {
-        ast::ExprParser parser(ast::Lexer("a )").tokenize());
+        auto tokens = ast::Lexer("a )").tokenize();
+        ast::ExprParser parser(ast::makeClause(tokens.data(), tokens.data() + 2));
         QVERIFY(parser.check(ast::Identifier));
         QVERIFY(!parser.check(ast::RParen));
         QVERIFY(!parser.match(ast::RParen));
@@ -305,7 +306,7 @@ private slots:
     }
 
     void aParserOfNoTokensGivesNothing() {
-        ast::ExprParser parser{std::vector<ast::Token>()};
+        ast::ExprParser parser(ast::makeClause(nullptr, nullptr));
         QVERIFY(!parser.check(ast::Eof));
         QVERIFY(!parser.parseOr());
     }

@@ -16,7 +16,7 @@ inline Parsed parseScript(const QString &source) {
     Parsed parsed;
     std::vector<ast::Token> tokens = ast::Lexer(source).tokenize(&parsed.error);
     if (parsed.error.isEmpty()) {
-        ast::Parser parser(std::move(tokens), ast::TokenOrigin::Lexer);
+        ast::Parser parser(std::move(tokens));
         parsed.program = parser.parseProgram(&parsed.error);
     }
     return parsed;

@@ -17,18 +17,6 @@ bool isComma(const ast::Token &token) {
     return token.kind == ast::Comma;
 }
 
-// A token that no lexer makes: its text lexes to something else.
-std::vector<ast::Token> handMade(const QStringList &texts) {
-    std::vector<ast::Token> tokens;
-    for (const QString &text : texts) {
-        auto own = ast::Lexer(text).tokenize();
-        tokens.push_back(
-            {own.empty() ? ast::Identifier : own.front().kind, text, 1, int(tokens.size()) + 1});
-    }
-    tokens.push_back({ast::Eof, QString(), 1, int(tokens.size()) + 1});
-    return tokens;
-}
-
 } // namespace
 
 class ParserTest : public QObject {
@@ -265,10 +253,7 @@ private slots:
     void collectedText() {
         QFETCH(QString, source);
         QFETCH(QString, text);
-        for (const auto origin : {ast::TokenOrigin::Lexer, ast::TokenOrigin::Anywhere}) {
-            ast::Parser parser(ast::Lexer(source).tokenize(), origin);
-            QCOMPARE(parser.collectText(isComma), text);
-        }
+        QCOMPARE(parserOf(source).collectText(isComma), text);
     }
 
     void aParserOfNoTokensStandsAtTheEnd() {
@@ -283,36 +268,19 @@ private slots:
         QCOMPARE(error, QString("empty statement (at 1:1)"));
     }
 
-    // Tokens that no lexer made: their joined text is lexed again, and may fail there.
-    void aLexicalErrorOfAStatementFailsIt() {
+    void tokensWithoutAnEndAreReadAsIfItStoodThere() {
+        auto tokens = ast::Lexer("if (a) { b").tokenize();
+        tokens.pop_back();
+        ast::Parser parser(std::move(tokens));
         QString error;
-        QVERIFY(!ast::Parser(handMade({"a", "$"})).parseSimpleStatement(&error));
-        QCOMPARE(error, QString("Unknown character '$' at 1:3"));
+        QCOMPARE(ast::programToText(*parser.parseProgram(&error)), QString("if (a) null\n"));
+        QCOMPARE(error, QString("expected '}' (at 1:1)"));
+        QVERIFY(parser.atEnd());
     }
 
-    void aLexicalErrorOfAConditionReachesNobody() {
-        QString error;
-        const auto statement =
-            ast::Parser(handMade({"while", "(", "$", ")", "a"})).parseStatement(&error);
-        QCOMPARE(ast::statementToText(statement.get()), QString("while (<$>) { a }"));
-        QVERIFY(error.isEmpty());
-    }
-
-    void aLexicalErrorOfAnInit() {
-        QString error;
-        QVERIFY(!ast::Parser(handMade({"for", "(", "a", "$", ";", ";", ")", "a"}))
-                     .parseStatement(&error));
-        QCOMPARE(error, QString("empty statement (at 1:1)"));
-        QVERIFY(!ast::Parser(handMade({"for", "(", "int", "$", ";", ";", ")", "a"}))
-                     .parseStatement(&error));
-        QCOMPARE(error, QString("Unknown character '$' at 1:5"));
-    }
-
-    void aLexicalErrorOfAnUpdate() {
-        QString error;
-        QVERIFY(!ast::Parser(handMade({"for", "(", "a", ";", ";", "$", ")", "a"}))
-                     .parseStatement(&error));
-        QCOMPARE(error, QString("Unknown character '$' at 1:1"));
+    // What the lexer cannot read reaches a parser as no tokens at all.
+    void aLexicalErrorLeavesAnEmptyProgram() {
+        QVERIFY(parserOf("while ($) a").parseProgram()->statements.empty());
     }
 
     void aTextIsReadAsAStatement() {
