@@ -2,6 +2,7 @@
 #include "launcher/launcher_service.h"
 
 #include "frame/settings_store.h"
+#include "launcher/offer/offer_weighing.h"
 #include "update/manifest_signature.h"
 
 #include <QDateTime>
@@ -114,12 +115,14 @@ void LauncherService::remindUpdateLater() {
 void LauncherService::skipThisOnlineVersion() {
     if (!isOnlineUpdatePending())
         return;
-    const QString fingerprint = onlineUpdateFingerprint();
-    const QString items = onlineUpdateItems();
+    const OfferWeighing offer = weigh();
+    logComparison(offer.project,
+                  projectPath); // once more: the log has it for each of the two texts
+    const QString fingerprint = offerFingerprint(offer);
     if (!fingerprint.isEmpty())
         rememberSkipped(fingerprint);
     appendLaunchLog(QStringLiteral("Online update skipped fingerprint=%1 components=[%2] source=%3")
-                        .arg(fingerprint, items, snapshot.source));
+                        .arg(fingerprint, offerItems(offer), snapshot.source));
     promptMode = UpdatePromptMode::BadgeOnly;
     setStatus(tr("已跳过此在线版本提示。可通过「有更新」再次打开更新。"));
     Q_EMIT updatePromptChanged(promptMode);

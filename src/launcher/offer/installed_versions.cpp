@@ -1,6 +1,6 @@
-// Which versions are installed: what the release file tells, else what the files themselves carry.
+#include "launcher/offer/installed_versions.h"
+
 #include "launcher/offer/update_component.h"
-#include "launcher/offer/update_context.h"
 
 #include "frame/app_paths.h"
 #include "update/files/file_version.h"
@@ -49,22 +49,28 @@ QString orUnknown(const QString &version) {
 
 } // namespace
 
+QJsonObject readReleaseVersions() {
+    return readJsonObject(besideLauncher(QStringLiteral("config/release_version.json")));
+}
+
+QString installedVersion(const UpdateComponent &component, const QJsonObject &release) {
+    const QString key = component.keyText();
+    for (const char *suffix : {"PackageVersion", "MinVersion"}) {
+        const QString version = release.value(key + QLatin1String(suffix)).toString();
+        if (!version.isEmpty())
+            return version;
+    }
+    return versionInFiles(key);
+}
+
 QString UpdateContext::releaseVersionValue(const QString &key) {
-    const QString file = besideLauncher(QStringLiteral("config/release_version.json"));
-    return readJsonObject(file).value(key).toString();
+    return readReleaseVersions().value(key).toString();
 }
 
 QString UpdateContext::currentComponentVersion(const QString &key) {
     for (const UpdateComponent *component : updateComponents) {
-        const QString known = component->keyText();
-        if (known.compare(key, Qt::CaseInsensitive) != 0)
-            continue;
-        for (const char *suffix : {"PackageVersion", "MinVersion"}) {
-            const QString version = releaseVersionValue(known + QLatin1String(suffix));
-            if (!version.isEmpty())
-                return version;
-        }
-        return versionInFiles(known);
+        if (component->keyText().compare(key, Qt::CaseInsensitive) == 0)
+            return installedVersion(*component, readReleaseVersions());
     }
     return QString();
 }
@@ -74,8 +80,9 @@ QString UpdateContext::currentLauncherVersion() {
 }
 
 QString UpdateContext::versionSummary() {
+    const QJsonObject release = readReleaseVersions();
     return UpdateContext::tr("版本：Launcher %1 / Runtime %2 / Editor %3")
-        .arg(orUnknown(currentLauncherVersion()),
-             orUnknown(currentComponentVersion(runtimeComponent.keyText())),
-             orUnknown(currentComponentVersion(editorComponent.keyText())));
+        .arg(orUnknown(installedVersion(launcherComponent, release)),
+             orUnknown(installedVersion(runtimeComponent, release)),
+             orUnknown(installedVersion(editorComponent, release)));
 }

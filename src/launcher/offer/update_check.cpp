@@ -30,18 +30,50 @@ bool logRefusal(const QString &why, QString *summary) {
 }
 
 // The runtime has a lowest version of its own, besides the one that its update demands.
-QStringList collectWarnings(const UpdateSnapshot &snapshot) {
+QStringList collectWarnings(const UpdateSnapshot &snapshot, const QString &runtime) {
     QStringList warnings;
     const QString minimum = snapshot.runtimeEntry.value(QLatin1String("minVersion")).toString();
-    const QString current = UpdateContext::currentComponentVersion(runtimeComponent.keyText());
-    if (!minimum.isEmpty() && !current.isEmpty() && compareVersions(current, minimum) < 0)
+    if (!minimum.isEmpty() && !runtime.isEmpty() && compareVersions(runtime, minimum) < 0)
         warnings << UpdateContext::tr("Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。")
-                        .arg(current, minimum);
+                        .arg(runtime, minimum);
     return warnings + UpdateContext::collectPluginWarnings(snapshot.plugins);
+}
+
+QStringList offersOf(const OfferWeighing &offer) {
+    QStringList offers;
+    if (offer.project.available)
+        offers << QStringLiteral("Project -> %1")
+                      .arg(offer.project.told.isEmpty() ? UpdateContext::tr("新版本")
+                                                        : offer.project.told);
+    for (const UpdateComponent *component : updateComponents) {
+        const WeighedItem &item = offer.*(component->item);
+        if (item.available)
+            offers << QStringLiteral("%1 -> %2").arg(component->labelText(), item.told);
+    }
+    return offers;
+}
+
+QStringList refusalsOf(const OfferWeighing &offer) {
+    QStringList refusals{UpdateContext::tr("项目：%1").arg(offer.project.reason)};
+    for (const UpdateComponent *component : updateComponents)
+        refusals << UpdateContext::tr("%1：%2").arg(component->labelText(),
+                                                    (offer.*(component->item)).reason);
+    return refusals;
 }
 
 QString folderNameOf(const QString &projectPath) {
     return projectPath.isEmpty() ? QString() : QFileInfo(projectPath).absoluteDir().dirName();
+}
+
+// The first record that matches is the only one considered; empty if none does.
+QJsonObject recordOf(const QJsonArray &projects, const QString &projectName,
+                     const QString &folderName) {
+    const auto matches = [&](const QJsonValue &record) {
+        return UpdateContext::projectRecordMatches(
+            record.toObject().value(QLatin1String("name")).toString(), projectName, folderName);
+    };
+    const auto found = std::find_if(projects.begin(), projects.end(), matches);
+    return found == projects.end() ? QJsonObject() : (*found).toObject();
 }
 
 } // namespace
@@ -50,7 +82,8 @@ bool UpdateContext::runUpdateCheck(QString *summary) {
     return runUpdateCheck(AppPaths::findUsbManifest(), summary);
 }
 
-bool UpdateContext::runUpdateCheck(const QString &stickManifest, QString *summary) {
+bool UpdateContext::runUpdateCheck(const QString &stickManifest, QString *summary,
+                                   OfferWeighing *weighed) {
     snapshot = UpdateSnapshot();
     QString text = readStickManifest(stickManifest);
     if (text.isEmpty()) {
@@ -62,15 +95,16 @@ bool UpdateContext::runUpdateCheck(const QString &stickManifest, QString *summar
                                   .arg(error),
                               summary);
     }
-    return weighManifest(text, summary);
+    return weighManifest(text, summary, weighed);
 }
 
-bool UpdateContext::weighOnlineManifest(const QUrl &url, const QByteArray &body, QString *summary) {
+bool UpdateContext::weighOnlineManifest(const QUrl &url, const QByteArray &body, QString *summary,
+                                        OfferWeighing *weighed) {
     snapshot = UpdateSnapshot();
-    return weighManifest(takeOnlineManifest(url, body), summary);
+    return weighManifest(takeOnlineManifest(url, body), summary, weighed);
 }
 
-bool UpdateContext::weighManifest(const QString &text, QString *summary) {
+bool UpdateContext::weighManifest(const QString &text, QString *summary, OfferWeighing *weighed) {
     if (text.isEmpty()) {
         *summary = UpdateContext::tr("未找到更新 manifest，将继续使用当前版本。");
         return false;
@@ -86,7 +120,7 @@ bool UpdateContext::weighManifest(const QString &text, QString *summary) {
         return false;
     }
     snapshot.manifestText = text;
-    return evaluateManifest(*proof.manifest, summary);
+    return evaluateManifest(*proof.manifest, summary, weighed);
 }
 
 // Empty without a stick, and for one that cannot be read: the network is tried then.
@@ -135,69 +169,48 @@ QString UpdateContext::takeOnlineManifest(const QUrl &url, const QByteArray &bod
     return QString::fromUtf8(body.constData(), body.size());
 }
 
-bool UpdateContext::evaluateManifest(const QJsonObject &root, QString *summary) {
+bool UpdateContext::evaluateManifest(const QJsonObject &root, QString *summary,
+                                     OfferWeighing *weighed) {
     for (const UpdateComponent *component : updateComponents)
         snapshot.*(component->record) = root.value(component->keyText()).toObject();
     snapshot.plugins = root.value(QLatin1String("plugins")).toArray();
-    const QStringList warnings = collectWarnings(snapshot);
-
-    QStringList refusals;
-    QStringList offers;
-    QString projectReason;
-    if (weighProject(root.value(QLatin1String("projects")).toArray(), &projectReason)) {
-        const QString version = snapshot.projectEntry.value(QLatin1String("version")).toString();
-        offers << QStringLiteral("Project -> %1")
-                      .arg(version.isEmpty() ? UpdateContext::tr("新版本") : version);
-    }
-    refusals << UpdateContext::tr("项目：%1").arg(projectReason);
-    for (const UpdateComponent *component : updateComponents) {
-        QString reason;
-        if (component->eligible(snapshot, &reason))
-            offers << QStringLiteral("%1 -> %2")
-                          .arg(component->labelText(),
-                               targetComponentVersion(snapshot.*(component->record)));
-        if (!reason.isEmpty())
-            refusals << UpdateContext::tr("%1：%2").arg(component->labelText(), reason);
-    }
+    const OfferWeighing offer = weighFor(root.value(QLatin1String("projects")).toArray());
+    if (weighed != nullptr)
+        *weighed = offer;
+    const QStringList warnings = collectWarnings(snapshot, offer.runtime.installed);
+    const QStringList offers = offersOf(offer);
     const QStringList lines =
         offers.isEmpty() ? QStringList(UpdateContext::tr("未检测到高于当前版本的可用更新。")) +
-                               refusals + warnings
-                         : offerLines(offers, warnings);
+                               refusalsOf(offer) + warnings
+                         : offerLines(offers, offer.project.installed, warnings);
     *summary = lines.join(QLatin1Char('\n'));
     if (!offers.isEmpty())
         appendLaunchLog(*summary);
     return !offers.isEmpty();
 }
 
-// The first record that matches is the only one considered.
-bool UpdateContext::weighProject(const QJsonArray &projects, QString *reason) {
+// The project is read once: its name finds its record, its version is weighed against that.
+OfferWeighing UpdateContext::weighFor(const QJsonArray &projects) {
+    const ProjectIdentity installed =
+        projectPath.isEmpty() ? ProjectIdentity() : readProjectIdentity(projectPath);
     const QString folderName = folderNameOf(projectPath);
-    const QString stated = projectPath.isEmpty() ? QString() : readProjectName(projectPath);
-    const QString projectName = stated.isEmpty() ? folderName : stated;
-    const auto matches = [&](const QJsonValue &record) {
-        return projectRecordMatches(record.toObject().value(QLatin1String("name")).toString(),
-                                    projectName, folderName);
-    };
-    snapshot.projectEntry = QJsonObject();
-    const auto found = std::find_if(projects.begin(), projects.end(), matches);
-    if (found == projects.end()) {
-        *reason = UpdateContext::tr("未找到与当前项目匹配的项目记录（%1）。").arg(projectName);
-        return false;
-    }
-    snapshot.projectEntry = (*found).toObject();
-    if (isProjectEligible(reason))
-        return true;
-    snapshot.projectEntry = QJsonObject();
-    return false;
+    const QString projectName = installed.name.isEmpty() ? folderName : installed.name;
+    snapshot.projectEntry = recordOf(projects, projectName, folderName);
+    OfferWeighing offer = weighOffer(snapshot, installed.version);
+    logComparison(offer.project, projectPath);
+    if (snapshot.projectEntry.isEmpty())
+        offer.project.reason =
+            UpdateContext::tr("未找到与当前项目匹配的项目记录（%1）。").arg(projectName);
+    if (!offer.project.available)
+        snapshot.projectEntry = QJsonObject();
+    return offer;
 }
 
-QStringList UpdateContext::offerLines(const QStringList &offers,
+QStringList UpdateContext::offerLines(const QStringList &offers, const QString &projectVersion,
                                       const QStringList &warnings) const {
     QStringList lines{UpdateContext::tr("已验证的更新可用（来源：%1）。").arg(snapshot.source)};
-    const QString installed =
-        projectPath.isEmpty() ? QString() : installedProjectVersion(projectPath);
-    if (!installed.isEmpty())
-        lines << UpdateContext::tr("当前项目版本：%1（%2）").arg(installed, projectPath);
+    if (!projectVersion.isEmpty())
+        lines << UpdateContext::tr("当前项目版本：%1（%2）").arg(projectVersion, projectPath);
     lines << UpdateContext::tr("可更新项：%1").arg(offers.join(QStringLiteral(", ")));
     lines << warnings;
     lines << (snapshot.fromUsb

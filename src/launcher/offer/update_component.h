@@ -2,6 +2,7 @@
 // The users of this list go through it in different orders, and each order is meant.
 #pragma once
 
+#include "launcher/offer/offer_weighing.h"
 #include "launcher/offer/update_context.h"
 
 #include <QCoreApplication>
@@ -14,29 +15,39 @@ struct UpdateComponent {
     QJsonObject UpdateSnapshot::*record;
     bool UpdateSelection::*selected;
     UpdateChoice UpdateChoices::*choice;
+    WeighedItem OfferWeighing::*item;
 
     [[nodiscard]] QString keyText() const { return QString::fromLatin1(key); }
     [[nodiscard]] QString labelText() const {
         return QCoreApplication::translate("LauncherService", label);
     }
-    [[nodiscard]] bool eligible(const UpdateSnapshot &snapshot, QString *reason = nullptr) const {
-        return UpdateContext::isComponentEligible(keyText(), labelText(), snapshot.*record,
-                                                  snapshot.fromUsb, snapshot.baseLocation, reason);
-    }
 };
 
-inline constexpr UpdateComponent runtimeComponent{
-    "runtime", QT_TRANSLATE_NOOP("LauncherService", "Runtime"), &UpdateSnapshot::runtimeEntry,
-    &UpdateSelection::runtime, &UpdateChoices::runtime};
-inline constexpr UpdateComponent launcherComponent{
-    "launcher", QT_TRANSLATE_NOOP("LauncherService", "Launcher"), &UpdateSnapshot::launcherEntry,
-    &UpdateSelection::launcher, &UpdateChoices::launcher};
-inline constexpr UpdateComponent editorComponent{
-    "editor", QT_TRANSLATE_NOOP("LauncherService", "Editor"), &UpdateSnapshot::editorEntry,
-    &UpdateSelection::editor, &UpdateChoices::editor};
+inline constexpr UpdateComponent runtimeComponent{"runtime",
+                                                  QT_TRANSLATE_NOOP("LauncherService", "Runtime"),
+                                                  &UpdateSnapshot::runtimeEntry,
+                                                  &UpdateSelection::runtime,
+                                                  &UpdateChoices::runtime,
+                                                  &OfferWeighing::runtime};
+inline constexpr UpdateComponent launcherComponent{"launcher",
+                                                   QT_TRANSLATE_NOOP("LauncherService", "Launcher"),
+                                                   &UpdateSnapshot::launcherEntry,
+                                                   &UpdateSelection::launcher,
+                                                   &UpdateChoices::launcher,
+                                                   &OfferWeighing::launcher};
+inline constexpr UpdateComponent editorComponent{"editor",
+                                                 QT_TRANSLATE_NOOP("LauncherService", "Editor"),
+                                                 &UpdateSnapshot::editorEntry,
+                                                 &UpdateSelection::editor,
+                                                 &UpdateChoices::editor,
+                                                 &OfferWeighing::editor};
 inline constexpr UpdateComponent pythonToolsComponent{
-    "pythonTools", QT_TRANSLATE_NOOP("LauncherService", "Python 工具"),
-    &UpdateSnapshot::pythonToolsEntry, &UpdateSelection::pythonTools, &UpdateChoices::pythonTools};
+    "pythonTools",
+    QT_TRANSLATE_NOOP("LauncherService", "Python 工具"),
+    &UpdateSnapshot::pythonToolsEntry,
+    &UpdateSelection::pythonTools,
+    &UpdateChoices::pythonTools,
+    &OfferWeighing::pythonTools};
 
 // As the manifest and the update dialog's choices have them.
 inline constexpr std::array<const UpdateComponent *, 4> updateComponents{

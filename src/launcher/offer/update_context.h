@@ -79,6 +79,8 @@ struct ComponentSetupResult {
     bool cancelled = false;
 };
 
+struct OfferWeighing;
+
 // The four fields, and the operations that read them. Those that take no context are pure reads of
 // files and JSON. Texts are translated in the context of LauncherService. Any thread, on its own
 // copy.
@@ -117,10 +119,17 @@ struct UpdateContext {
                                                    const QString &folderName);
     // One text for each plug-in that is missing or too old. They never block anything.
     [[nodiscard]] static QStringList collectPluginWarnings(const QJsonArray &plugins);
+
+    // --- The offer. Each call weighs the held manifest against what is installed now --------------
+
+    // The record that the others are views of; logs the comparison of the project's versions.
+    [[nodiscard]] OfferWeighing weigh() const;
     // Tells an online offer from another in the memory of skipped ones; empty: nothing is offered.
     [[nodiscard]] QString onlineUpdateFingerprint() const;
     // The same offer for the log.
     [[nodiscard]] QString onlineUpdateItems() const;
+    // Each item of the update dialog.
+    [[nodiscard]] UpdateChoices choices() const;
 
     // --- The check --------------------------------------------------------------------------------
 
@@ -129,18 +138,17 @@ struct UpdateContext {
     // be offered; `summary` receives lines for the user in all cases.
     [[nodiscard]] bool runUpdateCheck(QString *summary);
     // The same with the stick's manifest already looked for; empty: there is no stick.
-    [[nodiscard]] bool runUpdateCheck(const QString &stickManifest, QString *summary);
+    // `weighed`, here and below, receives the weighing if there was one.
+    [[nodiscard]] bool runUpdateCheck(const QString &stickManifest, QString *summary,
+                                      OfferWeighing *weighed = nullptr);
     // The rest of the check for a manifest that was fetched from `url`.
     [[nodiscard]] bool weighOnlineManifest(const QUrl &url, const QByteArray &body,
-                                           QString *summary);
+                                           QString *summary, OfferWeighing *weighed = nullptr);
     // Takes a verified manifest apart into `snapshot` and weighs it. True when at least one item is
-    // eligible. `summary` receives lines for the user in both cases.
-    [[nodiscard]] bool evaluateManifest(const QJsonObject &root, QString *summary);
-    // Finds the record of this project, which stays in `snapshot` if it is eligible. `reason`
-    // receives the text for either answer.
-    [[nodiscard]] bool weighProject(const QJsonArray &projects, QString *reason);
-    // Each item of the update dialog against what is installed now.
-    [[nodiscard]] UpdateChoices choices() const;
+    // eligible. `summary` receives lines for the user in both cases. The project's record stays in
+    // `snapshot` if it is eligible.
+    [[nodiscard]] bool evaluateManifest(const QJsonObject &root, QString *summary,
+                                        OfferWeighing *weighed = nullptr);
     // Makes a package's address usable: a URL, or a path joined to the manifest's place.
     [[nodiscard]] static QString resolveManifestUrl(const UpdateSnapshot &snapshot,
                                                     const QString &value);
@@ -164,9 +172,12 @@ private:
     [[nodiscard]] QString readStickManifest(const QString &path);
     [[nodiscard]] QString fetchOnlineManifest(QString *error);
     [[nodiscard]] QString takeOnlineManifest(const QUrl &url, const QByteArray &body);
-    [[nodiscard]] bool weighManifest(const QString &text, QString *summary);
-    [[nodiscard]] QStringList offerLines(const QStringList &offers,
+    [[nodiscard]] bool weighManifest(const QString &text, QString *summary, OfferWeighing *weighed);
+    [[nodiscard]] OfferWeighing weighFor(const QJsonArray &projects);
+    [[nodiscard]] QStringList offerLines(const QStringList &offers, const QString &projectVersion,
                                          const QStringList &warnings) const;
+    // Of the selected project; unread without a record to weigh it against.
+    [[nodiscard]] QString offeredProjectVersion() const;
 
     // Public: the texts of the whole room stand in the context of the service that shows them.
     Q_DECLARE_TR_FUNCTIONS(LauncherService)

@@ -68,35 +68,33 @@ void printVerification(const Console &console, const VerifyReport &verify) {
                       .arg(verify.canonicalSha256, QString::number(verify.signatureBytes)));
 }
 
-void printItem(const Console &console, const QString &key, const QString &installed,
-               const UpdateChoice &choice) {
-    const QString answer = choice.available
+void printItem(const Console &console, const QString &key, const WeighedItem &item) {
+    const QString answer = item.available
                                ? inked(console, Ink::Good, QStringLiteral("offered"))
                                : inked(console, Ink::Warning, QStringLiteral("left out"));
-    printLine(console,
-              QStringLiteral("  %1 installed %2, %3: %4")
-                  .arg((key + QLatin1Char(':')).leftJustified(12),
-                       installed.isEmpty() ? QStringLiteral("unknown") : spelledOut(installed),
-                       answer, spelledOut(choice.reason)));
+    printLine(console, QStringLiteral("  %1 installed %2, %3: %4")
+                           .arg((key + QLatin1Char(':')).leftJustified(12),
+                                item.installed.isEmpty() ? QStringLiteral("unknown")
+                                                         : spelledOut(item.installed),
+                                answer, spelledOut(item.reason)));
 }
 
-void printItems(const Console &console, const Explanation &explanation) {
+void printItems(const Console &console, const OfferWeighing &offer) {
     printLine(console, inked(console, Ink::Heading, QStringLiteral("Items")));
-    printItem(console, projectOption, explanation.projectVersion, explanation.choices.project);
+    printItem(console, projectOption, offer.project);
     for (const UpdateComponent *component : updateComponents)
-        printItem(console, component->keyText(),
-                  UpdateContext::currentComponentVersion(component->keyText()),
-                  explanation.choices.*(component->choice));
-    if (explanation.fingerprint.isEmpty())
+        printItem(console, component->keyText(), offer.*(component->item));
+    const QString fingerprint = offerFingerprint(offer);
+    if (fingerprint.isEmpty())
         return;
-    printLine(console, QStringLiteral("  fingerprint: ") + spelledOut(explanation.fingerprint));
-    printLine(console, QStringLiteral("  items:       ") + spelledOut(explanation.items));
+    printLine(console, QStringLiteral("  fingerprint: ") + spelledOut(fingerprint));
+    printLine(console, QStringLiteral("  items:       ") + spelledOut(offerItems(offer)));
 }
 
 void printExplanation(const Console &console, const Explanation &explanation) {
     printVerification(console, explanation.verify);
     if (explanation.verify.ok)
-        printItems(console, explanation);
+        printItems(console, explanation.offer);
     printLine(console, inked(console, Ink::Heading, QStringLiteral("Log of the launcher")));
     for (const QString &entry : explanation.log) {
         for (const QString &line : entry.split(QLatin1Char('\n')))

@@ -8,7 +8,7 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
+#include <QJsonArray>
 
 namespace ctl {
 namespace {
@@ -30,24 +30,17 @@ QByteArray bytesOf(const QString &manifest) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-bool check(UpdateContext *context, const QString &manifest, const QString &url, QString *summary) {
-    return url.isEmpty() ? context->runUpdateCheck(QFileInfo(manifest).absoluteFilePath(), summary)
-                         : context->weighOnlineManifest(QUrl(url), bytesOf(manifest), summary);
+bool check(UpdateContext *context, const QString &manifest, const QString &url,
+           Explanation *explanation) {
+    QString *const summary = &explanation->summary;
+    OfferWeighing *const offer = &explanation->offer;
+    return url.isEmpty()
+               ? context->runUpdateCheck(QFileInfo(manifest).absoluteFilePath(), summary, offer)
+               : context->weighOnlineManifest(QUrl(url), bytesOf(manifest), summary, offer);
 }
 
-// The check empties the record of a project that is not eligible, and the reason goes with it.
-UpdateChoices weigh(const UpdateContext &checked) {
-    UpdateChoices choices = checked.choices();
-    UpdateContext again = checked;
-    const QJsonDocument root = QJsonDocument::fromJson(checked.snapshot.manifestText.toUtf8());
-    choices.project.available = again.weighProject(
-        root.object().value(QLatin1String("projects")).toArray(), &choices.project.reason);
-    return choices;
-}
-
-QJsonObject toJson(const UpdateChoice &choice) {
-    return {{QStringLiteral("available"), choice.available},
-            {QStringLiteral("reason"), choice.reason}};
+QJsonObject toJson(const WeighedItem &item) {
+    return {{QStringLiteral("available"), item.available}, {QStringLiteral("reason"), item.reason}};
 }
 
 } // namespace
@@ -57,38 +50,31 @@ Explanation explainUpdate(const QString &manifest, const QString &url, const QSt
     const QString text =
         url.isEmpty() ? readTextFile(manifest) : QString::fromUtf8(bytesOf(manifest));
     explanation.verify = verifyReport(text, AppPaths::updatePublicKeyPath());
-    explanation.projectVersion =
-        projectFile.isEmpty() ? QString() : installedProjectVersion(projectFile);
     UpdateContext context;
     context.projectPath = projectFile;
-    {
-        const LogKeeper keeper(&explanation.log);
-        explanation.found = check(&context, manifest, url, &explanation.summary);
-    }
-    if (context.snapshot.manifestText.isEmpty())
-        return explanation; // refused: there is nothing to weigh
-    QStringList repeated;   // what was logged once already
-    const LogKeeper keeper(&repeated);
-    explanation.choices = weigh(context);
-    explanation.fingerprint = context.onlineUpdateFingerprint();
-    explanation.items = context.onlineUpdateItems();
+    const LogKeeper keeper(&explanation.log);
+    explanation.found = check(&context, manifest, url, &explanation);
+    if (context.snapshot.manifestText.isEmpty()) // refused: nothing was weighed
+        explanation.offer =
+            installedNow(projectFile.isEmpty() ? QString() : installedProjectVersion(projectFile));
     return explanation;
 }
 
 QJsonObject toJson(const Explanation &explanation) {
-    QJsonObject choices{{QStringLiteral("project"), toJson(explanation.choices.project)}};
-    QJsonObject versions{{QStringLiteral("project"), explanation.projectVersion}};
+    const OfferWeighing &offer = explanation.offer;
+    QJsonObject choices{{QStringLiteral("project"), toJson(offer.project)}};
+    QJsonObject versions{{QStringLiteral("project"), offer.project.installed}};
     for (const UpdateComponent *component : updateComponents) {
-        const QString key = component->keyText();
-        choices.insert(key, toJson(explanation.choices.*(component->choice)));
-        versions.insert(key, UpdateContext::currentComponentVersion(key));
+        const WeighedItem &item = offer.*(component->item);
+        choices.insert(component->keyText(), toJson(item));
+        versions.insert(component->keyText(), item.installed);
     }
     return {{QStringLiteral("verify"), toJson(explanation.verify)},
             {QStringLiteral("found"), explanation.found},
             {QStringLiteral("summary"), explanation.summary},
             {QStringLiteral("choices"), choices},
-            {QStringLiteral("fingerprint"), explanation.fingerprint},
-            {QStringLiteral("items"), explanation.items},
+            {QStringLiteral("fingerprint"), offerFingerprint(offer)},
+            {QStringLiteral("items"), offerItems(offer)},
             {QStringLiteral("versions"), versions},
             {QStringLiteral("log"), QJsonArray::fromStringList(explanation.log)}};
 }

@@ -2,7 +2,7 @@
 // looked at.
 #pragma once
 
-#include "launcher/offer/update_context.h"
+#include "launcher/offer/offer_weighing.h"
 #include "quorvanectl/manifest/manifest_verify.h"
 
 #include <QJsonObject>
@@ -13,13 +13,10 @@ namespace ctl {
 
 struct Explanation {
     VerifyReport verify;
-    bool found = false;    // the launcher would offer something
-    QString summary;       // its own text, to the byte
-    UpdateChoices choices; // the items; the project's reason is that of the check
-    QString fingerprint;   // tells this offer from another; empty if nothing is offered
-    QString items;
-    QString projectVersion; // installed
-    QStringList log;        // the lines that the check would log, without their times
+    bool found = false;  // the launcher would offer something
+    QString summary;     // its own text, to the byte
+    OfferWeighing offer; // of a refused manifest the installed versions alone
+    QStringList log;     // the lines that the check would log, without their times
 };
 
 // Checks the manifest in the file `manifest` as one of a stick that lies there, or, with an `url`, as
