@@ -34,7 +34,9 @@ bool isUsableFile(const QString &path, QString *error, qint64 limit) {
 }
 
 QString readText(const QString &path, QString *error) {
-    if (!isUsableFile(path, error))
+    const QFileInfo info(path);
+    const bool fits = info.isFile() && info.size() <= largestText;
+    if (!fits && !isUsableFile(path, error)) // what looks usable is opened once, to be read
         return {};
     QString reason;
     const QString text = readTextFile(path, &reason);
