@@ -4,6 +4,7 @@
 #include "script/project_checks.h"
 
 #include "support/library_file.h"
+#include "support/open_counter.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
@@ -13,51 +14,30 @@
 #include <QJsonObject>
 #include <QMap>
 
-#include <array>
-
-#include <sys/inotify.h>
-#include <unistd.h>
-
 namespace {
 
 using Files = QMap<QString, QByteArray>; // name to content
-using Opens = QMap<QString, int>;        // name to how often it was opened
+using support::OpenCounter;
+using support::Opens;
 
-// Counts from its making on, in a folder and in its sub-folder "sub". It is told of each close too,
-// since the kernel merges two equal events in a row.
-class OpenCounter {
+// What was opened in the folder and in its sub-folder "sub", by relative path.
+class ProjectOpens {
 public:
-    explicit OpenCounter(const QString &folder)
-        : queue(::inotify_init1(IN_NONBLOCK)) {
-        for (const QString &name : {QString(), QStringLiteral("sub/")})
-            prefixes.insert(::inotify_add_watch(queue,
-                                                QFile::encodeName(folder + '/' + name).constData(),
-                                                IN_OPEN | IN_CLOSE),
-                            name);
-    }
-    ~OpenCounter() { ::close(queue); }
-    OpenCounter(const OpenCounter &) = delete;
-    OpenCounter &operator=(const OpenCounter &) = delete;
+    explicit ProjectOpens(const support::ProjectFolder &folder)
+        : place(folder.path(""))
+        , counter({place.path(), place.filePath("sub")}) {}
 
-    // Every open that has returned stands in the queue already.
-    Opens opens() {
-        Opens counts;
-        alignas(inotify_event) std::array<char, 65536> events{};
-        ssize_t length = 0;
-        while ((length = ::read(queue, events.data(), events.size())) > 0) {
-            for (const char *at = events.data(); at < events.data() + length;) {
-                const auto &event = *reinterpret_cast<const inotify_event *>(at);
-                if ((event.mask & IN_OPEN) != 0 && (event.mask & IN_ISDIR) == 0)
-                    ++counts[prefixes.value(event.wd) + QFile::decodeName(event.name)];
-                at += sizeof(inotify_event) + event.len;
-            }
-        }
-        return counts;
+    Opens take() {
+        Opens relative;
+        const Opens opens = counter.take();
+        for (auto open = opens.cbegin(); open != opens.cend(); ++open)
+            relative.insert(place.relativeFilePath(open.key()), open.value());
+        return relative;
     }
 
 private:
-    int queue;
-    QMap<int, QString> prefixes;
+    QDir place;
+    OpenCounter counter;
 };
 
 QJsonArray listOf(const QStringList &paths) {
@@ -127,9 +107,9 @@ void ScriptReadsTest::validation() {
     QFETCH(QStringList, listed);
     const support::ProjectFolder folder;
     const QString project = writeProject(folder, files, listed);
-    OpenCounter counter(folder.path(""));
+    ProjectOpens counter(folder);
     QVERIFY(!validateProjectFile(project).isEmpty());
-    QTEST(counter.opens(), "expected");
+    QTEST(counter.take(), "expected");
 }
 
 void ScriptReadsTest::everyCheckByItselfReadsAnew() {
@@ -138,13 +118,13 @@ void ScriptReadsTest::everyCheckByItselfReadsAnew() {
     const QString project = writeProject(
         folder, {{"a.ys", "import \"b.ys\"; global int w;"}, {"b.ys", "global int w;"}}, listed);
     const Opens once{{"a.ys", 1}, {"b.ys", 1}};
-    OpenCounter counter(folder.path(""));
+    ProjectOpens counter(folder);
     QVERIFY(ast::checkImportGraph(project, listOf(listed)).passed);
-    QCOMPARE(counter.opens(), once);
+    QCOMPARE(counter.take(), once);
     QVERIFY(!ast::checkCrossScriptGlobals(project, listOf(listed)).passed);
-    QCOMPARE(counter.opens(), once);
+    QCOMPARE(counter.take(), once);
     QCOMPARE(ast::collectImports(folder.path("a.ys"), QString()), QStringList(folder.path("b.ys")));
-    QCOMPARE(counter.opens(), Opens({{"a.ys", 1}}));
+    QCOMPARE(counter.take(), Opens({{"a.ys", 1}}));
 }
 
 void ScriptReadsTest::nothingIsKeptForTheNextValidation() {

@@ -3,6 +3,7 @@
 #include "run_tool.h"
 #include "support/file_tree.h"
 #include "support/manifest_maker.h"
+#include "support/open_counter.h"
 #include "support/staged_main.h"
 
 #include "frame/app_paths.h"
@@ -211,6 +212,27 @@ private slots:
                     .out.endsWith("What the launcher says\n" + launcher.summary + '\n'));
     }
 
+#ifdef Q_OS_UNIX // where the kernel counts
+    void readsTheProjectTwice_data() {
+        QTest::addColumn<QJsonObject>("manifest");
+        QTest::newRow("an offer") << both(project("2.0"), runtime("1.2.0"));
+        QTest::newRow("no offer") << project("1.0");
+    }
+    // Once to see that it is a project, once to weigh it.
+    void readsTheProjectTwice() {
+        QFETCH(QJsonObject, manifest);
+        support::writeTree(
+            stick(), {{"manifest.json", support::signedManifest(manifest, publisher()).toUtf8()}});
+        support::OpenCounter counter({QFileInfo(projectFile()).path(), app("/config")});
+        for (const char *format : {"text", "json"}) {
+            QCOMPARE(support::runTool(arguments({"--format", format})).status, 0);
+            const support::Opens opens = counter.take();
+            QCOMPARE(opens.value(projectFile()), 2);
+            QCOMPARE(opens.value(app("/config/release_version.json")), 1);
+        }
+    }
+
+#endif
     void refusedManifestIsAFinding() {
         QString manifest = support::signedManifest(project("2.0"), publisher());
         support::writeTree(stick(), {{"manifest.json", manifest.replace("2.0", "2.1").toUtf8()}});
