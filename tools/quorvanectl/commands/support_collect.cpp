@@ -4,6 +4,7 @@
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/interruption.h"
 #include "quorvanectl/files/zip_writer.h"
+#include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/inspected_installation.h"
 #include "quorvanectl/shell/progress.h"
 #include "quorvanectl/support/support_files.h"

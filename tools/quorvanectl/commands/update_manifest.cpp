@@ -4,6 +4,7 @@
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/manifest/manifest_build.h"
 #include "quorvanectl/manifest/manifest_format.h"
+#include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/progress.h"
 

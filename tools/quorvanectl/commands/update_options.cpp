@@ -1,6 +1,7 @@
 #include "quorvanectl/commands/update_options.h"
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/shell/command.h"
+#include "quorvanectl/shell/force_option.h"
 
 namespace ctl {
 

@@ -1,7 +1,7 @@
 // quorvanectl update pack: a package of a project that passes its checks. Not on Windows.
 #include "quorvanectl/commands/commands.h"
-#include "quorvanectl/files/file_access.h"
 #include "quorvanectl/package/project_pack.h"
+#include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/progress.h"
 

@@ -6,6 +6,7 @@
 #include "quorvanectl/files/json_input.h"
 #include "quorvanectl/keys/signing_key.h"
 #include "quorvanectl/manifest/manifest_attach.h"
+#include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/progress.h"
 #include "update/manifest_signature.h"
 

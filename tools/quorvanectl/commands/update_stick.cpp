@@ -1,9 +1,9 @@
 // quorvanectl update stick: a signed update laid out on a stick.
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/commands/update_options.h"
-#include "quorvanectl/files/file_access.h"
 #include "quorvanectl/manifest/public_key.h"
 #include "quorvanectl/manifest/stick_layout.h"
+#include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/progress.h"
 
 namespace ctl {

@@ -3,7 +3,6 @@
 #include "update/files/failure.h"
 #include "update/files/text_file.h"
 
-#include <QCommandLineParser>
 #include <QFileInfo>
 
 namespace ctl {
@@ -59,14 +58,6 @@ QByteArray readBytes(const QString &path, QString *error) {
         return {};
     }
     return bytes.isNull() ? QByteArray("") : bytes;
-}
-
-void declareForce(QCommandLineParser &parser) {
-    parser.addOption({QStringLiteral("force"), QStringLiteral("Overwrites what is there.")});
-}
-
-bool isForced(const QCommandLineParser &parser) {
-    return parser.isSet(QStringLiteral("force"));
 }
 
 bool mayWrite(const QString &path, bool force, QString *error) {

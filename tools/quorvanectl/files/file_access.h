@@ -7,8 +7,6 @@
 #include <QSaveFile>
 #include <QString>
 
-class QCommandLineParser;
-
 namespace ctl {
 
 // Far above any project file, script, library, manifest or key.
@@ -22,10 +20,6 @@ const qint64 largestText = 67108864; // bytes, 64 MiB
 
 // The bytes of such a file; null on failure, and not null for an empty file.
 [[nodiscard]] QByteArray readBytes(const QString &path, QString *error);
-
-// The option --force, for each command that writes a file.
-void declareForce(QCommandLineParser &parser);
-[[nodiscard]] bool isForced(const QCommandLineParser &parser);
 
 // Whether `path` may be written: nothing is there yet, or it is a file and `force` is given.
 [[nodiscard]] bool mayWrite(const QString &path, bool force, QString *error);
