@@ -22,11 +22,9 @@ int run(const QCommandLineParser &parser, Console &console) {
     if (encrypts && !getPassphrase(parser, QStringLiteral("Passphrase of the new key: "), true,
                                    &passphrase, &error))
         return refuse(console, error);
-    KeyFiles files;
-    {
-        const Progress progress(console, QStringLiteral("making a key pair"));
-        files = makeKeyFiles(firstArgument(parser), encrypts ? &passphrase : nullptr);
-    }
+    const KeyFiles files = whileTelling(console, QStringLiteral("making a key pair"), [&] {
+        return makeKeyFiles(firstArgument(parser), encrypts ? &passphrase : nullptr);
+    });
     if (!files.ok)
         return refuse(console, files.error);
     printLine(console,

@@ -1,4 +1,4 @@
-// quorvanectl library: what a FunctionLib.ini says.
+// quorvanectl library list: what a FunctionLib.ini says.
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/json_output.h"

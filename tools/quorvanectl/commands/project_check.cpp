@@ -1,4 +1,4 @@
-// quorvanectl project check.
+// quorvanectl project check: what keeps the launcher from starting a project, and syntax errors.
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/commands/script_findings.h"
 #include "quorvanectl/project/project_findings.h"

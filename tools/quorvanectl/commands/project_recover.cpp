@@ -81,11 +81,8 @@ bool look(const Console &console, const RecoveryPlaces &places, UpdateRemains *r
 }
 
 int apply(const Console &console, const RecoveryPlaces &places, const UpdateRemains &remains) {
-    RecoveryResult result;
-    {
-        const Progress progress(console, QStringLiteral("putting the project back"));
-        result = recoverProject(remains);
-    }
+    const RecoveryResult result = whileTelling(console, QStringLiteral("putting the project back"),
+                                               [&] { return recoverProject(remains); });
     if (!result.keptAs.isEmpty())
         printLine(console, QStringLiteral("Kept:      what lay in its place, as ") +
                                spelledOut(result.keptAs));

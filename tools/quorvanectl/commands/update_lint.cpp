@@ -63,11 +63,9 @@ int run(const QCommandLineParser &parser, Console &console) {
         return refuse(console, error);
     subject.folder = QFileInfo(path).absolutePath();
     subject.base = parser.value(QStringLiteral("base"));
-    QVector<LintFinding> findings;
-    {
-        const Progress progress(console, QStringLiteral("looking into the packages"));
-        findings = lintManifest(subject);
-    }
+    const QVector<LintFinding> findings =
+        whileTelling(console, QStringLiteral("looking into the packages"),
+                     [&] { return lintManifest(subject); });
     if (format == QLatin1String("json"))
         printJson(console, toJson(path, findings));
     else

@@ -99,11 +99,8 @@ int run(const QCommandLineParser &parser, Console &console) {
     QString error;
     if (!readWish(parser, &wish, &error) || !loadLibrary(parser, &error))
         return refuse(console, error);
-    QJsonObject manifest;
-    {
-        const Progress progress(console, QStringLiteral("reading the packages"));
-        manifest = buildManifest(wish, &error);
-    }
+    const QJsonObject manifest = whileTelling(console, QStringLiteral("reading the packages"),
+                                              [&] { return buildManifest(wish, &error); });
     if (manifest.isEmpty())
         return refuse(console, error);
     return deliver(manifestBytes(manifest), parser, console);

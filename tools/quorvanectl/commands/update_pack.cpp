@@ -40,11 +40,10 @@ int run(const QCommandLineParser &parser, Console &console) {
     QString error;
     if (!loadLibrary(parser, &error))
         return refuse(console, error);
-    PackResult result;
-    {
-        const Progress progress(console, QStringLiteral("packing %1").arg(firstArgument(parser)));
-        result = packProject(firstArgument(parser), version, out, isForced(parser));
-    }
+    const QString folder = firstArgument(parser);
+    const PackResult result = whileTelling(console, QStringLiteral("packing %1").arg(folder), [&] {
+        return packProject(folder, version, out, isForced(parser));
+    });
     printIssues(console, result);
     if (result.ok) {
         printLine(console, QStringLiteral("%1: %2 files, SHA-256 %3")

@@ -54,7 +54,7 @@ Explanation explainUpdate(const QString &manifest, const QString &url, const QSt
     context.projectPath = projectFile;
     const LogKeeper keeper(&explanation.log);
     explanation.found = check(&context, manifest, url, &explanation);
-    if (context.snapshot.manifestText.isEmpty()) // refused: nothing was weighed
+    if (context.snapshot.manifestText.isEmpty()) // not verified: nothing was weighed
         explanation.offer =
             installedNow(projectFile.isEmpty() ? QString() : installedProjectVersion(projectFile));
     return explanation;
