@@ -215,6 +215,16 @@ private slots:
         QCOMPARE(folder.read("after"), folder.read("before"));
     }
 
+    void hasAFileNamedAfterIt_data() { addCommands(); }
+
+    void hasAFileNamedAfterIt() {
+        QFETCH(QString, example);
+        const QString name = example.section(' ', 1, 2).replace(' ', '_');
+        QFile file(QString(QUORVANE_SOURCE_TREE "/tools/quorvanectl/commands/%1.cpp").arg(name));
+        QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
+        QVERIFY(file.readAll().startsWith("// " + example.section(' ', 0, 2).toUtf8()));
+    }
+
     void badInputIsRefused_data() {
         QTest::addColumn<QString>("example");
         QTest::addColumn<QString>("file");
