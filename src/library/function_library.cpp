@@ -1,10 +1,9 @@
+// How the file is read: its sections, which fill the word lists, and its function lines.
 #include "library/function_library.h"
 
 #include "update/files/text_file.h"
 
 #include <QDebug>
-
-#include <optional>
 
 namespace {
 
@@ -85,16 +84,23 @@ FunctionRecord recordFrom(const QStringList &fields) {
     return record;
 }
 
+// The field in the place of the count, and 0 for one that is no number.
+int templateArguments(const QStringList &fields) {
+    return fields.value(2).trimmed().toInt();
+}
+
+bool hasEveryArgument(const QStringList &fields) {
+    return templateArguments(fields) <= fields.size() - 3;
+}
+
 // "foo( a , b  );": the cut after the last argument leaves one blank of its separator. A function
-// without arguments is its bare name. Nothing if the line has fewer fields than arguments.
-std::optional<QString> callTemplate(const QStringList &fields) {
+// without arguments is its bare name.
+QString callTemplate(const QStringList &fields) {
     QString text = fields.at(1).trimmed();
-    const int count = fields.at(2).trimmed().toInt();
+    const int count = templateArguments(fields);
     for (int i = 0; i < count; ++i) {
         if (i == 0)
             text += QLatin1String("( ");
-        if (fields.size() - 4 < i)
-            return std::nullopt;
         text += fields.at(i + 3).section(QLatin1Char('#'), 0, 0).trimmed();
         text += QLatin1String(" , ");
         if (i == count - 1) {
@@ -106,6 +112,10 @@ std::optional<QString> callTemplate(const QStringList &fields) {
 }
 
 } // namespace
+
+bool hasCallTemplate(const QString &functionLine) {
+    return hasEveryArgument(functionLine.split(QLatin1Char(',')));
+}
 
 FunctionLibrary &FunctionLibrary::instance() {
     static FunctionLibrary library;
@@ -125,7 +135,7 @@ bool FunctionLibrary::load(const QString &path, QString *error) {
     QString readError;
     const QString text = readTextFile(path, &readError);
     if (text.isEmpty() && !readError.isEmpty()) {
-        if (error)
+        if (error != nullptr)
             *error = readError;
         qWarning().noquote() << QStringLiteral("无法打开函数库文件:") << path << readError;
         return false;
@@ -159,7 +169,8 @@ void FunctionLibrary::readSections(const QStringList &lines) {
         if (equals <= 0)
             continue;
         const QString key = line.left(equals).trimmed().toLower();
-        if (QStringList *list = listOf.value(section + QLatin1Char('/') + key))
+        QStringList *const list = listOf.value(section + QLatin1Char('/') + key);
+        if (list != nullptr)
             *list = words(line.mid(equals + 1));
     }
 }
@@ -178,13 +189,12 @@ void FunctionLibrary::addFunction(const QString &line, const QStringList &fields
     functionIds.append(fields.at(0).trimmed());
     functions.append(recordFrom(fields));
 
-    const std::optional<QString> call = callTemplate(fields);
-    if (!call) {
+    if (!hasEveryArgument(fields)) {
         qWarning().noquote() << QStringLiteral("函数列表出现错误，访问：") << fields.at(1)
                              << QStringLiteral("函数的时候参数数量错误");
         return;
     }
-    callTemplates.append(*call);
+    callTemplates.append(callTemplate(fields));
     functionIndexByName.insert(functionNames.last().toLower(), functionNames.size() - 1);
 }
 

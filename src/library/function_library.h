@@ -40,6 +40,10 @@ struct FunctionRecord {
     QString lastField;
 };
 
+// Whether a line of FunctionLibrary::rawLines has an entry in `callTemplates`: it has a field for each
+// of its arguments.
+[[nodiscard]] bool hasCallTemplate(const QString &functionLine);
+
 class FunctionLibrary {
 public:
     static FunctionLibrary &instance();
@@ -60,7 +64,7 @@ public:
     QString filePath;
 
     // The function lines, in the order of the file. `callTemplates` has no entry for a line with
-    // too few fields and does not run parallel to the others then.
+    // too few fields and does not run parallel to the others then; hasCallTemplate() tells which.
     QVector<FunctionRecord> functions;
     QStringList rawLines;
     QStringList functionNames;
@@ -89,10 +93,13 @@ public:
 private:
     FunctionLibrary() = default;
 
-    void fillBuiltInWords();
+    // function_library.cpp: the file.
     void readSections(const QStringList &lines);
     void readFunctions(const QStringList &lines);
     void addFunction(const QString &line, const QStringList &fields);
     void buildSets();
+
+    // keyword_table.cpp: the built-in words and the keywords.
+    void fillBuiltInWords();
     void buildKeywordMap();
 };

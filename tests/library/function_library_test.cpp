@@ -233,6 +233,7 @@ private slots:
         QVERIFY(loadLibraryText(line));
         QCOMPARE(library().callTemplates.size(), 1);
         QTEST(library().callTemplates.first(), "text");
+        QVERIFY(hasCallTemplate(library().rawLines.first()));
     }
 
     void tooFewFields_data() {
@@ -252,6 +253,8 @@ private slots:
         QCOMPARE(library().functionIndexByName,
                  (QHash<QString, qint32>{{"first", 0}, {"last", 2}}));
         QVERIFY(library().functions.at(1).arguments.isEmpty());
+        QVERIFY(hasCallTemplate(library().rawLines.at(0)));
+        QVERIFY(!hasCallTemplate(library().rawLines.at(1)));
     }
 
     void aRecordHoldsTheWholeLine() {

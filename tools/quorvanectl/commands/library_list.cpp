@@ -38,19 +38,12 @@ QMap<qint32, QString> keywordsByKind(const FunctionLibrary &library) {
     return keywords;
 }
 
-// The call templates leave out the lines with too few fields, so they are told apart by the same
-// rule: such a line has fewer descriptors than arguments.
-bool hasTemplate(const QString &rawLine) {
-    const QStringList fields = rawLine.split(QLatin1Char(','));
-    return fields.value(2).trimmed().toInt() <= fields.size() - 3;
-}
-
 // One text for each function, null where there is none.
 QStringList templatesOf(const FunctionLibrary &library) {
     QStringList templates;
     int next = 0;
     for (const QString &line : library.rawLines)
-        templates += hasTemplate(line) ? library.callTemplates.value(next++) : QString();
+        templates += hasCallTemplate(line) ? library.callTemplates.value(next++) : QString();
     return templates;
 }
 
