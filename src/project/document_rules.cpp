@@ -1,3 +1,4 @@
+// The rules on what the document says, and on the files that it names.
 #include "project/validation_rules.h"
 
 #include "script/script_facts.h"

@@ -1,3 +1,4 @@
+// The order of the rules, and what stops a run before the first.
 #include "project/project_validator.h"
 
 #include "project/validation_rules.h"

@@ -1,3 +1,4 @@
+// The rules on the scripts that lie on the disk, and on what stands in the registered ones.
 #include "project/validation_rules.h"
 
 #include "script/project_checks.h"

@@ -81,7 +81,7 @@ ExprPointer parseExpressionText(const QString &text, QString *error) {
     QString lexError;
     std::vector<Token> tokens = Lexer(text).tokenize(&lexError);
     if (!lexError.isEmpty()) {
-        if (error)
+        if (error != nullptr)
             *error = lexError;
         return rawNode(trimmed);
     }

@@ -36,14 +36,14 @@ std::shared_ptr<Stmt> Parser::parseForInit(QString *error) {
     if (looksLikeDeclaration(clause)) {
         Parser parser(tokensOf(clause));
         init = parser.parseInitDeclaration(error);
-        if (!init && error && error->contains(QLatin1String("(at 1:")))
+        if (init == nullptr && error != nullptr && error->contains(QLatin1String("(at 1:")))
             report(QStringLiteral("for init: expected variable name"), at, error);
     } else {
         // An empty clause meets "empty statement" here, at 1:1.
         Parser parser(tokensOf(clause, QStringLiteral(";")));
         init = parser.parseSimpleStatement(error);
     }
-    if (!init && error && error->isEmpty())
+    if (init == nullptr && error != nullptr && error->isEmpty())
         report(QStringLiteral("for init parse failed"), at, error);
     return init;
 }

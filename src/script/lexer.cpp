@@ -262,7 +262,7 @@ std::vector<Token> Lexer::tokenize(QString *error) {
     line = scan.line();
     column = scan.column();
     if (!isKnown) {
-        if (error)
+        if (error != nullptr)
             *error =
                 QStringLiteral("Unknown character '%1' at %2:%3")
                     .arg(QString(source.at(pos)), QString::number(line), QString::number(column));

@@ -127,7 +127,7 @@ Parser::Position Parser::here() const {
 
 // Writes the message as `expect` does.
 void Parser::report(const QString &message, Position at, QString *error) {
-    if (error)
+    if (error != nullptr)
         *error = QStringLiteral("%1 (at %2:%3)")
                      .arg(message, QString::number(at.line), QString::number(at.column));
 }

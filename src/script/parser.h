@@ -119,33 +119,41 @@ private:
         qint32 column;
     };
 
+    // parser.cpp: the primitives, and the top of a script.
     Position here() const;
     static void report(const QString &message, Position at, QString *error);
     static bool isType(const Token &token);
-
     Clause collectClause(StopTest stop);
+    bool parseParameters(FunctionDeclStmt &function, QString *error);
+
+    // simple_statements.cpp: what holds no other statement.
     Expression collectExpression(StopTest stop);
     static std::shared_ptr<Stmt> parseSimpleClause(const Clause &clause, Position at);
     std::shared_ptr<Stmt> parseStoredDeclaration(QString *error);
     std::shared_ptr<Stmt> parseReturn();
     template<typename Statement>
     std::shared_ptr<Stmt> parseJump();
+
+    // for_clauses.cpp: the statements inside the parentheses of "for".
     std::shared_ptr<Stmt> parseForInit(QString *error);
     std::shared_ptr<Stmt> parseInitDeclaration(QString *error);
     std::shared_ptr<Stmt> parseForUpdate();
-    bool parseCondition(const QString &openMessage, const QString &closeMessage,
-                        Expression &condition, QString *error);
-    bool parseParameters(FunctionDeclStmt &function, QString *error);
 
+    // nested_statements.cpp: what holds others. First the steps, then a step of each statement.
     void run(Step step, QString *error);
     std::shared_ptr<Stmt> runStatement(Step step, QString *error);
     Step finish(std::shared_ptr<Stmt> statement);
     Step fail();
-    Step enterBody(Frame::Kind kind, std::shared_ptr<Stmt> statement);
-    std::shared_ptr<Block> bareBody(QString *error);
     Step beginStatement(QString *error);
     Step beginBlock(QString *error);
     Step closeBlock(QString *error);
+    Step resume(QString *error);
+    Step resumeBlock(QString *error);
+    Step resumeArm(QString *error);
+    Step enterBody(Frame::Kind kind, std::shared_ptr<Stmt> statement);
+    std::shared_ptr<Block> bareBody(QString *error);
+    bool parseCondition(const QString &openMessage, const QString &closeMessage,
+                        Expression &condition, QString *error);
     Step beginIf(QString *error);
     Step continueIf(const std::shared_ptr<IfStmt> &statement, QString *error);
     Step beginElse(const std::shared_ptr<IfStmt> &statement, QString *error);
@@ -155,9 +163,6 @@ private:
     Step readArms(QString *error);
     bool readArmLabel(SwitchStmt &statement, QString *error);
     bool startsArmStatement();
-    Step resume(QString *error);
-    Step resumeBlock(QString *error);
-    Step resumeArm(QString *error);
 
     std::vector<Token> tokens;
     qint32 pos = 0;

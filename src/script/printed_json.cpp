@@ -1,3 +1,4 @@
+// The JSON form.
 #include "script/printed_form.h"
 #include "script/printing.h"
 
@@ -90,7 +91,7 @@ private:
 template<typename Statement, typename Add>
 bool addAs(const Stmt *statement, const char *type, Parts &parts, Add add) {
     const auto *own = dynamic_cast<const Statement *>(statement);
-    if (!own)
+    if (own == nullptr)
         return false;
     Fields fields(parts, type);
     add(fields.position(*own), *own);
@@ -164,7 +165,7 @@ bool addNested(const Stmt *statement, Parts &parts) {
 
 struct Json {
     static void partsOf(const ExprNode *node, Parts &parts) {
-        if (!node) {
+        if (node == nullptr) {
             parts.text("null");
             return;
         }
@@ -191,7 +192,7 @@ struct Json {
             .add("isPrefix", node->isPrefix);
     }
     static void partsOf(const Block *block, Parts &parts) {
-        if (!block) {
+        if (block == nullptr) {
             parts.text("null");
             return;
         }
@@ -201,7 +202,7 @@ struct Json {
             .add("column", block->column);
     }
     static void partsOf(const Stmt *statement, Parts &parts) {
-        if (!statement)
+        if (statement == nullptr)
             parts.text("null");
         else if (!addNested(statement, parts))
             addSimple(statement, parts);

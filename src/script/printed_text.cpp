@@ -1,3 +1,4 @@
+// The text form.
 #include "script/printed_form.h"
 #include "script/printing.h"
 
@@ -6,7 +7,7 @@ namespace {
 
 struct Text {
     static void partsOf(const ExprNode *node, Parts &parts) {
-        if (!node) {
+        if (node == nullptr) {
             parts.text("null");
             return;
         }
@@ -53,7 +54,7 @@ struct Text {
     }
 
     static void partsOf(const Block *block, Parts &parts) {
-        if (!block) {
+        if (block == nullptr) {
             parts.text("null");
             return;
         }
@@ -63,7 +64,7 @@ struct Text {
     }
 
     static void partsOf(const Stmt *statement, Parts &parts) {
-        if (!statement)
+        if (statement == nullptr)
             parts.text("null");
         else if (!nested(statement, parts) && !jump(statement, parts))
             simple(statement, parts);

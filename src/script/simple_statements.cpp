@@ -96,7 +96,7 @@ std::shared_ptr<Stmt> Parser::parseSimpleText(const QString &text, qint32 line, 
     QString lexError;
     std::vector<Token> lexed = Lexer(text).tokenize(&lexError);
     if (!lexError.isEmpty()) {
-        if (error)
+        if (error != nullptr)
             *error = lexError;
         return nullptr;
     }

@@ -32,7 +32,7 @@ Spelling &SpellingTable::find(const QChar *units, qint32 length, quint32 hash) {
     if (used >= entries.size() / 2)
         grow();
     Slot *slot = place(units, length, hash);
-    if (!slot) {
+    if (slot == nullptr) {
         unshared = {QString(units, length), -1};
         return unshared;
     }
@@ -50,7 +50,7 @@ void SpellingTable::grow() {
     for (Slot &slot : old) {
         const QString &text = slot.spelling.text;
         Slot *target = slot.isUsed ? place(text.constData(), text.size(), slot.hash) : nullptr;
-        if (!target)
+        if (target == nullptr)
             continue;
         *target = std::move(slot);
         ++used;

@@ -1,3 +1,4 @@
+// How trees are freed: without recursion, so that depth takes no stack.
 #include "script/syntax_tree.h"
 
 #include <new>
@@ -76,7 +77,7 @@ Stmt::~Stmt() = default;
 Block::~Block() {
     if (statements.empty())
         return;
-    if (waitingStatements) {
+    if (waitingStatements != nullptr) {
         try {
             waitingStatements->push_back(std::move(statements));
         } catch (const std::bad_alloc &) {
