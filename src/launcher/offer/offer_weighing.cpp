@@ -2,7 +2,6 @@
 
 #include "launcher/offer/installed_versions.h"
 #include "launcher/offer/update_component.h"
-#include "project/project_file.h"
 
 OfferWeighing installedNow(const QString &projectVersion) {
     OfferWeighing offer;
@@ -25,6 +24,11 @@ OfferWeighing weighOffer(const UpdateSnapshot &snapshot, const QString &projectV
     return offer;
 }
 
+bool offersAnything(const OfferWeighing &offer) {
+    return offer.project.available || offer.runtime.available || offer.launcher.available ||
+           offer.editor.available || offer.pythonTools.available;
+}
+
 QString offerFingerprint(const OfferWeighing &offer) {
     QStringList offered;
     if (offer.project.available)
@@ -42,7 +46,7 @@ QString offerItems(const OfferWeighing &offer) {
     QStringList offered;
     if (offer.project.available)
         offered << QStringLiteral("project:%1").arg(offer.project.told);
-    // Another order than the fingerprint's: this one is for readers of the log. Held by
+    // Another order than the fingerprint's: this one is for readers of the log; see
     // theFingerprintIsSortedAndTheItemsAreNot.
     for (const UpdateComponent *component :
          {&runtimeComponent, &editorComponent, &launcherComponent, &pythonToolsComponent}) {

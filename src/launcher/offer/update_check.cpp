@@ -9,7 +9,6 @@
 #include "update/default_manifest_url.h"
 #include "update/files/failure.h"
 #include "update/files/text_file.h"
-#include "update/files/version_text.h"
 #include "update/http_fetch.h"
 #include "update/manifest_signature.h"
 
@@ -27,38 +26,6 @@ constexpr int manifestRedirects = 8;
 bool logRefusal(const QString &why, QString *summary) {
     appendLaunchLog(why);
     return fail(why, summary);
-}
-
-// The runtime has a lowest version of its own, besides the one that its update demands.
-QStringList collectWarnings(const UpdateSnapshot &snapshot, const QString &runtime) {
-    QStringList warnings;
-    const QString minimum = snapshot.runtimeEntry.value(QLatin1String("minVersion")).toString();
-    if (!minimum.isEmpty() && !runtime.isEmpty() && compareVersions(runtime, minimum) < 0)
-        warnings << UpdateContext::tr("Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。")
-                        .arg(runtime, minimum);
-    return warnings + UpdateContext::collectPluginWarnings(snapshot.plugins);
-}
-
-QStringList offersOf(const OfferWeighing &offer) {
-    QStringList offers;
-    if (offer.project.available)
-        offers << QStringLiteral("Project -> %1")
-                      .arg(offer.project.told.isEmpty() ? UpdateContext::tr("新版本")
-                                                        : offer.project.told);
-    for (const UpdateComponent *component : updateComponents) {
-        const WeighedItem &item = offer.*(component->item);
-        if (item.available)
-            offers << QStringLiteral("%1 -> %2").arg(component->labelText(), item.told);
-    }
-    return offers;
-}
-
-QStringList refusalsOf(const OfferWeighing &offer) {
-    QStringList refusals{UpdateContext::tr("项目：%1").arg(offer.project.reason)};
-    for (const UpdateComponent *component : updateComponents)
-        refusals << UpdateContext::tr("%1：%2").arg(component->labelText(),
-                                                    (offer.*(component->item)).reason);
-    return refusals;
 }
 
 QString folderNameOf(const QString &projectPath) {
@@ -177,16 +144,11 @@ bool UpdateContext::evaluateManifest(const QJsonObject &root, QString *summary,
     const OfferWeighing offer = weighFor(root.value(QLatin1String("projects")).toArray());
     if (weighed != nullptr)
         *weighed = offer;
-    const QStringList warnings = collectWarnings(snapshot, offer.runtime.installed);
-    const QStringList offers = offersOf(offer);
-    const QStringList lines =
-        offers.isEmpty() ? QStringList(UpdateContext::tr("未检测到高于当前版本的可用更新。")) +
-                               refusalsOf(offer) + warnings
-                         : offerLines(offers, offer.project.installed, warnings);
-    *summary = lines.join(QLatin1Char('\n'));
-    if (!offers.isEmpty())
+    *summary = offerSummary(offer, snapshot, projectPath);
+    const bool found = offersAnything(offer);
+    if (found)
         appendLaunchLog(*summary);
-    return !offers.isEmpty();
+    return found;
 }
 
 // The project is read once: its name finds its record, its version is weighed against that.
@@ -204,20 +166,6 @@ OfferWeighing UpdateContext::weighFor(const QJsonArray &projects) {
     if (!offer.project.available)
         snapshot.projectEntry = QJsonObject();
     return offer;
-}
-
-QStringList UpdateContext::offerLines(const QStringList &offers, const QString &projectVersion,
-                                      const QStringList &warnings) const {
-    QStringList lines{UpdateContext::tr("已验证的更新可用（来源：%1）。").arg(snapshot.source)};
-    if (!projectVersion.isEmpty())
-        lines << UpdateContext::tr("当前项目版本：%1（%2）").arg(projectVersion, projectPath);
-    lines << UpdateContext::tr("可更新项：%1").arg(offers.join(QStringLiteral(", ")));
-    lines << warnings;
-    lines << (snapshot.fromUsb
-                  ? UpdateContext::tr("检测到离线更新包，可在主界面选择「立即更新」或继续启动。")
-                  : UpdateContext::tr(
-                        "发现在线更新，可在主界面选择「立即更新」「稍后提醒」或「跳过此版本」。"));
-    return lines;
 }
 
 QString UpdateContext::resolveManifestUrl(const UpdateSnapshot &snapshot, const QString &value) {

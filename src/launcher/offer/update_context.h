@@ -93,7 +93,8 @@ struct UpdateContext {
     // True when the user asked to cancel.
     [[nodiscard]] bool cancelRequested() const { return isCancelled(cancelRef); }
 
-    // --- What is installed. Read anew at each call, so a finished installer shows at once --------
+    // installed_versions.cpp: what is installed. Read anew at each call, so a finished installer
+    // shows at once.
 
     // A key of config/release_version.json in the program's folder, else empty.
     [[nodiscard]] static QString releaseVersionValue(const QString &key);
@@ -103,7 +104,8 @@ struct UpdateContext {
     // The versions line of the window; a version that cannot be read shows as unknown.
     [[nodiscard]] static QString versionSummary();
 
-    // --- What a manifest offers. `reason` receives the text for either answer --------------------
+    // eligibility.cpp: the rules by which a manifest offers an item. `reason` receives the text for
+    // either answer.
 
     // The version in a component record or in its package's name, else empty.
     [[nodiscard]] static QString targetComponentVersion(const QJsonObject &record);
@@ -117,10 +119,13 @@ struct UpdateContext {
     [[nodiscard]] static bool projectRecordMatches(const QString &recordName,
                                                    const QString &projectName,
                                                    const QString &folderName);
-    // One text for each plug-in that is missing or too old. They never block anything.
+
+    // plugin_warnings.cpp: one text for each plug-in that is missing or too old. They never block
+    // anything.
     [[nodiscard]] static QStringList collectPluginWarnings(const QJsonArray &plugins);
 
-    // --- The offer. Each call weighs the held manifest against what is installed now --------------
+    // offer_weighing.cpp: the offer. Each call weighs the held manifest against what is installed
+    // now.
 
     // The record that the others are views of; logs the comparison of the project's versions.
     [[nodiscard]] OfferWeighing weigh() const;
@@ -131,7 +136,7 @@ struct UpdateContext {
     // Each item of the update dialog.
     [[nodiscard]] UpdateChoices choices() const;
 
-    // --- The check --------------------------------------------------------------------------------
+    // update_check.cpp: the check, and where packages lie.
 
     // Looks for a manifest on a stick, else online, proves it genuine and evaluates it. Blocks for
     // seconds, and on volumes that do not answer: only ever on a worker. True when something can
@@ -157,7 +162,7 @@ struct UpdateContext {
     // address ends in a slash) or leads to a folder, "." or "..".
     [[nodiscard]] static bool isPackageName(const QString &name);
 
-    // --- The component setup ------------------------------------------------------------------------
+    // component_setup.cpp: the component setup.
 
     // Gets, checks and starts the installer of each selected component. Blocks for the downloads:
     // only ever on a worker. A component that fails is left out with a warning.
@@ -169,14 +174,15 @@ struct UpdateContext {
                                          bool autoStart, QString *error = nullptr) const;
 
 private:
+    // update_check.cpp: the steps of the check.
     [[nodiscard]] QString readStickManifest(const QString &path);
     [[nodiscard]] QString fetchOnlineManifest(QString *error);
     [[nodiscard]] QString takeOnlineManifest(const QUrl &url, const QByteArray &body);
     [[nodiscard]] bool weighManifest(const QString &text, QString *summary, OfferWeighing *weighed);
     [[nodiscard]] OfferWeighing weighFor(const QJsonArray &projects);
-    [[nodiscard]] QStringList offerLines(const QStringList &offers, const QString &projectVersion,
-                                         const QStringList &warnings) const;
-    // Of the selected project; unread without a record to weigh it against.
+
+    // eligibility.cpp: the version of the selected project; unread without a record to weigh it
+    // against.
     [[nodiscard]] QString offeredProjectVersion() const;
 
     // Public: the texts of the whole room stand in the context of the service that shows them.
