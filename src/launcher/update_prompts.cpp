@@ -116,8 +116,8 @@ void LauncherService::skipThisOnlineVersion() {
     if (!isOnlineUpdatePending())
         return;
     const OfferWeighing offer = weigh();
-    logComparison(offer.project,
-                  projectPath); // once more: the log has it for each of the two texts
+    // Once more: the log has it for each of the two texts (aRefreshAndASkipLogTheComparisonTwice).
+    logComparison(offer.project, projectPath);
     const QString fingerprint = offerFingerprint(offer);
     if (!fingerprint.isEmpty())
         rememberSkipped(fingerprint);
@@ -130,7 +130,8 @@ void LauncherService::skipThisOnlineVersion() {
 }
 
 // Says nothing by itself. If it resumes the countdown on its way, refreshStatus may raise the
-// prompt again, and the timer runs during the launch: both are harmless and meant.
+// prompt again, and the timer runs during the launch: both are harmless and meant
+// (everyAnswerInEveryState).
 void LauncherService::skipUpdateAndLaunch() {
     updatesHandled = true;
     promptMode = UpdatePromptMode::None;

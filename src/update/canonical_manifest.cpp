@@ -38,7 +38,8 @@ QString canonicalRecord(const QJsonValue &value, std::initializer_list<QLatin1St
     return object(members);
 }
 
-// `version` stays outside the signed form: a settled property of the format.
+// `version` stays outside the signed form: a settled property of the format
+// (theVersionOfAComponentNeverChangesIt).
 QString canonicalComponent(const QJsonValue &value) {
     return canonicalRecord(value, {QLatin1String("minVersion"), QLatin1String("setupUrl"),
                                    QLatin1String("setupSha256")});

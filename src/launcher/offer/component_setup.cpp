@@ -21,7 +21,7 @@
 
 namespace {
 
-// Not the manifest's order: the launcher's own installer goes last.
+// Not the manifest's order: the launcher's own installer goes last (theLauncherGoesLast).
 constexpr std::array<const UpdateComponent *, 4> setupOrder{
     &pythonToolsComponent, &runtimeComponent, &editorComponent, &launcherComponent};
 

@@ -143,21 +143,22 @@ bool ProjectApply::replace(const QElapsedTimer &clock) {
     QString error;
     if (!replaceDirectory(staging, target, {QStringLiteral("logs")}, backup, &error)) {
         // The backup is there only if making it failed: then what was copied of the project takes
-        // the project's place. Meant: the folder ends as the backup has it. Nothing is left to do
-        // if that fails too.
+        // the project's place. Meant: the folder ends as the backup has it
+        // (aPartialBackupReplacesTheProject). Nothing is left to do if that fails too.
         (void)restoreDirectory(backup, target);
         return fail(QStringLiteral("Replace failed, rolled back: %1").arg(error));
     }
     const QString replaced = findProjectFile(target);
     if (replaced.isEmpty()) {
-        (void)restoreDirectory(backup, target); // finds no backup any more; kept with the text
+        (void)restoreDirectory(backup, target); // finds no backup: theProjectFileIsGoneAfterTheSwap
         return fail(QStringLiteral("No yslib after replace, rolled back."));
     }
     const QString version = record("version");
     (void)stampProjectVersion(replaced, version); // an update without a stamp is still an update
     result.success = true;
     result.projectPath = replaced;
-    // Names the backup although a successful swap has removed it.
+    // Names the backup although a successful swap has removed it
+    // (theWholeFolderIsReplacedApartFromTheLogs).
     result.message = QStringLiteral("Project updated to %1 in %2 ms. Backup: %3")
                          .arg(version, QString::number(clock.elapsed()), backup);
     return true;

@@ -1,5 +1,10 @@
 // The four installed components that a manifest can update, and where each stands in our records.
-// The users of this list go through it in different orders, and each order is meant.
+//
+// Its users go through the list in different orders, and each order is meant: update_check.cpp,
+// offer_weighing.cpp and offer_summary.cpp in that of `updateComponents`
+// (theComponentsKeepTheirOrder), the items for the log in offer_weighing.cpp in another
+// (theFingerprintIsSortedAndTheItemsAreNot), component_setup.cpp with the launcher last
+// (theLauncherGoesLast).
 #pragma once
 
 #include "launcher/offer/offer_weighing.h"
