@@ -195,7 +195,6 @@ private:
 
     // Precheck. On false `error` receives the whole text for the user, which is logged too.
     [[nodiscard]] bool runPrecheck(QString *error) const;
-    [[nodiscard]] static bool checkCorePlugin(QString *error);
 
     // Project
     void pickProject();

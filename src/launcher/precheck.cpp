@@ -2,10 +2,10 @@
 #include "launcher/launcher_service.h"
 
 #include "frame/app_paths.h"
+#include "project/core_plugin.h"
 #include "project/project_validator.h"
 #include "update/files/failure.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 bool LauncherService::runPrecheck(QString *error) const {
@@ -17,12 +17,11 @@ bool LauncherService::runPrecheck(QString *error) const {
     if (!QFileInfo::exists(projectPath))
         return refuse(QStringLiteral("Project file not found: %1\nLog: %2").arg(projectPath, log));
 
-    QStringList errors;
-    QStringList warnings;
-    for (const ProjectIssue &issue : validateProjectFile(projectPath))
-        (issue.severity == 0 ? errors : warnings) << formatProjectIssues({issue});
+    const QVector<ProjectIssue> issues = validateProjectFile(projectPath);
+    QStringList errors = errorLines(issues);
+    const QStringList warnings = warningLines(issues);
     QString missing;
-    if (!skipCorePluginPrecheck && !checkCorePlugin(&missing))
+    if (!skipCorePluginPrecheck && !hasCorePlugin(AppPaths::pluginsDirectory(), &missing))
         errors << missing;
     if (!errors.isEmpty())
         return refuse(tr("项目预检失败：\n%1\n日志：%2").arg(errors.join(QLatin1Char('\n')), log));
@@ -32,12 +31,4 @@ bool LauncherService::runPrecheck(QString *error) const {
             QStringLiteral("Precheck warnings:\n%1").arg(warnings.join(QLatin1Char('\n'))));
     appendLaunchLog(QStringLiteral("Precheck passed for %1").arg(projectPath));
     return true;
-}
-
-bool LauncherService::checkCorePlugin(QString *error) {
-    const QString plugin =
-        QDir(AppPaths::pluginsDirectory()).filePath(QStringLiteral("CoreOperators.dll"));
-    if (QFileInfo::exists(plugin))
-        return true;
-    return fail(QStringLiteral("Core plugin missing: %1").arg(plugin), error);
 }

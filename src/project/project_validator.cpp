@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <cerrno>
 
 using validator::Run;
@@ -74,11 +75,19 @@ QVector<ProjectIssue> validate(const QString &text, const QString &projectPath) 
 }
 
 QString formatIssue(const ProjectIssue &issue) {
-    const QString severity = issue.severity == validator::errorSeverity ? QStringLiteral("Error")
-                                                                        : QStringLiteral("Warning");
+    const QString severity = isError(issue) ? QStringLiteral("Error") : QStringLiteral("Warning");
     if (issue.path.isEmpty())
         return QStringLiteral("[%1] %2").arg(severity, issue.message);
     return QStringLiteral("[%1] %2: %3").arg(severity, issue.path, issue.message);
+}
+
+QStringList linesOf(const QVector<ProjectIssue> &issues, bool errors) {
+    QStringList lines;
+    for (const ProjectIssue &issue : issues) {
+        if (isError(issue) == errors)
+            lines += formatIssue(issue);
+    }
+    return lines;
 }
 
 } // namespace
@@ -99,4 +108,16 @@ QString formatProjectIssues(const QVector<ProjectIssue> &issues) {
     for (const ProjectIssue &issue : issues)
         lines += formatIssue(issue);
     return lines.join(QLatin1Char('\n'));
+}
+
+QStringList errorLines(const QVector<ProjectIssue> &issues) {
+    return linesOf(issues, true);
+}
+
+QStringList warningLines(const QVector<ProjectIssue> &issues) {
+    return linesOf(issues, false);
+}
+
+bool hasErrors(const QVector<ProjectIssue> &issues) {
+    return std::any_of(issues.begin(), issues.end(), isError);
 }

@@ -12,6 +12,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 struct ProjectIssue {
@@ -21,6 +22,11 @@ struct ProjectIssue {
     QString path;
     QString message;
 };
+
+// Whether the issue is an error, which keeps the project from running; any other is a warning.
+[[nodiscard]] inline bool isError(const ProjectIssue &issue) {
+    return issue.severity == 0;
+}
 
 // The findings for the .yslib file at `projectPath`, in the order in which the rules fired; empty
 // for a clean project. A file that cannot be read, or that memory does not suffice for, is one
@@ -35,3 +41,10 @@ struct ProjectIssue {
 // One line for each issue, "[Error] path: message" or "[Warning] path: message", for logs and
 // message boxes. No line feed after the last.
 [[nodiscard]] QString formatProjectIssues(const QVector<ProjectIssue> &issues);
+
+// The errors among the issues, and the others, each as its own line of that form.
+[[nodiscard]] QStringList errorLines(const QVector<ProjectIssue> &issues);
+[[nodiscard]] QStringList warningLines(const QVector<ProjectIssue> &issues);
+
+// Whether one of the issues is an error.
+[[nodiscard]] bool hasErrors(const QVector<ProjectIssue> &issues);

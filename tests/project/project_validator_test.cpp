@@ -115,6 +115,7 @@ private slots:
     void hugeFiles();
     void manyIssues();
     void twoThreadsAtOnce();
+    void errorsAndWarningsApart();
     void format();
 };
 
@@ -669,6 +670,17 @@ void ProjectValidatorTest::twoThreadsAtOnce() {
     for (const QString &text : found)
         QCOMPARE(text, formatProjectIssues(validateProjectFile(project)));
     QCOMPARE(found.front().count('\n'), 1);
+}
+
+void ProjectValidatorTest::errorsAndWarningsApart() {
+    const QVector<ProjectIssue> warnings{{1, "%2", "%1"}, {1, "", "d"}};
+    const QVector<ProjectIssue> both{{1, "%2", "%1"}, {0, "", "c"}, {1, "", "d"}, {0, "a", "b"}};
+    QCOMPARE(errorLines(both), QStringList({"[Error] c", "[Error] a: b"}));
+    QCOMPARE(warningLines(both), QStringList({"[Warning] %2: %1", "[Warning] d"}));
+    QCOMPARE(errorLines(warnings), QStringList());
+    QVERIFY(hasErrors(both));
+    QVERIFY(!hasErrors(warnings));
+    QVERIFY(!hasErrors({}));
 }
 
 void ProjectValidatorTest::format() {

@@ -28,15 +28,6 @@ QString cancelledText() {
     return QStringLiteral("cancelled");
 }
 
-QString errorsOf(const QString &project) {
-    QStringList errors;
-    for (const ProjectIssue &issue : validateProjectFile(project)) {
-        if (issue.severity == 0)
-            errors << formatProjectIssues({issue});
-    }
-    return errors.join(QLatin1Char('\n'));
-}
-
 // The steps of one apply, in their order. Each returns whether to go on; one that does not has put
 // the reason into `result`.
 struct ProjectApply {
@@ -126,8 +117,9 @@ bool ProjectApply::validate() {
     const QString project = findProjectFile(staging);
     if (project.isEmpty())
         return fail(QStringLiteral("No yslib found in extracted package."));
-    const QString errors = errorsOf(project);
-    return errors.isEmpty() || fail(QStringLiteral("Apply validator failed:\n%1").arg(errors));
+    const QStringList errors = errorLines(validateProjectFile(project));
+    return errors.isEmpty() ||
+           fail(QStringLiteral("Apply validator failed:\n%1").arg(errors.join(QLatin1Char('\n'))));
 }
 
 bool ProjectApply::replace(const QElapsedTimer &clock) {

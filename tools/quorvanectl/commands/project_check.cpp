@@ -38,7 +38,7 @@ void printIssues(const Console &console, const ProjectFindings &findings, qint32
 void printScripts(const Console &console, const ProjectFindings &findings) {
     if (findings.scriptErrorCount() == 0)
         return;
-    if (!findings.issues.isEmpty())
+    if (!findings.allIssues().isEmpty())
         printLine(console);
     printLine(console, inked(console, Ink::Heading,
                              QStringLiteral("Syntax errors in scripts. The launcher does not look "
@@ -53,7 +53,7 @@ QString counted(int count, const char *what) {
 }
 
 void printSummary(const Console &console, const ProjectFindings &findings) {
-    if (findings.issues.isEmpty() && !findings.hasErrors())
+    if (findings.allIssues().isEmpty() && !findings.hasErrors())
         return printClean(console, findings.projectPath);
     printLine(console,
               QStringLiteral("\n%1: %2, %3, %4")
@@ -71,7 +71,7 @@ void printText(const Console &console, const ProjectFindings &findings) {
 
 QJsonObject findingsJson(const ProjectFindings &findings) {
     QJsonArray issues;
-    for (const ProjectIssue &issue : findings.issues)
+    for (const ProjectIssue &issue : findings.allIssues())
         issues.append(QJsonObject{{QStringLiteral("severity"), issue.severity},
                                   {QStringLiteral("path"), issue.path},
                                   {QStringLiteral("message"), issue.message}});

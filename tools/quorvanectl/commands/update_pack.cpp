@@ -20,7 +20,7 @@ void declare(QCommandLineParser &parser) {
 
 void printIssues(const Console &console, const PackResult &result) {
     for (const ProjectIssue &issue : result.issues) {
-        const Ink ink = issue.severity == 0 ? Ink::Error : Ink::Warning;
+        const Ink ink = isError(issue) ? Ink::Error : Ink::Warning;
         printLine(console, inked(console, ink, spelledOut(formatProjectIssues({issue}))));
     }
     for (const QString &finding : result.findings)

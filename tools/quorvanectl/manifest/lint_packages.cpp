@@ -167,12 +167,9 @@ QVector<LintFinding> lintProject(const ProjectPackage &zip, const PackageRecord 
              QStringLiteral("says %1, the package's project is %2")
                  .arg(package.version(), zip.version)};
     }
-    for (const ProjectIssue &issue : zip.issues) {
-        if (issue.severity == 0) {
-            findings += atUrl(QStringLiteral("broken-project"), package,
-                              QStringLiteral("the launcher would refuse it: %1")
-                                  .arg(formatProjectIssues({issue})));
-        }
+    for (const QString &line : errorLines(zip.issues)) {
+        findings += atUrl(QStringLiteral("broken-project"), package,
+                          QStringLiteral("the launcher would refuse it: %1").arg(line));
     }
     return findings;
 }

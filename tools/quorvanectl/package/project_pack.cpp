@@ -133,10 +133,8 @@ QStringList faultsOf(const ProjectPackage &package, qint64 size) {
     const QString unfit = sizeFault(size);
     if (!unfit.isEmpty())
         faults += QStringLiteral("the package ") + unfit;
-    for (const ProjectIssue &issue : package.issues) {
-        if (issue.severity == 0)
-            faults += QStringLiteral("in the package, %1").arg(formatProjectIssues({issue}));
-    }
+    for (const QString &line : errorLines(package.issues))
+        faults += QStringLiteral("in the package, %1").arg(line);
     return faults;
 }
 

@@ -72,9 +72,4 @@ QStringList filesBelow(const QString &folder) {
     return files;
 }
 
-bool hasErrors(const QVector<ProjectIssue> &issues) {
-    return std::any_of(issues.begin(), issues.end(),
-                       [](const ProjectIssue &issue) { return issue.severity == 0; });
-}
-
 } // namespace ctl

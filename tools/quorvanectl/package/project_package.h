@@ -35,7 +35,4 @@ struct ProjectPackage {
 // Those of the files that a launcher would take for a project file: it looks without regard to case.
 [[nodiscard]] QStringList projectFilesAmong(const QStringList &files);
 
-// Whether one of the issues is an error: the launcher refuses such a project.
-[[nodiscard]] bool hasErrors(const QVector<ProjectIssue> &issues);
-
 } // namespace ctl

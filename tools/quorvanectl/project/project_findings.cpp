@@ -1,5 +1,6 @@
 #include "quorvanectl/project/project_findings.h"
 
+#include "project/core_plugin.h"
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/json_input.h"
 #include "update/files/project_path.h"
@@ -51,24 +52,20 @@ bool checkScripts(const QDir &folder, const QJsonArray &scripts, ProjectFindings
     return true;
 }
 
-void checkCorePlugin(const QString &folder, ProjectFindings *findings) {
-    const QString plugin = QDir(folder).filePath(QStringLiteral("CoreOperators.dll"));
-    if (!folder.isEmpty() && !QFileInfo::exists(plugin))
-        findings->issues.append({0, {}, QStringLiteral("Core plugin missing: %1").arg(plugin)});
-}
-
-// The launcher says a missing plug-in in a bare line, below the others.
-QString lineOf(const ProjectIssue &issue) {
-    const bool ofPlugin = issue.path.isEmpty();
-    return ofPlugin ? issue.message : formatProjectIssues({issue});
-}
-
 } // namespace
 
+QVector<ProjectIssue> ProjectFindings::allIssues() const {
+    QVector<ProjectIssue> all = issues;
+    if (!corePluginFault.isEmpty())
+        all.append({0, {}, corePluginFault});
+    return all;
+}
+
 int ProjectFindings::issueCount(qint32 severity) const {
+    const QVector<ProjectIssue> all = allIssues();
     return static_cast<int>(
-        std::count_if(issues.begin(), issues.end(), [severity](const ProjectIssue &issue) {
-            return (issue.severity == 0) == (severity == 0);
+        std::count_if(all.begin(), all.end(), [severity](const ProjectIssue &issue) {
+            return isError(issue) == (severity == 0);
         }));
 }
 
@@ -91,16 +88,18 @@ bool findAll(const QString &projectPath, const QString &pluginFolder, ProjectFin
     if (!checkScripts(folder, scripts, findings, error))
         return false;
     findings->issues = validateProjectFile(projectPath);
-    checkCorePlugin(pluginFolder, findings);
+    if (!pluginFolder.isEmpty())
+        (void)hasCorePlugin(pluginFolder, &findings->corePluginFault);
     return true;
 }
 
 QStringList issueLines(const ProjectFindings &findings, qint32 severity) {
-    QStringList lines;
-    for (const ProjectIssue &issue : findings.issues) {
-        if ((issue.severity == 0) == (severity == 0))
-            lines += lineOf(issue);
-    }
+    if (severity != 0)
+        return warningLines(findings.issues);
+    QStringList lines = errorLines(findings.issues);
+    // The launcher says a missing plug-in in a bare line, below the others.
+    if (!findings.corePluginFault.isEmpty())
+        lines += findings.corePluginFault;
     return lines;
 }
 

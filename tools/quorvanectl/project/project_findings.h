@@ -10,12 +10,14 @@
 namespace ctl {
 
 struct ProjectFindings {
-    QString projectPath; // as given
-    // In the validator's own order; a missing core plug-in stands last, with no path.
-    QVector<ProjectIssue> issues;
+    QString projectPath;          // as given
+    QVector<ProjectIssue> issues; // of the validator, in its own order
+    QString corePluginFault;      // the launcher's text; empty: it is there, or was not looked for
     // Of each registered script that there is, under its path as registered; each file once.
     std::vector<ScriptReport> scripts;
 
+    // With the missing core plug-in as the last one, an error with no path.
+    [[nodiscard]] QVector<ProjectIssue> allIssues() const;
     [[nodiscard]] int issueCount(qint32 severity) const;
     [[nodiscard]] int scriptErrorCount() const;
     [[nodiscard]] bool hasErrors() const { return issueCount(0) + scriptErrorCount() > 0; }

@@ -112,9 +112,11 @@ QJsonArray results(const ProjectFindings &findings) {
     const QString project = QFileInfo(findings.projectPath).absoluteFilePath();
     QJsonArray list;
     for (const ProjectIssue &issue : findings.issues)
-        list.append(
-            result(issue.path.isEmpty() ? QStringLiteral("core-plugin") : QStringLiteral("project"),
-                   issue.severity, issue.message, issueLocation(folder, project, issue.path)));
+        list.append(result(QStringLiteral("project"), issue.severity, issue.message,
+                           issueLocation(folder, project, issue.path)));
+    if (!findings.corePluginFault.isEmpty())
+        list.append(result(QStringLiteral("core-plugin"), 0, findings.corePluginFault,
+                           issueLocation(folder, project, QString())));
     for (const ScriptReport &script : findings.scripts) {
         for (const ast::ScriptDiagnostic &finding : script.result.diagnostics)
             list.append(result(finding.code, finding.severity, finding.message,

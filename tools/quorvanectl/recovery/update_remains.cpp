@@ -188,12 +188,7 @@ void decide(const RecoveryPlaces &places, UpdateRemains *remains) {
 } // namespace
 
 QString validatorErrors(const QString &projectFile) {
-    QStringList errors;
-    for (const ProjectIssue &issue : validateProjectFile(projectFile)) {
-        if (issue.severity == 0)
-            errors << formatProjectIssues({issue});
-    }
-    return errors.join(QLatin1Char('\n'));
+    return errorLines(validateProjectFile(projectFile)).join(QLatin1Char('\n'));
 }
 
 bool lookAtRemains(const RecoveryPlaces &places, UpdateRemains *remains, QString *error) {
