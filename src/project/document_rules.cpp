@@ -41,7 +41,7 @@ void checkEntryScript(Run &run, const QString &path, const QString &scriptId) {
 void checkFileExists(Run &run, const QString &path, const QString &file) {
     if (isAbsoluteLooking(file))
         addWarning(run, path, QStringLiteral("path 疑似绝对路径；请使用相对 yslib 目录的路径"));
-    if (!QFileInfo::exists(ast::locatedPath(run.folder, file)))
+    if (!QFileInfo::exists(locatedPath(run.folder, file)))
         addError(run, path, QStringLiteral("引用的文件不存在：%1").arg(file));
 }
 

@@ -46,7 +46,7 @@ Run makeRun(const QJsonObject &root, const QString &projectPath) {
         if (!id.isEmpty())
             run.scriptIds.insert(id);
         if (!path.isEmpty())
-            run.scriptPaths.insert(ast::cleanedPath(path));
+            run.scriptPaths.insert(cleanedPath(path));
     }
     return run;
 }

@@ -44,7 +44,7 @@ void checkUnregisteredScripts(Run &run) {
     QDirIterator files(run.folder.path(), {QStringLiteral("*.ys")}, QDir::Files,
                        QDirIterator::Subdirectories);
     while (files.hasNext()) {
-        const QString path = ast::cleanedPath(run.folder.relativeFilePath(files.next()));
+        const QString path = cleanedPath(run.folder.relativeFilePath(files.next()));
         if (!run.scriptPaths.contains(path))
             addWarning(run, QStringLiteral("scripts"),
                        QStringLiteral("磁盘上的脚本未登记到 scripts[]：%1").arg(path));

@@ -2,8 +2,6 @@
 
 #include <QFileInfo>
 
-namespace ast {
-
 QString slashedPath(const QString &path) {
     return QString(path).replace(QLatin1Char('\\'), QLatin1Char('/'));
 }
@@ -18,5 +16,3 @@ QString locatedPath(const QDir &folder, const QString &path) {
         return asWritten;
     return folder.absoluteFilePath(slashedPath(path));
 }
-
-} // namespace ast

@@ -5,8 +5,6 @@
 #include <QDir>
 #include <QString>
 
-namespace ast {
-
 // With `/` for every separator.
 [[nodiscard]] QString slashedPath(const QString &path);
 
@@ -16,5 +14,3 @@ namespace ast {
 // Where the file `path` lies, seen from `folder`: the path as written, absolute or not. Where no
 // such file exists, its slashed form.
 [[nodiscard]] QString locatedPath(const QDir &folder, const QString &path);
-
-} // namespace ast

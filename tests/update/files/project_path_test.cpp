@@ -46,8 +46,8 @@ void ProjectPathTest::cleaned_data() {
 
 void ProjectPathTest::cleaned() {
     QFETCH(QString, path);
-    QTEST(ast::slashedPath(path), "slashed");
-    QTEST(ast::cleanedPath(path), "cleaned");
+    QTEST(slashedPath(path), "slashed");
+    QTEST(cleanedPath(path), "cleaned");
 }
 
 void ProjectPathTest::located_data() {
@@ -76,10 +76,9 @@ void ProjectPathTest::located() {
     folder.write("sub/a.ys", "");
     folder.write("odd\\b.ys", "");
     folder.write("odd/b.ys", "");
-    QCOMPARE(ast::locatedPath(QDir(folder.path("")), path), folder.path(expected));
+    QCOMPARE(locatedPath(QDir(folder.path("")), path), folder.path(expected));
     // An absolute path counts from nowhere.
-    QCOMPARE(ast::locatedPath(QDir("/elsewhere"), folder.path("sub/a.ys")),
-             folder.path("sub/a.ys"));
+    QCOMPARE(locatedPath(QDir("/elsewhere"), folder.path("sub/a.ys")), folder.path("sub/a.ys"));
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, ProjectPathTest)

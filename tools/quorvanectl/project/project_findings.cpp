@@ -38,7 +38,7 @@ bool checkScripts(const QDir &folder, const QJsonArray &scripts, ProjectFindings
     QSet<QString> checked;
     for (const QJsonValue &entry : scripts) {
         const QString path = entry.toObject().value(QLatin1String("path")).toString();
-        const QString file = ast::locatedPath(folder, path);
+        const QString file = locatedPath(folder, path);
         // One that is missing is an issue of the validator.
         if (path.isEmpty() || checked.contains(file) || !QFileInfo::exists(file))
             continue;

@@ -80,7 +80,7 @@ QJsonObject result(const QString &ruleId, qint32 severity, const QString &messag
 
 // The path of an issue leads into the document, or names a script.
 QJsonObject issueLocation(const QDir &folder, const QString &projectPath, const QString &path) {
-    const QString script = ast::locatedPath(folder, path);
+    const QString script = locatedPath(folder, path);
     const bool ofScript = !path.isEmpty() && QFileInfo(script).isFile();
     QJsonObject location{{QStringLiteral("physicalLocation"),
                           QJsonObject{{QStringLiteral("artifactLocation"),
@@ -102,9 +102,9 @@ QJsonObject region(const ast::ScriptDiagnostic &finding) {
 QJsonObject scriptLocation(const QDir &folder, const QString &path,
                            const ast::ScriptDiagnostic &finding) {
     return {{QStringLiteral("physicalLocation"),
-             QJsonObject{{QStringLiteral("artifactLocation"),
-                          artifact(folder, ast::locatedPath(folder, path))},
-                         {QStringLiteral("region"), region(finding)}}}};
+             QJsonObject{
+                 {QStringLiteral("artifactLocation"), artifact(folder, locatedPath(folder, path))},
+                 {QStringLiteral("region"), region(finding)}}}};
 }
 
 QJsonArray results(const ProjectFindings &findings) {
