@@ -1,8 +1,9 @@
 #include "update/files/file_operations.h"
 
-#include "frame/qt_compat.h"
 #include "update/files/failure.h"
 #include "update/files/file_copy.h"
+#include "update/files/folder_listing.h"
+#include "update/files/place_facts.h"
 #include "update/files/text_file.h"
 
 #include <QCoreApplication>
@@ -10,7 +11,6 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QStorageInfo>
 
 #include <algorithm>
 #include <filesystem>
@@ -27,10 +27,6 @@ using FileType = std::filesystem::file_type;
 bool isThere(const QString &path) {
     const FileType kind = kindOf(path);
     return kind == FileType::symlink ? QFileInfo::exists(path) : kind != FileType::not_found;
-}
-
-bool isLink(const QFileInfo &info) {
-    return info.isSymLink() || qt_compat::isJunction(info);
 }
 
 // A read-only file cannot be removed on Windows; a link to a folder is removed like one there. The
@@ -136,8 +132,7 @@ QString placeOf(const QString &path) {
 }
 
 bool isRootOfVolume(const QString &place) {
-    return QDir(place).isRoot() ||
-           (QFileInfo::exists(place) && QStorageInfo(place).rootPath() == place);
+    return QDir(place).isRoot() || (QFileInfo::exists(place) && rootOfVolume(place) == place);
 }
 
 // A folder whose removal would take more than the project with it is left alone.

@@ -5,15 +5,8 @@
 // junctions) are entries, never ways in: removing takes the link, and copying does not descend.
 #pragma once
 
-#include <QFileInfo>
 #include <QString>
 #include <QStringList>
-
-// Appends the entries of one folder, hidden ones too, in no defined order. Unlike Qt's iterator this
-// tells a folder that cannot be read from an empty one, and a name that is no UTF-8 from none: what
-// cannot be seen would be left out without a word. `unreadable` receives the path of either.
-[[nodiscard]] bool listFolder(const QString &folder, QFileInfoList *entries,
-                              QString *unreadable = nullptr);
 
 // The first file anywhere below `folder` whose name ends in `suffix`, in no defined order; null if
 // there is none.

@@ -1,5 +1,6 @@
+#include "update/files/folder_listing.h"
+
 #include "update/files/failure.h"
-#include "update/files/file_operations.h"
 
 #include <filesystem>
 #include <string>

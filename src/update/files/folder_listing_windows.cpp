@@ -1,5 +1,5 @@
 // Not by the C++ library, which opens no folder there whose path has more than 260 characters.
-#include "update/files/file_operations.h"
+#include "update/files/folder_listing.h"
 #include "update/files/long_name_windows.h"
 
 #include <QDir>

@@ -4,6 +4,7 @@
 #include "support/staged_main.h"
 #include "update/files/file_operations.h"
 #include "update/files/file_version.h"
+#include "update/files/folder_listing.h"
 
 #include <QDirIterator>
 #include <QStorageInfo>

@@ -1,7 +1,7 @@
 #include "quorvanectl/files/folder_content.h"
 
-#include "frame/qt_compat.h"
-#include "update/files/file_operations.h"
+#include "update/files/folder_listing.h"
+#include "update/files/place_facts.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,10 +20,6 @@ enum class Likeness { Same, CutOff, Different };
 // The library copies to such a name first.
 bool isTemporary(const QString &name) {
     return name.startsWith(QLatin1String("qt_temp.")) && name.size() == 14;
-}
-
-bool isEnteredLink(const QFileInfo &info) {
-    return info.isSymLink() || qt_compat::isJunction(info);
 }
 
 bool isZero(const QByteArray &bytes, int from) {
@@ -106,7 +102,7 @@ bool readContent(const QString &folder, FolderContent *content, QString *error) 
                 content->entries.insert(relative + QLatin1Char('/'), 0);
             else if (info.isFile())
                 content->entries.insert(relative, info.size());
-            if (info.isDir() && !isEnteredLink(info))
+            if (info.isDir() && !isLink(info))
                 folders += relative + QLatin1Char('/');
         }
     }

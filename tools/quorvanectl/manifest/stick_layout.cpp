@@ -5,6 +5,7 @@
 #include "quorvanectl/files/json_input.h"
 #include "quorvanectl/manifest/manifest_format.h"
 #include "update/files/failure.h"
+#include "update/files/place_facts.h"
 #include "update/files/text_file.h"
 #include "update/manifest_signature.h"
 
@@ -13,7 +14,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
-#include <QStorageInfo>
 
 namespace ctl {
 namespace {
@@ -126,7 +126,7 @@ bool copyAll(StickCopy &copy, const QStringList &packages, const QString &manife
 }
 
 bool isRootOfVolume(const QString &folder) {
-    return QStorageInfo(folder).rootPath() == QFileInfo(folder).canonicalFilePath();
+    return rootOfVolume(folder) == QFileInfo(folder).canonicalFilePath();
 }
 
 } // namespace

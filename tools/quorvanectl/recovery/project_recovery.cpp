@@ -3,6 +3,7 @@
 #include "update/files/failure.h"
 #include "update/files/file_copy.h"
 #include "update/files/file_operations.h"
+#include "update/files/place_facts.h"
 #include "update/files/zip_extract.h"
 
 #include <QDateTime>
@@ -10,7 +11,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QStorageInfo>
 #include <QTemporaryDir>
 
 namespace ctl {
@@ -30,8 +30,7 @@ QString asideOf(const QString &path) {
 }
 
 bool onOneVolume(const QString &folder, const QString &target) {
-    return QStorageInfo(folder).rootPath() ==
-           QStorageInfo(QFileInfo(target).absolutePath()).rootPath();
+    return rootOfVolume(folder) == rootOfVolume(QFileInfo(target).absolutePath());
 }
 
 // What lies at the target makes way, and comes back if the source cannot follow.

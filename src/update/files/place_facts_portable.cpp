@@ -1,0 +1,37 @@
+#include "update/files/place_facts.h"
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <system_error>
+
+std::filesystem::file_type kindOf(const QString &path) {
+    const auto place = std::filesystem::u8path(path.toUtf8().constData());
+    std::error_code failure;
+    return std::filesystem::symlink_status(place, failure).type();
+}
+
+bool mayTakeFrom(const QString &folder) {
+    return ::euidaccess(QFile::encodeName(folder).constData(), W_OK | X_OK) == 0;
+}
+
+bool mayRead(const QString &file) {
+    return ::euidaccess(QFile::encodeName(file).constData(), R_OK) == 0;
+}
+
+// What is open can be removed all the same, and is gone for all others.
+bool isHeld(const QString &) {
+    return false;
+}
+
+// A system too old to tell lets the attempt fail.
+bool isMountPoint(const QString &folder) {
+    struct statx about {};
+    return ::statx(AT_FDCWD, QFile::encodeName(folder).constData(), AT_SYMLINK_NOFOLLOW, 0,
+                   &about) == 0 &&
+           (about.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+}
