@@ -1,6 +1,7 @@
 // The text of an update manifest: its signed form and its verification.
 
 #include "support.h"
+#include "update/canonical_manifest.h"
 #include "update/manifest_signature.h"
 
 namespace {

@@ -2,6 +2,7 @@
 
 #include "support.h"
 #include "update/manifest_signature.h"
+#include "update/rsa_attempts.h"
 
 #include <QRegularExpression>
 

@@ -13,6 +13,7 @@
 #include "../support/measured_process.h"
 #include "support/certificate_maker.h"
 #include "support/manifest_maker.h"
+#include "update/canonical_manifest.h"
 #include "update/http_fetch.h"
 #include "update/manifest_signature.h"
 

@@ -3,7 +3,7 @@
 
 #include "frame/settings_store.h"
 #include "launcher/offer/offer_weighing.h"
-#include "update/manifest_signature.h"
+#include "update/canonical_manifest.h"
 
 #include <QDateTime>
 

@@ -1,4 +1,4 @@
-#include "update/manifest_signature.h"
+#include "update/canonical_manifest.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,7 +1,9 @@
 #include "update/manifest_signature.h"
 
 #include "frame/app_paths.h"
+#include "update/canonical_manifest.h"
 #include "update/files/text_file.h"
+#include "update/rsa_attempts.h"
 
 #include <QCryptographicHash>
 #include <QFileInfo>
@@ -36,8 +38,8 @@ VerifyResult verifyCanonical(const QString &canonical, const QString &signatureB
     const QByteArray key = decodePemBody(pemText);
     if (key.isEmpty())
         return refused("update public key PEM is invalid");
-    // The decoder skips what is not base64; a text of which something decodes goes on.
-    const QByteArray signature = QByteArray::fromBase64(signatureBase64.trimmed().toLatin1());
+    // A text of which something decodes goes on.
+    const QByteArray signature = decodeSignature(signatureBase64);
     if (signature.isEmpty())
         return refused("signature base64 is invalid");
 
@@ -71,6 +73,10 @@ VerifyResult verifyManifestSignature(const QString &manifestText, const QString 
     if (manifestText.trimmed().isEmpty())
         return refused("manifest JSON is empty");
     return verifyCanonical(canonicalManifestText(manifestText), signatureBase64, keyPath);
+}
+
+QByteArray decodeSignature(const QString &base64) {
+    return QByteArray::fromBase64(base64.trimmed().toLatin1());
 }
 
 QByteArray decodePemBody(const QString &pemText) {

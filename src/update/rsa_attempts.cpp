@@ -1,5 +1,4 @@
-#include "update/manifest_signature.h"
-#include "update/rsa_verifier.h"
+#include "update/rsa_attempts.h"
 
 #include <QCryptographicHash>
 
@@ -93,4 +92,9 @@ bool verifyRsaSha256(const QByteArray &derKey, const QByteArray &data, const QBy
         *details = QStringLiteral("unknown");
     const std::unique_ptr<RsaVerifier> verifier = platformRsaVerifier();
     return verifyRsaSha256With(*verifier, derKey, data, signature, details);
+}
+
+bool isRsaKey(const QByteArray &derKey) {
+    const std::unique_ptr<RsaVerifier> verifier = platformRsaVerifier();
+    return verifier->decodeKey(derKey).ok && verifier->importKey().ok;
 }

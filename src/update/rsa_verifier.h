@@ -1,13 +1,12 @@
 // The platform's two ways of verifying an RSA signature (PKCS#1 v1.5, SHA-256), step by step.
 //
-// The order of the attempts and their report stand once, above this header, in verifyRsaSha256With;
-// a platform only carries out the single steps. Windows has CNG and the older CryptoAPI; elsewhere
+// The order of the attempts and their report stand once, above this header, in rsa_attempts.h; a
+// platform only carries out the single steps. Windows has CNG and the older CryptoAPI; elsewhere
 // one library plays both and reports the numbers that Windows would, so that support reads one
 // language.
 #pragma once
 
 #include <QByteArray>
-#include <QString>
 
 #include <memory>
 
@@ -43,10 +42,3 @@ public:
 
 // The verifier of the platform that this program was built for.
 [[nodiscard]] std::unique_ptr<RsaVerifier> platformRsaVerifier();
-
-// The four attempts, in fixed order: modern direct, modern reversed, legacy direct, legacy reversed.
-// The first to pass ends it with true. `details`, if given, receives the outcome as text: which
-// attempt passed, or what each step answered. Any thread.
-[[nodiscard]] bool verifyRsaSha256With(RsaVerifier &verifier, const QByteArray &derKey,
-                                       const QByteArray &data, const QByteArray &signature,
-                                       QString *details = nullptr);

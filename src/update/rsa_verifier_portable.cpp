@@ -1,4 +1,5 @@
 // OpenSSL plays both interfaces of Windows and reports Windows' numbers.
+#include "update/openssl_objects_portable.h"
 #include "update/rsa_verifier.h"
 
 #include <openssl/err.h>
@@ -18,15 +19,8 @@ constexpr quint32 badAlgorithm = 0x80090008U;     // NTE_BAD_ALGID, 2148073480
 constexpr quint32 badSignature = 0x80090006U;     // NTE_BAD_SIGNATURE, 2148073478
 constexpr quint32 invalidSignature = 0xC000A000U; // STATUS_INVALID_SIGNATURE
 
-template<auto freeFunction>
-struct Free {
-    template<typename T>
-    void operator()(T *object) const {
-        freeFunction(object);
-    }
-};
-using PublicKeyInfo = std::unique_ptr<X509_PUBKEY, Free<X509_PUBKEY_free>>;
-using KeyContext = std::unique_ptr<EVP_PKEY_CTX, Free<EVP_PKEY_CTX_free>>;
+using PublicKeyInfo = std::unique_ptr<X509_PUBKEY, OpenSslFree<X509_PUBKEY_free>>;
+using KeyContext = std::unique_ptr<EVP_PKEY_CTX, OpenSslFree<EVP_PKEY_CTX_free>>;
 
 const unsigned char *bytesOf(const QByteArray &bytes) {
     return reinterpret_cast<const unsigned char *>(bytes.constData());
@@ -61,8 +55,7 @@ public:
         ERR_clear_error();
         if (!key)
             return {false, asn1BadTag};
-        return EVP_PKEY_get_base_id(key) == EVP_PKEY_RSA ? RsaStep{true}
-                                                         : RsaStep{false, badAlgorithm};
+        return isRsa(key) ? RsaStep{true} : RsaStep{false, badAlgorithm};
     }
 
     qint32 verifyHash(const QByteArray &sha256, const QByteArray &signature) override {

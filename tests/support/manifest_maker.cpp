@@ -1,6 +1,6 @@
 #include "support/manifest_maker.h"
 
-#include "update/manifest_signature.h"
+#include "update/canonical_manifest.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,7 +1,7 @@
 // The canonical form, byte for byte. What this table says is what publishers sign.
 #include "support/manifest_maker.h"
 #include "support/staged_main.h"
-#include "update/manifest_signature.h"
+#include "update/canonical_manifest.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

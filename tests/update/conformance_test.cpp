@@ -1,6 +1,7 @@
 // The launcher held to the vectors of tests/data/update, which another implementation wrote.
 #include "support/platform.h"
 #include "support/staged_main.h"
+#include "update/canonical_manifest.h"
 #include "update/manifest_signature.h"
 
 #include <QJsonArray>

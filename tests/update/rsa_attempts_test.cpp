@@ -1,5 +1,6 @@
 // The four attempts and their report, walked with a verifier that answers as it is told.
 #include "support/staged_main.h"
+#include "update/rsa_attempts.h"
 #include "update/rsa_verifier.h"
 
 #include <QCryptographicHash>

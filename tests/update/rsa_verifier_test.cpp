@@ -3,7 +3,7 @@
 #include "support/key_maker.h"
 #include "support/platform.h"
 #include "support/staged_main.h"
-#include "update/manifest_signature.h"
+#include "update/rsa_attempts.h"
 #include "update/rsa_verifier.h"
 
 #include <QCryptographicHash>
@@ -54,6 +54,7 @@ private:
 
     static void refuse(const KeyPair &key, const QByteArray &signature) {
         QString details;
+        QVERIFY(isRsaKey(key.publicDer()));
         QVERIFY(!verifyRsaSha256(key.publicDer(), data, signature, &details));
         QCOMPARE(support::withWindowsNumbers(details), allFailed);
         QVERIFY(!verifyRsaSha256(key.publicDer(), data, reversed(signature)));
@@ -144,6 +145,7 @@ private slots:
         QString details;
         QVERIFY(!verifyRsaSha256(der, data, m_key.sign(data), &details));
         QCOMPARE(details, "CryptDecodeObjectEx failed: " + number);
+        QVERIFY(!isRsaKey(der));
     }
 
     void keysOfAnotherKind_data() {
@@ -169,6 +171,8 @@ private slots:
         QString details;
         QVERIFY(!verifyRsaSha256(der, data, "x", &details));
         QTEST(details, "details");
+        const bool isTried = details.startsWith("BCryptVerifySignature"); // CNG knows more kinds
+        QCOMPARE(isRsaKey(der), isTried);
     }
 
     // Blocks that only the owner of the key could make: refused all the same, so that no verifier

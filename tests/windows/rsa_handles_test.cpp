@@ -6,7 +6,7 @@
 #include "support/key_maker.h"
 #include "support/platform.h"
 #include "support/staged_main.h"
-#include "update/manifest_signature.h"
+#include "update/rsa_attempts.h"
 
 #include <windows.h>
 

@@ -10,7 +10,7 @@
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 #include "support/unpacking.h"
-#include "update/manifest_signature.h"
+#include "update/canonical_manifest.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -2,7 +2,7 @@
 #include "quorvanectl/manifest/manifest_attach.h"
 #include "support/manifest_maker.h"
 #include "support/staged_main.h"
-#include "update/manifest_signature.h"
+#include "update/canonical_manifest.h"
 
 #include <QJsonDocument>
 

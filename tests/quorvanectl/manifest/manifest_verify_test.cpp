@@ -3,7 +3,7 @@
 #include "support/manifest_maker.h"
 #include "support/platform.h"
 #include "support/staged_main.h"
-#include "update/manifest_signature.h"
+#include "update/canonical_manifest.h"
 
 #include "openssl_program.h"
 

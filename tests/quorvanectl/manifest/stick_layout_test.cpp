@@ -5,7 +5,7 @@
 #include "support/library_file.h"
 #include "support/staged_main.h"
 #include "support/unpacking.h"
-#include "update/manifest_signature.h"
+#include "update/canonical_manifest.h"
 
 #include "published_update.h"
 

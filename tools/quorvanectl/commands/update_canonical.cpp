@@ -3,7 +3,7 @@
 #include "quorvanectl/commands/update_options.h"
 #include "quorvanectl/files/json_input.h"
 #include "quorvanectl/shell/progress.h"
-#include "update/manifest_signature.h"
+#include "update/canonical_manifest.h"
 
 namespace ctl {
 namespace {

@@ -8,7 +8,7 @@
 #include "quorvanectl/manifest/manifest_attach.h"
 #include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/progress.h"
-#include "update/manifest_signature.h"
+#include "update/canonical_manifest.h"
 
 #include <QFileInfo>
 

@@ -1,5 +1,6 @@
 #include "quorvanectl/keys/signing_key.h"
 #include "update/files/failure.h"
+#include "update/openssl_objects_portable.h"
 
 #include <openssl/bio.h>
 #include <openssl/crypto.h>
@@ -16,15 +17,8 @@ namespace {
 
 const int newKeyBits = 3072;
 
-template<auto freeFunction>
-struct Free {
-    template<typename T>
-    void operator()(T *object) const {
-        freeFunction(object);
-    }
-};
-using Stream = std::unique_ptr<BIO, Free<BIO_vfree>>;
-using DigestContext = std::unique_ptr<EVP_MD_CTX, Free<EVP_MD_CTX_free>>;
+using Stream = std::unique_ptr<BIO, OpenSslFree<BIO_vfree>>;
+using DigestContext = std::unique_ptr<EVP_MD_CTX, OpenSslFree<EVP_MD_CTX_free>>;
 
 // A stream's buffer is wiped when a secret memory stream goes.
 Stream secretStream() {
@@ -81,7 +75,7 @@ SigningKey SigningKey::fromPem(const QByteArray &pem, const QString &name, const
     ERR_clear_error();
     if (!read.isValid()) {
         failAbout(name, whyNotRead(question), error);
-    } else if (EVP_PKEY_get_base_id(read.key.get()) != EVP_PKEY_RSA) {
+    } else if (!isRsa(read.key.get())) {
         failAbout(name, QStringLiteral("it is no RSA key"), error);
         read.key.reset();
     }

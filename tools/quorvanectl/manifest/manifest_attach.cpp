@@ -1,5 +1,7 @@
 #include "quorvanectl/manifest/manifest_attach.h"
 
+#include "update/manifest_signature.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -28,7 +30,7 @@ bool isText(const QByteArray &bytes) {
 QByteArray signatureIn(const QByteArray &fileContent) {
     // The bytes of a true signature are never all letters: it has hundreds of them.
     if (std::all_of(fileContent.begin(), fileContent.end(), isBase64OrBlank))
-        return QByteArray::fromBase64(fileContent);
+        return decodeSignature(QString::fromLatin1(fileContent));
     return isText(fileContent) ? QByteArray() : fileContent;
 }
 

@@ -1,7 +1,9 @@
 #include "quorvanectl/manifest/manifest_verify.h"
 
+#include "update/canonical_manifest.h"
 #include "update/files/text_file.h"
 #include "update/manifest_signature.h"
+#include "update/rsa_attempts.h"
 
 #include <QCryptographicHash>
 #include <QJsonDocument>
@@ -34,8 +36,7 @@ VerifyReport verifyReport(const QString &manifestText, const QString &keyPath) {
     report.canonicalSha256 = QString::fromLatin1(
         QCryptographicHash::hash(signedBytes, QCryptographicHash::Sha256).toHex());
     const QJsonObject root = QJsonDocument::fromJson(manifestText.toUtf8()).object();
-    const QByteArray signature = QByteArray::fromBase64(
-        root.value(QLatin1String("signature")).toString().trimmed().toLatin1());
+    const QByteArray signature = decodeSignature(root.value(QLatin1String("signature")).toString());
     report.signatureBytes = signature.size();
     report.details = attemptDetails(signedBytes, signature, keyPath);
     return report;

@@ -1,6 +1,7 @@
 #include "quorvanectl/manifest/public_key.h"
 #include "quorvanectl/files/file_access.h"
 #include "update/manifest_signature.h"
+#include "update/rsa_attempts.h"
 
 namespace ctl {
 
@@ -12,11 +13,7 @@ bool isPublicKey(const QString &path, QString *error) {
     const QString pem = readText(path, error);
     if (pem.isNull())
         return false;
-    // A private key is PEM too: only a try tells.
-    QString attempts;
-    (void)verifyRsaSha256(decodePemBody(pem), QByteArray(), QByteArray(smallestSignature, '\0'),
-                          &attempts);
-    if (attempts.startsWith(QLatin1String("BCryptVerifySignature")))
+    if (isRsaKey(decodePemBody(pem))) // a private key is PEM too
         return true;
     *error = QStringLiteral("%1: holds no RSA public key in PEM form").arg(path);
     return false;
