@@ -1,5 +1,8 @@
 #include "frame/app_paths.h"
 
+#include "frame/data_folder.h"
+#include "frame/program_names.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -36,6 +39,10 @@ QString searchRoot(const QString &start) {
     return folder.absolutePath();
 }
 
+DataFolder dataFolder() {
+    return DataFolder::below(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+}
+
 void makeFolder(const QString &path) {
     // A folder that cannot be made shows up later, when it is used.
     if (inspected.isEmpty())
@@ -43,14 +50,14 @@ void makeFolder(const QString &path) {
 }
 
 void makeFolders() {
-    const QString data = AppPaths::dataDirectory();
+    const DataFolder data = dataFolder();
     const QString user = AppPaths::userDirectory();
-    makeFolder(data);
+    makeFolder(data.path);
     makeFolder(AppPaths::pluginsDirectory());
-    makeFolder(AppPaths::dumpsDirectory());
-    makeFolder(data + QStringLiteral("/update/temp"));
-    makeFolder(AppPaths::updateBackupDirectory());
-    makeFolder(AppPaths::updateCacheDirectory());
+    makeFolder(data.dumps());
+    makeFolder(data.updateTemp());
+    makeFolder(data.updateBackup());
+    makeFolder(data.updateCache());
     makeFolder(user);
     makeFolder(user + QStringLiteral("/config"));
 }
@@ -123,8 +130,13 @@ QString AppPaths::applicationFile() {
     if (inspected.isEmpty())
         return QCoreApplication::applicationFilePath();
     // An installation that came from a line PC may lie on any system.
-    const QString windows = inspected + QStringLiteral("/Quorvaner.exe");
-    return QFileInfo::exists(windows) ? windows : inspected + QStringLiteral("/Quorvaner");
+    const QString windows = besideLauncher(QLatin1String(program_names::launcherOnWindows));
+    return QFileInfo::exists(windows) ? windows
+                                      : besideLauncher(QLatin1String(program_names::launcher));
+}
+
+QString AppPaths::besideLauncher(const QString &name) {
+    return QDir(applicationDirectory()).filePath(name);
 }
 
 QString AppPaths::repositoryRoot() {
@@ -148,20 +160,19 @@ QString AppPaths::installRoot() {
 }
 
 QString AppPaths::dataDirectory() {
-    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
-        .filePath(QStringLiteral("Quorvane"));
+    return dataFolder().path;
 }
 
 QString AppPaths::databasePath() {
-    return dataDirectory() + QStringLiteral("/Quorvane.db");
+    return dataFolder().database();
 }
 
 QString AppPaths::launchLogPath() {
-    return dataDirectory() + QStringLiteral("/launcher.log");
+    return dataFolder().launchLog();
 }
 
 QString AppPaths::dumpsDirectory() {
-    return dataDirectory() + QStringLiteral("/dumps");
+    return dataFolder().dumps();
 }
 
 QString AppPaths::launchNoncePath(qint64 pid) {
@@ -170,15 +181,15 @@ QString AppPaths::launchNoncePath(qint64 pid) {
 }
 
 QString AppPaths::updateTempPath(const QString &name) {
-    return QDir(dataDirectory() + QStringLiteral("/update/temp")).filePath(name);
+    return QDir(dataFolder().updateTemp()).filePath(name);
 }
 
 QString AppPaths::updateBackupDirectory() {
-    return dataDirectory() + QStringLiteral("/update/backup");
+    return dataFolder().updateBackup();
 }
 
 QString AppPaths::updateCacheDirectory() {
-    return dataDirectory() + QStringLiteral("/update/cache");
+    return dataFolder().updateCache();
 }
 
 QString AppPaths::userDirectory() {
@@ -217,6 +228,16 @@ QString AppPaths::updatePublicKeyPath() {
     return configFile(QStringLiteral("update.pub"));
 }
 
+QStringList AppPaths::translationFiles() {
+    const QString name = QStringLiteral("/translations/quorvane_en.qm");
+    return {applicationDirectory() + name, root + QStringLiteral("/resources") + name,
+            root + QStringLiteral("/bin") + name};
+}
+
+QString AppPaths::stickManifestPath(const QString &volumeRoot) {
+    return QDir(volumeRoot).filePath(QStringLiteral("QuorvanerUpdate/manifest.json"));
+}
+
 QString AppPaths::findUsbManifest() {
     QStringList roots;
     const auto volumes = QStorageInfo::mountedVolumes();
@@ -231,8 +252,7 @@ QString AppPaths::findUsbManifest(const QStringList &volumeRoots) {
     for (const QString &volumeRoot : volumeRoots) {
         if (volumeRoot.isEmpty()) // would be taken for the current folder
             continue;
-        const QFileInfo manifest(
-            QDir(volumeRoot).filePath(QStringLiteral("QuorvanerUpdate/manifest.json")));
+        const QFileInfo manifest(stickManifestPath(volumeRoot));
         if (manifest.exists())
             return manifest.absoluteFilePath();
     }

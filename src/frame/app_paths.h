@@ -25,6 +25,8 @@ public:
     // The program's folder, and the launcher in it.
     [[nodiscard]] static QString applicationDirectory();
     [[nodiscard]] static QString applicationFile();
+    // What bears this name in the program's folder, or would.
+    [[nodiscard]] static QString besideLauncher(const QString &name);
 
     // Empty until initialize() has run.
     [[nodiscard]] static QString repositoryRoot();
@@ -54,6 +56,11 @@ public:
     [[nodiscard]] static QString functionLibraryPath();
     [[nodiscard]] static QString updatePublicKeyPath();
 
+    // Where the English translation may lie, the first place first.
+    [[nodiscard]] static QStringList translationFiles();
+
+    // Where an update manifest lies on a stick, its packages beside it or below.
+    [[nodiscard]] static QString stickManifestPath(const QString &volumeRoot);
     // The update manifest on the first mounted and ready volume that has one; empty if none has.
     [[nodiscard]] static QString findUsbManifest();
     // The same walk over given volume roots, in their order.

@@ -1,6 +1,7 @@
 #include "frame/locale_manager.h"
 
 #include "frame/app_paths.h"
+#include "frame/settings_schema.h"
 #include "frame/settings_store.h"
 
 #include <QApplication>
@@ -12,19 +13,11 @@
 namespace {
 
 QString localeKey() {
-    return QStringLiteral("ui/locale");
+    return QLatin1String(settings_schema::localeKey);
 }
 
 bool asksForEnglish(const QString &locale) {
     return locale.startsWith(QLatin1String("en"));
-}
-
-QStringList translationFiles() {
-    const QString name = QStringLiteral("quorvane_en.qm");
-    const QString root = AppPaths::repositoryRoot();
-    return {QCoreApplication::applicationDirPath() + QStringLiteral("/translations/") + name,
-            root + QStringLiteral("/resources/translations/") + name,
-            root + QStringLiteral("/bin/translations/") + name};
 }
 
 // What is in force, not what was asked for: without its file a later start does not look for English.
@@ -82,7 +75,7 @@ void LocaleManager::toggle() {
 }
 
 bool LocaleManager::loadEnglish() {
-    const QStringList files = translationFiles();
+    const QStringList files = AppPaths::translationFiles();
     for (const QString &file : files) {
         if (translator.load(file)) {
             QCoreApplication::installTranslator(&translator);

@@ -1,6 +1,7 @@
 #include "frame/settings_store.h"
 
 #include "frame/app_paths.h"
+#include "frame/settings_schema.h"
 
 #include <QDebug>
 #include <QFileInfo>
@@ -11,25 +12,6 @@
 
 namespace {
 
-const char *const versionTable =
-    "CREATE TABLE IF NOT EXISTS schema_version (version INTEGER NOT NULL)";
-
-const char *const firstVersionTables[] = {
-    "CREATE TABLE IF NOT EXISTS app_settings (key TEXT PRIMARY KEY, value TEXT)",
-    "CREATE TABLE IF NOT EXISTS recent_files (path TEXT PRIMARY KEY, last_opened TEXT, "
-    "encoding TEXT)",
-    "CREATE TABLE IF NOT EXISTS debug_sessions (id INTEGER PRIMARY KEY AUTOINCREMENT,"
-    "started_at TEXT, script_hash TEXT, status TEXT)",
-    "CREATE TABLE IF NOT EXISTS debug_messages (id INTEGER PRIMARY KEY AUTOINCREMENT,"
-    "session_id INTEGER, ts TEXT, line_no INTEGER, message TEXT)",
-    "CREATE TABLE IF NOT EXISTS parameter_snapshots (id INTEGER PRIMARY KEY AUTOINCREMENT,"
-    "session_id INTEGER, scope_id INTEGER, payload TEXT)",
-};
-
-const char *const secondVersionTable =
-    "CREATE TABLE IF NOT EXISTS recent_projects (yslib_path TEXT PRIMARY KEY,display_name TEXT,"
-    "last_opened INTEGER NOT NULL)";
-
 const int examinedAtOpen = 100; // older recent projects wait until they come among these
 
 QString connectionName() {
@@ -37,7 +19,7 @@ QString connectionName() {
 }
 
 QString defaultProjectKey() {
-    return QStringLiteral("default_project_path");
+    return QLatin1String(settings_schema::defaultProjectKey);
 }
 
 QSqlDatabase connection() {
@@ -56,15 +38,15 @@ bool runSchema(const char *statement) {
 // written, the tables are made all the same.
 int schemaVersion() {
     QSqlQuery query(connection());
-    if (query.exec(QStringLiteral("SELECT version FROM schema_version LIMIT 1")) && query.next())
+    if (query.exec(QLatin1String(settings_schema::readVersion)) && query.next())
         return qMax(1, query.value(0).toInt());
     query.finish();
-    (void)runSchema("INSERT INTO schema_version(version) VALUES(1)");
+    (void)runSchema(settings_schema::writeFirstVersion);
     return 1;
 }
 
 bool makeFirstVersion() {
-    for (const char *statement : firstVersionTables) {
+    for (const char *statement : settings_schema::makeFirstVersion) {
         if (!runSchema(statement))
             return false;
     }
@@ -72,11 +54,12 @@ bool makeFirstVersion() {
 }
 
 bool migrateToSecondVersion() {
-    return runSchema(secondVersionTable) && runSchema("UPDATE schema_version SET version=2");
+    return runSchema(settings_schema::makeSecondVersion) &&
+           runSchema(settings_schema::writeSecondVersion);
 }
 
 bool ensureSchema() {
-    if (!runSchema(versionTable))
+    if (!runSchema(settings_schema::makeVersionTable))
         return false;
     const int version = schemaVersion();
     bool done = makeFirstVersion();
@@ -119,14 +102,14 @@ bool SettingsStore::open() {
 
 QString SettingsStore::value(const QString &key, const QString &defaultValue) const {
     QSqlQuery query(connection());
-    query.prepare(QStringLiteral("SELECT value FROM app_settings WHERE key=?"));
+    query.prepare(QLatin1String(settings_schema::readValue));
     query.addBindValue(key);
     return query.exec() && query.next() ? query.value(0).toString() : defaultValue;
 }
 
 void SettingsStore::setValue(const QString &key, const QString &value) {
     QSqlQuery query(connection());
-    query.prepare(QStringLiteral("INSERT OR REPLACE INTO app_settings(key,value) VALUES(?,?)"));
+    query.prepare(QLatin1String(settings_schema::writeValue));
     query.addBindValue(key);
     // A null text would be stored as NULL.
     query.addBindValue(value.isNull() ? QStringLiteral("") : value);
@@ -143,8 +126,7 @@ void SettingsStore::setDefaultProject(const QString &path) {
 
 QList<RecentProject> SettingsStore::recentProjects(int limit) const {
     QSqlQuery query(connection());
-    query.prepare(QStringLiteral(
-        "SELECT yslib_path, display_name FROM recent_projects ORDER BY last_opened DESC LIMIT ?"));
+    query.prepare(QLatin1String(settings_schema::readRecentProjects) + QLatin1String(" LIMIT ?"));
     query.addBindValue(limit);
     QList<RecentProject> projects;
     if (!query.exec())
@@ -156,7 +138,7 @@ QList<RecentProject> SettingsStore::recentProjects(int limit) const {
 
 void SettingsStore::removeRecentProject(const QString &path) {
     QSqlQuery query(connection());
-    query.prepare(QStringLiteral("DELETE FROM recent_projects WHERE yslib_path=?"));
+    query.prepare(QLatin1String(settings_schema::removeRecentProject));
     query.addBindValue(QFileInfo(path).absoluteFilePath());
     (void)query.exec(); // a row that stays is examined again at the next open
 }

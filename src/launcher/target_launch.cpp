@@ -3,12 +3,12 @@
 
 #include "frame/app_paths.h"
 #include "frame/locale_manager.h"
+#include "frame/program_names.h"
 #include "launcher/launcher_service.h"
 #include "update/files/text_file.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QDir>
 #include <QFileInfo>
 #include <QRandomGenerator>
 
@@ -17,16 +17,12 @@ namespace {
 constexpr int startWaitMs = 5000;
 constexpr int nonceBytes = 16;
 
-QString runtimeName() {
-    return QStringLiteral("LineRunner.exe");
+QString runtimePath() {
+    return AppPaths::besideLauncher(QLatin1String(program_names::runtime));
 }
 
-QString editorName() {
-    return QStringLiteral("LineStudio.exe");
-}
-
-QString besideLauncher(const QString &name) {
-    return QDir(QCoreApplication::applicationDirPath()).filePath(name);
+QString editorPath() {
+    return AppPaths::besideLauncher(QLatin1String(program_names::editor));
 }
 
 bool editorAllowed() {
@@ -77,10 +73,10 @@ const char *exitSuffix(int exitCode, QProcess::ExitStatus exitStatus) {
 }
 
 QString LauncherService::resolveTargetExecutable() {
-    const QString runtime = besideLauncher(runtimeName());
+    const QString runtime = runtimePath();
     if (QFileInfo::exists(runtime))
         return runtime;
-    const QString editor = besideLauncher(editorName());
+    const QString editor = editorPath();
     if (QFileInfo::exists(editor) && editorAllowed())
         return editor;
     return QString();
@@ -112,11 +108,12 @@ void LauncherService::launchTarget() {
     const QString target = resolveTargetExecutable();
     if (target.isEmpty()) {
         failLaunch(missingTargetText(QCoreApplication::applicationDirPath(), editorAllowed(),
-                                     QFileInfo::exists(besideLauncher(editorName()))));
+                                     QFileInfo::exists(editorPath())));
         return;
     }
     const QFileInfo targetFile(target);
-    if (targetFile.fileName().compare(editorName(), Qt::CaseInsensitive) == 0)
+    if (targetFile.fileName().compare(QLatin1String(program_names::editor), Qt::CaseInsensitive) ==
+        0)
         appendLaunchLog(
             QStringLiteral("R1.5 dev fallback: launching LineStudio.exe (Runtime not present)."));
 

@@ -1,6 +1,7 @@
 // Where the flow meets updates: when it stops for the user, and how an answer lets it go on.
 #include "launcher/launcher_service.h"
 
+#include "frame/settings_schema.h"
 #include "frame/settings_store.h"
 #include "launcher/offer/offer_weighing.h"
 #include "update/canonical_manifest.h"
@@ -15,7 +16,7 @@ namespace {
 constexpr int throttleMs = 30000; // between the starts of two checks in repair mode
 
 QString skippedKey() {
-    return QStringLiteral("update/online_skipped_version_fingerprint");
+    return QLatin1String(settings_schema::skippedFingerprintKey);
 }
 
 // An offer without a fingerprint cannot be remembered, so it was never skipped.
@@ -27,7 +28,7 @@ bool wasSkipped(const QString &fingerprint) {
 void rememberSkipped(const QString &fingerprint) {
     SettingsStore &settings = SettingsStore::instance();
     settings.setValue(skippedKey(), fingerprint);
-    settings.setValue(QStringLiteral("update/online_skipped_at"),
+    settings.setValue(QLatin1String(settings_schema::skippedAtKey),
                       QDateTime::currentDateTimeUtc().toString(Qt::ISODate));
 }
 

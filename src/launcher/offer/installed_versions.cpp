@@ -3,6 +3,7 @@
 #include "launcher/offer/update_component.h"
 
 #include "frame/app_paths.h"
+#include "frame/program_names.h"
 #include "update/files/file_version.h"
 #include "update/files/text_file.h"
 #include "update/files/version_text.h"
@@ -11,10 +12,6 @@
 #include <QJsonDocument>
 
 namespace {
-
-QString besideLauncher(const QString &name) {
-    return QDir(AppPaths::applicationDirectory()).filePath(name);
-}
 
 // An object without keys for everything that cannot be read as one.
 QJsonObject readJsonObject(const QString &path) {
@@ -35,11 +32,11 @@ QString programVersion(const QString &path) {
 // Where a component's version stands when the release file does not tell it.
 QString versionInFiles(const QString &key) {
     if (key == QLatin1String("runtime"))
-        return programVersion(besideLauncher(QStringLiteral("LineRunner.exe")));
+        return programVersion(AppPaths::besideLauncher(QLatin1String(program_names::runtime)));
     if (key == QLatin1String("launcher"))
         return programVersion(AppPaths::applicationFile());
     if (key == QLatin1String("editor"))
-        return programVersion(besideLauncher(QStringLiteral("LineStudio.exe")));
+        return programVersion(AppPaths::besideLauncher(QLatin1String(program_names::editor)));
     return bundledPythonVersion();
 }
 
@@ -50,7 +47,7 @@ QString orUnknown(const QString &version) {
 } // namespace
 
 QJsonObject readReleaseVersions() {
-    return readJsonObject(besideLauncher(QStringLiteral("config/release_version.json")));
+    return readJsonObject(AppPaths::besideLauncher(QStringLiteral("config/release_version.json")));
 }
 
 QString installedVersion(const UpdateComponent &component, const QJsonObject &release) {

@@ -22,11 +22,10 @@ QString withoutLeadingDot(QString path) {
 QStringList places(const QString &path) {
     if (!QDir::isRelativePath(path))
         return {QDir::cleanPath(path)};
-    const QString program = AppPaths::applicationDirectory();
     QStringList found;
     if (path.startsWith(QLatin1String("bin/"), Qt::CaseInsensitive))
-        found << QDir(QFileInfo(program).absolutePath()).filePath(path);
-    found << QDir(program).filePath(path);
+        found << QDir(QFileInfo(AppPaths::applicationDirectory()).absolutePath()).filePath(path);
+    found << AppPaths::besideLauncher(path);
     return found;
 }
 

@@ -106,8 +106,7 @@ bool readPlaces(const QCommandLineParser &parser, RecoveryPlaces *places, QStrin
     const QString file = firstArgument(parser);
     const QString data = parser.value(QStringLiteral("data"));
     places->projectFile = QDir::cleanPath(QFileInfo(file).absoluteFilePath());
-    places->updates = QDir(data.isEmpty() ? AppPaths::dataDirectory() : data)
-                          .absoluteFilePath(QStringLiteral("update"));
+    places->data = {QDir(data.isEmpty() ? AppPaths::dataDirectory() : data).absolutePath()};
     places->package = parser.value(QStringLiteral("package"));
     if (!file.endsWith(QLatin1String(".yslib"), Qt::CaseInsensitive)) {
         *error = QStringLiteral("%1: is no project file").arg(file);
@@ -118,15 +117,17 @@ bool readPlaces(const QCommandLineParser &parser, RecoveryPlaces *places, QStrin
             isUsableFile(places->package, error, std::numeric_limits<qint64>::max()));
 }
 
+QString lockPath(const RecoveryPlaces &places) {
+    return QDir(places.data.update()).filePath(QStringLiteral("recovery.lock"));
+}
+
 // Of two that write at once neither would know what it has left.
 bool mayApply(const RecoveryPlaces &places, QLockFile &lock, QString *error) {
-    const QStringList atWork =
-        programsAtWork(places.projectFile, QFileInfo(places.updates).absolutePath());
+    const QStringList atWork = programsAtWork(places.projectFile, places.data.path);
     if (!atWork.isEmpty())
         *error = QStringLiteral("close this first: ") + atWork.join(QStringLiteral(", "));
-    if (error->isEmpty() && QFileInfo(places.updates).isDir() && !takeLock(lock))
-        *error =
-            QStringLiteral("%1/recovery.lock: another recovery is at work").arg(places.updates);
+    if (error->isEmpty() && QFileInfo(places.data.update()).isDir() && !takeLock(lock))
+        *error = QStringLiteral("%1: another recovery is at work").arg(lockPath(places));
     return error->isEmpty();
 }
 
@@ -136,7 +137,7 @@ int run(const QCommandLineParser &parser, Console &console) {
     if (!readPlaces(parser, &places, &error) || !loadLibrary(parser, &error))
         return refuse(console, error);
     const bool applies = parser.isSet(QStringLiteral("apply"));
-    QLockFile lock(places.updates + QStringLiteral("/recovery.lock"));
+    QLockFile lock(lockPath(places));
     UpdateRemains remains;
     if ((applies && !mayApply(places, lock, &error)) || !look(console, places, &remains, &error))
         return refuse(console, error);

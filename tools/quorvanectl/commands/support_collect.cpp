@@ -61,14 +61,14 @@ int run(const QCommandLineParser &parser, Console &console) {
     QString error;
     const QString out = parser.value(outOption);
     SupportSources sources;
-    sources.data =
+    sources.data.path =
         QDir(parser.isSet(dataOption) ? parser.value(dataOption) : AppPaths::dataDirectory())
             .absolutePath();
     sources.keepHomePaths = parser.isSet(homeOption);
     if (out.isEmpty())
         return refuse(console, QStringLiteral("--out must name the archive to write"));
-    if (parser.isSet(dataOption) && !QFileInfo(sources.data).isDir())
-        return refuse(console, QStringLiteral("%1: no such folder").arg(sources.data));
+    if (parser.isSet(dataOption) && !QFileInfo(sources.data.path).isDir())
+        return refuse(console, QStringLiteral("%1: no such folder").arg(sources.data.path));
     QSaveFile file(out);
     if (!inspectInstallation(parser, &error) || !openFile(file, isForced(parser), &error))
         return refuse(console, error);

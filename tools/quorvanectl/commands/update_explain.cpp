@@ -40,13 +40,9 @@ void declare(QCommandLineParser &parser) {
 
 // As the launcher does: without the file its texts stay Chinese.
 void speak(const QString &locale, QTranslator *translator) {
-    const QString root = AppPaths::repositoryRoot();
-    const QString name = QStringLiteral("/translations/quorvane_en.qm");
     if (locale != QLatin1String("en"))
         return;
-    for (const QString &file :
-         {AppPaths::applicationDirectory() + name, root + QStringLiteral("/resources") + name,
-          root + QStringLiteral("/bin") + name}) {
+    for (const QString &file : AppPaths::translationFiles()) {
         if (translator->load(file)) {
             QCoreApplication::installTranslator(translator);
             return;

@@ -1,5 +1,6 @@
 #include "quorvanectl/manifest/stick_layout.h"
 
+#include "frame/app_paths.h"
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/interruption.h"
 #include "quorvanectl/files/json_input.h"
@@ -135,7 +136,8 @@ StickResult layOutStick(const QString &folder, const QString &mountPoint, const 
                         bool overwrite, const Reached &reached) {
     StickResult result;
     const QDir source(folder);
-    const QString manifest = QStringLiteral("manifest.json");
+    const QFileInfo onStick(AppPaths::stickManifestPath(mountPoint));
+    const QString manifest = onStick.fileName();
     const QString text = readJsonObject(source.filePath(manifest), &result.error);
     if (text.isNull())
         return result;
@@ -150,9 +152,8 @@ StickResult layOutStick(const QString &folder, const QString &mountPoint, const 
         return result;
 
     const InterruptionWatch watch;
-    StickCopy copy{source,    QDir(mountPoint).filePath(QStringLiteral("QuorvanerUpdate")),
-                   overwrite, QFileInfo(source.filePath(manifest)).size(),
-                   0,         reached};
+    StickCopy copy{source, onStick.path(), overwrite, QFileInfo(source.filePath(manifest)).size(),
+                   0,      reached};
     for (const PackageRecord &package : records) {
         const QString name = QDir::cleanPath(package.url());
         if (package.url().isEmpty() || result.packages.contains(name))

@@ -1,6 +1,9 @@
 // Reads the process table in /proc; where there is none, nothing is known.
 #include "quorvanectl/recovery/running_programs.h"
 
+#include "frame/data_folder.h"
+#include "frame/program_names.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -25,7 +28,7 @@ QByteArray variable(const QList<QByteArray> &environment, const QByteArray &name
 QString dataFolderIn(const QList<QByteArray> &environment) {
     const QByteArray data = variable(environment, "XDG_DATA_HOME");
     const QByteArray base = data.isEmpty() ? variable(environment, "HOME") + "/.local/share" : data;
-    return QFile::decodeName(base) + QStringLiteral("/Quorvane");
+    return DataFolder::below(QFile::decodeName(base)).path;
 }
 
 // Two folders that do not exist are not the same one, as a comparison of QFileInfo would have it.
@@ -36,13 +39,14 @@ bool isSameFolder(const QString &a, const QString &b) {
 
 bool isAtWork(const QString &process, const QByteArray &name, const QString &projectFile,
               const QString &dataFolder) {
-    if (name == "Quorvaner") {
+    if (name == program_names::launcher) {
         const auto environment = read(process + QStringLiteral("/environ")).split('\0');
         return isSameFolder(dataFolderIn(environment), dataFolder);
     }
-    return name == "LineRunner.exe" && read(process + QStringLiteral("/cmdline"))
-                                           .split('\0')
-                                           .contains("--project=" + QFile::encodeName(projectFile));
+    return name == program_names::runtime &&
+           read(process + QStringLiteral("/cmdline"))
+               .split('\0')
+               .contains("--project=" + QFile::encodeName(projectFile));
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // Each launcher and runtime that runs counts: a PC has one line, and a user one data folder.
 #include "quorvanectl/recovery/running_programs.h"
 
+#include "frame/program_names.h"
+
 #include <QtGlobal>
 
 #include <windows.h>
@@ -21,8 +23,9 @@ QStringList programsAtWork(const QString &projectFile, const QString &dataFolder
     for (BOOL more = Process32FirstW(processes, &process); more != FALSE;
          more = Process32NextW(processes, &process)) {
         const QString name = QString::fromWCharArray(process.szExeFile);
-        if (name.compare(QLatin1String("Quorvaner.exe"), Qt::CaseInsensitive) == 0 ||
-            name.compare(QLatin1String("LineRunner.exe"), Qt::CaseInsensitive) == 0)
+        if (name.compare(QLatin1String(program_names::launcherOnWindows), Qt::CaseInsensitive) ==
+                0 ||
+            name.compare(QLatin1String(program_names::runtime), Qt::CaseInsensitive) == 0)
             found << QStringLiteral("%1 (process %2)")
                          .arg(name, QString::number(process.th32ProcessID));
     }

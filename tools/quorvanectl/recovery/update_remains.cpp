@@ -57,8 +57,7 @@ bool readProject(const QString &projectFile, ProjectCopy *project, QString *erro
 bool readBackup(const RecoveryPlaces &places, ProjectCopy *backup, QString *error) {
     const QFileInfo project(places.projectFile);
     const QString prefix = project.absoluteDir().dirName() + QLatin1Char('_');
-    for (const QString &folder :
-         stampedFolders(places.updates + QStringLiteral("/backup"), prefix)) {
+    for (const QString &folder : stampedFolders(places.data.updateBackup(), prefix)) {
         const QString file = QDir(folder).filePath(project.fileName());
         if (QFileInfo(file).isFile())
             return readCopy(folder, file, backup, error);
@@ -71,7 +70,7 @@ bool readStaging(const RecoveryPlaces &places, const QString &backup, ProjectCop
                  QString *error) {
     const QDateTime end = stampOf(backup);
     for (const QString &folder :
-         stampedFolders(places.updates + QStringLiteral("/temp"), QStringLiteral("apply_"))) {
+         stampedFolders(places.data.updateTemp(), QStringLiteral("apply_"))) {
         const qint64 earlier = stampOf(folder).secsTo(end);
         if (earlier >= 0 && earlier <= longestCheckS)
             return readCopy(folder, findProjectFile(folder), staging, error);
@@ -198,7 +197,7 @@ bool lookAtRemains(const RecoveryPlaces &places, UpdateRemains *remains, QString
         (!remains->backup.folder.isEmpty() &&
          !readStaging(places, remains->backup.folder, &remains->staging, error)))
         return false;
-    remains->packages = packagesIn(places.updates + QStringLiteral("/cache"));
+    remains->packages = packagesIn(places.data.updateCache());
     decide(places, remains);
     return true;
 }

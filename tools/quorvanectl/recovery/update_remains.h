@@ -7,6 +7,7 @@
 // the folder cannot run.
 #pragma once
 
+#include "frame/data_folder.h"
 #include "quorvanectl/files/folder_content.h"
 
 #include <QString>
@@ -16,7 +17,7 @@ namespace ctl {
 
 struct RecoveryPlaces {
     QString projectFile; // as the launcher knows it, absolute; it need not exist
-    QString updates;     // the folder `update` of the data folder
+    DataFolder data;     // the launcher's, absolute
     QString package;     // a package to take a damaged project file from; empty: those in the cache
 };
 

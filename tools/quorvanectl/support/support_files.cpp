@@ -1,6 +1,7 @@
 #include "quorvanectl/support/support_files.h"
 
 #include "frame/app_paths.h"
+#include "frame/settings_schema.h"
 #include "launcher/offer/update_component.h"
 #include "quorvanectl/files/interruption.h"
 #include "update/files/text_file.h"
@@ -61,10 +62,10 @@ QString versions() {
 }
 
 // The rows of a statement, each its columns.
-QVector<QStringList> rows(const QSqlDatabase &database, const QString &statement, int columns) {
+QVector<QStringList> rows(const QSqlDatabase &database, const char *statement, int columns) {
     QVector<QStringList> found;
     QSqlQuery query(database);
-    (void)query.exec(statement); // a table that is missing has no rows
+    (void)query.exec(QLatin1String(statement)); // a table that is missing has no rows
     while (query.next()) {
         QStringList row;
         for (int i = 0; i < columns; ++i)
@@ -74,19 +75,20 @@ QVector<QStringList> rows(const QSqlDatabase &database, const QString &statement
     return found;
 }
 
+bool isOwnKey(const QString &key) {
+    return std::any_of(std::begin(settings_schema::ownKeys), std::end(settings_schema::ownKeys),
+                       [&key](const char *own) { return key == QLatin1String(own); });
+}
+
 // The launcher's own keys and recent projects. Other programs may keep more in the same file.
 QJsonObject settingsIn(const QSqlDatabase &database) {
     QJsonObject settings;
-    const QString values =
-        QStringLiteral("SELECT key, value FROM app_settings WHERE key IN ('default_project_path', "
-                       "'ui/locale', 'update/online_skipped_version_fingerprint', "
-                       "'update/online_skipped_at')");
-    for (const QStringList &row : rows(database, values, 2))
-        settings.insert(row.at(0), row.at(1));
+    for (const QStringList &row : rows(database, settings_schema::readValues, 2)) {
+        if (isOwnKey(row.at(0)))
+            settings.insert(row.at(0), row.at(1));
+    }
     QJsonArray recent;
-    const QString projects = QStringLiteral("SELECT yslib_path, display_name, last_opened FROM "
-                                            "recent_projects ORDER BY last_opened DESC");
-    for (const QStringList &row : rows(database, projects, 3))
+    for (const QStringList &row : rows(database, settings_schema::readRecentProjects, 3))
         recent << QJsonArray::fromStringList(row);
     settings.insert(QStringLiteral("recent_projects"), recent);
     return settings;
@@ -166,14 +168,14 @@ QString withoutHomePaths(QString text) {
 }
 
 QVector<SupportFile> supportFiles(const SupportSources &sources) {
-    const QString projects = AppPaths::userDirectory() + QStringLiteral("/projects");
+    const QString projects = AppPaths::projectsDirectory();
     const QVector<QPair<QString, QString>> texts{
-        {QStringLiteral("launcher.log"), endOfLog(sources.data + QStringLiteral("/launcher.log"))},
+        {QStringLiteral("launcher.log"), endOfLog(sources.data.launchLog())},
         {QStringLiteral("versions.json"), versions()},
-        {QStringLiteral("settings.json"), settings(sources.data + QStringLiteral("/Quorvane.db"))},
+        {QStringLiteral("settings.json"), settings(sources.data.database())},
         {QStringLiteral("installation.txt"), installation()},
         {QStringLiteral("projects.txt"), listing(QStringLiteral("Projects"), projects)},
-        {QStringLiteral("data.txt"), listing(QStringLiteral("Data"), sources.data)}};
+        {QStringLiteral("data.txt"), listing(QStringLiteral("Data"), sources.data.path)}};
     QVector<SupportFile> files;
     for (const auto &[name, text] : texts)
         files.append({name, (sources.keepHomePaths ? text : withoutHomePaths(text)).toUtf8()});

@@ -2,6 +2,8 @@
 // and listings with hashes. The content of projects, packages, keys and nonces is never part of it.
 #pragma once
 
+#include "frame/data_folder.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QVector>
@@ -14,7 +16,7 @@ struct SupportFile {
 };
 
 struct SupportSources {
-    QString data;               // the launcher's data folder
+    DataFolder data;            // the launcher's
     bool keepHomePaths = false; // else the folder of a user is written as "~" everywhere
 };
 
