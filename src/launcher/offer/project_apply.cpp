@@ -1,6 +1,7 @@
 #include "launcher/offer/project_apply.h"
 
 #include "frame/app_paths.h"
+#include "launcher/offer/apply_places.h"
 #include "launcher/offer/project_location.h"
 #include "project/project_file.h"
 #include "project/project_validator.h"
@@ -11,7 +12,6 @@
 #include "update/http_fetch.h"
 #include "update/manifest_signature.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -19,10 +19,6 @@
 #include <QUrl>
 
 namespace {
-
-QString timeStamp() {
-    return QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd_HHmmss"));
-}
 
 QString cancelledText() {
     return QStringLiteral("cancelled");
@@ -37,7 +33,7 @@ struct ProjectApply {
     ApplyResult result = {};
     QString zip = {};
     QString staging = {};
-    QLockFile turn{AppPaths::updateTempPath(QStringLiteral("apply.lock"))};
+    QLockFile turn{AppPaths::updateTempPath(apply_places::lockName())};
 
     [[nodiscard]] bool goesOn();
     [[nodiscard]] bool trustManifest();
@@ -80,6 +76,7 @@ bool ProjectApply::getPackage() {
     QString error;
     if (resolveUpdateZip(snapshot, &zip, &error, cancelRef))
         return true;
+    // Told by the text: an error that holds the word counts as a cancel, wherever it comes from.
     const bool cancelled = error.contains(cancelledText(), Qt::CaseInsensitive);
     return fail(QStringLiteral("Unable to resolve update zip: %1").arg(error),
                 cancelled ? cancelledText() : QStringLiteral("network"));
@@ -103,7 +100,7 @@ bool ProjectApply::takeTurn() {
 }
 
 void ProjectApply::clearStaging() {
-    staging = AppPaths::updateTempPath(QStringLiteral("apply_%1").arg(timeStamp()));
+    staging = AppPaths::updateTempPath(apply_places::stagingPrefix() + apply_places::stamp());
     (void)removeDirectory(staging); // a leftover makes the extraction fail, with a text
 }
 
@@ -129,11 +126,11 @@ bool ProjectApply::replace(const QElapsedTimer &clock) {
     const QString target = project.isEmpty() ? QString() : QFileInfo(project).absolutePath();
     const QString backup =
         QDir(AppPaths::updateBackupDirectory())
-            .filePath(QFileInfo(target).fileName() + QLatin1Char('_') + timeStamp());
+            .filePath(apply_places::backupPrefix(target) + apply_places::stamp());
     if (!goesOn()) // the last chance: from here on the folder is replaced
         return false;
     QString error;
-    if (!replaceDirectory(staging, target, {QStringLiteral("logs")}, backup, &error)) {
+    if (!replaceDirectory(staging, target, {apply_places::keptFolder()}, backup, &error)) {
         // The backup is there only if making it failed: then what was copied of the project takes
         // the project's place. Meant: the folder ends as the backup has it
         // (aPartialBackupReplacesTheProject). Nothing is left to do if that fails too.

@@ -1,5 +1,6 @@
 #include "quorvanectl/package/project_pack.h"
 
+#include "launcher/offer/apply_places.h"
 #include "project/project_file.h"
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/interruption.h"
@@ -34,7 +35,8 @@ QString fileName(const QString &path) {
 }
 
 bool isLeftOut(const QString &name) {
-    return name == QLatin1String("logs") || name.startsWith(QLatin1String("logs/"));
+    const QString kept = apply_places::keptFolder();
+    return name == kept || name.startsWith(kept + QLatin1Char('/'));
 }
 
 QString entryFault(const QFileInfo &info, const QString &name) {

@@ -1,5 +1,6 @@
 #include "quorvanectl/package/project_package.h"
 
+#include "launcher/offer/apply_places.h"
 #include "launcher/offer/project_apply.h"
 #include "project/project_file.h"
 #include "update/files/version_text.h"
@@ -42,7 +43,7 @@ ProjectPackage inspectPackage(const QString &zipPath, const QString &workFolder)
         return package;
     package.files = filesBelow(folder);
     package.projectFiles = projectFilesAmong(package.files);
-    package.hasLogs = QFileInfo(QDir(folder).filePath(QStringLiteral("logs"))).isDir();
+    package.hasLogs = QFileInfo(QDir(folder).filePath(apply_places::keptFolder())).isDir();
     readProject(folder, &package);
     return package;
 }

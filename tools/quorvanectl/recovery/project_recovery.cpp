@@ -1,12 +1,12 @@
 #include "quorvanectl/recovery/project_recovery.h"
 
+#include "launcher/offer/apply_places.h"
 #include "update/files/failure.h"
 #include "update/files/file_copy.h"
 #include "update/files/file_operations.h"
 #include "update/files/place_facts.h"
 #include "update/files/zip_extract.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -25,8 +25,7 @@ QString freeName(const QString &path, const QString &suffix) {
 }
 
 QString asideOf(const QString &path) {
-    return freeName(path, QStringLiteral(".set_aside_") + QDateTime::currentDateTimeUtc().toString(
-                                                              QStringLiteral("yyyyMMdd_HHmmss")));
+    return freeName(path, QStringLiteral(".set_aside_") + apply_places::stamp());
 }
 
 bool onOneVolume(const QString &folder, const QString &target) {

@@ -1,5 +1,6 @@
 #include "quorvanectl/recovery/update_remains.h"
 
+#include "launcher/offer/apply_places.h"
 #include "launcher/offer/project_apply.h"
 #include "project/project_validator.h"
 #include "update/files/text_file.h"
@@ -17,20 +18,12 @@ namespace {
 // Between unpacking a package and the backup lies the check of the package alone.
 constexpr qint64 longestCheckS = 3600;
 
-const int stampSize = 15; // yyyyMMdd_HHmmss
-
-// Invalid for a name that does not end in a time.
-QDateTime stampOf(const QString &folder) {
-    return QDateTime::fromString(folder.right(stampSize), QStringLiteral("yyyyMMdd_HHmmss"));
-}
-
 // The folders of `place` whose name is `prefix` and a time, the newest first.
 QStringList stampedFolders(const QString &place, const QString &prefix) {
     QStringList found;
     const auto names = QDir(place).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
     for (const QString &name : names) {
-        if (name.size() == prefix.size() + stampSize && name.startsWith(prefix) &&
-            stampOf(name).isValid())
+        if (apply_places::isStamped(name, prefix))
             found.prepend(QDir(place).filePath(name));
     }
     return found;
@@ -56,7 +49,7 @@ bool readProject(const QString &projectFile, ProjectCopy *project, QString *erro
 // it.
 bool readBackup(const RecoveryPlaces &places, ProjectCopy *backup, QString *error) {
     const QFileInfo project(places.projectFile);
-    const QString prefix = project.absoluteDir().dirName() + QLatin1Char('_');
+    const QString prefix = apply_places::backupPrefix(project.absolutePath());
     for (const QString &folder : stampedFolders(places.data.updateBackup(), prefix)) {
         const QString file = QDir(folder).filePath(project.fileName());
         if (QFileInfo(file).isFile())
@@ -68,10 +61,10 @@ bool readBackup(const RecoveryPlaces &places, ProjectCopy *backup, QString *erro
 // The package that was unpacked by the update that made the backup.
 bool readStaging(const RecoveryPlaces &places, const QString &backup, ProjectCopy *staging,
                  QString *error) {
-    const QDateTime end = stampOf(backup);
+    const QDateTime end = apply_places::stampOf(backup);
     for (const QString &folder :
-         stampedFolders(places.data.updateTemp(), QStringLiteral("apply_"))) {
-        const qint64 earlier = stampOf(folder).secsTo(end);
+         stampedFolders(places.data.updateTemp(), apply_places::stagingPrefix())) {
+        const qint64 earlier = apply_places::stampOf(folder).secsTo(end);
         if (earlier >= 0 && earlier <= longestCheckS)
             return readCopy(folder, findProjectFile(folder), staging, error);
     }
@@ -107,7 +100,7 @@ bool isPackageOf(const ProjectCopy &project, const QString &package) {
         !readContent(unpacked, &content, &error))
         return false;
     content.entries.remove(relative);
-    return isPartOf(without(content, QStringLiteral("logs")), project.content);
+    return isPartOf(without(content, apply_places::keptFolder()), project.content);
 }
 
 void take(UpdateRemains *remains, Recovery recovery, const QString &source, const QString &reason) {
@@ -124,7 +117,7 @@ struct Relations {
     bool stagingInProject; // and all that the package does
 
     explicit Relations(const UpdateRemains &remains) {
-        const QString logs = QStringLiteral("logs");
+        const QString logs = apply_places::keptFolder();
         const FolderContent project = without(remains.project.content, logs);
         const FolderContent backup = without(remains.backup.content, logs);
         const FolderContent staging = without(remains.staging.content, logs);
