@@ -11,6 +11,17 @@ namespace {
 const int extractLimitMs = 120000;
 const int killMs = 30000; // for a killed program to be gone
 
+bool extract(const QString &zipPath, const QString &targetFolder, int limitMs,
+             ZipFailure *failure) {
+    if (!QFileInfo::exists(zipPath))
+        return fail(QStringLiteral("zip not found: %1").arg(zipPath), &failure->reason);
+    if (targetFolder.isEmpty() || !QDir().mkpath(targetFolder)) {
+        return fail(QStringLiteral("unable to create destination directory: %1").arg(targetFolder),
+                    &failure->reason);
+    }
+    return unpackZip(zipPath, targetFolder, limitMs, failure);
+}
+
 } // namespace
 
 bool extractZip(const QString &zipPath, const QString &targetFolder, QString *error) {
@@ -19,13 +30,12 @@ bool extractZip(const QString &zipPath, const QString &targetFolder, QString *er
 
 bool extractZipWithin(const QString &zipPath, const QString &targetFolder, int limitMs,
                       QString *error) {
-    if (!QFileInfo::exists(zipPath))
-        return fail(QStringLiteral("zip not found: %1").arg(zipPath), error);
-    if (targetFolder.isEmpty() || !QDir().mkpath(targetFolder)) {
-        return fail(QStringLiteral("unable to create destination directory: %1").arg(targetFolder),
-                    error);
-    }
-    return unpackZip(zipPath, targetFolder, limitMs, error);
+    ZipFailure failure;
+    return extract(zipPath, targetFolder, limitMs, &failure) || fail(failure.reason, error);
+}
+
+bool extractZip(const QString &zipPath, const QString &targetFolder, ZipFailure *failure) {
+    return extract(zipPath, targetFolder, extractLimitMs, failure);
 }
 
 bool isUnsafeZipName(const QString &name) {

@@ -14,13 +14,23 @@
 [[nodiscard]] bool extractZip(const QString &zipPath, const QString &targetFolder,
                               QString *error = nullptr);
 
+// Why an archive was not unpacked.
+struct ZipFailure {
+    QString reason;
+    bool isUnsafe = false; // an entry would leave the target
+};
+
+// The same, telling the kind of a failure.
+[[nodiscard]] bool extractZip(const QString &zipPath, const QString &targetFolder,
+                              ZipFailure *failure);
+
 // The same within `limitMs` milliseconds.
 [[nodiscard]] bool extractZipWithin(const QString &zipPath, const QString &targetFolder,
                                     int limitMs, QString *error = nullptr);
 
 // This platform's way of doing so, once the archive is known to exist and the target was made.
 [[nodiscard]] bool unpackZip(const QString &zipPath, const QString &targetFolder, int limitMs,
-                             QString *error);
+                             ZipFailure *failure);
 
 // Whether an entry of this name is unsafe: a segment of exactly "..", a drive, or a leading slash or
 // backslash. Backslashes count as slashes.

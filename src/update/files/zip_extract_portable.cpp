@@ -50,21 +50,22 @@ private:
     locale_t before = nullptr;
 };
 
-bool failReading(archive *reader, QString *error) {
+bool failReading(archive *reader, ZipFailure *failure) {
     const char *const text = archive_error_string(reader);
     return fail(
         text != nullptr
             ? QString::fromLocal8Bit(text)
             : QStringLiteral("zip extraction failed with exit code %1").arg(archive_errno(reader)),
-        error);
+        &failure->reason);
 }
 
-bool timedOut(QString *error) {
-    return fail(QStringLiteral("zip extraction timed out"), error);
+bool timedOut(ZipFailure *failure) {
+    return fail(QStringLiteral("zip extraction timed out"), &failure->reason);
 }
 
-bool unsafe(const QString &name, QString *error) {
-    return fail(QStringLiteral("unsafe zip entry: %1").arg(name), error);
+bool unsafe(const QString &name, ZipFailure *failure) {
+    failure->isUnsafe = true;
+    return failAbout(unsafeNameMark(), name, &failure->reason);
 }
 
 // An old archive does not say what its names are in: UTF-8 if they can be, else GBK.
@@ -85,30 +86,30 @@ bool isFolderEntry(archive_entry *entry, const QString &name) {
     return archive_entry_filetype(entry) == AE_IFDIR || name.endsWith(QLatin1Char('/'));
 }
 
-bool checkEntry(archive_entry *entry, QString *error) {
+bool checkEntry(archive_entry *entry, ZipFailure *failure) {
     const QString name = nameOf(entry);
     if (name.isEmpty() || isUnsafeZipName(name) || hasControlCharacter(name))
-        return unsafe(name, error);
+        return unsafe(name, failure);
     if (archive_entry_is_encrypted(entry) != 0)
-        return fail(QStringLiteral("encrypted zip entry: %1").arg(name), error);
+        return fail(QStringLiteral("encrypted zip entry: %1").arg(name), &failure->reason);
     return true;
 }
 
-Reader openArchive(const QString &zipPath, QString *error) {
+Reader openArchive(const QString &zipPath, ZipFailure *failure) {
     Reader reader(archive_read_new());
     archive_read_support_format_zip_seekable(reader.get());
     if (archive_read_open_filename(reader.get(), QFile::encodeName(zipPath).constData(),
                                    readSize) == ARCHIVE_OK)
         return reader;
-    (void)failReading(reader.get(), error);
+    (void)failReading(reader.get(), failure);
     return nullptr;
 }
 
 // Calls `take` with each entry, in the archive's order; its failure ends the walk.
 template<typename Take>
-bool forEachEntry(const QString &zipPath, const QDeadlineTimer &deadline, QString *error,
+bool forEachEntry(const QString &zipPath, const QDeadlineTimer &deadline, ZipFailure *failure,
                   Take take) {
-    const Reader reader = openArchive(zipPath, error);
+    const Reader reader = openArchive(zipPath, failure);
     if (!reader)
         return false;
     for (;;) {
@@ -117,9 +118,9 @@ bool forEachEntry(const QString &zipPath, const QDeadlineTimer &deadline, QStrin
         if (outcome == ARCHIVE_EOF)
             return true;
         if (outcome != ARCHIVE_OK) // a warning too: a name that cannot be read
-            return failReading(reader.get(), error);
+            return failReading(reader.get(), failure);
         if (deadline.hasExpired())
-            return timedOut(error);
+            return timedOut(failure);
         if (!take(reader.get(), entry))
             return false;
     }
@@ -128,22 +129,22 @@ bool forEachEntry(const QString &zipPath, const QDeadlineTimer &deadline, QStrin
 // Writes entries below one folder.
 class EntryWriter {
 public:
-    EntryWriter(const QString &targetFolder, const QDeadlineTimer &until, QString *reason)
+    EntryWriter(const QString &targetFolder, const QDeadlineTimer &until, ZipFailure *told)
         : root(QDir::cleanPath(QFileInfo(targetFolder).absoluteFilePath()))
         , deadline(until)
-        , error(reason) {
+        , failure(told) {
         folders.insert(root);
     }
 
     bool write(archive *reader, archive_entry *entry) {
-        if (!checkEntry(entry, error)) // the file may have changed since it was checked
+        if (!checkEntry(entry, failure)) // the file may have changed since it was checked
             return false;
         const QString name = nameOf(entry);
         const QString path = QDir::cleanPath(root + QLatin1Char('/') + name);
         if (isFolderEntry(entry, name))
             return makeFolder(path, name);
         if (!path.startsWith(root + QLatin1Char('/')))
-            return unsafe(name, error);
+            return unsafe(name, failure);
         return makeFolder(path.left(path.lastIndexOf(QLatin1Char('/'))), name) &&
                writeFile(reader, entry, path);
     }
@@ -154,15 +155,16 @@ private:
         if (folders.contains(path))
             return true;
         if (!path.startsWith(root + QLatin1Char('/')))
-            return unsafe(name, error);
+            return unsafe(name, failure);
         for (int end = root.size(); end >= 0;) {
             end = path.indexOf(QLatin1Char('/'), end + 1);
             const QString folder = path.left(end);
             const QFileInfo info(folder);
             if (info.isSymLink())
-                return unsafe(name, error);
+                return unsafe(name, failure);
             if (!info.isDir() && !QDir().mkdir(folder))
-                return fail(QStringLiteral("unable to create directory: %1").arg(folder), error);
+                return fail(QStringLiteral("unable to create directory: %1").arg(folder),
+                            &failure->reason);
         }
         folders.insert(path);
         return true;
@@ -188,11 +190,11 @@ private:
             if (outcome == ARCHIVE_EOF)
                 return true;
             if (outcome != ARCHIVE_OK) // a warning too: a wrong checksum
-                return failReading(reader, error);
+                return failReading(reader, failure);
             if (!writeBlock(file, static_cast<const char *>(block), static_cast<qint64>(size)))
                 return failWriting(file);
             if (deadline.hasExpired())
-                return timedOut(error);
+                return timedOut(failure);
         }
     }
 
@@ -210,30 +212,31 @@ private:
     bool failWriting(const QFile &file) {
         return fail(QStringLiteral("unable to write file: %1 (%2)")
                         .arg(file.fileName(), file.errorString()),
-                    error);
+                    &failure->reason);
     }
 
     QString root;
     QDeadlineTimer deadline;
-    QString *error;
+    ZipFailure *failure;
     QSet<QString> folders; // known to be there and to be no links
 };
 
 } // namespace
 
-bool unpackZip(const QString &zipPath, const QString &targetFolder, int limitMs, QString *error) {
+bool unpackZip(const QString &zipPath, const QString &targetFolder, int limitMs,
+               ZipFailure *failure) {
     if (isEmptyArchive(zipPath))
         return true;
     const QDeadlineTimer deadline(limitMs);
     const Utf8Names utf8Names;
-    const auto check = [error](archive *, archive_entry *entry) {
-        return checkEntry(entry, error);
+    const auto check = [failure](archive *, archive_entry *entry) {
+        return checkEntry(entry, failure);
     };
-    if (!checkStoredNames(zipPath, deadline, error) ||
-        !forEachEntry(zipPath, deadline, error, check))
+    failure->isUnsafe = !checkStoredNames(zipPath, deadline, &failure->reason);
+    if (failure->isUnsafe || !forEachEntry(zipPath, deadline, failure, check))
         return false;
-    EntryWriter writer(targetFolder, deadline, error);
-    return forEachEntry(zipPath, deadline, error, [&writer](archive *reader, archive_entry *entry) {
-        return writer.write(reader, entry);
-    });
+    EntryWriter writer(targetFolder, deadline, failure);
+    return forEachEntry(
+        zipPath, deadline, failure,
+        [&writer](archive *reader, archive_entry *entry) { return writer.write(reader, entry); });
 }

@@ -1,5 +1,12 @@
 #include "update/files/zip_extract.h"
 
-bool unpackZip(const QString &zipPath, const QString &targetFolder, int limitMs, QString *error) {
-    return powershellUnpack(zipPath, targetFolder, limitMs, error);
+#include "update/files/zip_names.h"
+
+bool unpackZip(const QString &zipPath, const QString &targetFolder, int limitMs,
+               ZipFailure *failure) {
+    if (powershellUnpack(zipPath, targetFolder, limitMs, &failure->reason))
+        return true;
+    // PowerShell has nothing but its text to say so.
+    failure->isUnsafe = failure->reason.contains(unsafeNameMark());
+    return false;
 }

@@ -67,7 +67,8 @@ bool passes(const QByteArray &name, QString *error) {
     if (!name.contains('\0'))
         return true;
     if (error != nullptr)
-        *error = QStringLiteral("unsafe zip entry: %1").arg(QString::fromUtf8(name.constData()));
+        *error =
+            QStringLiteral("%1: %2").arg(unsafeNameMark(), QString::fromUtf8(name.constData()));
     return false;
 }
 
@@ -104,6 +105,10 @@ bool isEmptyArchive(const QString &zipPath) {
     QFile file(zipPath);
     return file.open(QIODevice::ReadOnly) && file.size() == endSize &&
            file.read(endSize) == "PK\x05\x06" + QByteArray(endSize - 4, '\0');
+}
+
+QString unsafeNameMark() {
+    return QStringLiteral("unsafe zip entry");
 }
 
 bool hasControlCharacter(const QString &name) {

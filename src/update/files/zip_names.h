@@ -14,5 +14,8 @@
 // Whether the archive is nothing but an end record: valid, and unknown to the zip reader.
 [[nodiscard]] bool isEmptyArchive(const QString &zipPath);
 
+// How the reason begins where a name leads out of the target.
+[[nodiscard]] QString unsafeNameMark();
+
 // Characters below U+0020, and delete.
 [[nodiscard]] bool hasControlCharacter(const QString &name);

@@ -177,8 +177,7 @@ QVector<LintFinding> lintProject(const ProjectPackage &zip, const PackageRecord 
 QVector<LintFinding> lintZip(const QString &path, const PackageRecord &package) {
     const ProjectPackage zip = inspectPackage(path);
     if (!zip.unpacked) {
-        const bool unsafe = zip.error.contains(QLatin1String("unsafe zip entry"));
-        return {atUrl(unsafe ? QStringLiteral("unsafe-entry") : QStringLiteral("bad-package"),
+        return {atUrl(zip.isUnsafe ? QStringLiteral("unsafe-entry") : QStringLiteral("bad-package"),
                       package, zip.error)};
     }
     return lintProjectFiles(zip, package) + lintNames(zip, package) + lintProject(zip, package);

@@ -38,7 +38,10 @@ ProjectPackage inspectPackage(const QString &zipPath, const QString &workFolder)
         return package;
     }
     const QString folder = work.filePath(QStringLiteral("unpacked"));
-    package.unpacked = extractZip(zipPath, folder, &package.error);
+    ZipFailure failure;
+    package.unpacked = extractZip(zipPath, folder, &failure);
+    package.error = failure.reason;
+    package.isUnsafe = failure.isUnsafe;
     if (!package.unpacked)
         return package;
     package.files = filesBelow(folder);

@@ -12,6 +12,7 @@ namespace ctl {
 struct ProjectPackage {
     bool unpacked = false;
     QString error;                // why it does not unpack
+    bool isUnsafe = false;        // because an entry would leave the folder
     QStringList files;            // relative paths, sorted
     QStringList projectFiles;     // see projectFilesAmong
     bool hasLogs = false;         // it brings a folder `logs`
