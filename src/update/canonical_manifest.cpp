@@ -1,4 +1,5 @@
 #include "update/canonical_manifest.h"
+#include "update/manifest_keys.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -6,7 +7,6 @@
 #include <QStringList>
 
 #include <cmath>
-#include <initializer_list>
 
 namespace {
 
@@ -28,7 +28,8 @@ QString object(const QStringList &members) {
 
 // The listed keys that the object holds, in list order. A value of another type is written as an
 // empty string: the signature covers what a reader would see.
-QString canonicalRecord(const QJsonValue &value, std::initializer_list<QLatin1String> keys) {
+template<typename Keys>
+QString canonicalRecord(const QJsonValue &value, const Keys &keys) {
     const QJsonObject record = value.toObject();
     QStringList members;
     for (const QLatin1String key : keys) {
@@ -38,29 +39,13 @@ QString canonicalRecord(const QJsonValue &value, std::initializer_list<QLatin1St
     return object(members);
 }
 
-// `version` stays outside the signed form: a settled property of the format
-// (theVersionOfAComponentNeverChangesIt).
-QString canonicalComponent(const QJsonValue &value) {
-    return canonicalRecord(value, {QLatin1String("minVersion"), QLatin1String("setupUrl"),
-                                   QLatin1String("setupSha256")});
-}
-
-QString canonicalRecords(const QJsonValue &value, std::initializer_list<QLatin1String> keys) {
+template<typename Keys>
+QString canonicalRecords(const QJsonValue &value, const Keys &keys) {
     QStringList records;
     const QJsonArray array = value.toArray();
     for (const QJsonValue &element : array)
         records += canonicalRecord(element, keys);
     return QLatin1Char('[') + records.join(QLatin1Char(',')) + QLatin1Char(']');
-}
-
-QString canonicalPlugins(const QJsonValue &value) {
-    return canonicalRecords(
-        value, {QLatin1String("id"), QLatin1String("minVersion"), QLatin1String("path")});
-}
-
-QString canonicalProjects(const QJsonValue &value) {
-    return canonicalRecords(value, {QLatin1String("name"), QLatin1String("version"),
-                                    QLatin1String("zipUrl"), QLatin1String("zipSha256")});
 }
 
 // A whole number is never cast to an integer type: it may lie beyond all of them.
@@ -79,26 +64,21 @@ QString canonicalScalar(const QJsonValue &value) {
     return jsonQuote(value.toString());
 }
 
-QString canonicalText(const QJsonValue &value) {
+QString canonicalValue(const QJsonValue &value, manifest_keys::RootValue kind) {
+    switch (kind) {
+    case manifest_keys::RootValue::Scalar:
+        return canonicalScalar(value);
+    case manifest_keys::RootValue::Text:
+        break;
+    case manifest_keys::RootValue::Component:
+        return canonicalRecord(value, manifest_keys::signedOfComponent);
+    case manifest_keys::RootValue::Plugins:
+        return canonicalRecords(value, manifest_keys::ofPlugin);
+    case manifest_keys::RootValue::Projects:
+        return canonicalRecords(value, manifest_keys::ofProject);
+    }
     return jsonQuote(value.toString());
 }
-
-struct RootKey {
-    QLatin1String key;
-    QString (*write)(const QJsonValue &value);
-};
-
-// The order is this list, neither the alphabet's nor the file's.
-const RootKey rootKeys[] = {
-    {QLatin1String("schemaVersion"), canonicalScalar},
-    {QLatin1String("publishedAt"), canonicalText},
-    {QLatin1String("runtime"), canonicalComponent},
-    {QLatin1String("launcher"), canonicalComponent},
-    {QLatin1String("editor"), canonicalComponent},
-    {QLatin1String("pythonTools"), canonicalComponent},
-    {QLatin1String("plugins"), canonicalPlugins},
-    {QLatin1String("projects"), canonicalProjects},
-};
 
 } // namespace
 
@@ -109,9 +89,9 @@ std::optional<QJsonObject> parseManifest(const QString &manifestText) {
 
 QString canonicalManifest(const QJsonObject &root) {
     QStringList members; // `signature` is dropped by never being listed
-    for (const RootKey &entry : rootKeys) {
+    for (const manifest_keys::RootKey &entry : manifest_keys::root) {
         if (root.contains(entry.key))
-            members += member(entry.key, entry.write(root.value(entry.key)));
+            members += member(entry.key, canonicalValue(root.value(entry.key), entry.holds));
     }
     return object(members);
 }

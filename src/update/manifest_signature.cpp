@@ -3,6 +3,7 @@
 #include "frame/app_paths.h"
 #include "update/canonical_manifest.h"
 #include "update/files/text_file.h"
+#include "update/manifest_keys.h"
 #include "update/rsa_attempts.h"
 
 #include <QCryptographicHash>
@@ -60,7 +61,7 @@ ManifestProof proveManifest(const QString &manifestText, const QString &keyPath)
     const std::optional<QJsonObject> manifest = parseManifest(manifestText);
     if (!manifest)
         return {refused("manifest JSON is invalid"), std::nullopt};
-    const QString signature = manifest->value(QLatin1String("signature")).toString();
+    const QString signature = manifest->value(manifest_keys::signature).toString();
     return {verifyCanonical(canonicalManifest(*manifest), signature, keyPath), manifest};
 }
 

@@ -10,6 +10,7 @@
 #include "update/files/failure.h"
 #include "update/http_fetch.h"
 #include "update/manifest_signature.h"
+#include "update/package_address.h"
 
 #include <QDir>
 #include <QFile>
@@ -36,7 +37,7 @@ Installer installerOf(const UpdateSnapshot &snapshot, const QString &label,
                       const QString &setupUrl) {
     if (snapshot.fromUsb)
         return {label, QDir(snapshot.baseLocation).filePath(setupUrl), QUrl()};
-    const QString name = QFileInfo(setupUrl).fileName();
+    const QString name = packageFileName(setupUrl);
     return {label, QDir(AppPaths::updateCacheDirectory()).filePath(name),
             QUrl(UpdateContext::resolveManifestUrl(snapshot, setupUrl)),
             UpdateContext::isPackageName(name)};

@@ -11,6 +11,7 @@
 #include "update/files/zip_extract.h"
 #include "update/http_fetch.h"
 #include "update/manifest_signature.h"
+#include "update/package_address.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -186,7 +187,7 @@ bool resolveUpdateZip(const UpdateSnapshot &snapshot, QString *zipPath, QString 
         *zipPath = QDir(snapshot.baseLocation).filePath(zipUrl);
         return QFileInfo(*zipPath).isFile() || notFound();
     }
-    const QString name = QFileInfo(zipUrl).fileName();
+    const QString name = packageFileName(zipUrl);
     *zipPath = QDir(AppPaths::updateCacheDirectory()).filePath(name);
     if (!UpdateContext::isPackageName(name) || QFileInfo(*zipPath).isDir())
         return notFound();

@@ -11,6 +11,7 @@
 #include "update/files/text_file.h"
 #include "update/http_fetch.h"
 #include "update/manifest_signature.h"
+#include "update/package_address.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -171,16 +172,14 @@ OfferWeighing UpdateContext::weighFor(const QJsonArray &projects) {
 QString UpdateContext::resolveManifestUrl(const UpdateSnapshot &snapshot, const QString &value) {
     if (value.isEmpty())
         return QString();
-    // One character is a drive letter and no scheme.
-    const QUrl url(value);
-    if (url.isValid() && url.scheme().size() > 1)
+    if (isUrl(value))
         return value;
     // A plain join of paths, also for a base that is a URL.
     if (!snapshot.baseLocation.isEmpty())
         return QDir(snapshot.baseLocation).filePath(value);
     const QUrl source(snapshot.source);
     if (source.isValid() && !source.scheme().isEmpty())
-        return source.resolved(url).toString();
+        return source.resolved(QUrl(value)).toString();
     return value;
 }
 

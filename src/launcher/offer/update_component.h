@@ -9,50 +9,42 @@
 
 #include "launcher/offer/offer_weighing.h"
 #include "launcher/offer/update_context.h"
+#include "update/manifest_keys.h"
 
 #include <QCoreApplication>
 
 #include <array>
 
 struct UpdateComponent {
-    const char *key;
+    QLatin1String key; // in a manifest and in the files that tell versions
     const char *label; // to be translated in the context of LauncherService
     QJsonObject UpdateSnapshot::*record;
     bool UpdateSelection::*selected;
     UpdateChoice UpdateChoices::*choice;
     WeighedItem OfferWeighing::*item;
 
-    [[nodiscard]] QString keyText() const { return QString::fromLatin1(key); }
+    [[nodiscard]] QString keyText() const { return key; }
     [[nodiscard]] QString labelText() const {
         return QCoreApplication::translate("LauncherService", label);
     }
 };
 
-inline constexpr UpdateComponent runtimeComponent{"runtime",
-                                                  QT_TRANSLATE_NOOP("LauncherService", "Runtime"),
-                                                  &UpdateSnapshot::runtimeEntry,
-                                                  &UpdateSelection::runtime,
-                                                  &UpdateChoices::runtime,
-                                                  &OfferWeighing::runtime};
-inline constexpr UpdateComponent launcherComponent{"launcher",
-                                                   QT_TRANSLATE_NOOP("LauncherService", "Launcher"),
-                                                   &UpdateSnapshot::launcherEntry,
-                                                   &UpdateSelection::launcher,
-                                                   &UpdateChoices::launcher,
-                                                   &OfferWeighing::launcher};
-inline constexpr UpdateComponent editorComponent{"editor",
-                                                 QT_TRANSLATE_NOOP("LauncherService", "Editor"),
-                                                 &UpdateSnapshot::editorEntry,
-                                                 &UpdateSelection::editor,
-                                                 &UpdateChoices::editor,
-                                                 &OfferWeighing::editor};
+inline constexpr UpdateComponent runtimeComponent{
+    manifest_keys::runtime,        QT_TRANSLATE_NOOP("LauncherService", "Runtime"),
+    &UpdateSnapshot::runtimeEntry, &UpdateSelection::runtime,
+    &UpdateChoices::runtime,       &OfferWeighing::runtime};
+inline constexpr UpdateComponent launcherComponent{
+    manifest_keys::launcher,        QT_TRANSLATE_NOOP("LauncherService", "Launcher"),
+    &UpdateSnapshot::launcherEntry, &UpdateSelection::launcher,
+    &UpdateChoices::launcher,       &OfferWeighing::launcher};
+inline constexpr UpdateComponent editorComponent{
+    manifest_keys::editor,        QT_TRANSLATE_NOOP("LauncherService", "Editor"),
+    &UpdateSnapshot::editorEntry, &UpdateSelection::editor,
+    &UpdateChoices::editor,       &OfferWeighing::editor};
 inline constexpr UpdateComponent pythonToolsComponent{
-    "pythonTools",
-    QT_TRANSLATE_NOOP("LauncherService", "Python 工具"),
-    &UpdateSnapshot::pythonToolsEntry,
-    &UpdateSelection::pythonTools,
-    &UpdateChoices::pythonTools,
-    &OfferWeighing::pythonTools};
+    manifest_keys::pythonTools,        QT_TRANSLATE_NOOP("LauncherService", "Python 工具"),
+    &UpdateSnapshot::pythonToolsEntry, &UpdateSelection::pythonTools,
+    &UpdateChoices::pythonTools,       &OfferWeighing::pythonTools};
 
 // As the manifest and the update dialog's choices have them.
 inline constexpr std::array<const UpdateComponent *, 4> updateComponents{

@@ -7,6 +7,7 @@
 #include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/progress.h"
+#include "update/manifest_keys.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -16,23 +17,23 @@ namespace {
 
 struct InstallerOption {
     const char *option;
-    const char *key;
+    QLatin1String key;
 };
 
 const InstallerOption installerOptions[] = {
-    {"runtime", "runtime"},
-    {"launcher", "launcher"},
-    {"editor", "editor"},
-    {"python-tools", "pythonTools"},
+    {"runtime", manifest_keys::runtime},
+    {"launcher", manifest_keys::launcher},
+    {"editor", manifest_keys::editor},
+    {"python-tools", manifest_keys::pythonTools},
 };
 
 void declare(QCommandLineParser &parser) {
     declareOut(parser, QString());
     for (const InstallerOption &installer : installerOptions) {
-        parser.addOption({QLatin1String(installer.option),
-                          QStringLiteral("Offers this installer as the component `%1`.")
-                              .arg(QLatin1String(installer.key)),
-                          QStringLiteral("setup.exe")});
+        parser.addOption(
+            {QLatin1String(installer.option),
+             QStringLiteral("Offers this installer as the component `%1`.").arg(installer.key),
+             QStringLiteral("setup.exe")});
     }
     parser.addOption(
         {QStringLiteral("min-version"),
@@ -88,7 +89,7 @@ bool readWish(const QCommandLineParser &parser, ManifestWish *wish, QString *err
     for (const InstallerOption &installer : installerOptions) {
         const QString file = parser.value(QLatin1String(installer.option));
         if (!file.isEmpty())
-            wish->installers.insert(QLatin1String(installer.key), file);
+            wish->installers.insert(installer.key, file);
     }
     return readMinVersions(parser, wish, error) &&
            mayWrite(out, isForced(parser), error); // before the packages are read

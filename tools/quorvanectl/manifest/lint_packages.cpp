@@ -5,6 +5,7 @@
 #include "quorvanectl/package/project_package.h"
 #include "update/files/text_file.h"
 #include "update/files/version_text.h"
+#include "update/manifest_keys.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -153,7 +154,7 @@ QVector<LintFinding> lintNames(const ProjectPackage &zip, const PackageRecord &p
 
 QVector<LintFinding> lintProject(const ProjectPackage &zip, const PackageRecord &package) {
     QVector<LintFinding> findings;
-    const QString name = package.record.value(QLatin1String("name")).toString();
+    const QString name = package.record.value(manifest_keys::name).toString();
     if (!zip.name.isEmpty() && !name.isEmpty() &&
         zip.name.compare(name, Qt::CaseInsensitive) != 0) {
         findings +=
@@ -248,7 +249,7 @@ QVector<LintFinding> lintTogether(const QVector<PackageRecord> &packages) {
         if (!package.isProject)
             continue;
         const QString where = package.where + QStringLiteral(".name");
-        const QString name = package.record.value(QLatin1String("name")).toString();
+        const QString name = package.record.value(manifest_keys::name).toString();
         if (name.trimmed() != name) {
             findings += {QStringLiteral("blanks"), where,
                          QStringLiteral("blanks around the name belong to it: '%1'").arg(name)};

@@ -3,6 +3,7 @@
 #include "quorvanectl/manifest/manifest_lint_rules.h"
 
 #include "quorvanectl/package/version_fault.h"
+#include "update/manifest_keys.h"
 
 #include <QDateTime>
 #include <QJsonArray>
@@ -59,7 +60,7 @@ QVector<LintFinding> lintRecords(const QJsonObject &root, const QString &key,
 }
 
 QVector<LintFinding> lintSchemaVersion(const QJsonObject &root) {
-    const QString key = QStringLiteral("schemaVersion");
+    const QString key = manifest_keys::schemaVersion;
     const QJsonValue value = root.value(key);
     if (!root.contains(key) || (value.isDouble() && value.toDouble() == 1.0))
         return {};
@@ -71,7 +72,7 @@ QVector<LintFinding> lintSchemaVersion(const QJsonObject &root) {
 }
 
 QVector<LintFinding> lintPublishedAt(const QJsonObject &root) {
-    const QString key = QStringLiteral("publishedAt");
+    const QString key = manifest_keys::publishedAt;
     const QJsonValue value = root.value(key);
     if (!root.contains(key))
         return {};
@@ -85,19 +86,19 @@ QVector<LintFinding> lintPublishedAt(const QJsonObject &root) {
 
 QVector<LintFinding> lintPlugins(const QJsonObject &root) {
     QVector<LintFinding> findings;
-    const QJsonArray plugins = root.value(QLatin1String("plugins")).toArray();
+    const QJsonArray plugins = root.value(manifest_keys::plugins).toArray();
     for (int i = 0; i < plugins.size(); ++i) {
         const QJsonObject plugin = plugins.at(i).toObject();
         const QString where = QStringLiteral("plugins[%1]").arg(i);
-        if (plugin.value(QLatin1String("path")).toString().trimmed().isEmpty()) {
+        if (plugin.value(manifest_keys::path).toString().trimmed().isEmpty()) {
             findings += {QStringLiteral("no-path"), where,
                          QStringLiteral("a plug-in without `path` is skipped without a word")};
         }
-        const QString least = plugin.value(QLatin1String("minVersion")).toString();
+        const QString least = plugin.value(manifest_keys::minVersion).toString();
         const QString fault = versionFault(least);
         if (!fault.isEmpty())
             findings +=
-                {QStringLiteral("bad-version"), where + QStringLiteral(".minVersion"), fault};
+                {QStringLiteral("bad-version"), at(where, manifest_keys::minVersion), fault};
     }
     return findings;
 }
@@ -107,15 +108,15 @@ QVector<LintFinding> lintPlugins(const QJsonObject &root) {
 QVector<LintFinding> lintShape(const QJsonObject &root) {
     QVector<LintFinding> findings = unlistedKeys(root, rootKeys(), QString());
     findings += lintSchemaVersion(root) + lintPublishedAt(root);
-    const QString signature = QStringLiteral("signature");
+    const QString signature = manifest_keys::signature;
     if (root.contains(signature) && !root.value(signature).isString())
         findings += wrongType(signature, "a text");
     for (const QString &key : componentKeys()) {
         if (root.contains(key))
             findings += lintRecord(root.value(key), componentRecordKeys(), key);
     }
-    findings += lintRecords(root, QStringLiteral("plugins"), pluginRecordKeys());
-    findings += lintRecords(root, QStringLiteral("projects"), projectRecordKeys());
+    findings += lintRecords(root, manifest_keys::plugins, pluginRecordKeys());
+    findings += lintRecords(root, manifest_keys::projects, projectRecordKeys());
     findings += lintPlugins(root);
     if (packageRecords(root).isEmpty()) {
         findings += {QStringLiteral("nothing-offered"), QString(),

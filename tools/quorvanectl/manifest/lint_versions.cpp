@@ -4,6 +4,7 @@
 
 #include "quorvanectl/package/version_fault.h"
 #include "update/files/version_text.h"
+#include "update/manifest_keys.h"
 
 #include <QDateTime>
 #include <QHash>
@@ -12,12 +13,12 @@
 namespace ctl {
 namespace {
 
-QString text(const PackageRecord &package, const char *key) {
-    return package.record.value(QLatin1String(key)).toString().trimmed();
+QString text(const PackageRecord &package, QLatin1String key) {
+    return package.record.value(key).toString().trimmed();
 }
 
-QString at(const PackageRecord &package, const char *key) {
-    return QStringLiteral("%1.%2").arg(package.where, QLatin1String(key));
+QString at(const PackageRecord &package, QLatin1String key) {
+    return QStringLiteral("%1.%2").arg(package.where, key);
 }
 
 bool isTwoNumbers(const QString &version) {
@@ -25,7 +26,7 @@ bool isTwoNumbers(const QString &version) {
     return two.match(normalizeVersion(version)).hasMatch();
 }
 
-QVector<LintFinding> lintForm(const PackageRecord &package, const char *key) {
+QVector<LintFinding> lintForm(const PackageRecord &package, QLatin1String key) {
     const QString version = text(package, key);
     if (isTwoNumbers(version)) {
         return {
@@ -50,10 +51,10 @@ QVector<LintFinding> lintVersionInAddress(const PackageRecord &package) {
     const QString inFileName = extractVersion(packageFileName(package.url()));
     const QString fault = versionFault(named);
     if (!fault.isEmpty())
-        return {{QStringLiteral("bad-version"), at(package, "setupUrl"), fault}};
+        return {{QStringLiteral("bad-version"), at(package, manifest_keys::setupUrl), fault}};
     if (inFileName.isEmpty() || compareVersions(inFileName, named) == 0)
         return {};
-    return {{QStringLiteral("version-disagrees"), at(package, "setupUrl"),
+    return {{QStringLiteral("version-disagrees"), at(package, manifest_keys::setupUrl),
              QStringLiteral("the first version in the address counts, %1, and not the installer's "
                             "%2")
                  .arg(named, inFileName)}};
@@ -61,7 +62,7 @@ QVector<LintFinding> lintVersionInAddress(const PackageRecord &package) {
 
 QVector<LintFinding> lintComponent(const PackageRecord &package) {
     const QString named = extractVersion(package.url());
-    const QString stated = extractVersion(text(package, "version"));
+    const QString stated = extractVersion(text(package, manifest_keys::version));
     if (named.isEmpty() && stated.isEmpty()) {
         return {
             {QStringLiteral("no-version"), package.where,
@@ -69,7 +70,7 @@ QVector<LintFinding> lintComponent(const PackageRecord &package) {
                             "is offered it")}};
     }
     if (named.isEmpty() && !package.url().isEmpty()) {
-        return {{QStringLiteral("unsigned-version"), at(package, "setupUrl"),
+        return {{QStringLiteral("unsigned-version"), at(package, manifest_keys::setupUrl),
                  QStringLiteral("the version stands only in `version`, which no signature covers; "
                                 "put it into the installer's name")}};
     }
@@ -77,14 +78,14 @@ QVector<LintFinding> lintComponent(const PackageRecord &package) {
     if (!findings.isEmpty())
         return findings;
     if (!stated.isEmpty() && !named.isEmpty() && compareVersions(named, stated) != 0) {
-        return {{QStringLiteral("version-disagrees"), at(package, "version"),
+        return {{QStringLiteral("version-disagrees"), at(package, manifest_keys::version),
                  QStringLiteral("says %1, the installer's name says %2").arg(stated, named)}};
     }
     return {};
 }
 
 QVector<LintFinding> lintProject(const PackageRecord &package) {
-    if (!text(package, "version").isEmpty())
+    if (!text(package, manifest_keys::version).isEmpty())
         return {};
     return {{QStringLiteral("no-version"), package.where,
              QStringLiteral("a project without `version` is offered again at every start")}};
@@ -116,13 +117,13 @@ QVector<LintFinding> lintStep(const PackageRecord &now, const PackageRecord &bef
 }
 
 QDateTime publishedAt(const QJsonObject &root) {
-    return QDateTime::fromString(root.value(QLatin1String("publishedAt")).toString(), Qt::ISODate);
+    return QDateTime::fromString(root.value(manifest_keys::publishedAt).toString(), Qt::ISODate);
 }
 
 } // namespace
 
 QVector<LintFinding> lintVersions(const PackageRecord &package) {
-    QVector<LintFinding> findings = lintForm(package, "version");
+    QVector<LintFinding> findings = lintForm(package, manifest_keys::version);
     findings += package.isProject ? lintProject(package) : lintComponent(package);
     if (isZero(package.version())) {
         findings += {QStringLiteral("no-version"), package.where,
@@ -130,11 +131,11 @@ QVector<LintFinding> lintVersions(const PackageRecord &package) {
     }
     if (package.isProject)
         return findings;
-    findings += lintForm(package, "minVersion");
-    const QString least = text(package, "minVersion");
+    findings += lintForm(package, manifest_keys::minVersion);
+    const QString least = text(package, manifest_keys::minVersion);
     if (!least.isEmpty() && !package.version().isEmpty() &&
         compareVersions(least, package.version()) >= 0) {
-        findings += {QStringLiteral("min-version-too-high"), at(package, "minVersion"),
+        findings += {QStringLiteral("min-version-too-high"), at(package, manifest_keys::minVersion),
                      QStringLiteral("%1 is not below the version %2 itself: nobody can update")
                          .arg(least, package.version())};
     }
@@ -158,7 +159,7 @@ QVector<LintFinding> lintSuccession(const QJsonObject &root, const QJsonObject &
         }
     }
     if (publishedAt(previous).isValid() && publishedAt(root) <= publishedAt(previous)) {
-        findings += {QStringLiteral("not-later"), QStringLiteral("publishedAt"),
+        findings += {QStringLiteral("not-later"), manifest_keys::publishedAt,
                      QStringLiteral("is not later than that of the previous manifest")};
     }
     return findings;

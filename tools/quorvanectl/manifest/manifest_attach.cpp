@@ -1,5 +1,6 @@
 #include "quorvanectl/manifest/manifest_attach.h"
 
+#include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
 
 #include <QJsonDocument>
@@ -39,7 +40,7 @@ QString withSignature(const QString &manifestText, const QByteArray &signature) 
     if (!document.isObject())
         return QString();
     QJsonObject root = document.object();
-    root.insert(QStringLiteral("signature"), QString::fromLatin1(signature.toBase64()));
+    root.insert(manifest_keys::signature, QString::fromLatin1(signature.toBase64()));
     return QString::fromUtf8(QJsonDocument(root).toJson(QJsonDocument::Indented));
 }
 

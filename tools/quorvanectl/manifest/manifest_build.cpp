@@ -6,6 +6,7 @@
 #include "update/files/failure.h"
 #include "update/files/text_file.h"
 #include "update/files/version_text.h"
+#include "update/manifest_keys.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -58,8 +59,8 @@ bool projectRecord(const ManifestWish &wish, const QString &file, QJsonObject *r
         return failAbout(file, package.error, error);
     if (package.name.isEmpty() || package.version.isEmpty())
         return failAbout(file, QStringLiteral("its project has no name or no version"), error);
-    record->insert(QStringLiteral("name"), package.name);
-    record->insert(QStringLiteral("version"), package.version);
+    record->insert(manifest_keys::name, package.name);
+    record->insert(manifest_keys::version, package.version);
     return true;
 }
 
@@ -71,9 +72,9 @@ bool componentRecord(const ManifestWish &wish, const QString &key, QJsonObject *
     if (version.isEmpty())
         return failAbout(file, QStringLiteral("its name holds no version, as in setup-1.2.0.exe"),
                          error);
-    record->insert(QStringLiteral("version"), version);
+    record->insert(manifest_keys::version, version);
     if (wish.minVersions.contains(key))
-        record->insert(QStringLiteral("minVersion"), wish.minVersions.value(key));
+        record->insert(manifest_keys::minVersion, wish.minVersions.value(key));
     return addPackage(wish, file, PackageRecord(), record, error);
 }
 
@@ -89,8 +90,8 @@ bool pluginRecord(const QString &plugin, QJsonObject *record, QString *error) {
 } // namespace
 
 QJsonObject buildManifest(const ManifestWish &wish, QString *error) {
-    QJsonObject root{{QStringLiteral("schemaVersion"), 1},
-                     {QStringLiteral("publishedAt"), wish.publishedAt}};
+    QJsonObject root{{manifest_keys::schemaVersion, 1},
+                     {manifest_keys::publishedAt, wish.publishedAt}};
     for (auto entry = wish.installers.begin(); entry != wish.installers.end(); ++entry) {
         QJsonObject record;
         if (!componentRecord(wish, entry.key(), &record, error))
@@ -105,7 +106,7 @@ QJsonObject buildManifest(const ManifestWish &wish, QString *error) {
         plugins.append(record);
     }
     if (!plugins.isEmpty())
-        root.insert(QStringLiteral("plugins"), plugins);
+        root.insert(manifest_keys::plugins, plugins);
     QJsonArray projects;
     for (const QString &file : wish.projects) {
         QJsonObject record;
@@ -114,7 +115,7 @@ QJsonObject buildManifest(const ManifestWish &wish, QString *error) {
         projects.append(record);
     }
     if (!projects.isEmpty())
-        root.insert(QStringLiteral("projects"), projects);
+        root.insert(manifest_keys::projects, projects);
     return root;
 }
 

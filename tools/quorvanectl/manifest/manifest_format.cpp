@@ -1,54 +1,73 @@
 #include "quorvanectl/manifest/manifest_format.h"
 
+#include "launcher/offer/update_component.h"
 #include "launcher/offer/update_context.h"
 #include "update/files/version_text.h"
+#include "update/manifest_keys.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
-#include <QUrl>
 
 namespace ctl {
 
+namespace {
+
+template<typename Keys>
+QStringList listOf(const Keys &keys) {
+    QStringList list;
+    for (const QLatin1String key : keys)
+        list += key;
+    return list;
+}
+
+QStringList listOfRoot() {
+    QStringList list;
+    for (const manifest_keys::RootKey &entry : manifest_keys::root)
+        list += entry.key;
+    return list + QStringList(manifest_keys::signature);
+}
+
+QStringList listOfComponents() {
+    QStringList list;
+    for (const UpdateComponent *component : updateComponents)
+        list += component->keyText();
+    return list;
+}
+
+} // namespace
+
 const QStringList &componentKeys() {
-    static const QStringList keys{QStringLiteral("runtime"), QStringLiteral("launcher"),
-                                  QStringLiteral("editor"), QStringLiteral("pythonTools")};
+    static const QStringList keys = listOfComponents();
     return keys;
 }
 
 const QStringList &rootKeys() {
-    static const QStringList keys =
-        QStringList{QStringLiteral("schemaVersion"), QStringLiteral("publishedAt")} +
-        componentKeys() +
-        QStringList{QStringLiteral("plugins"), QStringLiteral("projects"),
-                    QStringLiteral("signature")};
+    static const QStringList keys = listOfRoot();
     return keys;
 }
 
 const QStringList &componentRecordKeys() {
-    static const QStringList keys{QStringLiteral("version"), QStringLiteral("minVersion"),
-                                  QStringLiteral("setupUrl"), QStringLiteral("setupSha256")};
+    static const QStringList keys =
+        QStringList(manifest_keys::version) + listOf(manifest_keys::signedOfComponent);
     return keys;
 }
 
 const QStringList &pluginRecordKeys() {
-    static const QStringList keys{QStringLiteral("id"), QStringLiteral("minVersion"),
-                                  QStringLiteral("path")};
+    static const QStringList keys = listOf(manifest_keys::ofPlugin);
     return keys;
 }
 
 const QStringList &projectRecordKeys() {
-    static const QStringList keys{QStringLiteral("name"), QStringLiteral("version"),
-                                  QStringLiteral("zipUrl"), QStringLiteral("zipSha256")};
+    static const QStringList keys = listOf(manifest_keys::ofProject);
     return keys;
 }
 
 QString PackageRecord::urlKey() const {
-    return isProject ? QStringLiteral("zipUrl") : QStringLiteral("setupUrl");
+    return isProject ? manifest_keys::zipUrl : manifest_keys::setupUrl;
 }
 
 QString PackageRecord::hashKey() const {
-    return isProject ? QStringLiteral("zipSha256") : QStringLiteral("setupSha256");
+    return isProject ? manifest_keys::zipSha256 : manifest_keys::setupSha256;
 }
 
 QString PackageRecord::url() const {
@@ -60,15 +79,14 @@ QString PackageRecord::hash() const {
 }
 
 QString PackageRecord::version() const {
-    return isProject ? normalizeVersion(record.value(QLatin1String("version")).toString())
+    return isProject ? normalizeVersion(record.value(manifest_keys::version).toString())
                      : UpdateContext::targetComponentVersion(record);
 }
 
 QString PackageRecord::identity() const {
     if (!isProject)
         return where;
-    return QLatin1String("project:") +
-           record.value(QLatin1String("name")).toString().toCaseFolded();
+    return QLatin1String("project:") + record.value(manifest_keys::name).toString().toCaseFolded();
 }
 
 QVector<PackageRecord> packageRecords(const QJsonObject &root) {
@@ -77,7 +95,7 @@ QVector<PackageRecord> packageRecords(const QJsonObject &root) {
         if (root.value(key).isObject())
             records += PackageRecord{key, false, root.value(key).toObject()};
     }
-    const QJsonArray projects = root.value(QLatin1String("projects")).toArray();
+    const QJsonArray projects = root.value(manifest_keys::projects).toArray();
     for (int i = 0; i < projects.size(); ++i) {
         if (projects.at(i).isObject()) {
             records += PackageRecord{QStringLiteral("projects[%1]").arg(i), true,
@@ -85,15 +103,6 @@ QVector<PackageRecord> packageRecords(const QJsonObject &root) {
         }
     }
     return records;
-}
-
-bool isUrl(const QString &address) {
-    const QUrl url(address);
-    return url.isValid() && url.scheme().size() > 1;
-}
-
-QString packageFileName(const QString &address) {
-    return QFileInfo(address).fileName();
 }
 
 QString localPackage(const QString &address, const QString &folder, const QString &base) {

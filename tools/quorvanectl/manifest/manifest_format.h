@@ -1,6 +1,8 @@
 // What an update manifest consists of, as tables and as a list of the packages that it names.
 #pragma once
 
+#include "update/package_address.h"
+
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
@@ -36,12 +38,6 @@ struct PackageRecord {
 
 // The component and project records that are there and are objects, with or without a package.
 [[nodiscard]] QVector<PackageRecord> packageRecords(const QJsonObject &root);
-
-// Whether an address has a scheme, as the launcher decides it: one letter is a drive.
-[[nodiscard]] bool isUrl(const QString &address);
-
-// The last segment of an address: under this name the launcher keeps the package.
-[[nodiscard]] QString packageFileName(const QString &address);
 
 // The file beside the manifest that an address means: relative ones count from `folder`, and so
 // does what follows `base` in a URL. Empty for any other address.

@@ -2,6 +2,7 @@
 
 #include "update/canonical_manifest.h"
 #include "update/files/text_file.h"
+#include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
 #include "update/rsa_attempts.h"
 
@@ -36,7 +37,7 @@ VerifyReport verifyReport(const QString &manifestText, const QString &keyPath) {
     report.canonicalSha256 = QString::fromLatin1(
         QCryptographicHash::hash(signedBytes, QCryptographicHash::Sha256).toHex());
     const QJsonObject root = QJsonDocument::fromJson(manifestText.toUtf8()).object();
-    const QByteArray signature = decodeSignature(root.value(QLatin1String("signature")).toString());
+    const QByteArray signature = decodeSignature(root.value(manifest_keys::signature).toString());
     report.signatureBytes = signature.size();
     report.details = attemptDetails(signedBytes, signature, keyPath);
     return report;

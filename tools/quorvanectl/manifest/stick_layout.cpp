@@ -8,6 +8,7 @@
 #include "update/files/failure.h"
 #include "update/files/place_facts.h"
 #include "update/files/text_file.h"
+#include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
 
 #include <QDir>
@@ -65,7 +66,7 @@ QString signatureFault(const QString &manifestText, const QString &keyPath) {
         return result.ok ? QString() : result.message;
     }
     const QJsonObject root = QJsonDocument::fromJson(manifestText.toUtf8()).object();
-    const bool isSigned = !root.value(QLatin1String("signature")).toString().trimmed().isEmpty();
+    const bool isSigned = !root.value(manifest_keys::signature).toString().trimmed().isEmpty();
     return isSigned ? QString() : QStringLiteral("the manifest is not signed");
 }
 

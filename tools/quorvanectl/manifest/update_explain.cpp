@@ -5,6 +5,7 @@
 #include "launcher/offer/update_component.h"
 #include "project/project_file.h"
 #include "update/files/text_file.h"
+#include "update/manifest_keys.h"
 
 #include <QFile>
 #include <QFileInfo>
