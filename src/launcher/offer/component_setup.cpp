@@ -9,6 +9,7 @@
 #include "frame/launch_log.h"
 #include "update/files/failure.h"
 #include "update/http_fetch.h"
+#include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
 #include "update/package_address.h"
 
@@ -137,11 +138,11 @@ QString UpdateContext::setupComponent(const QJsonObject &record, const QString &
     };
     if (cancelRequested())
         return leaveOut(QStringLiteral("cancelled"));
-    const QString setupUrl = record.value(QLatin1String("setupUrl")).toString();
+    const QString setupUrl = record.value(manifest_keys::setupUrl).toString();
     if (setupUrl.isEmpty())
         return QString();
     const Installer installer = installerOf(snapshot, label, setupUrl);
-    const QString sha256 = record.value(QLatin1String("setupSha256")).toString();
+    const QString sha256 = record.value(manifest_keys::setupSha256).toString();
     QString why;
     // Without a hash the installer goes unchecked: the publisher's choice.
     if (!makePresent(installer, snapshot.fromUsb, cancelRef, &why) ||

@@ -3,14 +3,15 @@
 #include "frame/launch_log.h"
 #include "project/project_file.h"
 #include "update/files/version_text.h"
+#include "update/manifest_keys.h"
 
 #include <QDir>
 #include <QFileInfo>
 
 namespace {
 
-QString text(const QJsonObject &record, const char *key) {
-    return record.value(QLatin1String(key)).toString();
+QString text(const QJsonObject &record, QLatin1String key) {
+    return record.value(key).toString();
 }
 
 // A folder of that name is no package.
@@ -32,7 +33,7 @@ WeighedItem weighComponent(const QString &label, const QJsonObject &record, bool
     const auto weighed = [&](bool available, const QString &reason) {
         return WeighedItem{available, reason, target, installed};
     };
-    const QString setupUrl = text(record, "setupUrl");
+    const QString setupUrl = text(record, manifest_keys::setupUrl);
     if (setupUrl.trimmed().isEmpty())
         return weighed(false, UpdateContext::tr("%1 未提供 setupUrl。").arg(label));
     const QString package = QDir(baseLocation).filePath(setupUrl);
@@ -46,7 +47,7 @@ WeighedItem weighComponent(const QString &label, const QJsonObject &record, bool
     if (!installed.isEmpty() && compareVersions(installed, target) >= 0)
         return weighed(false,
                        UpdateContext::tr("目标版本 %1 不高于当前版本 %2。").arg(target, installed));
-    const QString minimum = text(record, "minVersion");
+    const QString minimum = text(record, manifest_keys::minVersion);
     if (!minimum.trimmed().isEmpty() && !installed.isEmpty() &&
         compareVersions(installed, minimum) < 0)
         return weighed(false, UpdateContext::tr("当前版本 %1 低于该更新包最小可更新版本 %2。")
@@ -57,7 +58,7 @@ WeighedItem weighComponent(const QString &label, const QJsonObject &record, bool
 
 WeighedItem weighProject(const UpdateSnapshot &snapshot, const QString &installed) {
     const QJsonObject &entry = snapshot.projectEntry;
-    const QString version = text(entry, "version");
+    const QString version = text(entry, manifest_keys::version);
     const auto weighed = [&](bool available, const QString &reason) {
         return WeighedItem{available, reason, version, installed};
     };
@@ -68,10 +69,10 @@ WeighedItem weighProject(const UpdateSnapshot &snapshot, const QString &installe
     if (!remote.isEmpty() && !local.isEmpty() && compareVersions(local, remote) >= 0)
         return weighed(
             false, UpdateContext::tr("当前项目版本 %1 已不低于更新版本 %2。").arg(local, remote));
-    const QString zipUrl = text(entry, "zipUrl");
+    const QString zipUrl = text(entry, manifest_keys::zipUrl);
     if (zipUrl.trimmed().isEmpty())
         return weighed(false, UpdateContext::tr("项目记录缺少 zipUrl。"));
-    if (text(entry, "zipSha256").trimmed().isEmpty())
+    if (text(entry, manifest_keys::zipSha256).trimmed().isEmpty())
         return weighed(false, UpdateContext::tr("项目记录缺少 zipSha256。"));
     const QString package = QDir(snapshot.baseLocation).filePath(zipUrl);
     if (snapshot.fromUsb && packageMissing(package))
@@ -96,8 +97,8 @@ void logComparison(const WeighedItem &project, const QString &projectPath) {
 }
 
 QString UpdateContext::targetComponentVersion(const QJsonObject &record) {
-    const QString version = extractVersion(text(record, "version").trimmed());
-    return version.isEmpty() ? extractVersion(text(record, "setupUrl")) : version;
+    const QString version = extractVersion(text(record, manifest_keys::version).trimmed());
+    return version.isEmpty() ? extractVersion(text(record, manifest_keys::setupUrl)) : version;
 }
 
 bool UpdateContext::isComponentEligible(const QString &key, const QString &label,

@@ -31,11 +31,11 @@ QString programVersion(const QString &path) {
 
 // Where a component's version stands when the release file does not tell it.
 QString versionInFiles(const QString &key) {
-    if (key == QLatin1String("runtime"))
+    if (key == runtimeComponent.key)
         return programVersion(AppPaths::besideLauncher(QLatin1String(program_names::runtime)));
-    if (key == QLatin1String("launcher"))
+    if (key == launcherComponent.key)
         return programVersion(AppPaths::applicationFile());
-    if (key == QLatin1String("editor"))
+    if (key == editorComponent.key)
         return programVersion(AppPaths::besideLauncher(QLatin1String(program_names::editor)));
     return bundledPythonVersion();
 }

@@ -3,13 +3,14 @@
 #include "launcher/offer/update_component.h"
 
 #include "update/files/version_text.h"
+#include "update/manifest_keys.h"
 
 namespace {
 
 // The runtime has a lowest version of its own, besides the one that its update demands.
 QStringList collectWarnings(const UpdateSnapshot &snapshot, const QString &runtime) {
     QStringList warnings;
-    const QString minimum = snapshot.runtimeEntry.value(QLatin1String("minVersion")).toString();
+    const QString minimum = snapshot.runtimeEntry.value(manifest_keys::minVersion).toString();
     if (!minimum.isEmpty() && !runtime.isEmpty() && compareVersions(runtime, minimum) < 0)
         warnings << UpdateContext::tr("Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。")
                         .arg(runtime, minimum);

@@ -2,6 +2,7 @@
 
 #include "launcher/offer/installed_versions.h"
 #include "launcher/offer/update_component.h"
+#include "update/manifest_keys.h"
 
 OfferWeighing installedNow(const QString &projectVersion) {
     OfferWeighing offer;
@@ -14,7 +15,7 @@ OfferWeighing installedNow(const QString &projectVersion) {
 
 OfferWeighing weighOffer(const UpdateSnapshot &snapshot, const QString &projectVersion) {
     OfferWeighing offer = installedNow(projectVersion);
-    offer.projectName = snapshot.projectEntry.value(QLatin1String("name")).toString();
+    offer.projectName = snapshot.projectEntry.value(manifest_keys::name).toString();
     offer.project = weighProject(snapshot, projectVersion);
     for (const UpdateComponent *component : updateComponents) {
         WeighedItem &item = offer.*(component->item);

@@ -4,6 +4,7 @@
 #include "frame/app_paths.h"
 #include "update/files/file_version.h"
 #include "update/files/version_text.h"
+#include "update/manifest_keys.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -48,11 +49,11 @@ QStringList UpdateContext::collectPluginWarnings(const QJsonArray &plugins) {
     QStringList warnings;
     for (const QJsonValue &element : plugins) {
         const QJsonObject plugin = element.toObject();
-        const QString path = plugin.value(QLatin1String("path")).toString().trimmed();
+        const QString path = plugin.value(manifest_keys::path).toString().trimmed();
         if (path.isEmpty())
             continue;
-        const QString warning = warningAbout(plugin.value(QLatin1String("id")).toString(),
-                                             plugin.value(QLatin1String("minVersion")).toString(),
+        const QString warning = warningAbout(plugin.value(manifest_keys::id).toString(),
+                                             plugin.value(manifest_keys::minVersion).toString(),
                                              places(withoutLeadingDot(path)));
         if (!warning.isEmpty())
             warnings << warning;

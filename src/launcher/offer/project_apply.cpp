@@ -10,6 +10,7 @@
 #include "update/files/work_lock.h"
 #include "update/files/zip_extract.h"
 #include "update/http_fetch.h"
+#include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
 #include "update/package_address.h"
 
@@ -47,8 +48,8 @@ struct ProjectApply {
     [[nodiscard]] bool replace(const QElapsedTimer &clock);
 
 private:
-    [[nodiscard]] QString record(const char *key) const {
-        return snapshot.projectEntry.value(QLatin1String(key)).toString();
+    [[nodiscard]] QString record(QLatin1String key) const {
+        return snapshot.projectEntry.value(key).toString();
     }
     bool fail(const QString &message, const QString &errorClass = QString());
 };
@@ -84,7 +85,7 @@ bool ProjectApply::getPackage() {
 }
 
 bool ProjectApply::checkPackage() {
-    const QString expected = record("zipSha256").trimmed();
+    const QString expected = record(manifest_keys::zipSha256).trimmed();
     if (expected.isEmpty()) {
         return fail(QStringLiteral("zipSha256 is required in manifest."), QStringLiteral("verify"));
     }
@@ -143,7 +144,7 @@ bool ProjectApply::replace(const QElapsedTimer &clock) {
         (void)restoreDirectory(backup, target); // finds no backup: theProjectFileIsGoneAfterTheSwap
         return fail(QStringLiteral("No yslib after replace, rolled back."));
     }
-    const QString version = record("version");
+    const QString version = record(manifest_keys::version);
     (void)stampProjectVersion(replaced, version); // an update without a stamp is still an update
     result.success = true;
     result.projectPath = replaced;
@@ -177,7 +178,7 @@ bool resolveUpdateZip(const UpdateSnapshot &snapshot, QString *zipPath, QString 
                       const CancelFlag *cancelRef) {
     if (isCancelled(cancelRef))
         return fail(cancelledText(), error);
-    const QString zipUrl = snapshot.projectEntry.value(QLatin1String("zipUrl")).toString();
+    const QString zipUrl = snapshot.projectEntry.value(manifest_keys::zipUrl).toString();
     if (zipUrl.isEmpty())
         return fail(QStringLiteral("zipUrl is empty"), error);
     const auto notFound = [&] {

@@ -10,6 +10,7 @@
 #include "update/files/failure.h"
 #include "update/files/text_file.h"
 #include "update/http_fetch.h"
+#include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
 #include "update/package_address.h"
 
@@ -38,7 +39,7 @@ QJsonObject recordOf(const QJsonArray &projects, const QString &projectName,
                      const QString &folderName) {
     const auto matches = [&](const QJsonValue &record) {
         return UpdateContext::projectRecordMatches(
-            record.toObject().value(QLatin1String("name")).toString(), projectName, folderName);
+            record.toObject().value(manifest_keys::name).toString(), projectName, folderName);
     };
     const auto found = std::find_if(projects.begin(), projects.end(), matches);
     return found == projects.end() ? QJsonObject() : (*found).toObject();
@@ -141,8 +142,8 @@ bool UpdateContext::evaluateManifest(const QJsonObject &root, QString *summary,
                                      OfferWeighing *weighed) {
     for (const UpdateComponent *component : updateComponents)
         snapshot.*(component->record) = root.value(component->keyText()).toObject();
-    snapshot.plugins = root.value(QLatin1String("plugins")).toArray();
-    const OfferWeighing offer = weighFor(root.value(QLatin1String("projects")).toArray());
+    snapshot.plugins = root.value(manifest_keys::plugins).toArray();
+    const OfferWeighing offer = weighFor(root.value(manifest_keys::projects).toArray());
     if (weighed != nullptr)
         *weighed = offer;
     *summary = offerSummary(offer, snapshot, projectPath);
