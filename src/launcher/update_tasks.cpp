@@ -163,7 +163,7 @@ void LauncherService::startProjectApply() {
 void LauncherService::onProjectApplyFinished() {
     const ApplyResult result = applyWatcher.result();
     // A cancel that the worker did not see any more counts too, even if the project was replaced.
-    const QString cancelled = QStringLiteral("cancelled");
+    const QString cancelled = cancelledText();
     if (cancelRequested() || result.errorClass == cancelled ||
         result.message.compare(cancelled, Qt::CaseInsensitive) == 0)
         return endApply(tr("更新任务已取消。"));

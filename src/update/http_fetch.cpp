@@ -19,10 +19,6 @@ const int cancelPollMs = 100;
 const int downloadTimeoutMs = 120000;
 const int downloadRedirects = 8;
 
-QString cancelledText() {
-    return QStringLiteral("cancelled");
-}
-
 QString tooLargeText(const QUrl &url) {
     return QStringLiteral("response body too large for memory from %1").arg(url.toString());
 }

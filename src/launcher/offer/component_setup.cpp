@@ -137,7 +137,7 @@ QString UpdateContext::setupComponent(const QJsonObject &record, const QString &
         return line;
     };
     if (cancelRequested())
-        return leaveOut(QStringLiteral("cancelled"));
+        return leaveOut(cancelledText());
     const QString setupUrl = record.value(manifest_keys::setupUrl).toString();
     if (setupUrl.isEmpty())
         return QString();

@@ -22,10 +22,6 @@
 
 namespace {
 
-QString cancelledText() {
-    return QStringLiteral("cancelled");
-}
-
 // The steps of one apply, in their order. Each returns whether to go on; one that does not has put
 // the reason into `result`.
 struct ProjectApply {

@@ -118,7 +118,7 @@ QString UpdateContext::readStickManifest(const QString &path) {
 QString UpdateContext::fetchOnlineManifest(QString *error) {
     const QUrl url(defaultManifestUrl());
     if (cancelRequested()) {
-        *error = QStringLiteral("cancelled");
+        *error = cancelledText();
         return QString();
     }
     // Not given the flag: the hop ends by itself within seconds.

@@ -1,6 +1,7 @@
 // How a thread asks long work on another one to stop.
 #pragma once
 
+#include <QString>
 #include <QtGlobal>
 
 #include <atomic>
@@ -11,4 +12,9 @@ using CancelFlag = std::atomic<qint32>;
 // Whether the work is to stop. Without a flag it cannot be cancelled.
 [[nodiscard]] inline bool isCancelled(const CancelFlag *flag) {
     return flag != nullptr && flag->load(std::memory_order_relaxed) != 0;
+}
+
+// What work that was stopped gives as its error.
+[[nodiscard]] inline QString cancelledText() {
+    return QStringLiteral("cancelled");
 }

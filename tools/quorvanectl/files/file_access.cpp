@@ -60,12 +60,15 @@ QByteArray readBytes(const QString &path, QString *error) {
     return bytes.isNull() ? QByteArray("") : bytes;
 }
 
-bool mayWrite(const QString &path, bool force, QString *error) {
+bool isTaken(const QString &path) {
     const QFileInfo info(path);
-    // A link to nowhere does not exist and is something to overwrite all the same.
-    if (!info.exists() && !info.isSymLink())
+    return info.exists() || info.isSymLink();
+}
+
+bool mayWrite(const QString &path, bool force, QString *error) {
+    if (!isTaken(path))
         return true;
-    if (info.isDir())
+    if (QFileInfo(path).isDir())
         return failAbout(path, QStringLiteral("is a folder"), error);
     return force || failAbout(path, QStringLiteral("exists; --force overwrites it"), error);
 }

@@ -21,6 +21,9 @@ const qint64 largestText = 67108864; // bytes, 64 MiB
 // The bytes of such a file; null on failure, and not null for an empty file.
 [[nodiscard]] QByteArray readBytes(const QString &path, QString *error);
 
+// Whether something is at `path`: a link to nowhere does not exist and is there all the same.
+[[nodiscard]] bool isTaken(const QString &path);
+
 // Whether `path` may be written: nothing is there yet, or it is a file and `force` is given.
 [[nodiscard]] bool mayWrite(const QString &path, bool force, QString *error);
 

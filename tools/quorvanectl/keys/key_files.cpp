@@ -1,5 +1,6 @@
 #include "quorvanectl/keys/key_files.h"
 
+#include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/interruption.h"
 #include "quorvanectl/keys/signing_key.h"
 #include "update/manifest_signature.h"
@@ -67,8 +68,7 @@ bool writeNew(const QString &path, const QByteArray &content, mode_t mode, QStri
 }
 
 bool isFree(const QString &path, QString *error) {
-    const QFileInfo info(path);
-    if (!info.exists() && !info.isSymLink())
+    if (!isTaken(path))
         return true;
     *error = QStringLiteral("%1: exists; a key is never overwritten").arg(path);
     return false;
