@@ -59,7 +59,8 @@ void LauncherService::start() {
     countdownSeconds = countdownLength;
     setState(State::Countdown);
     refreshStatus();
-    Q_EMIT countdownChanged(countdownLength); // a second time, after that of refreshStatus
+    // A second time, after that of refreshStatus, and meant: startRunsTheTimerAndTellsFiveTwice.
+    Q_EMIT countdownChanged(countdownLength);
     countdownTimer.start();
     QTimer::singleShot(0, this, &LauncherService::lookForUpdates);
 }
@@ -127,7 +128,7 @@ bool LauncherService::waitForUpdates(bool manual) {
     }
     computePromptMode();
     Q_EMIT updatePromptChanged(promptMode);
-    // A manual start passes a banner by.
+    // A manual start passes a banner by, and is meant to: theFlowWithAKnownUpdate.
     if (!updateAvailable || !bannerDue() || manual)
         return false;
     pauseForPrompt();

@@ -185,28 +185,29 @@ private Q_SLOTS:
                                   const QString &detail);
 
 private:
-    // The one door to `state` and the one to `statusText`.
+    // launcher_service.cpp: the one door to `state` and the one to `statusText`. The table of moves is
+    // transitions.h.
     void setState(State next);
     void setStatus(const QString &message);
 
-    // Flow
+    // launcher_service.cpp: the flow.
     void lookForUpdates();
     [[nodiscard]] bool waitForUpdates(bool manual);
 
-    // Precheck. On false `error` receives the whole text for the user, which is logged too.
+    // precheck.cpp. On false `error` receives the whole text for the user, which is logged too.
     [[nodiscard]] bool runPrecheck(QString *error) const;
 
-    // Project
+    // project_selection.cpp: which project runs.
     void pickProject();
     void forgetUpdates();
 
-    // Target
+    // target_launch.cpp: the start of the target and its end.
     void launchTarget();
     void failLaunch(const QString &details);
     void discardTargetOutput();
     void onTargetFinished(int exitCode, QProcess::ExitStatus exitStatus);
 
-    // Update prompts
+    // update_prompts.cpp: when the flow stops for an update, and how it goes on.
     [[nodiscard]] bool bannerDue() const;
     [[nodiscard]] QString promptText() const;
     void computePromptMode();
@@ -217,9 +218,9 @@ private:
     [[nodiscard]] bool takeCheckResult(const UpdateCheckResult &result);
     void resumeAfterCheck();
     void ensureUpdateCheck(bool throttled);
-    void startUpdateCheck();
 
-    // Update tasks
+    // update_tasks.cpp: the workers, one at a time.
+    void startUpdateCheck();
     QString beginUpdateTask(const QString &kind);
     void startProjectApply();
     void onProjectApplyFinished();

@@ -14,7 +14,8 @@ void LauncherService::initialize() {
     (void)SettingsStore::instance().open();
     pickProject();
     const QString normalized = normalizeProjectPath(projectPath);
-    // A stale path stays as it is: the precheck refuses it in its own words.
+    // A stale path stays as it is: the precheck refuses it in its own words. Meant:
+    // aStaleRecentProjectStays.
     if (!normalized.isEmpty())
         projectPath = normalized;
     setState(State::Idle);
@@ -50,7 +51,8 @@ void LauncherService::selectProject(const QString &path) {
 }
 
 // What is known of updates is about the project it was looked up for. `updatesHandled` stays: who
-// skipped updates once is not asked again in this run.
+// skipped updates once is not asked again in this run. Meant:
+// anotherProjectForgetsWhatWasKnownOfUpdates.
 void LauncherService::forgetUpdates() {
     updateAvailable = false;
     snapshot = UpdateSnapshot();

@@ -43,7 +43,7 @@ QString missingTargetText(const QString &directory, bool editorAllowed, bool edi
                               "Install Runtime beside Launcher.")
             .arg(directory);
     // Out of reach today, since an editor that is present and allowed is started. Kept as the
-    // answer for the day when the two rules part.
+    // answer for the day when the two rules part, and held by the test missingTargetText.
     if (editorPresent)
         return QStringLiteral("LineRunner.exe not found in %1.\n"
                               "Set QUORVANE_DEV=1 to allow Ops fallback, "
@@ -102,7 +102,7 @@ QStringList LauncherService::buildLaunchArguments(const QString &nonce) const {
 
 // In Monitor a second start is refused by QProcess, which is busy, and waitForStarted reports the
 // running target: the flow returns to Monitor with a new nonce on the disk. The flag to reload is
-// spent then too, although the running target never saw it.
+// spent then too, although the running target never saw it. Meant: aManualStartWhileTheTargetRuns.
 void LauncherService::launchTarget() {
     setState(State::Launch);
     const QString target = resolveTargetExecutable();
@@ -131,7 +131,7 @@ void LauncherService::launchTarget() {
             QStringLiteral("Failed to start %1: %2").arg(target, targetProcess.errorString()));
         return;
     }
-    // Spent only by a start that worked: a failed one tries again with it.
+    // Spent only by a start that worked, a failed one tries again with it: aTargetThatCannotStart.
     if (arguments.contains(QStringLiteral("--reload-models")))
         reloadModelsOnLaunch = false;
     setStatus(tr("已启动 %1").arg(targetFile.fileName()));
@@ -161,7 +161,7 @@ void LauncherService::onTargetFinished(int exitCode, QProcess::ExitStatus exitSt
     const QString dumpLine = tr("Dump 目录：%1").arg(AppPaths::dumpsDirectory());
     const QString details = tr("目标进程已退出，代码 %1%2。\n日志：%3\n%4")
                                 .arg(code, suffix ? tr(suffix) : QString(), log, dumpLine);
-    // The log keeps the Chinese hint in every language.
+    // The log keeps the Chinese hint in every language. Meant: theEndInAnotherLanguage.
     appendLaunchLog(QStringLiteral("Target exited with code %1%2. Log: %3")
                         .arg(code, QString::fromUtf8(suffix), log));
     setState(State::Failed);

@@ -19,7 +19,8 @@ QString skippedKey() {
     return QLatin1String(settings_schema::skippedFingerprintKey);
 }
 
-// An offer without a fingerprint cannot be remembered, so it was never skipped.
+// An offer without a fingerprint cannot be remembered, so it was never skipped. Meant:
+// anOfferWithoutAFingerprintIsNotRemembered.
 bool wasSkipped(const QString &fingerprint) {
     return !fingerprint.isEmpty() &&
            SettingsStore::instance().value(skippedKey(), QString()) == fingerprint;
@@ -179,7 +180,7 @@ void LauncherService::onUpdateCheckFinished() {
 // True when the flow now waits for the user.
 bool LauncherService::takeCheckResult(const UpdateCheckResult &result) {
     if (result.cancelled) {
-        // updateCheckDone stays as it was: a later request checks again.
+        // updateCheckDone stays as it was, a later request checks again. Meant: aCancelledCheck.
         setStatus(tr("更新检查已取消。"));
         return false;
     }

@@ -163,6 +163,7 @@ void LauncherService::startProjectApply() {
 void LauncherService::onProjectApplyFinished() {
     const ApplyResult result = applyWatcher.result();
     // A cancel that the worker did not see any more counts too, even if the project was replaced.
+    // Meant: theApplyEnds.
     const QString cancelled = cancelledText();
     if (cancelRequested() || result.errorClass == cancelled ||
         result.message.compare(cancelled, Qt::CaseInsensitive) == 0)
