@@ -18,7 +18,7 @@ public:
     Machine() { make({"data/"}); }
 
     QString path(const QString &relative) const {
-        return QDir(m_dir.path()).filePath("1/2/3/4/5/6/" + relative);
+        return QDir(dir.path()).filePath("1/2/3/4/5/6/" + relative);
     }
 
     QString relative(const QString &path) const {
@@ -89,7 +89,7 @@ public:
     }
 
 private:
-    QTemporaryDir m_dir;
+    QTemporaryDir dir;
 };
 
 QString inData(const QString &name) {

@@ -68,7 +68,7 @@ class PrecheckTest : public QObject {
 private Q_SLOTS:
     void init() {
         installation::reset();
-        m_project = installation::addRunnableProject("line");
+        projectFile = installation::addRunnableProject("line");
         (void)installation::takeLog();
     }
 
@@ -108,11 +108,11 @@ private Q_SLOTS:
         QFETCH(QString, errors);
         QFETCH(QString, warnings);
         if (!text.isEmpty())
-            QVERIFY(installation::write(m_project, text));
+            QVERIFY(installation::write(projectFile, text));
         if (!plugin)
             QVERIFY(QFile::remove(pluginPath()));
         LauncherService service;
-        service.projectPath = m_project;
+        service.projectPath = projectFile;
         service.updatesHandled = true;
         service.setSkipCorePluginPrecheck(skip);
         SignalLog log(service);
@@ -125,7 +125,7 @@ private Q_SLOTS:
         QCOMPARE(log.take().mid(0, 3),
                  QStringList({"state Precheck", "status 正在执行项目预检...", "state Launch"}));
         const QString warned = warnings.isEmpty() ? "" : "Precheck warnings:\n" + warnings + '\n';
-        QCOMPARE(precheckLines(), (warned + "Precheck passed for " + m_project).split('\n'));
+        QCOMPARE(precheckLines(), (warned + "Precheck passed for " + projectFile).split('\n'));
     }
 
     void aProjectThatIsNotThere_data() {
@@ -150,10 +150,10 @@ private Q_SLOTS:
     // The frame of the text is translated; what the validator and the plug-in test say is not.
     void inAnotherLanguage() {
         const installation::MarkingTranslator translator;
-        QVERIFY(installation::write(m_project, brokenProject));
+        QVERIFY(installation::write(projectFile, brokenProject));
         QVERIFY(QFile::remove(pluginPath()));
         LauncherService service;
-        service.projectPath = m_project;
+        service.projectPath = projectFile;
         service.runStartFlow();
         QCOMPARE(service.statusText,
                  "<" + refusal(QString(brokenErrors) + '\n' + pluginMissing()) + ">");
@@ -164,7 +164,7 @@ private Q_SLOTS:
 
     void aFolderOfThatNameIsTheValidatorsToRefuse() {
         LauncherService service;
-        service.projectPath = QFileInfo(m_project).absolutePath();
+        service.projectPath = QFileInfo(projectFile).absolutePath();
         service.runStartFlow();
         QVERIFY2(service.statusText.startsWith("项目预检失败：\n[Error] yslib: 无法读取 yslib："),
                  qPrintable(service.statusText));
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QFETCH(State, from);
         QVERIFY(QFile::remove(pluginPath()));
         LauncherService service;
-        service.projectPath = m_project;
+        service.projectPath = projectFile;
         service.state = from;
         SignalLog log(service);
         service.runStartFlow();
@@ -195,7 +195,7 @@ private Q_SLOTS:
     void skippingThePluginLasts() {
         QVERIFY(QFile::remove(pluginPath()));
         LauncherService service;
-        service.projectPath = m_project;
+        service.projectPath = projectFile;
         service.updatesHandled = true;
         service.setSkipCorePluginPrecheck(true);
         for (int i = 0; i < 2; ++i) {
@@ -205,20 +205,20 @@ private Q_SLOTS:
     }
 
     void aProjectMendedMeanwhilePassesTheNextTime() {
-        const QString good = readTextFile(m_project);
-        QVERIFY(installation::write(m_project, brokenProject));
+        const QString good = readTextFile(projectFile);
+        QVERIFY(installation::write(projectFile, brokenProject));
         LauncherService service;
-        service.projectPath = m_project;
+        service.projectPath = projectFile;
         service.updatesHandled = true;
         service.runStartFlow();
         QCOMPARE(service.state, State::RepairMode);
-        QVERIFY(installation::write(m_project, good));
+        QVERIFY(installation::write(projectFile, good));
         service.runStartFlow();
         QCOMPARE(service.state, State::Failed);
     }
 
 private:
-    QString m_project;
+    QString projectFile;
 };
 
 QUORVANE_TEST_MAIN(QCoreApplication, PrecheckTest)

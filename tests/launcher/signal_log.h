@@ -42,8 +42,8 @@ public:
     }
 
     // What was recorded since the last call.
-    [[nodiscard]] QStringList take() { return std::exchange(m_entries, {}); }
-    [[nodiscard]] const QStringList &entries() const { return m_entries; }
+    [[nodiscard]] QStringList take() { return std::exchange(recorded, {}); }
+    [[nodiscard]] const QStringList &entries() const { return recorded; }
 
     template<typename Enum>
     [[nodiscard]] static QString name(Enum value) {
@@ -52,8 +52,8 @@ public:
 
 private:
     void add(const char *what, const QString &text) {
-        m_entries << QString::fromLatin1(what) + ' ' + text;
+        recorded << QString::fromLatin1(what) + ' ' + text;
     }
 
-    QStringList m_entries;
+    QStringList recorded;
 };

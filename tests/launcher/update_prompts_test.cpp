@@ -138,10 +138,10 @@ private Q_SLOTS:
         onlineUrl = QString("http://127.0.0.1:1") + manifestPath;
         QVERIFY(QThreadPool::globalInstance()->waitForDone());
         gate.acquire(gate.available());
-        m_server = std::make_unique<support::ScriptedServer>();
+        server = std::make_unique<support::ScriptedServer>();
     }
 
-    void cleanup() { m_server.reset(); }
+    void cleanup() { server.reset(); }
 
     // --- The check in the background of the countdown ---------------------------------------
 
@@ -354,7 +354,7 @@ private Q_SLOTS:
         QCOMPARE(launcher.service.taskId, task);
         QCOMPARE(launcher.service.state, State::Precheck);
         QTRY_COMPARE(launcher.service.state, State::Monitor);
-        QCOMPARE(m_server->requests().size(), 1);
+        QCOMPARE(server->requests().size(), 1);
     }
 
     // --- Cancelling ---------------------------------------------------------------------------------
@@ -723,11 +723,11 @@ private:
     void offer(const QString &runtimeVersion) { answer(manifestWith(runtimeVersion)); }
 
     void answer(const QString &body) {
-        m_server->on(manifestPath, support::answer(200, body.toUtf8()));
-        onlineUrl = m_server->url(manifestPath).toString();
+        server->on(manifestPath, support::answer(200, body.toUtf8()));
+        onlineUrl = server->url(manifestPath).toString();
     }
 
-    std::unique_ptr<support::ScriptedServer> m_server;
+    std::unique_ptr<support::ScriptedServer> server;
 };
 
 QUORVANE_TEST_MAIN(QCoreApplication, UpdatePromptsTest)

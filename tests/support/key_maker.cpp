@@ -5,7 +5,7 @@
 namespace support {
 
 KeyPair::KeyPair(std::shared_ptr<PrivateKey> key)
-    : m_key(std::move(key)) {}
+    : secret(std::move(key)) {}
 
 QString KeyPair::publicPem() const {
     const QByteArray body = publicDer().toBase64();

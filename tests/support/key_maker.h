@@ -35,7 +35,7 @@ public:
 
 private:
     explicit KeyPair(std::shared_ptr<PrivateKey> key);
-    std::shared_ptr<PrivateKey> m_key;
+    std::shared_ptr<PrivateKey> secret;
 };
 
 // The smallest number whose cube is at least `target`, big-endian and `size` bytes long: the forged

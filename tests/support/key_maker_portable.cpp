@@ -75,29 +75,29 @@ KeyPair KeyPair::ellipticCurve() {
 }
 
 QByteArray KeyPair::publicDer() const {
-    QByteArray der(i2d_PUBKEY(m_key->evp.get(), nullptr), '\0');
+    QByteArray der(i2d_PUBKEY(secret->evp.get(), nullptr), '\0');
     unsigned char *at = out(der);
-    i2d_PUBKEY(m_key->evp.get(), &at);
+    i2d_PUBKEY(secret->evp.get(), &at);
     return der;
 }
 
 QByteArray KeyPair::modulus() const {
     BIGNUM *modulus = nullptr;
-    if (EVP_PKEY_get_bn_param(m_key->evp.get(), OSSL_PKEY_PARAM_RSA_N, &modulus) != 1)
+    if (EVP_PKEY_get_bn_param(secret->evp.get(), OSSL_PKEY_PARAM_RSA_N, &modulus) != 1)
         qFatal("not an RSA key");
     const Number owner(modulus);
     return bytesOf(modulus, size());
 }
 
 int KeyPair::size() const {
-    return EVP_PKEY_get_size(m_key->evp.get());
+    return EVP_PKEY_get_size(secret->evp.get());
 }
 
 QByteArray KeyPair::sign(const QByteArray &data) const {
     const DigestContext context(EVP_MD_CTX_new());
     QByteArray signature(size(), '\0');
     size_t length = static_cast<size_t>(signature.size());
-    if (EVP_DigestSignInit(context.get(), nullptr, EVP_sha256(), nullptr, m_key->evp.get()) != 1 ||
+    if (EVP_DigestSignInit(context.get(), nullptr, EVP_sha256(), nullptr, secret->evp.get()) != 1 ||
         EVP_DigestSign(context.get(), out(signature), &length, in(data),
                        static_cast<size_t>(data.size())) != 1)
         qFatal("cannot sign");
@@ -106,7 +106,7 @@ QByteArray KeyPair::sign(const QByteArray &data) const {
 }
 
 QByteArray KeyPair::signRawBlock(const QByteArray &block) const {
-    const Context context(EVP_PKEY_CTX_new(m_key->evp.get(), nullptr));
+    const Context context(EVP_PKEY_CTX_new(secret->evp.get(), nullptr));
     QByteArray signature(size(), '\0');
     size_t length = static_cast<size_t>(signature.size());
     if (EVP_PKEY_sign_init(context.get()) != 1 ||

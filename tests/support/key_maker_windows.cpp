@@ -129,15 +129,15 @@ KeyPair KeyPair::ellipticCurve() {
 }
 
 QByteArray KeyPair::publicDer() const {
-    return m_key->publicDer;
+    return secret->publicDer;
 }
 
 QByteArray KeyPair::modulus() const {
-    return bytesOf(m_key->modulus, size());
+    return bytesOf(secret->modulus, size());
 }
 
 int KeyPair::size() const {
-    return static_cast<int>(gcry_mpi_get_nbits(m_key->modulus.get()) + 7) / 8;
+    return static_cast<int>(gcry_mpi_get_nbits(secret->modulus.get()) + 7) / 8;
 }
 
 QByteArray KeyPair::sign(const QByteArray &data) const {
@@ -149,8 +149,8 @@ QByteArray KeyPair::sign(const QByteArray &data) const {
 
 QByteArray KeyPair::signRawBlock(const QByteArray &block) const {
     const Number signature = zero();
-    gcry_mpi_powm(signature.get(), numberOf(block).get(), m_key->privateExponent.get(),
-                  m_key->modulus.get());
+    gcry_mpi_powm(signature.get(), numberOf(block).get(), secret->privateExponent.get(),
+                  secret->modulus.get());
     return bytesOf(signature, size());
 }
 

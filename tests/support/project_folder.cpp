@@ -15,7 +15,7 @@ void openForWriting(QFile &file) {
 } // namespace
 
 QString ProjectFolder::path(const QString &name) const {
-    return m_folder.filePath(name);
+    return folder.filePath(name);
 }
 
 QString ProjectFolder::write(const QString &name, const QByteArray &content) const {

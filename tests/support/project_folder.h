@@ -22,7 +22,7 @@ public:
     [[nodiscard]] QByteArray read(const QString &name) const;
 
 private:
-    QTemporaryDir m_folder;
+    QTemporaryDir folder;
 };
 
 } // namespace support

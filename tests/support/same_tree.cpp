@@ -11,7 +11,7 @@ using namespace ast;
 class Comparison {
 public:
     explicit Comparison(Positions positions)
-        : m_comparesPositions(positions == Positions::Compared) {}
+        : comparesPositions(positions == Positions::Compared) {}
 
     template<typename Node>
     bool same(const std::shared_ptr<Node> &a, const std::shared_ptr<Node> &b) const {
@@ -66,7 +66,7 @@ public:
 private:
     template<typename Node>
     bool samePosition(const Node &a, const Node &b) const {
-        return !m_comparesPositions || (a.line == b.line && a.column == b.column);
+        return !comparesPositions || (a.line == b.line && a.column == b.column);
     }
 
     // True also for statements of another class.
@@ -123,7 +123,7 @@ private:
         return same(a.value, b.value) && same(a.cases, b.cases);
     }
 
-    bool m_comparesPositions;
+    bool comparesPositions;
 };
 
 } // namespace

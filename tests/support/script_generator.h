@@ -12,7 +12,7 @@ namespace support {
 class ScriptGenerator {
 public:
     explicit ScriptGenerator(quint32 seed)
-        : m_random(seed) {}
+        : dice(seed) {}
 
     // A script that the parser accepts without a message, of a few dozen statements at most.
     QString script();
@@ -27,7 +27,7 @@ public:
     QString noise(int words);
 
     // A number from 0 to `limit` - 1.
-    int below(int limit) { return int(m_random() % quint32(limit)); }
+    int below(int limit) { return int(dice() % quint32(limit)); }
 
 private:
     bool chance(int percent) { return below(100) < percent; }
@@ -48,7 +48,7 @@ private:
     QString switchStatement(int depth);
     QString function(int depth);
 
-    std::mt19937 m_random;
+    std::mt19937 dice;
 };
 
 } // namespace support

@@ -88,42 +88,42 @@ ScriptedServer::ScriptedServer() {
 }
 
 ScriptedServer::ScriptedServer(const TlsSetup &tls)
-    : m_isTls(true)
-    , m_setup(tls)
-    , m_context(tls::makeContext(tls)) {
+    : isTls(true)
+    , tlsSetup(tls)
+    , context(tls::makeContext(tls)) {
     listenOn();
 }
 
 ScriptedServer::~ScriptedServer() {
     {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_stop = true;
-        for (const int socket : m_sockets)
+        const std::lock_guard<std::mutex> lock(guard);
+        stop = true;
+        for (const int socket : openSockets)
             sockets::endBoth(socket);
     }
-    m_stopped.notify_all();
-    sockets::stopListening(m_listener);
-    m_accepter.join();
-    for (std::thread &connection : m_connections)
+    stopped.notify_all();
+    sockets::stopListening(listener);
+    accepter.join();
+    for (std::thread &connection : connections)
         connection.join();
-    sockets::close(m_listener);
-    if (m_context != nullptr)
-        tls::freeContext(m_context);
+    sockets::close(listener);
+    if (context != nullptr)
+        tls::freeContext(context);
 }
 
 void ScriptedServer::on(const QByteArray &path, const ServerScript &script) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_scripts.insert(path, script);
+    const std::lock_guard<std::mutex> lock(guard);
+    scripts.insert(path, script);
 }
 
 QUrl ScriptedServer::url(const QString &path) const {
     return QUrl(QStringLiteral("%1://localhost:%2%3")
-                    .arg(m_isTls ? "https" : "http", QString::number(m_port), path));
+                    .arg(isTls ? "https" : "http", QString::number(portNumber), path));
 }
 
 QList<QByteArray> ScriptedServer::requests() const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_requests;
+    const std::lock_guard<std::mutex> lock(guard);
+    return heads;
 }
 
 QStringList ScriptedServer::paths() const {
@@ -134,39 +134,39 @@ QStringList ScriptedServer::paths() const {
 }
 
 void ScriptedServer::listenOn() {
-    m_listener = sockets::listenOnLoopback(&m_port);
-    m_accepter = std::thread([this] { acceptAll(); });
+    listener = sockets::listenOnLoopback(&portNumber);
+    accepter = std::thread([this] { acceptAll(); });
 }
 
 void ScriptedServer::acceptAll() {
     for (;;) {
-        const int socket = sockets::accept(m_listener);
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (socket < 0 || m_stop) {
+        const int socket = sockets::accept(listener);
+        const std::lock_guard<std::mutex> lock(guard);
+        if (socket < 0 || stop) {
             if (socket >= 0)
                 sockets::close(socket);
             return;
         }
-        m_sockets.insert(socket);
-        m_connections.emplace_back([this, socket] { serve(socket); });
+        openSockets.insert(socket);
+        connections.emplace_back([this, socket] { serve(socket); });
     }
 }
 
 void ScriptedServer::serve(int socket) {
-    if (m_isTls)
+    if (isTls)
         handshakeAndServe(socket);
     else
         serveRequest(socket, nullptr);
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_sockets.erase(socket);
+    const std::lock_guard<std::mutex> lock(guard);
+    openSockets.erase(socket);
     sockets::close(socket);
 }
 
 void ScriptedServer::handshakeAndServe(int socket) {
     sockets::waitForFirstByte(socket);
-    if (!play(m_setup.beforeHandshake, socket, nullptr))
+    if (!play(tlsSetup.beforeHandshake, socket, nullptr))
         return;
-    if (ssl_st *const connection = tls::handshake(m_context, socket)) {
+    if (ssl_st *const connection = tls::handshake(context, socket)) {
         serveRequest(socket, connection);
         tls::freeConnection(connection);
     }
@@ -177,8 +177,8 @@ void ScriptedServer::serveRequest(int socket, ssl_st *tls) {
     if (head.isEmpty())
         return;
     {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_requests += head;
+        const std::lock_guard<std::mutex> lock(guard);
+        heads += head;
     }
     if (!play(scriptFor(head.split(' ').value(1)), socket, tls))
         return;
@@ -201,9 +201,9 @@ bool ScriptedServer::play(const ServerScript &script, int socket, ssl_st *tls) {
                 return false;
             break;
         case ServerStep::Pause: {
-            std::unique_lock<std::mutex> lock(m_mutex);
-            if (m_stopped.wait_for(lock, std::chrono::milliseconds(step.milliseconds),
-                                   [this] { return m_stop; }))
+            std::unique_lock<std::mutex> lock(guard);
+            if (stopped.wait_for(lock, std::chrono::milliseconds(step.milliseconds),
+                                 [this] { return stop; }))
                 return false;
             break;
         }
@@ -224,9 +224,9 @@ bool ScriptedServer::play(const ServerScript &script, int socket, ssl_st *tls) {
 }
 
 ServerScript ScriptedServer::scriptFor(const QByteArray &path) const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = m_scripts.constFind(path);
-    return found == m_scripts.constEnd() ? answer(404, "not found") : *found;
+    const std::lock_guard<std::mutex> lock(guard);
+    const auto found = scripts.constFind(path);
+    return found == scripts.constEnd() ? answer(404, "not found") : *found;
 }
 
 } // namespace support

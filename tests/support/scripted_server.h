@@ -84,7 +84,7 @@ public:
     // The script for requests of this path (with its query, if any); 404 where there is none.
     void on(const QByteArray &path, const ServerScript &script);
 
-    [[nodiscard]] quint16 port() const { return m_port; }
+    [[nodiscard]] quint16 port() const { return portNumber; }
     // On "localhost".
     [[nodiscard]] QUrl url(const QString &path) const;
     // The heads of all requests so far, in the order of their arrival.
@@ -101,19 +101,19 @@ private:
     [[nodiscard]] bool play(const ServerScript &script, int socket, ssl_st *tls);
     [[nodiscard]] ServerScript scriptFor(const QByteArray &path) const;
 
-    int m_listener = -1;
-    quint16 m_port = 0;
-    bool m_isTls = false;
-    TlsSetup m_setup;
-    ssl_ctx_st *m_context = nullptr;
-    mutable std::mutex m_mutex;
-    std::condition_variable m_stopped;
-    bool m_stop = false;
-    std::set<int> m_sockets;
-    std::vector<std::thread> m_connections;
-    QMap<QByteArray, ServerScript> m_scripts;
-    QList<QByteArray> m_requests;
-    std::thread m_accepter;
+    int listener = -1;
+    quint16 portNumber = 0;
+    bool isTls = false;
+    TlsSetup tlsSetup;
+    ssl_ctx_st *context = nullptr;
+    mutable std::mutex guard;
+    std::condition_variable stopped;
+    bool stop = false;
+    std::set<int> openSockets;
+    std::vector<std::thread> connections;
+    QMap<QByteArray, ServerScript> scripts;
+    QList<QByteArray> heads;
+    std::thread accepter;
 };
 
 } // namespace support

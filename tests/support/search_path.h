@@ -12,11 +12,11 @@ namespace support {
 class SearchPath {
 public:
     explicit SearchPath(bool keepsOthers)
-        : m_before(qgetenv("PATH")) {
-        const QByteArray own = QFile::encodeName(m_folder.path());
-        qputenv("PATH", keepsOthers ? own + ":" + m_before : own);
+        : before(qgetenv("PATH")) {
+        const QByteArray own = QFile::encodeName(folder.path());
+        qputenv("PATH", keepsOthers ? own + ":" + before : own);
     }
-    ~SearchPath() { qputenv("PATH", m_before); }
+    ~SearchPath() { qputenv("PATH", before); }
     SearchPath(const SearchPath &) = delete;
     SearchPath &operator=(const SearchPath &) = delete;
 
@@ -29,7 +29,7 @@ public:
         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 
-    [[nodiscard]] QString filePath(const QString &name) const { return m_folder.filePath(name); }
+    [[nodiscard]] QString filePath(const QString &name) const { return folder.filePath(name); }
 
     // What a script wrote to a file beside it.
     [[nodiscard]] QByteArray read(const QString &name) const {
@@ -38,8 +38,8 @@ public:
     }
 
 private:
-    QByteArray m_before;
-    QTemporaryDir m_folder;
+    QByteArray before;
+    QTemporaryDir folder;
 };
 
 } // namespace support

@@ -200,7 +200,7 @@ void setInFirst(QJsonObject &manifest, const QString &list, const QString &key,
 class Scrambler {
 public:
     explicit Scrambler(quint32 seed)
-        : m_random(seed) {}
+        : random(seed) {}
 
     QString text(const QJsonValue &value) {
         if (value.isObject())
@@ -214,16 +214,16 @@ public:
 private:
     QString blank() {
         static const char *const blanks[] = {"", " ", "\n", "\t", "\r\n", "    "};
-        return QLatin1String(blanks[m_random.bounded(6)]);
+        return QLatin1String(blanks[random.bounded(6)]);
     }
 
     QString object(const QJsonObject &object) {
         QStringList members{
-            QStringLiteral("\"unlisted%1\":[1,{\"runtime\":2}]").arg(m_random.bounded(1000))};
+            QStringLiteral("\"unlisted%1\":[1,{\"runtime\":2}]").arg(random.bounded(1000))};
         for (auto it = object.begin(); it != object.end(); ++it)
             members += blank() + text(it.key()) + blank() + ":" + blank() + text(it.value());
         for (int i = members.size() - 1; i > 0; --i)
-            members.swapItemsAt(i, m_random.bounded(i + 1));
+            members.swapItemsAt(i, random.bounded(i + 1));
         return "{" + members.join(blank() + "," + blank()) + blank() + "}";
     }
 
@@ -234,7 +234,7 @@ private:
         return "[" + blank() + elements.join(blank() + "," + blank()) + "]";
     }
 
-    QRandomGenerator m_random;
+    QRandomGenerator random;
 };
 
 } // namespace

@@ -13,17 +13,17 @@ class ConformanceTest : public QObject {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_folder;
-    QJsonObject m_kit;
+    QTemporaryDir folder;
+    QJsonObject kit;
 
-    QString keyPath(const QString &name) const { return m_folder.filePath(name); }
+    QString keyPath(const QString &name) const { return folder.filePath(name); }
 
 private slots:
     void initTestCase() {
         QFile file(QStringLiteral(UPDATE_DATA "/vectors.json"));
         QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
-        m_kit = QJsonDocument::fromJson(file.readAll()).object();
-        const QJsonObject keys = m_kit.value("keys").toObject();
+        kit = QJsonDocument::fromJson(file.readAll()).object();
+        const QJsonObject keys = kit.value("keys").toObject();
         for (auto key = keys.begin(); key != keys.end(); ++key) {
             QFile keyFile(keyPath(key.key()));
             QVERIFY(keyFile.open(QIODevice::WriteOnly));
@@ -33,7 +33,7 @@ private slots:
 
     void vectors_data() {
         QTest::addColumn<QJsonObject>("vector");
-        const QJsonArray vectors = m_kit.value("vectors").toArray();
+        const QJsonArray vectors = kit.value("vectors").toArray();
         QVERIFY(vectors.size() >= 100);
         for (const QJsonValue &vector : vectors)
             QTest::newRow(qPrintable(vector["name"].toString())) << vector.toObject();

@@ -66,14 +66,14 @@ class HttpFetchNginxTest : public QObject {
     Q_OBJECT
 
 private:
-    support::SearchPath m_path{false}; // no external client, so that failures stay failures
-    QTemporaryDir m_folder;
-    QProcess m_nginx;
-    quint16 m_port = freePort();
-    const QByteArray m_large = QByteArray("0123456789abcde\n").repeated(2 * 1024 * 1024);
+    support::SearchPath searchPath{false}; // no external client, so that failures stay failures
+    QTemporaryDir folder;
+    QProcess nginx;
+    quint16 port = freePort();
+    const QByteArray large = QByteArray("0123456789abcde\n").repeated(2 * 1024 * 1024);
 
     void write(const QString &name, const QByteArray &content) const {
-        const QString path = m_folder.filePath(name);
+        const QString path = folder.filePath(name);
         QVERIFY(QDir().mkpath(QFileInfo(path).path()));
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
@@ -81,18 +81,18 @@ private:
     }
 
     QUrl url(const QString &path) const {
-        return QUrl(QStringLiteral("https://localhost:%1%2").arg(QString::number(m_port), path));
+        return QUrl(QStringLiteral("https://localhost:%1%2").arg(QString::number(port), path));
     }
 
     bool answers() const {
         QTcpSocket socket;
-        socket.connectToHost(QHostAddress(QHostAddress::LocalHost), m_port);
+        socket.connectToHost(QHostAddress(QHostAddress::LocalHost), port);
         return socket.waitForConnected(1000);
     }
 
     // The bytes that the server has written, to its log too.
     qint64 written() const {
-        QFile counts(QStringLiteral("/proc/%1/io").arg(m_nginx.processId()));
+        QFile counts(QStringLiteral("/proc/%1/io").arg(nginx.processId()));
         if (!counts.open(QIODevice::ReadOnly))
             return 0;
         const QByteArray line = counts.readAll().split('\n').value(1);
@@ -122,24 +122,24 @@ private slots:
 
         write("server.pem", certificate.pem);
         write("server.key", certificate.keyPem);
-        write("nginx.conf", QString::fromLatin1(configuration)
-                                .arg(m_folder.path(), QString::number(m_port))
-                                .toUtf8());
+        write(
+            "nginx.conf",
+            QString::fromLatin1(configuration).arg(folder.path(), QString::number(port)).toUtf8());
         write("www/Quorvaner/Update/manifest.json", "{\"schemaVersion\": 1}\n");
-        write("www/large.zip", m_large);
+        write("www/large.zip", large);
         write("www/empty.json", "");
         write(QStringLiteral("www/产线 三.zip"), "Chinese");
         write("www/slow/package.zip", QByteArray(400000, 'x'));
-        m_nginx.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_nginx.start(program, {"-p", m_folder.path(), "-e", m_folder.filePath("error.log"), "-c",
-                                m_folder.filePath("nginx.conf")});
-        QVERIFY(m_nginx.waitForStarted());
+        nginx.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        nginx.start(program, {"-p", folder.path(), "-e", folder.filePath("error.log"), "-c",
+                              folder.filePath("nginx.conf")});
+        QVERIFY(nginx.waitForStarted());
         QTRY_VERIFY_WITH_TIMEOUT(answers(), 10000);
     }
 
     void cleanupTestCase() {
-        m_nginx.terminate();
-        m_nginx.waitForFinished(10000);
+        nginx.terminate();
+        nginx.waitForFinished(10000);
     }
 
     void aManifest() {
@@ -156,12 +156,12 @@ private slots:
     }
 
     void aPackageOf32Megabytes() {
-        const QString path = m_folder.filePath("cache/large.zip");
+        const QString path = folder.filePath("cache/large.zip");
         QString error;
         QVERIFY2(downloadToFile(url("/large.zip"), path, &error), qPrintable(error));
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY(file.readAll() == m_large);
+        QVERIFY(file.readAll() == large);
     }
 
     void aChineseName() {
@@ -200,7 +200,7 @@ private slots:
         QVERIFY(result.ok);
         QCOMPARE(result.statusCode, 302);
         QVERIFY(result.body.contains("302 Found"));
-        QFile log(m_folder.filePath("access.log"));
+        QFile log(folder.filePath("access.log"));
         QVERIFY(log.open(QIODevice::ReadOnly));
         QCOMPARE(log.readAll().count("GET /loop "), 9);
     }
@@ -216,20 +216,20 @@ private slots:
         std::thread canceller =
             onceABodyFlows([&flag] { flag.store(1, std::memory_order_relaxed); });
         QString error;
-        QVERIFY(!downloadToFile(url("/slow/package.zip"), m_folder.filePath("x"), &error, &flag));
+        QVERIFY(!downloadToFile(url("/slow/package.zip"), folder.filePath("x"), &error, &flag));
         canceller.join();
         QCOMPARE(error, QStringLiteral("cancelled"));
     }
 
     void theServerGoesAway() {
-        const auto server = static_cast<pid_t>(m_nginx.processId());
+        const auto server = static_cast<pid_t>(nginx.processId());
         std::thread killer = onceABodyFlows([server] { ::kill(server, SIGKILL); });
         const FetchResult result = fetchUrl(url("/slow/package.zip"), plenty, 8);
         killer.join();
         QVERIFY(!result.ok);
         QCOMPARE(result.error, QStringLiteral("Connection closed (HTTP 200) URL: %1")
                                    .arg(url("/slow/package.zip").toString()));
-        QTRY_COMPARE(m_nginx.state(), QProcess::NotRunning);
+        QTRY_COMPARE(nginx.state(), QProcess::NotRunning);
         QCOMPARE(fetchUrl(url("/moved"), plenty, 8).error,
                  QStringLiteral("Connection refused URL: %1").arg(url("/moved").toString()));
     }

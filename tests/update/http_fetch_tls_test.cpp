@@ -105,7 +105,7 @@ class HttpFetchTlsTest : public QObject {
     Q_OBJECT
 
 private:
-    support::SearchPath m_path{false};
+    support::SearchPath path{false};
 
     static void trust(const QList<QByteArray> &pems) {
         QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();

@@ -57,8 +57,8 @@ class HttpsFallbackTest : public QObject {
     Q_OBJECT
 
 private:
-    const support::Certificate m_authority = support::makeAuthority();
-    const support::Certificate m_certificate = support::makeCertificate({}, &m_authority);
+    const support::Certificate authority = support::makeAuthority();
+    const support::Certificate certificate = support::makeCertificate({}, &authority);
 
     void refuse(const Fetched &fetched, const QString &error) {
         QVERIFY(!fetched.ok);
@@ -325,7 +325,7 @@ private slots:
         SearchPath path(false);
         path.addScript("curl", findsTarget + "echo called >> \"$here/log\"\n"
                                              "printf body > \"$target\"\nprintf 200\n");
-        ScriptedServer server(support::tlsWith(m_certificate)); // trusted by nobody here
+        ScriptedServer server(support::tlsWith(certificate)); // trusted by nobody here
         const FetchResult result = fetchUrl(server.url("/a"), timeout, 8);
         QVERIFY(result.ok);
         QCOMPARE(result.body, QByteArray("body"));
@@ -338,7 +338,7 @@ private slots:
     void aSchemeInCapitalsCounts() {
         SearchPath path(false);
         path.addScript("curl", findsTarget + "printf body > \"$target\"\nprintf 200\n");
-        ScriptedServer server(support::tlsWith(m_certificate));
+        ScriptedServer server(support::tlsWith(certificate));
         const QUrl capitals("HTTPS" + server.url("/a").toString().mid(5));
         QVERIFY(fetchUrl(capitals, timeout, 8).ok);
     }
@@ -347,7 +347,7 @@ private slots:
         SearchPath path(false);
         path.addScript("curl", "for last; do :; done\nprintf %s \"$last\" > \"$here/log\"\n");
         ScriptedServer plain;
-        ScriptedServer server(support::tlsWith(m_certificate));
+        ScriptedServer server(support::tlsWith(certificate));
         plain.on("/a", support::redirect(302, server.url("/b").toEncoded()));
         QVERIFY(!fetchUrl(plain.url("/a"), timeout, 8).ok);
         QCOMPARE(path.read("log"), server.url("/b").toEncoded());
@@ -356,7 +356,7 @@ private slots:
     void theLibrarysTextStandsIfTheClientFailsToo() {
         SearchPath path(false);
         path.addScript("curl", "echo 'curl: (22) 404' >&2; exit 22\n");
-        ScriptedServer server(support::tlsWith(m_certificate));
+        ScriptedServer server(support::tlsWith(certificate));
         const FetchResult result = fetchUrl(server.url("/a"), timeout, 8);
         QVERIFY(!result.ok);
         QCOMPARE(result.error,
@@ -371,10 +371,10 @@ private slots:
         const QString bundle = support::stageRoot() + "/authority.pem";
         QFile file(bundle);
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(m_authority.pem);
+        file.write(authority.pem);
         file.close();
         qputenv("CURL_CA_BUNDLE", QFile::encodeName(bundle));
-        ScriptedServer server(support::tlsWith(m_certificate));
+        ScriptedServer server(support::tlsWith(certificate));
         server.on("/a%20b?x='1'", answer(200, "body"));
         server.on("/r", support::redirect(302, "/s"));
         server.on("/s", answer(203, "there"));

@@ -76,12 +76,12 @@ class ManifestSignatureTest : public QObject {
     Q_OBJECT
 
 private:
-    const KeyPair m_key = KeyPair::rsa(2048);
-    QTemporaryDir m_folder;
-    QString m_keyPath;
+    const KeyPair signer = KeyPair::rsa(2048);
+    QTemporaryDir keyFolder;
+    QString publicKeyPath;
 
     QString write(const QString &name, const QByteArray &bytes) {
-        QFile file(m_folder.filePath(name));
+        QFile file(keyFolder.filePath(name));
         if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
             qFatal("cannot write %s", qPrintable(name));
         return file.fileName();
@@ -95,29 +95,30 @@ private:
     }
 
 private slots:
-    void initTestCase() { m_keyPath = write("update.pub", m_key.publicPem().toUtf8()); }
+    void initTestCase() { publicKeyPath = write("update.pub", signer.publicPem().toUtf8()); }
 
     // --- what passes
 
     void aSignedManifestIsVerified() {
         const VerifyResult result =
-            verifyManifest(support::signedManifest(support::fullManifest(), m_key), m_keyPath);
+            verifyManifest(support::signedManifest(support::fullManifest(), signer), publicKeyPath);
         QCOMPARE(result.message, verified);
         QVERIFY(result.ok);
     }
 
     void aSignatureOverNothingIsVerified() {
-        const VerifyResult result = verifyManifest(support::signedManifest({}, m_key), m_keyPath);
+        const VerifyResult result =
+            verifyManifest(support::signedManifest({}, signer), publicKeyPath);
         QCOMPARE(result.message, verified);
         QVERIFY(result.ok);
     }
 
     void aReversedSignatureIsVerifiedWithoutAWord() {
         const QString manifest = support::jsonText(support::fullManifest());
-        QByteArray signature = m_key.sign(canonicalManifestText(manifest).toUtf8());
+        QByteArray signature = signer.sign(canonicalManifestText(manifest).toUtf8());
         std::reverse(signature.begin(), signature.end());
         const VerifyResult result =
-            verifyManifestSignature(manifest, signature.toBase64(), m_keyPath);
+            verifyManifestSignature(manifest, signature.toBase64(), publicKeyPath);
         QCOMPARE(result.message, verified);
         QVERIFY(result.ok);
     }
@@ -128,30 +129,30 @@ private slots:
             const QString path = write("large.pub", key.publicPem().toUtf8());
             const QString manifest = support::signedManifest(support::fullManifest(), key);
             QVERIFY(verifyManifest(manifest, path).ok);
-            QCOMPARE(support::withWindowsNumbers(verifyManifest(manifest, m_keyPath).message),
-                     refusal(manifest, bits / 8, m_keyPath));
+            QCOMPARE(support::withWindowsNumbers(verifyManifest(manifest, publicKeyPath).message),
+                     refusal(manifest, bits / 8, publicKeyPath));
         }
     }
 
     void whatIsNotSignedMayChange() {
-        QJsonObject manifest = objectOf(support::signedManifest(support::fullManifest(), m_key));
+        QJsonObject manifest = objectOf(support::signedManifest(support::fullManifest(), signer));
         for (const char *component : {"runtime", "launcher", "editor", "pythonTools"})
             manifest = replaced(manifest, QStringLiteral("/%1/version").arg(component), "99.0.0");
         manifest.insert("notes", "added later");
         const QString text = QString::fromUtf8(QJsonDocument(manifest).toJson());
-        QCOMPARE(verifyManifest(text, m_keyPath).message, verified);
+        QCOMPARE(verifyManifest(text, publicKeyPath).message, verified);
     }
 
     void base64MayHoldStrayCharacters() {
         const QString manifest = support::jsonText(support::fullManifest());
-        const QByteArray base64 = m_key.sign(canonicalManifestText(manifest).toUtf8()).toBase64();
+        const QByteArray base64 = signer.sign(canonicalManifestText(manifest).toUtf8()).toBase64();
         QString text = QString::fromLatin1(base64);
         text.insert(100, " \n-*\t").prepend(QStringLiteral("　 ")).append("\r\n");
-        QCOMPARE(verifyManifestSignature(manifest, text, m_keyPath).message, verified);
+        QCOMPARE(verifyManifestSignature(manifest, text, publicKeyPath).message, verified);
     }
 
     void anEmptyKeyPathMeansTheInstalledKey() {
-        const QString manifest = support::signedManifest(support::fullManifest(), m_key);
+        const QString manifest = support::signedManifest(support::fullManifest(), signer);
         AppPaths::initialize();
         const QString missing = AppPaths::updatePublicKeyPath();
         QVERIFY(missing.startsWith(support::stageRoot()));
@@ -159,7 +160,7 @@ private slots:
                  QStringLiteral("update public key not found: %1").arg(missing));
         const QDir program(QCoreApplication::applicationDirPath());
         QVERIFY(program.mkpath("config"));
-        QVERIFY(QFile::copy(m_keyPath, program.filePath("config/update.pub")));
+        QVERIFY(QFile::copy(publicKeyPath, program.filePath("config/update.pub")));
         QCOMPARE(verifyManifest(manifest).message, verified);
     }
 
@@ -176,31 +177,33 @@ private slots:
     void everySignedPlaceIsGuarded() {
         QFETCH(QString, place);
         const QJsonObject manifest =
-            objectOf(support::signedManifest(support::fullManifest(), m_key));
+            objectOf(support::signedManifest(support::fullManifest(), signer));
         const QString tampered = support::jsonText(replaced(manifest, place, "tampered"));
-        const VerifyResult result = verifyManifest(tampered, m_keyPath);
+        const VerifyResult result = verifyManifest(tampered, publicKeyPath);
         QVERIFY(!result.ok);
-        QCOMPARE(support::withWindowsNumbers(result.message), refusal(tampered, 256, m_keyPath));
+        QCOMPARE(support::withWindowsNumbers(result.message),
+                 refusal(tampered, 256, publicKeyPath));
     }
 
     void anotherPublishersKey() {
         const QString manifest =
             support::signedManifest(support::fullManifest(), KeyPair::rsa(2048));
-        const VerifyResult result = verifyManifest(manifest, m_keyPath);
+        const VerifyResult result = verifyManifest(manifest, publicKeyPath);
         QVERIFY(!result.ok);
-        QCOMPARE(support::withWindowsNumbers(result.message), refusal(manifest, 256, m_keyPath));
+        QCOMPARE(support::withWindowsNumbers(result.message),
+                 refusal(manifest, 256, publicKeyPath));
     }
 
     void aSignatureOfFewBytesReachesTheAttempts() {
         const QString manifest = support::jsonText(support::fullManifest());
-        const VerifyResult result = verifyManifestSignature(manifest, "!!AAAA!!", m_keyPath);
+        const VerifyResult result = verifyManifestSignature(manifest, "!!AAAA!!", publicKeyPath);
         QVERIFY(!result.ok);
-        QCOMPARE(support::withWindowsNumbers(result.message), refusal(manifest, 3, m_keyPath));
+        QCOMPARE(support::withWindowsNumbers(result.message), refusal(manifest, 3, publicKeyPath));
     }
 
     // Texts from outside may look like places to fill in.
     void percentSignsInAPathStayAsTheyAre() {
-        const QString path = write("%1%2%3%4.pub", m_key.publicPem().toUtf8());
+        const QString path = write("%1%2%3%4.pub", signer.publicPem().toUtf8());
         const QString manifest = support::jsonText(support::fullManifest());
         QCOMPARE(
             support::withWindowsNumbers(verifyManifestSignature(manifest, "AAAA", path).message),
@@ -216,7 +219,7 @@ private slots:
         QTest::addColumn<QString>("message");
         write("empty.pub", "");
         write("noblock.pub", "just text");
-        const QString folder = m_folder.path() + "/";
+        const QString folder = keyFolder.path() + "/";
         QDir(folder).mkpath("folder.pub");
         QTest::newRow("no manifest") << ""
                                      << ""
@@ -274,7 +277,7 @@ private slots:
         QFETCH(QString, keyFile);
         QFETCH(QString, message);
         const VerifyResult result =
-            verifyManifestSignature(manifest, signature, m_folder.filePath(keyFile));
+            verifyManifestSignature(manifest, signature, keyFolder.filePath(keyFile));
         QVERIFY(!result.ok);
         QCOMPARE(result.message, message);
     }
@@ -299,7 +302,7 @@ private slots:
     void aManifestWithoutItsSignature() {
         QFETCH(QString, manifest);
         QFETCH(QString, message);
-        const VerifyResult result = verifyManifest(manifest, m_keyPath);
+        const VerifyResult result = verifyManifest(manifest, publicKeyPath);
         QVERIFY(!result.ok);
         QCOMPARE(result.message, message);
     }
@@ -307,8 +310,8 @@ private slots:
     // --- the manifest that is handed on
 
     void aProvenManifestIsHandedOnAsItWasParsed() {
-        const QString text = support::signedManifest(support::fullManifest(), m_key);
-        const ManifestProof proof = proveManifest(text, m_keyPath);
+        const QString text = support::signedManifest(support::fullManifest(), signer);
+        const ManifestProof proof = proveManifest(text, publicKeyPath);
         QVERIFY(proof.result.ok);
         QCOMPARE(proof.result.message, verified);
         QVERIFY(proof.manifest.has_value());
@@ -318,7 +321,7 @@ private slots:
 
     void aTextThatIsNoManifestHandsNothingOn() {
         for (const QString &text : {QString(), QString("{"), QString("[]"), QString("5")}) {
-            const ManifestProof proof = proveManifest(text, m_keyPath);
+            const ManifestProof proof = proveManifest(text, publicKeyPath);
             QCOMPARE(proof.result.message, QString("manifest JSON is invalid"));
             QVERIFY(!proof.manifest.has_value());
         }
@@ -337,31 +340,31 @@ private slots:
             for (const QJsonValue &value : values) {
                 const QJsonObject manifest = replaced(support::fullManifest(), place, value);
                 const VerifyResult result =
-                    verifyManifest(support::signedManifest(manifest, m_key), m_keyPath);
+                    verifyManifest(support::signedManifest(manifest, signer), publicKeyPath);
                 QVERIFY2(result.ok, qPrintable(place));
             }
         }
     }
 
     void invalidUtf8IsRefused() {
-        QByteArray bytes = support::signedManifest(support::fullManifest(), m_key).toUtf8();
+        QByteArray bytes = support::signedManifest(support::fullManifest(), signer).toUtf8();
         bytes.replace("demo", "d\xC3\x28o");
         const QString text = QString::fromUtf8(bytes);
-        QCOMPARE(support::withWindowsNumbers(verifyManifest(text, m_keyPath).message),
-                 refusal(text, 256, m_keyPath));
+        QCOMPARE(support::withWindowsNumbers(verifyManifest(text, publicKeyPath).message),
+                 refusal(text, 256, publicKeyPath));
     }
 
     void aHundredThousandProjectsAreVerified() {
         const QString manifest =
-            support::signedManifest(support::manifestOfProjects(100000), m_key);
-        QCOMPARE(verifyManifest(manifest, m_keyPath).message, verified);
+            support::signedManifest(support::manifestOfProjects(100000), signer);
+        QCOMPARE(verifyManifest(manifest, publicKeyPath).message, verified);
     }
 
     void aManifestOfAHundredMegabytesIsVerified() {
-        const QString manifest = support::signedManifest(support::fullManifest(), m_key);
+        const QString manifest = support::signedManifest(support::fullManifest(), signer);
         const QString notes(100 * 1024 * 1024, 'x');
         const QString text = "{\"notes\":\"" + notes + "\"," + manifest.mid(1);
-        QCOMPARE(verifyManifest(text, m_keyPath).message, verified);
+        QCOMPARE(verifyManifest(text, publicKeyPath).message, verified);
     }
 
     // --- key files
@@ -369,8 +372,8 @@ private slots:
     void keyFiles_data() {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<bool>("decodes");
-        const QByteArray pem = m_key.publicPem().toUtf8();
-        const QByteArray body = m_key.publicDer().toBase64();
+        const QByteArray pem = signer.publicPem().toUtf8();
+        const QByteArray body = signer.publicDer().toBase64();
         const QByteArray begin = "-----BEGIN PUBLIC KEY-----\n";
         const QByteArray end = "\n-----END PUBLIC KEY-----\n";
         const auto with = [&](const char *from, const char *to) {
@@ -409,19 +412,19 @@ private slots:
         QFETCH(QByteArray, content);
         QFETCH(bool, decodes);
         const QString path = write("variant.pub", content);
-        const QString manifest = support::signedManifest(support::fullManifest(), m_key);
+        const QString manifest = support::signedManifest(support::fullManifest(), signer);
         QCOMPARE(verifyManifest(manifest, path).message,
                  decodes ? verified : QStringLiteral("update public key PEM is invalid"));
         if (!content.startsWith("\xEF"))
             QCOMPARE(decodePemBody(QString::fromUtf8(content)),
-                     decodes ? m_key.publicDer() : QByteArray());
+                     decodes ? signer.publicDer() : QByteArray());
     }
 
     void onlyTheFirstBlockCounts() {
         const QString pem = QStringLiteral("-----BEGIN X-----\nAAAA\n-----END X-----\n");
-        QCOMPARE(decodePemBody(pem + m_key.publicPem()), QByteArray(3, '\0'));
-        const QString path = write("first.pub", (pem + m_key.publicPem()).toUtf8());
-        const QString manifest = support::signedManifest(support::fullManifest(), m_key);
+        QCOMPARE(decodePemBody(pem + signer.publicPem()), QByteArray(3, '\0'));
+        const QString path = write("first.pub", (pem + signer.publicPem()).toUtf8());
+        const QString manifest = support::signedManifest(support::fullManifest(), signer);
         QCOMPARE(verifyManifest(manifest, path).message,
                  QStringLiteral("RSA signature verification failed (CryptDecodeObjectEx failed: "
                                 "2148086027), key=%1, canonical_sha256=%2, sig_bytes=256")
@@ -465,13 +468,13 @@ private slots:
     void packageHash() {
         QFETCH(QString, expected);
         QFETCH(QString, message);
-        const VerifyResult result = verifyFileSha256(m_folder.filePath("package.zip"), expected);
+        const VerifyResult result = verifyFileSha256(keyFolder.filePath("package.zip"), expected);
         QCOMPARE(result.message, message);
         QCOMPARE(result.ok, message == "SHA256 verified");
     }
 
     void aPackageThatCannotBeRead() {
-        const VerifyResult result = verifyFileSha256(m_folder.filePath("missing"), "ab");
+        const VerifyResult result = verifyFileSha256(keyFolder.filePath("missing"), "ab");
         QVERIFY(!result.ok);
         QCOMPARE(result.message,
                  support::systemText("No such file or directory", "File not found."));

@@ -66,103 +66,103 @@ class RsaAttemptsTest : public QObject {
     Q_OBJECT
 
 private:
-    ScriptedVerifier m_verifier;
-    QString m_details;
+    ScriptedVerifier verifier;
+    QString details;
 
-    bool run() { return verifyRsaSha256With(m_verifier, key, data, signature, &m_details); }
+    bool run() { return verifyRsaSha256With(verifier, key, data, signature, &details); }
     void reset() {
-        m_verifier.~ScriptedVerifier();
-        new (&m_verifier) ScriptedVerifier;
-        m_details.clear();
+        verifier.~ScriptedVerifier();
+        new (&verifier) ScriptedVerifier;
+        details.clear();
     }
 
 private slots:
     void init() { reset(); }
 
     void theModernInterfacePassesDirectly() {
-        m_verifier.direct = 0;
+        verifier.direct = 0;
         QVERIFY(run());
-        QCOMPARE(m_details, QStringLiteral("BCryptVerifySignature direct"));
-        QCOMPARE(m_verifier.calls, modernCalls.mid(0, 3));
-        QCOMPARE(m_verifier.hash, QCryptographicHash::hash(data, QCryptographicHash::Sha256));
+        QCOMPARE(details, QStringLiteral("BCryptVerifySignature direct"));
+        QCOMPARE(verifier.calls, modernCalls.mid(0, 3));
+        QCOMPARE(verifier.hash, QCryptographicHash::hash(data, QCryptographicHash::Sha256));
     }
 
     void theModernInterfacePassesReversed() {
-        m_verifier.reversed = 0;
+        verifier.reversed = 0;
         QVERIFY(run());
-        QCOMPARE(m_details, QStringLiteral("BCryptVerifySignature reversed-bytes"));
-        QCOMPARE(m_verifier.calls, modernCalls);
+        QCOMPARE(details, QStringLiteral("BCryptVerifySignature reversed-bytes"));
+        QCOMPARE(verifier.calls, modernCalls);
     }
 
     void theLegacyInterfacePassesDirectly() {
-        m_verifier.legacyDirect = {true};
+        verifier.legacyDirect = {true};
         QVERIFY(run());
-        QCOMPARE(m_details, QStringLiteral("CryptVerifySignature direct"));
-        QCOMPARE(m_verifier.calls,
+        QCOMPARE(details, QStringLiteral("CryptVerifySignature direct"));
+        QCOMPARE(verifier.calls,
                  modernCalls + QStringList({"legacy acquire", "legacy decode key", "legacy import",
                                             "legacy verify data abc"}));
     }
 
     void theLegacyInterfacePassesReversed() {
-        m_verifier.legacyReversed = {true};
+        verifier.legacyReversed = {true};
         QVERIFY(run());
-        QCOMPARE(m_details, QStringLiteral("CryptVerifySignature reversed-bytes"));
-        QCOMPARE(m_verifier.calls,
+        QCOMPARE(details, QStringLiteral("CryptVerifySignature reversed-bytes"));
+        QCOMPARE(verifier.calls,
                  modernCalls + QStringList({"legacy acquire", "legacy decode key", "legacy import",
                                             "legacy verify data abc", "legacy verify data cba"}));
     }
 
     void allFourFail() {
-        m_verifier.reversed = 5;
+        verifier.reversed = 5;
         QVERIFY(!run());
-        QCOMPARE(m_details, QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
-                                           "reversed=0x5; CryptVerifySignature direct=11 "
-                                           "reversed=22"));
+        QCOMPARE(details, QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
+                                         "reversed=0x5; CryptVerifySignature direct=11 "
+                                         "reversed=22"));
     }
 
     void aKeyThatDoesNotDecodeNeverReachesTheLegacyInterface() {
-        m_verifier.decode = {false, 2148086027U};
+        verifier.decode = {false, 2148086027U};
         QVERIFY(!run());
-        QCOMPARE(m_details, QStringLiteral("CryptDecodeObjectEx failed: 2148086027"));
-        QCOMPARE(m_verifier.calls, modernCalls.mid(0, 1));
+        QCOMPARE(details, QStringLiteral("CryptDecodeObjectEx failed: 2148086027"));
+        QCOMPARE(verifier.calls, modernCalls.mid(0, 1));
     }
 
     void aKeyThatCannotBeImportedNeverReachesTheLegacyInterface() {
-        m_verifier.import = {false, 7};
+        verifier.import = {false, 7};
         QVERIFY(!run());
-        QCOMPARE(m_details, QStringLiteral("CryptImportPublicKeyInfoEx2 failed: 7"));
-        QCOMPARE(m_verifier.calls, modernCalls.mid(0, 2));
+        QCOMPARE(details, QStringLiteral("CryptImportPublicKeyInfoEx2 failed: 7"));
+        QCOMPARE(verifier.calls, modernCalls.mid(0, 2));
     }
 
     void noLegacyContext() {
-        m_verifier.acquire = {false, 3};
+        verifier.acquire = {false, 3};
         QVERIFY(!run());
-        QCOMPARE(m_details,
+        QCOMPARE(details,
                  QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
                                 "reversed=0xFFFFFFFFC000A000; CryptAcquireContext failed: 3"));
-        QCOMPARE(m_verifier.calls, modernCalls + QStringList("legacy acquire"));
+        QCOMPARE(verifier.calls, modernCalls + QStringList("legacy acquire"));
     }
 
     void theLegacyKeyDoesNotDecode() {
-        m_verifier.legacyDecode = {false, 4};
+        verifier.legacyDecode = {false, 4};
         QVERIFY(!run());
-        QVERIFY(m_details.endsWith(
-            "reversed=0xFFFFFFFFC000A000; CryptDecodeObjectEx(legacy) failed: 4"));
-        QCOMPARE(m_verifier.calls.last(), QStringLiteral("legacy decode key"));
+        QVERIFY(
+            details.endsWith("reversed=0xFFFFFFFFC000A000; CryptDecodeObjectEx(legacy) failed: 4"));
+        QCOMPARE(verifier.calls.last(), QStringLiteral("legacy decode key"));
     }
 
     void theLegacyKeyCannotBeImported() {
-        m_verifier.legacyImport = {false, 5};
+        verifier.legacyImport = {false, 5};
         QVERIFY(!run());
         QVERIFY(
-            m_details.endsWith("reversed=0xFFFFFFFFC000A000; CryptImportPublicKeyInfo failed: 5"));
-        QCOMPARE(m_verifier.calls.last(), QStringLiteral("legacy import"));
+            details.endsWith("reversed=0xFFFFFFFFC000A000; CryptImportPublicKeyInfo failed: 5"));
+        QCOMPARE(verifier.calls.last(), QStringLiteral("legacy import"));
     }
 
     void detailsMayBeLeftOut() {
-        QVERIFY(!verifyRsaSha256With(m_verifier, key, data, signature));
-        m_verifier.direct = 0;
-        QVERIFY(verifyRsaSha256With(m_verifier, key, data, signature));
+        QVERIFY(!verifyRsaSha256With(verifier, key, data, signature));
+        verifier.direct = 0;
+        QVERIFY(verifyRsaSha256With(verifier, key, data, signature));
     }
 };
 

@@ -50,7 +50,7 @@ class RsaVerifierTest : public QObject {
 
 private:
     // Made once: a large pair takes a while.
-    const KeyPair m_key = KeyPair::rsa(2048);
+    const KeyPair signer = KeyPair::rsa(2048);
 
     static void refuse(const KeyPair &key, const QByteArray &signature) {
         QString details;
@@ -78,15 +78,15 @@ private slots:
         QCOMPARE(details, QStringLiteral("BCryptVerifySignature direct"));
         QVERIFY(verifyRsaSha256(key.publicDer(), data, reversed(signature), &details));
         QCOMPARE(details, QStringLiteral("BCryptVerifySignature reversed-bytes"));
-        refuse(key, m_key.sign(data));
+        refuse(key, signer.sign(data));
     }
 
     // Attempts 1 and 4 take an ordinary signature, 2 and 3 a reversed one.
     void theLegacyInterfaceReadsLittleEndian() {
-        const QByteArray signature = m_key.sign(data);
+        const QByteArray signature = signer.sign(data);
         const std::unique_ptr<RsaVerifier> verifier = platformRsaVerifier();
         QVERIFY(verifier->acquireLegacyContext().ok);
-        QVERIFY(verifier->decodeLegacyKey(m_key.publicDer()).ok);
+        QVERIFY(verifier->decodeLegacyKey(signer.publicDer()).ok);
         QVERIFY(verifier->importLegacyKey().ok);
         QVERIFY(verifier->verifyLegacy(data, reversed(signature)).ok);
         const RsaStep refused = verifier->verifyLegacy(data, signature);
@@ -96,30 +96,30 @@ private slots:
     }
 
     void everyChangedBitIsNoticed() {
-        const QByteArray signature = m_key.sign(data);
+        const QByteArray signature = signer.sign(data);
         for (int bit = 0; bit < signature.size() * 8; bit += 37) {
             QByteArray changed = signature;
             changed[bit / 8] = static_cast<char>(changed.at(bit / 8) ^ (1 << (bit % 8)));
-            QVERIFY(!verifyRsaSha256(m_key.publicDer(), data, changed));
+            QVERIFY(!verifyRsaSha256(signer.publicDer(), data, changed));
         }
-        QVERIFY(!verifyRsaSha256(m_key.publicDer(), data + '\n', signature));
-        QVERIFY(!verifyRsaSha256(m_key.publicDer(), QByteArray(), signature));
+        QVERIFY(!verifyRsaSha256(signer.publicDer(), data + '\n', signature));
+        QVERIFY(!verifyRsaSha256(signer.publicDer(), QByteArray(), signature));
     }
 
     void signaturesOfTheWrongLength() {
-        const QByteArray signature = m_key.sign(data);
-        refuse(m_key, signature.left(255));
-        refuse(m_key, QByteArray(1, '\0') + signature);
-        refuse(m_key, signature + QByteArray(1, '\0'));
-        refuse(m_key, QByteArray(1, '\x01'));
-        refuse(m_key, QByteArray(100000, '\x01'));
+        const QByteArray signature = signer.sign(data);
+        refuse(signer, signature.left(255));
+        refuse(signer, QByteArray(1, '\0') + signature);
+        refuse(signer, signature + QByteArray(1, '\0'));
+        refuse(signer, QByteArray(1, '\x01'));
+        refuse(signer, QByteArray(100000, '\x01'));
     }
 
     void numbersThatAreNoSignature() {
-        refuse(m_key, QByteArray(256, '\0'));
-        refuse(m_key, QByteArray(255, '\0') + '\x01');
-        refuse(m_key, QByteArray(256, '\xFF'));
-        refuse(m_key, m_key.modulus());
+        refuse(signer, QByteArray(256, '\0'));
+        refuse(signer, QByteArray(255, '\0') + '\x01');
+        refuse(signer, QByteArray(256, '\xFF'));
+        refuse(signer, signer.modulus());
     }
 
     void keysThatDoNotDecode_data() {
@@ -131,19 +131,19 @@ private slots:
         QTest::newRow("no bytes") << QByteArray() << early;
         QTest::newRow("text") << QByteArray("not a key") << wrong;
         QTest::newRow("zeros") << QByteArray(300, '\0') << wrong;
-        QTest::newRow("cut short") << m_key.publicDer().left(200) << early;
+        QTest::newRow("cut short") << signer.publicDer().left(200) << early;
         // The RSAPublicKey inside, without the structure that names the algorithm.
-        QTest::newRow("the inner key alone") << m_key.publicDer().mid(24) << wrong;
+        QTest::newRow("the inner key alone") << signer.publicDer().mid(24) << wrong;
         // Windows reads the structure and overlooks what follows it.
         if (!support::onWindows)
-            QTest::newRow("with bytes behind it") << m_key.publicDer() + "x" << wrong;
+            QTest::newRow("with bytes behind it") << signer.publicDer() + "x" << wrong;
     }
 
     void keysThatDoNotDecode() {
         QFETCH(QByteArray, der);
         QFETCH(QString, number);
         QString details;
-        QVERIFY(!verifyRsaSha256(der, data, m_key.sign(data), &details));
+        QVERIFY(!verifyRsaSha256(der, data, signer.sign(data), &details));
         QCOMPARE(details, "CryptDecodeObjectEx failed: " + number);
         QVERIFY(!isRsaKey(der));
     }
@@ -162,7 +162,7 @@ private slots:
             << KeyPair::rsaPss(2048).publicDer()
             << "CryptImportPublicKeyInfoEx2 failed: 2148073480";
         // A structure that names RSA around bits that are no RSA key.
-        QTest::newRow("broken inside") << QByteArray(m_key.publicDer()).replace(24, 1, "\x04")
+        QTest::newRow("broken inside") << QByteArray(signer.publicDer()).replace(24, 1, "\x04")
                                        << "CryptImportPublicKeyInfoEx2 failed: 2148086027";
     }
 
@@ -179,7 +179,7 @@ private slots:
     // that is lenient about their form stands behind us.
     void malformedBlocks_data() {
         QTest::addColumn<QByteArray>("block");
-        const int size = m_key.size();
+        const int size = signer.size();
         const QByteArray hash = sha256(data);
         const QByteArray zero(1, '\0');
         QTest::newRow("the parameters' NULL left out") << block(size, sha256WithoutNull + hash);
@@ -227,16 +227,16 @@ private slots:
 
     void malformedBlocks() {
         QFETCH(QByteArray, block);
-        QCOMPARE(block.size(), m_key.size());
-        refuse(m_key, m_key.signRawBlock(block));
+        QCOMPARE(block.size(), signer.size());
+        refuse(signer, signer.signRawBlock(block));
     }
 
     // The rows above would also pass if signRawBlock made nonsense.
     void theWellFormedBlockIsAccepted() {
         const QByteArray signature =
-            m_key.signRawBlock(block(m_key.size(), sha256Header + sha256(data)));
-        QCOMPARE(signature, m_key.sign(data));
-        QVERIFY(verifyRsaSha256(m_key.publicDer(), data, signature));
+            signer.signRawBlock(block(signer.size(), sha256Header + sha256(data)));
+        QCOMPARE(signature, signer.sign(data));
+        QVERIFY(verifyRsaSha256(signer.publicDer(), data, signature));
     }
 
     // With exponent 3, and a verifier that does not look behind the hash, a cube root forges a

@@ -76,7 +76,7 @@ private Q_SLOTS:
     void aStartByHandPassesTheBannerBy();
 
 private:
-    std::unique_ptr<support::ScriptedServer> m_server;
+    std::unique_ptr<support::ScriptedServer> server;
 };
 
 void OfferTest::init() {
@@ -86,17 +86,17 @@ void OfferTest::init() {
     QVERIFY(installation::addTarget("wait"));
     stageTranslation();
     useLanguage(Language::Chinese);
-    m_server = std::make_unique<support::ScriptedServer>();
-    m_server->on(manifestPath, support::answer(200, manifest()));
-    onlineUrl = m_server->url(manifestPath).toString();
+    server = std::make_unique<support::ScriptedServer>();
+    server->on(manifestPath, support::answer(200, manifest()));
+    onlineUrl = server->url(manifestPath).toString();
 }
 
 void OfferTest::cleanup() {
-    m_server.reset();
+    server.reset();
 }
 
 void OfferTest::theTaskPanelShowsTheRunningCheck() {
-    m_server->on(manifestPath, {support::stall()});
+    server->on(manifestPath, {support::stall()});
     Run run;
     run.startCheck();
     QVERIFY(run.parts.taskPanel->isVisible());
@@ -104,13 +104,13 @@ void OfferTest::theTaskPanelShowsTheRunningCheck() {
     QCOMPARE(run.parts.taskDetailLabel->text(), QString("拉取并校验 manifest…"));
     QVERIFY(run.parts.countdownLabel->isVisible());
     QVERIFY(!run.parts.busyBar->isVisible());
-    m_server.reset(); // ends the request
+    server.reset(); // ends the request
     QTRY_VERIFY(!run.service.isUpdateTaskActive());
     QVERIFY(!run.parts.taskPanel->isVisible());
 }
 
 void OfferTest::f8IsRefusedWhileTheCheckRuns() {
-    m_server->on(manifestPath, {support::stall()});
+    server->on(manifestPath, {support::stall()});
     Run run;
     run.startCheck();
     QTest::keyClick(&run.window, Qt::Key_F8);
@@ -118,31 +118,31 @@ void OfferTest::f8IsRefusedWhileTheCheckRuns() {
     QCOMPARE(run.parts.statusLabel->text(), QString()); // refused in silence: it counts down
     QCOMPARE(run.service.statusText,
              QString("更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。"));
-    m_server.reset();
+    server.reset();
     QTRY_VERIFY(!run.service.isUpdateTaskActive());
     QTest::keyClick(&run.window, Qt::Key_F8);
     QCOMPARE(run.service.state, State::RepairMode);
 }
 
 void OfferTest::theLanguageChangesWhileTheCheckRuns() {
-    m_server->on(manifestPath, {support::stall()});
+    server->on(manifestPath, {support::stall()});
     Run run;
     run.startCheck();
     run.parts.languageButton->click();
     QCOMPARE(run.parts.taskTitleLabel->text(),
              "Update task [" + run.service.taskId + "]: Checking for updates");
     QCOMPARE(run.parts.taskDetailLabel->text(), QString("Fetching and verifying the manifest…"));
-    m_server.reset();
+    server.reset();
     QTRY_VERIFY(!run.service.isUpdateTaskActive());
 }
 
 void OfferTest::aCancelledCheckLetsTheCountdownRunOn() {
-    m_server->on(manifestPath, {support::stall()});
+    server->on(manifestPath, {support::stall()});
     Run run;
     run.startCheck();
     run.parts.taskCancelButton->click();
     QCOMPARE(run.service.statusText, QString("正在取消更新任务…"));
-    m_server.reset();
+    server.reset();
     QTRY_VERIFY(!run.service.isUpdateTaskActive());
     QCOMPARE(run.service.statusText, QString("更新检查已取消。"));
     QCOMPARE(run.service.state, State::Countdown);

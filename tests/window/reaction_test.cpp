@@ -46,10 +46,10 @@ private Q_SLOTS:
     void cancellingATask();
 
 public Q_SLOTS:
-    void takeUrl(const QUrl &url) { m_opened.append(url); }
+    void takeUrl(const QUrl &url) { opened.append(url); }
 
 private:
-    QList<QUrl> m_opened;
+    QList<QUrl> opened;
 };
 
 void ReactionTest::initTestCase() {
@@ -58,7 +58,7 @@ void ReactionTest::initTestCase() {
 
 void ReactionTest::init() {
     useLanguage(Language::Chinese);
-    m_opened.clear();
+    opened.clear();
 }
 
 namespace {
@@ -312,8 +312,8 @@ void ReactionTest::theButtonsOpenLogAndDumps() {
     scene.parts.openLogButton->click();
     scene.parts.openDumpsButton->click();
     QDesktopServices::unsetUrlHandler("file");
-    QCOMPARE(m_opened, QList<QUrl>({QUrl::fromLocalFile(AppPaths::launchLogPath()),
-                                    QUrl::fromLocalFile(AppPaths::dumpsDirectory())}));
+    QCOMPARE(opened, QList<QUrl>({QUrl::fromLocalFile(AppPaths::launchLogPath()),
+                                  QUrl::fromLocalFile(AppPaths::dumpsDirectory())}));
 }
 
 void ReactionTest::browsingTakesAProject() {

@@ -28,9 +28,9 @@ class Camera {
 public:
     // Makes files like folder/name-suffix.png, of the wanted pictures; of all if none is named.
     Camera(const QString &folder, const QString &suffix, const QStringList &wanted)
-        : m_folder(folder)
-        , m_suffix(suffix)
-        , m_wanted(wanted) {}
+        : target(folder)
+        , ending(suffix)
+        , chosen(wanted) {}
 
     void shoot(WindowScene &scene, const QString &name) const {
         scene.window.show();
@@ -46,18 +46,18 @@ public:
 
 private:
     void save(QWidget *widget, const QString &name) const {
-        if (!m_wanted.isEmpty() && !m_wanted.contains(name))
+        if (!chosen.isEmpty() && !chosen.contains(name))
             return;
-        const QString file = QString("%1/%2-%3.png").arg(m_folder, name, m_suffix);
+        const QString file = QString("%1/%2-%3.png").arg(target, name, ending);
         const bool saved =
             widget->grab().toImage().convertToFormat(QImage::Format_RGB888).save(file);
         QTextStream(stdout) << file << ' ' << widget->width() << 'x' << widget->height()
                             << (saved ? "\n" : " was not saved\n");
     }
 
-    QString m_folder;
-    QString m_suffix;
-    QStringList m_wanted;
+    QString target;
+    QString ending;
+    QStringList chosen;
 };
 
 void place(WindowScene &scene, State state, const QString &status) {

@@ -22,7 +22,7 @@ private Q_SLOTS:
     void aLabelAtItsLimitHoldsTheRestInItsToolTip();
 
 private:
-    QFont m_font;
+    QFont fontBefore;
 };
 
 namespace {
@@ -82,11 +82,11 @@ void compareNothingCut(const WindowScene &scene) {
 
 void SizeTest::initTestCase() {
     stageTranslation();
-    m_font = QApplication::font();
+    fontBefore = QApplication::font();
 }
 
 void SizeTest::cleanup() {
-    QApplication::setFont(m_font);
+    QApplication::setFont(fontBefore);
 }
 
 void SizeTest::everythingFitsAndCanBeRead_data() {
@@ -105,8 +105,8 @@ void SizeTest::everythingFitsAndCanBeRead() {
     QFETCH(Language, language);
     QFETCH(int, percent);
     QFETCH(QString, text);
-    QFont font = m_font;
-    font.setPointSizeF(m_font.pointSizeF() * percent / 100);
+    QFont font = fontBefore;
+    font.setPointSizeF(fontBefore.pointSizeF() * percent / 100);
     QApplication::setFont(font);
     useLanguage(language);
     WindowScene scene;

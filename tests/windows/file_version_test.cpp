@@ -8,11 +8,11 @@ class FileVersionTest : public QObject {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_folder;
+    QTemporaryDir folder;
 
     // A program without a version, and one put into it by hand; the path.
     QString programWith(const QString &name, DWORD high, DWORD low) {
-        const QString path = m_folder.filePath(name);
+        const QString path = folder.filePath(name);
         if (!QFile::copy(QStringLiteral(BARE_PROGRAM), path))
             qFatal("cannot copy the program");
         // VS_VERSIONINFO: its lengths and kind, its key, padding to four bytes, the fixed part.
@@ -59,10 +59,10 @@ private slots:
     }
 
     void whatHasNoVersion() {
-        QCOMPARE(fileVersionText(m_folder.filePath("missing.exe")), QString());
-        QCOMPARE(fileVersionText(m_folder.path()), QString());
+        QCOMPARE(fileVersionText(folder.filePath("missing.exe")), QString());
+        QCOMPARE(fileVersionText(folder.path()), QString());
         QCOMPARE(fileVersionText(QString()), QString());
-        QFile text(m_folder.filePath("text.exe"));
+        QFile text(folder.filePath("text.exe"));
         QVERIFY(text.open(QIODevice::WriteOnly));
         text.write("MZ, but no program");
         text.close();

@@ -49,56 +49,56 @@ class LogAppendTest : public QObject {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_folder;
-    QString m_path;
-    HANDLE m_turn = nullptr;
+    QTemporaryDir folder;
+    QString logPath;
+    HANDLE myTurn = nullptr;
 
 private slots:
     void init() {
-        m_path = m_folder.filePath("Lines.log");
-        QFile::remove(m_path);
-        m_turn = CreateMutexW(nullptr, FALSE, turnName(m_path).c_str());
-        QVERIFY(m_turn);
+        logPath = folder.filePath("Lines.log");
+        QFile::remove(logPath);
+        myTurn = CreateMutexW(nullptr, FALSE, turnName(logPath).c_str());
+        QVERIFY(myTurn);
     }
 
-    void cleanup() { CloseHandle(m_turn); }
+    void cleanup() { CloseHandle(myTurn); }
 
     void theTurnIsGivenBack() {
-        QVERIFY(appendToFile(m_path, "one\n"));
-        QCOMPARE(askForTurn(m_turn), DWORD(WAIT_OBJECT_0));
-        QVERIFY(!appendToFile(m_folder.filePath("none/Lines.log"), "lost\n"));
-        QCOMPARE(askForTurn(m_turn), DWORD(WAIT_OBJECT_0));
+        QVERIFY(appendToFile(logPath, "one\n"));
+        QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0));
+        QVERIFY(!appendToFile(folder.filePath("none/Lines.log"), "lost\n"));
+        QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0));
     }
 
     void theTurnIsTheSameHoweverThePathIsWritten() {
         std::thread([&] {
-            WaitForSingleObject(m_turn, INFINITE); // and leaves it abandoned
+            WaitForSingleObject(myTurn, INFINITE); // and leaves it abandoned
         }).join();
-        QVERIFY(appendToFile(m_path.toUpper().replace('/', '\\'), "one\n"));
-        QCOMPARE(askForTurn(m_turn), DWORD(WAIT_OBJECT_0));
+        QVERIFY(appendToFile(logPath.toUpper().replace('/', '\\'), "one\n"));
+        QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0));
     }
 
     void aTurnThatItsOwnerTookToTheGraveIsTaken() {
-        std::thread([&] { WaitForSingleObject(m_turn, INFINITE); }).join();
-        QVERIFY(appendToFile(m_path, "one\n"));
-        QCOMPARE(bytesOf(m_path), QByteArray("one\r\n"));
-        QCOMPARE(askForTurn(m_turn), DWORD(WAIT_OBJECT_0)); // no longer abandoned
+        std::thread([&] { WaitForSingleObject(myTurn, INFINITE); }).join();
+        QVERIFY(appendToFile(logPath, "one\n"));
+        QCOMPARE(bytesOf(logPath), QByteArray("one\r\n"));
+        QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0)); // no longer abandoned
     }
 
     // After the longest wait, and without taking the turn from its owner.
     void aTurnThatIsNotGivenBackCostsNoLine() {
-        QCOMPARE(WaitForSingleObject(m_turn, INFINITE), DWORD(WAIT_OBJECT_0));
+        QCOMPARE(WaitForSingleObject(myTurn, INFINITE), DWORD(WAIT_OBJECT_0));
         bool appended = false;
-        std::thread([&] { appended = appendToFile(m_path, "one\n"); }).join();
+        std::thread([&] { appended = appendToFile(logPath, "one\n"); }).join();
         QVERIFY(appended);
-        QCOMPARE(bytesOf(m_path), QByteArray("one\r\n"));
-        QCOMPARE(askForTurn(m_turn), DWORD(WAIT_TIMEOUT));
-        QVERIFY(ReleaseMutex(m_turn));
+        QCOMPARE(bytesOf(logPath), QByteArray("one\r\n"));
+        QCOMPARE(askForTurn(myTurn), DWORD(WAIT_TIMEOUT));
+        QVERIFY(ReleaseMutex(myTurn));
     }
 
     // Under the turn's name lies something that is no turn.
     void aNameThatIsTakenCostsNoLine() {
-        const QString path = m_folder.filePath("taken.log");
+        const QString path = folder.filePath("taken.log");
         const HANDLE taken = CreateEventW(nullptr, TRUE, FALSE, turnName(path).c_str());
         QVERIFY(taken);
         QVERIFY(appendToFile(path, "one\n"));
@@ -107,13 +107,13 @@ private slots:
     }
 
     void noHandleIsKept() {
-        QVERIFY(appendToFile(m_path, "one\n"));
+        QVERIFY(appendToFile(logPath, "one\n"));
         const quintptr before = nextHandle();
         for (int i = 0; i < 50; ++i)
-            QVERIFY(appendToFile(m_path, "one\n"));
+            QVERIFY(appendToFile(logPath, "one\n"));
         QVERIFY(nextHandle() < before + 50);
         for (int i = 0; i < 50; ++i)
-            QVERIFY(!appendToFile(m_folder.filePath("none/Lines.log"), "lost\n"));
+            QVERIFY(!appendToFile(folder.filePath("none/Lines.log"), "lost\n"));
         QVERIFY(nextHandle() < before + 50);
     }
 };

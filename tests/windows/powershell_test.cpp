@@ -53,19 +53,19 @@ class PowershellTest : public QObject {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_windows; // stands in for the Windows folder
-    QString m_shellFolder;
+    QTemporaryDir windowsFolder; // stands in for the Windows folder
+    QString shellFolder;
 
 private slots:
     void initTestCase() {
-        m_shellFolder = m_windows.filePath("System32/WindowsPowerShell/v1.0");
-        place(m_shellFolder, "");
+        shellFolder = windowsFolder.filePath("System32/WindowsPowerShell/v1.0");
+        place(shellFolder, "");
     }
 
     void init() {
-        qputenv("WINDIR", QDir::toNativeSeparators(m_windows.path()).toLocal8Bit());
+        qputenv("WINDIR", QDir::toNativeSeparators(windowsFolder.path()).toLocal8Bit());
         QFile::remove(programFolder() + "/stand_in.seen");
-        QFile::remove(m_shellFolder + "/stand_in.seen");
+        QFile::remove(shellFolder + "/stand_in.seen");
     }
 
     // --- unpacking: found by its bare name, in the program's folder
@@ -126,7 +126,7 @@ private slots:
     // --- fetching: by its place below the Windows folder
 
     void fetchingCallsIt() {
-        place(m_shellFolder, "body the body\nexit 206\n");
+        place(shellFolder, "body the body\nexit 206\n");
         QByteArray body;
         qint32 status = 0;
         QUrl finalUrl;
@@ -136,7 +136,7 @@ private slots:
         QCOMPARE(status, 206);
         QCOMPARE(finalUrl, url);
         QCOMPARE(leftovers(), QStringList());
-        const QStringList seen = seenIn(m_shellFolder);
+        const QStringList seen = seenIn(shellFolder);
         QCOMPARE(seen.size(), 5);
         const QString script = seen.last();
         const QString target = script.section("-OutFile '", 1).section('\'', 0, 0);
@@ -156,13 +156,13 @@ private slots:
     }
 
     void aPartOfASecondIsCutOffButOneIsLeft() {
-        place(m_shellFolder, "body x\nexit 200\n");
+        place(shellFolder, "body x\nexit 200\n");
         QByteArray body;
         qint32 status = 0;
         QUrl finalUrl;
         for (const auto &[limit, told] : {std::pair(500, "1"), {1999, "1"}, {3000, "3"}}) {
             QVERIFY(powershellFetch(url, limit, &body, &status, &finalUrl));
-            QVERIFY(seenIn(m_shellFolder).last().contains(QString(" -TimeoutSec %1 ").arg(told)));
+            QVERIFY(seenIn(shellFolder).last().contains(QString(" -TimeoutSec %1 ").arg(told)));
         }
     }
 
@@ -175,7 +175,7 @@ private slots:
 
     void fetchingSucceeds() {
         QFETCH(int, code);
-        place(m_shellFolder, "err not looked at\nbody x\nexit " + QByteArray::number(code) + '\n');
+        place(shellFolder, "err not looked at\nbody x\nexit " + QByteArray::number(code) + '\n');
         QByteArray body;
         qint32 status = 0;
         QUrl finalUrl;
@@ -202,7 +202,7 @@ private slots:
         QUrl finalUrl;
         QVERIFY(powershellFetch(url, 5000, &body, &status, &finalUrl));
         QCOMPARE(seenIn(programFolder()).size(), 5);
-        QCOMPARE(seenIn(m_shellFolder), QStringList());
+        QCOMPARE(seenIn(shellFolder), QStringList());
     }
 
     void fetchingWithoutOne() {
@@ -265,7 +265,7 @@ private slots:
     void fetchingEnds() {
         QFETCH(QByteArray, plan);
         QFETCH(QString, error);
-        place(m_shellFolder, plan);
+        place(shellFolder, plan);
         QByteArray body = "untouched";
         qint32 status = -1;
         QUrl finalUrl;
@@ -280,26 +280,26 @@ private slots:
     }
 
     void aFetchThatFailsGoesOnWithIt() {
-        place(m_shellFolder, "body by another way\nexit 200\n");
+        place(shellFolder, "body by another way\nexit 200\n");
         const FetchResult result = fetchUrl(QUrl("https://127.0.0.1:9/a"), 3000, 8);
         QVERIFY2(result.ok, qPrintable(result.error));
         QCOMPARE(result.body, QByteArray("by another way"));
         QCOMPARE(result.statusCode, 200);
-        QVERIFY(seenIn(m_shellFolder).value(4).contains("-Uri 'https://127.0.0.1:9/a' "));
+        QVERIFY(seenIn(shellFolder).value(4).contains("-Uri 'https://127.0.0.1:9/a' "));
     }
 
     void theLibrarysTextStandsIfItFailsToo() {
-        place(m_shellFolder, "err its own words\nexit 1\n");
+        place(shellFolder, "err its own words\nexit 1\n");
         const FetchResult result = fetchUrl(QUrl("https://127.0.0.1:9/a"), 3000, 8);
         QVERIFY(!result.ok);
-        QCOMPARE(seenIn(m_shellFolder).size(), 5);
+        QCOMPARE(seenIn(shellFolder).size(), 5);
         QCOMPARE(result.error, QString("Connection refused URL: https://127.0.0.1:9/a"));
     }
 
     void aPlainFetchNeverCallsIt() {
-        place(m_shellFolder, "body x\nexit 200\n");
+        place(shellFolder, "body x\nexit 200\n");
         QVERIFY(!fetchUrl(QUrl("http://127.0.0.1:9/a"), 3000, 8).ok);
-        QCOMPARE(seenIn(m_shellFolder), QStringList());
+        QCOMPARE(seenIn(shellFolder), QStringList());
     }
 };
 

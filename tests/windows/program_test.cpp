@@ -23,7 +23,7 @@ class ProgramTest : public QObject {
     Q_OBJECT
 
 private:
-    HMODULE m_file = nullptr;
+    HMODULE programFile = nullptr;
 
     QString versionText(const QString &name) const {
         const std::wstring path = QStringLiteral(LAUNCHER).toStdWString();
@@ -40,9 +40,9 @@ private:
 
 private slots:
     void initTestCase() {
-        m_file = LoadLibraryExW(QStringLiteral(LAUNCHER).toStdWString().c_str(), nullptr,
-                                LOAD_LIBRARY_AS_DATAFILE);
-        QVERIFY(m_file);
+        programFile = LoadLibraryExW(QStringLiteral(LAUNCHER).toStdWString().c_str(), nullptr,
+                                     LOAD_LIBRARY_AS_DATAFILE);
+        QVERIFY(programFile);
     }
 
     void itHasNoConsole() {
@@ -57,9 +57,9 @@ private slots:
 
     // One set of pictures, in the sizes that Windows draws at any scale of the screen.
     void itsIcon() {
-        const HRSRC group = FindResourceW(m_file, L"IDI_ICON1", MAKEINTRESOURCEW(14));
+        const HRSRC group = FindResourceW(programFile, L"IDI_ICON1", MAKEINTRESOURCEW(14));
         QVERIFY(group);
-        const QByteArray directory = bytesOf(m_file, group);
+        const QByteArray directory = bytesOf(programFile, group);
         QList<int> widths;
         for (int i = 0; i < numberAt(directory, 4); ++i)
             widths += static_cast<quint8>(directory.at(6 + i * 14)); // 0 stands for 256
@@ -87,9 +87,10 @@ private slots:
     }
 
     void itsManifest() {
-        const HRSRC resource = FindResourceW(m_file, MAKEINTRESOURCEW(1), MAKEINTRESOURCEW(24));
+        const HRSRC resource =
+            FindResourceW(programFile, MAKEINTRESOURCEW(1), MAKEINTRESOURCEW(24));
         QVERIFY(resource);
-        const QByteArray manifest = bytesOf(m_file, resource);
+        const QByteArray manifest = bytesOf(programFile, resource);
         QVERIFY(manifest.contains(">PerMonitorV2, PerMonitor</dpiAwareness>"));
         QVERIFY(manifest.contains(">true/pm</dpiAware>"));
         QVERIFY(manifest.contains("level=\"asInvoker\" uiAccess=\"false\""));

@@ -204,8 +204,8 @@ class RsaHandlesTest : public QObject {
     Q_OBJECT
 
 private:
-    const support::KeyPair m_key = support::KeyPair::rsa(2048);
-    const QByteArray m_data = "the canonical text";
+    const support::KeyPair signer = support::KeyPair::rsa(2048);
+    const QByteArray signedBytes = "the canonical text";
 
 private slots:
     void initTestCase() {
@@ -245,7 +245,8 @@ private slots:
         before = goodBefore;
         modernFails = false;
         QString details;
-        QVERIFY(!verifyRsaSha256(m_key.publicDer(), "other data", m_key.sign(m_data), &details));
+        QVERIFY(
+            !verifyRsaSha256(signer.publicDer(), "other data", signer.sign(signedBytes), &details));
         details = support::withWindowsNumbers(details);
         QTEST(details, "details");
         QCOMPARE(leftOver(), QStringList());
@@ -266,11 +267,11 @@ private slots:
         QFETCH(bool, asMade);
         failing.clear();
         modernFails = !modern;
-        QByteArray signature = m_key.sign(m_data);
+        QByteArray signature = signer.sign(signedBytes);
         if (!asMade)
             std::reverse(signature.begin(), signature.end());
         QString details;
-        QVERIFY(verifyRsaSha256(m_key.publicDer(), m_data, signature, &details));
+        QVERIFY(verifyRsaSha256(signer.publicDer(), signedBytes, signature, &details));
         QTEST(details, "details");
         QCOMPARE(leftOver(), QStringList());
     }

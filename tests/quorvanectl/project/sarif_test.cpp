@@ -97,35 +97,36 @@ class SarifTest : public QObject {
 
 private slots:
     void initTestCase() {
-        layOut(m_folder);
+        layOut(projectFolder);
         const support::Answer answer =
             support::runProgram({"project", "check", "产线 #1/检测 100%.yslib", "--core-plugin",
                                  "plugins", "--format", "sarif"},
-                                m_folder.path(""));
+                                projectFolder.path(""));
         QCOMPARE(answer.status, 1);
         QCOMPARE(answer.err, QString());
         QJsonParseError error;
-        m_log = QJsonDocument::fromJson(answer.out.toUtf8(), &error).object();
+        sarif = QJsonDocument::fromJson(answer.out.toUtf8(), &error).object();
         QCOMPARE(error.error, QJsonParseError::NoError);
-        m_run = m_log["runs"].toArray().at(0).toObject();
+        firstRun = sarif["runs"].toArray().at(0).toObject();
     }
 
     void theLogAndItsRun() {
-        checked("log", m_log);
-        QCOMPARE(m_log["version"].toString(), QString("2.1.0"));
-        QVERIFY(QUrl(m_log["$schema"].toString(), QUrl::StrictMode).isValid());
-        QVERIFY(m_log["$schema"].toString().endsWith("sarif-schema-2.1.0.json"));
-        QCOMPARE(m_log["runs"].toArray().size(), 1);
-        checked("run", m_run);
-        QCOMPARE(m_run["columnKind"].toString(), QString("utf16CodeUnits"));
-        const QJsonObject driver = checked("driver", checked("tool", m_run["tool"])["driver"]);
+        checked("log", sarif);
+        QCOMPARE(sarif["version"].toString(), QString("2.1.0"));
+        QVERIFY(QUrl(sarif["$schema"].toString(), QUrl::StrictMode).isValid());
+        QVERIFY(sarif["$schema"].toString().endsWith("sarif-schema-2.1.0.json"));
+        QCOMPARE(sarif["runs"].toArray().size(), 1);
+        checked("run", firstRun);
+        QCOMPARE(firstRun["columnKind"].toString(), QString("utf16CodeUnits"));
+        const QJsonObject driver = checked("driver", checked("tool", firstRun["tool"])["driver"]);
         QCOMPARE(driver["name"].toString(), QString("quorvanectl"));
         QCOMPARE(nonEmpty(driver["version"]).count('.'), 2);
     }
 
     void theRules() {
         QSet<QString> ids;
-        const QJsonArray rules = m_run["tool"].toObject()["driver"].toObject()["rules"].toArray();
+        const QJsonArray rules =
+            firstRun["tool"].toObject()["driver"].toObject()["rules"].toArray();
         for (const QJsonValue &value : rules) {
             const QJsonObject rule = checked("rule", value);
             QVERIFY(!ids.contains(nonEmpty(rule["id"])));
@@ -136,8 +137,9 @@ private slots:
     }
 
     void everyResultIsComplete() {
-        const QJsonArray rules = m_run["tool"].toObject()["driver"].toObject()["rules"].toArray();
-        const QJsonArray results = m_run["results"].toArray();
+        const QJsonArray rules =
+            firstRun["tool"].toObject()["driver"].toObject()["rules"].toArray();
+        const QJsonArray results = firstRun["results"].toArray();
         QVERIFY(results.size() > 5);
         for (const QJsonValue &value : results) {
             const QJsonObject result = checked("result", value);
@@ -151,12 +153,12 @@ private slots:
     }
 
     void thePlaceOfTheProjectIsAnAbsoluteFolder() {
-        const QJsonObject bases = m_run["originalUriBaseIds"].toObject();
+        const QJsonObject bases = firstRun["originalUriBaseIds"].toObject();
         QCOMPARE(bases.keys(), QStringList("PROJECT"));
         const QString uri = checked("base", bases["PROJECT"])["uri"].toString();
         QVERIFY(isUri(uri));
         QVERIFY(uri.startsWith("file:///") && uri.endsWith('/'));
-        QCOMPARE(QUrl(uri).toLocalFile(), m_folder.path("产线 #1/"));
+        QCOMPARE(QUrl(uri).toLocalFile(), projectFolder.path("产线 #1/"));
     }
 
     void theResults_data() {
@@ -177,7 +179,7 @@ private slots:
     void theResults() {
         QFETCH(QString, text);
         QStringList all;
-        const QJsonArray results = m_run["results"].toArray();
+        const QJsonArray results = firstRun["results"].toArray();
         for (const QJsonValue &result : results)
             all << summary(result.toObject());
         QVERIFY2(all.contains(text), qPrintable(all.join('\n')));
@@ -186,7 +188,7 @@ private slots:
     // A stray brace has no text of its own, and a message must have one.
     void aMessageIsNeverEmpty() {
         ctl::ProjectFindings findings;
-        findings.projectPath = m_folder.path("line.yslib");
+        findings.projectPath = projectFolder.path("line.yslib");
         ast::ScriptDiagnostic finding;
         finding.code = "YS200";
         ctl::ScriptReport report;
@@ -254,9 +256,9 @@ private:
         return words.join(' ');
     }
 
-    ProjectFolder m_folder;
-    QJsonObject m_log;
-    QJsonObject m_run;
+    ProjectFolder projectFolder;
+    QJsonObject sarif;
+    QJsonObject firstRun;
 };
 
 QUORVANE_TEST_MAIN(QCoreApplication, SarifTest)

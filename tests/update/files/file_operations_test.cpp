@@ -22,10 +22,10 @@ class FileOperationsTest : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QFile m_held; // open until the test's end
+    std::unique_ptr<QTemporaryDir> place;
+    QFile held; // open until the test's end
 
-    QString path(const QString &name) const { return m_folder->filePath(name); }
+    QString path(const QString &name) const { return place->filePath(name); }
 
     void write(const QString &name, const QByteArray &content = "x") const {
         QVERIFY(QDir().mkpath(QFileInfo(path(name)).path()));
@@ -42,8 +42,8 @@ private:
     }
 
     void hold(const QString &name) {
-        m_held.setFileName(path(name));
-        QVERIFY(m_held.open(QIODevice::ReadOnly));
+        held.setFileName(path(name));
+        QVERIFY(held.open(QIODevice::ReadOnly));
     }
 
     // A folder that nobody can remove: on Windows one that holds an open file.
@@ -90,9 +90,9 @@ private:
     }
 
 private slots:
-    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+    void init() { place = std::make_unique<QTemporaryDir>(); }
 
-    void cleanup() { m_held.close(); }
+    void cleanup() { held.close(); }
 
     // --- findFileBySuffix
 
@@ -549,7 +549,7 @@ private slots:
             replaceDirectory(path("new"), path("old"), {}, path("backup"), &error);
         QCOMPARE(replaced, !support::onWindows);
         QVERIFY(!QFileInfo::exists(path("backup")));
-        QCOMPARE(m_held.readAll(), QByteArray("held"));
+        QCOMPARE(held.readAll(), QByteArray("held"));
         if (!support::onWindows) {
             QCOMPARE(tree(""), QStringList({"old/", "old/file"}));
             return;

@@ -36,11 +36,11 @@ class ZipExtractTest : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_error;
-    bool m_isUnsafe = false; // as told by extract()
+    std::unique_ptr<QTemporaryDir> workFolder;
+    QString reason;
+    bool isUnsafe = false; // as told by extract()
 
-    QString path(const QString &name) const { return m_folder->filePath(name); }
+    QString path(const QString &name) const { return workFolder->filePath(name); }
 
     QString write(const QString &name, const QByteArray &content) const {
         QFile file(path(name));
@@ -53,8 +53,8 @@ private:
     bool extract(const QByteArray &zip) {
         ZipFailure failure;
         const bool done = extractZip(write("a.zip", zip), path("out"), &failure);
-        m_error = failure.reason;
-        m_isUnsafe = failure.isUnsafe;
+        reason = failure.reason;
+        isUnsafe = failure.isUnsafe;
         return done;
     }
 
@@ -85,7 +85,7 @@ private:
     }
 
 private slots:
-    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+    void init() { workFolder = std::make_unique<QTemporaryDir>(); }
 
     // --- what comes out
 
@@ -97,7 +97,7 @@ private slots:
                                   {"packed", noise, true},
                                   {"deep/er/zeros", QByteArray(5000000, '\0'), true},
                                   {"empty", ""}})),
-                 qPrintable(m_error));
+                 qPrintable(reason));
         QVERIFY(read("stored") == noise);
         QVERIFY(read("packed") == noise);
         QVERIFY(read("deep/er/zeros") == QByteArray(5000000, '\0'));
@@ -112,13 +112,13 @@ private slots:
                                   {"own/", ""},
                                   {"late/file", "3"},
                                   {"late/", ""}})),
-                 qPrintable(m_error));
+                 qPrintable(reason));
         QCOMPARE(tree(), QStringList({"implied/", "implied/file", "late/", "late/file", "own/",
                                       "own/file"}));
     }
 
     void anEmptyArchive() {
-        QVERIFY2(extract(makeZip(QVector<ZipEntry>())), qPrintable(m_error));
+        QVERIFY2(extract(makeZip(QVector<ZipEntry>())), qPrintable(reason));
         QCOMPARE(tree(), QStringList());
     }
 
@@ -131,7 +131,7 @@ private slots:
         const QByteArray putInFront = before + makeZipAs(wish);
         wish.before = before;
         for (const QByteArray &zip : {putInFront, makeZipAs(wish)}) {
-            QVERIFY2(extract(zip), qPrintable(m_error));
+            QVERIFY2(extract(zip), qPrintable(reason));
             QCOMPARE(read("file"), QByteArray("content"));
             QCOMPARE(read("packed"), QByteArray(100000, 'x'));
             QVERIFY(QDir(path("out")).removeRecursively());
@@ -142,7 +142,7 @@ private slots:
         ZipWish wish;
         wish.entries = {{"file", "content"}, {"packed", QByteArray(100000, 'x'), true}};
         wish.zip64 = true;
-        QVERIFY2(extract(makeZipAs(wish)), qPrintable(m_error));
+        QVERIFY2(extract(makeZipAs(wish)), qPrintable(reason));
         QCOMPARE(read("file"), QByteArray("content"));
         QCOMPARE(read("packed"), QByteArray(100000, 'x'));
     }
@@ -152,7 +152,7 @@ private slots:
         for (int i = 0; i < 70000; ++i)
             wish.entries.append({"d/" + QByteArray::number(i), ""});
         wish.zip64 = true; // more than the small form can count
-        QVERIFY2(extract(makeZipAs(wish)), qPrintable(m_error));
+        QVERIFY2(extract(makeZipAs(wish)), qPrintable(reason));
         QCOMPARE(QDir(path("out/d")).count() - 2, 70000U);
     }
 
@@ -163,7 +163,7 @@ private slots:
         write("in/plain.ys", QByteArray(100000, 'y'));
         write("in/.hidden", "h");
         run("zip", {"-q", "-r", path("a.zip"), "."}, path("in"));
-        QVERIFY2(extractZip(path("a.zip"), path("out"), &m_error), qPrintable(m_error));
+        QVERIFY2(extractZip(path("a.zip"), path("out"), &reason), qPrintable(reason));
         QCOMPARE(tree(), QStringList({".hidden", "plain.ys", QStringLiteral("产线三/"),
                                       QStringLiteral("产线三/主程序.yslib")}));
         QCOMPARE(read(QStringLiteral("产线三/主程序.yslib")), QByteArray("{}"));
@@ -176,7 +176,7 @@ private slots:
         write("in/plain.ys", QByteArray(100000, 'y'));
         run("python3", {"-m", "zipfile", "-c", path("a.zip"), "plain.ys", QStringLiteral("产线三")},
             path("in"));
-        QVERIFY2(extractZip(path("a.zip"), path("out"), &m_error), qPrintable(m_error));
+        QVERIFY2(extractZip(path("a.zip"), path("out"), &reason), qPrintable(reason));
         QCOMPARE(tree(), QStringList({"plain.ys", QStringLiteral("产线三/"),
                                       QStringLiteral("产线三/主程序.yslib")}));
     }
@@ -218,7 +218,7 @@ private slots:
         QFETCH(QString, written);
         ZipEntry entry{stored, "content"};
         entry.flags = static_cast<quint16>(flags);
-        QVERIFY2(extract(makeZip({entry})), qPrintable(m_error));
+        QVERIFY2(extract(makeZip({entry})), qPrintable(reason));
         QCOMPARE(read(written), QByteArray("content"));
     }
 
@@ -230,7 +230,7 @@ private slots:
         entry.flags = utf8Flag;
         const bool extracted = extract(makeZip({entry}));
         ::setlocale(LC_ALL, before.constData());
-        QVERIFY2(extracted, qPrintable(m_error));
+        QVERIFY2(extracted, qPrintable(reason));
         QCOMPARE(read(QStringLiteral("产线.ys")), QByteArray("content"));
     }
 
@@ -266,10 +266,10 @@ private slots:
         QFETCH(QByteArray, name);
         QFETCH(QString, told);
         QVERIFY(!extract(makeZip({{"first", "1"}, {name, "2"}, {"last", "3"}})));
-        QCOMPARE(m_error, "unsafe zip entry: " + told);
-        QVERIFY(m_isUnsafe);
+        QCOMPARE(reason, "unsafe zip entry: " + told);
+        QVERIFY(isUnsafe);
         QCOMPARE(tree(), QStringList());
-        QCOMPARE(QDir(m_folder->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+        QCOMPARE(QDir(workFolder->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                  QStringList({"a.zip", "out"}));
     }
 
@@ -298,8 +298,8 @@ private slots:
         wish.entries = {{"first", "1"}, entry};
         wish.zip64 = zip64;
         QVERIFY(!extract(before + makeZipAs(wish)));
-        QCOMPARE(m_error, QStringLiteral("unsafe zip entry: harm"));
-        QVERIFY(m_isUnsafe);
+        QCOMPARE(reason, QStringLiteral("unsafe zip entry: harm"));
+        QVERIFY(isUnsafe);
         QCOMPARE(tree(), QStringList());
     }
 
@@ -314,8 +314,8 @@ private slots:
         ZipEntry entry{"secret", QByteArray(40, 'x')};
         entry.flags = 1;
         QVERIFY(!extract(makeZip({{"first", "1"}, entry})));
-        QCOMPARE(m_error, QStringLiteral("encrypted zip entry: secret"));
-        QVERIFY(!m_isUnsafe);
+        QCOMPARE(reason, QStringLiteral("encrypted zip entry: secret"));
+        QVERIFY(!isUnsafe);
         QCOMPARE(tree(), QStringList());
     }
 
@@ -324,8 +324,8 @@ private slots:
                  "zip is not installed: run scripts/setup test");
         write("in/secret", "content");
         run("zip", {"-q", "-P", "password", path("a.zip"), "secret"}, path("in"));
-        QVERIFY(!extractZip(path("a.zip"), path("out"), &m_error));
-        QCOMPARE(m_error, QStringLiteral("encrypted zip entry: secret"));
+        QVERIFY(!extractZip(path("a.zip"), path("out"), &reason));
+        QCOMPARE(reason, QStringLiteral("encrypted zip entry: secret"));
         QCOMPARE(tree(), QStringList());
     }
 
@@ -334,7 +334,7 @@ private slots:
     void aLinkIsWrittenAsAPlainFile() {
         QVERIFY2(extract(makeZip(
                      {modeEntry("way", "/etc/passwd", 0120777), modeEntry("up", "..", 0120777)})),
-                 qPrintable(m_error));
+                 qPrintable(reason));
         QVERIFY(!QFileInfo(path("out/way")).isSymLink());
         QCOMPARE(read("way"), QByteArray("/etc/passwd"));
         QCOMPARE(read("up"), QByteArray(".."));
@@ -345,7 +345,7 @@ private slots:
         entry.deflated = true;
         const bool extracted = extract(makeZip({entry}));
         QVERIFY(!QFileInfo(path("out/way")).isSymLink());
-        QVERIFY2(extracted, qPrintable(m_error));
+        QVERIFY2(extracted, qPrintable(reason));
         QCOMPARE(read("way"), entry.content);
     }
 
@@ -355,7 +355,7 @@ private slots:
         write("in/file", "x");
         QCOMPARE(::symlink("/etc", QFile::encodeName(path("in/way"))), 0);
         run("zip", {"-q", "-r", "-y", path("a.zip"), "."}, path("in"));
-        QVERIFY2(extractZip(path("a.zip"), path("out"), &m_error), qPrintable(m_error));
+        QVERIFY2(extractZip(path("a.zip"), path("out"), &reason), qPrintable(reason));
         QVERIFY(!QFileInfo(path("out/way")).isSymLink());
         QCOMPARE(read("way"), QByteArray("/etc"));
     }
@@ -370,7 +370,7 @@ private slots:
         QCOMPARE(::symlink(QFile::encodeName(path("outside")), QFile::encodeName(path("out/way"))),
                  0);
         QVERIFY(!extract(makeZip({{"way/harm", "x"}})));
-        QCOMPARE(m_error, QStringLiteral("unsafe zip entry: way/harm"));
+        QCOMPARE(reason, QStringLiteral("unsafe zip entry: way/harm"));
         QVERIFY(!extract(makeZip({{"way/deeper/", ""}})));
         QVERIFY(!extract(makeZip({{"way", "x"}})));
         QCOMPARE(QDir(path("outside")).count(), 2U);
@@ -380,7 +380,7 @@ private slots:
         QVERIFY2(
             extract(makeZip({modeEntry("device", "1", 0020666), modeEntry("pipe", "2", 0010666),
                              modeEntry("setuid", "3", 0106755)})),
-            qPrintable(m_error));
+            qPrintable(reason));
         for (const char *name : {"device", "pipe", "setuid"}) {
             struct stat status {};
             QCOMPARE(::lstat(QFile::encodeName(path("out/") + name), &status), 0);
@@ -392,20 +392,20 @@ private slots:
     // --- failures
 
     void noArchive() {
-        QVERIFY(!extractZip(path("missing.zip"), path("out"), &m_error));
-        QCOMPARE(m_error, QStringLiteral("zip not found: %1").arg(path("missing.zip")));
+        QVERIFY(!extractZip(path("missing.zip"), path("out"), &reason));
+        QCOMPARE(reason, QStringLiteral("zip not found: %1").arg(path("missing.zip")));
         QVERIFY(!QFileInfo::exists(path("out")));
         QVERIFY(!extractZip(path("missing.zip"), path("out")));
     }
 
     void aTargetThatCannotBeMade() {
         write("a.zip", makeZip({{"file", "1"}}));
-        QVERIFY(!extractZip(path("a.zip"), path("a.zip/out"), &m_error));
+        QVERIFY(!extractZip(path("a.zip"), path("a.zip/out"), &reason));
         QCOMPARE(
-            m_error,
+            reason,
             QStringLiteral("unable to create destination directory: %1").arg(path("a.zip/out")));
-        QVERIFY(!extractZip(path("a.zip"), QString(), &m_error));
-        QCOMPARE(m_error, QStringLiteral("unable to create destination directory: "));
+        QVERIFY(!extractZip(path("a.zip"), QString(), &reason));
+        QCOMPARE(reason, QStringLiteral("unable to create destination directory: "));
     }
 
     void brokenArchives_data() {
@@ -445,22 +445,22 @@ private slots:
     void brokenArchives() {
         QFETCH(QByteArray, zip);
         QVERIFY(!extract(zip));
-        QVERIFY(!m_error.isEmpty());
+        QVERIFY(!reason.isEmpty());
     }
 
     void theTextsOfTheReader() {
         ZipEntry wrongCrc{"file", "content"};
         wrongCrc.crcChange = 1;
         QVERIFY(!extract(makeZip({wrongCrc})));
-        QVERIFY2(m_error.startsWith("ZIP bad CRC: "), qPrintable(m_error));
+        QVERIFY2(reason.startsWith("ZIP bad CRC: "), qPrintable(reason));
         QVERIFY(!extract("text"));
-        QCOMPARE(m_error, QStringLiteral("Unrecognized archive format"));
+        QCOMPARE(reason, QStringLiteral("Unrecognized archive format"));
     }
 
     void anExistingFileIsNotOverwritten() {
         write("out/file", "old");
         QVERIFY(!extract(makeZip({{"file", "new"}})));
-        QCOMPARE(m_error,
+        QCOMPARE(reason,
                  QStringLiteral("unable to write file: %1 (File exists)").arg(path("out/file")));
         QCOMPARE(read("file"), QByteArray("old"));
     }
@@ -474,17 +474,17 @@ private slots:
 
     void theTimeRunsOut() {
         const QString zip = write("a.zip", makeZip({{"zeros", QByteArray(4000000, '\0'), true}}));
-        QVERIFY(!extractZipWithin(zip, path("out"), 0, &m_error));
-        QCOMPARE(m_error, QStringLiteral("zip extraction timed out"));
+        QVERIFY(!extractZipWithin(zip, path("out"), 0, &reason));
+        QCOMPARE(reason, QStringLiteral("zip extraction timed out"));
         QCOMPARE(tree(), QStringList());
-        QVERIFY(extractZipWithin(zip, path("out"), 120000, &m_error));
+        QVERIFY(extractZipWithin(zip, path("out"), 120000, &reason));
     }
 
     // An archive may hold millions of names.
     void theTimeRunsOutWhileNamesAreRead() {
         const QString zip = write("a.zip", makeZip({{"first", "1"}, {QByteArray("a\0b", 3), "2"}}));
-        QVERIFY(!extractZipWithin(zip, path("out"), 0, &m_error));
-        QCOMPARE(m_error, QStringLiteral("zip extraction timed out"));
+        QVERIFY(!extractZipWithin(zip, path("out"), 0, &reason));
+        QCOMPARE(reason, QStringLiteral("zip extraction timed out"));
     }
 
     // An archive of few bytes and many zeros onto a disk that is too slow for them.
@@ -494,9 +494,9 @@ private slots:
         QVERIFY(QFileInfo(zip).size() < 1 << 20);
         QElapsedTimer clock;
         clock.start();
-        QVERIFY(!extractZipWithin(zip, path("out"), 5, &m_error));
+        QVERIFY(!extractZipWithin(zip, path("out"), 5, &reason));
         QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
-        QCOMPARE(m_error, QStringLiteral("zip extraction timed out"));
+        QCOMPARE(reason, QStringLiteral("zip extraction timed out"));
         QVERIFY(!QFileInfo::exists(path("out/then")));
     }
 
@@ -512,7 +512,7 @@ private slots:
         QFile zeros(path("zeros"));
         QVERIFY(zeros.open(QIODevice::WriteOnly) && zeros.resize(1 << 30));
         const QString zip = path("a.zip");
-        run("zip", {"-q", zip, "zeros"}, m_folder->path());
+        run("zip", {"-q", zip, "zeros"}, workFolder->path());
         QVERIFY(QFileInfo(zip).size() < 2 << 20);
         QVERIFY(QDir().mkpath(path("disk")));
         QProcess process;
@@ -586,18 +586,18 @@ private slots:
         QFETCH(QString, error);
         SearchPath search(false);
         search.addScript("powershell", "echo \"$#\" > \"$here/log\"\n" + script);
-        m_error.clear();
+        reason.clear();
         const int limit = error.endsWith("timed out") ? 1000 : 60000; // ms
-        QCOMPARE(powershellUnpack("a.zip", "out", limit, &m_error), error.isEmpty());
-        QCOMPARE(m_error, error);
+        QCOMPARE(powershellUnpack("a.zip", "out", limit, &reason), error.isEmpty());
+        QCOMPARE(reason, error);
         if (limit == 60000)
             QCOMPARE(search.read("log"), QByteArray("5\n"));
     }
 
     void noPowershell() {
         const SearchPath search(false);
-        QVERIFY(!powershellUnpack("a.zip", "out", 2000, &m_error));
-        QCOMPARE(m_error, QStringLiteral("zip extraction timed out"));
+        QVERIFY(!powershellUnpack("a.zip", "out", 2000, &reason));
+        QCOMPARE(reason, QStringLiteral("zip extraction timed out"));
     }
 };
 
