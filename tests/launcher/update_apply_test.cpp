@@ -124,339 +124,357 @@ class UpdateApplyTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { support::provideUnpacking(); }
+    void initTestCase();
+    void init();
+    void aRequestIsRefused_data();
+    void aRequestIsRefused();
+    void aRequestDuringATaskIsAnsweredByTheStatus();
+    void theProjectAndAComponent();
+    void aSetupAlone();
+    void theTargetIsToldOnceToReloadItsModels();
+    void theFlowGoesOnWithTheNewProjectFile();
+    void aFailureWithAClass();
+    void aFailureWithoutAClass();
+    void aCancelDuringTheDownload();
+    void theApplyEnds_data();
+    void theApplyEnds();
+    void aCancelDuringTheSetup();
+    void theEndIsReportedOnce_data();
+    void theEndIsReportedOnce();
+    void aWindowThatClosesEndsTheWorkerAndReportsNothing();
+};
 
-    void init() {
-        installation::reset();
-        installers::forget();
-        QVERIFY(update_offer::trust());
+void UpdateApplyTest::initTestCase() {
+    support::provideUnpacking();
+}
+
+void UpdateApplyTest::init() {
+    installation::reset();
+    installers::forget();
+    QVERIFY(update_offer::trust());
+    QVERIFY(installation::addTarget("wait"));
+    (void)installation::takeLog();
+}
+
+// --- The request ----------------------------------------------------------------------------
+
+void UpdateApplyTest::aRequestIsRefused_data() {
+    QTest::addColumn<bool>("available");
+    QTest::addColumn<bool>("anything");
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("nothing is on offer") << false << false << "2.0.0"
+                                         << "当前没有可应用的已验证更新。";
+    QTest::newRow("nothing was ticked") << true << false << "2.0.0"
+                                        << "未选择任何更新内容。";
+    QTest::newRow("the project is up to date")
+        << true << true << "1.0"
+        << "项目更新不可用：当前项目版本 1.0 已不低于更新版本 1.0。";
+}
+
+void UpdateApplyTest::aRequestIsRefused() {
+    QFETCH(bool, available);
+    QFETCH(bool, anything);
+    QFETCH(QString, version);
+    QFETCH(QString, text);
+    Launcher launcher;
+    launcher.service.updateAvailable = available;
+    launcher.service.selection.project = anything;
+    launcher.service.snapshot.projectEntry["version"] = version;
+    launcher.service.applyChosenUpdate();
+    QCOMPARE(launcher.log.take(), QStringList("not applied " + text));
+    QCOMPARE(launcher.service.state, State::RepairMode);
+    QCOMPARE(launcher.service.taskId, QString());
+}
+
+void UpdateApplyTest::aRequestDuringATaskIsAnsweredByTheStatus() {
+    Launcher launcher;
+    launcher.service.checkInFlight = true;
+    launcher.service.cancelFlag = 1;
+    launcher.service.applyChosenUpdate();
+    QCOMPARE(launcher.log.take(), QStringList("status 更新任务正在进行中..."));
+    QCOMPARE(launcher.service.cancelFlag.load(), 1);
+}
+
+// --- The whole road -------------------------------------------------------------------------
+
+void UpdateApplyTest::theProjectAndAComponent() {
+    Launcher launcher;
+    launcher.chooseRuntime();
+    launcher.service.applyChosenUpdate();
+    QCOMPARE(launcher.log.take(), applyStarts());
+    QVERIFY(launcher.service.isUpdateTaskActive());
+    QVERIFY(launcher.service.taskId.startsWith("apply_"));
+    launcher.waitForEnd();
+    const QString details = "项目更新已完成。\n" + launcher.installerNote();
+    QCOMPARE(launcher.log.take(),
+             applyReports(true) + setupReports() + setupEnds(details) + launched());
+    // Apply and setup are one task.
+    QCOMPARE(logLines().mid(0, 7),
+             QStringList({"Project version check: local=1.0 remote=2.0.0 compare=-1 path=" +
+                              launcher.project,
+                          "[task apply_ID] started kind=apply",
+                          "[task apply_ID] phase=apply elapsedMs=0 " + successText(),
+                          launcher.installerNote(), "项目更新已完成。", launcher.installerNote(),
+                          "[task apply_ID] phase=setup elapsedMs=0"}));
+}
+
+void UpdateApplyTest::aSetupAlone() {
+    Launcher launcher;
+    launcher.chooseRuntime();
+    launcher.service.selection.project = false;
+    launcher.service.applyChosenUpdate();
+    QCOMPARE(launcher.log.take(), QStringList({"active false", "state ApplyingUpdate",
+                                               "progress setup -1 detail:setup-prepare"}));
+    QVERIFY(launcher.service.taskId.startsWith("setup_"));
+    launcher.waitForEnd();
+    QCOMPARE(launcher.log.take(), QStringList("progress setup -1 detail:setup-prepare") +
+                                      setupEnds("已跳过项目更新。\n" + launcher.installerNote()) +
+                                      launched());
+    QVERIFY(!launcher.service.reloadModelsOnLaunch);
+    QVERIFY(!installation::targetSaw().contains("--reload-models"));
+    QTRY_COMPARE(installers::ran(), QStringList("runtime 0"));
+}
+
+void UpdateApplyTest::theTargetIsToldOnceToReloadItsModels() {
+    Launcher launcher;
+    launcher.service.applyChosenUpdate();
+    launcher.waitForEnd();
+    QTRY_VERIFY(installation::targetSaw().contains("--reload-models"));
+    QVERIFY(!launcher.service.reloadModelsOnLaunch);
+    QCOMPARE(SettingsStore::instance().defaultProject(), launcher.project);
+    QVERIFY(launcher.service.updatesHandled && !launcher.service.updateAvailable);
+    installation::release();
+    QTRY_COMPARE(launcher.service.state, State::Failed);
+    QVERIFY(installation::addTarget("wait"));
+    launcher.service.skipUpdateAndLaunch();
+    QTRY_VERIFY(!installation::targetSaw().isEmpty());
+    QVERIFY(!installation::targetSaw().contains("--reload-models"));
+}
+
+void UpdateApplyTest::theFlowGoesOnWithTheNewProjectFile() {
+    support::FileTree package = runnable("1.9");
+    package.insert("new.yslib", package.take("demo.yslib"));
+    Launcher launcher;
+    const Offer other(package);
+    launcher.service.snapshot = other.snapshot;
+    launcher.service.applyChosenUpdate();
+    launcher.waitForEnd();
+    const QString renamed = update_offer::projectFolder() + "/new.yslib";
+    QCOMPARE(launcher.service.projectPath, renamed);
+    QCOMPARE(SettingsStore::instance().defaultProject(), renamed);
+}
+
+// --- Failure and cancel of the apply --------------------------------------------------------
+
+void UpdateApplyTest::aFailureWithAClass() {
+    Launcher launcher;
+    launcher.service.snapshot.projectEntry["zipSha256"] = "00";
+    launcher.service.applyChosenUpdate();
+    (void)launcher.log.take();
+    launcher.waitForEnd();
+    const QString text = launcher.service.statusText;
+    QVERIFY2(text.startsWith("[hash] Update zip hash failed: SHA256 mismatch for "),
+             qPrintable(text));
+    QCOMPARE(launcher.log.take(), applyReports(false) + notApplied(text));
+    QCOMPARE(logLines().last(), text);
+    QVERIFY(launcher.service.updateAvailable); // may be tried again
+    QCOMPARE(support::readTree(update_offer::projectFolder()), runnable("1.0"));
+}
+
+void UpdateApplyTest::aFailureWithoutAClass() {
+    Launcher launcher;
+    const Offer other(support::FileTree{{"readme.txt", "no project"}});
+    launcher.service.snapshot = other.snapshot;
+    launcher.service.applyChosenUpdate();
+    (void)launcher.log.take();
+    launcher.waitForEnd();
+    QCOMPARE(launcher.log.take(),
+             applyReports(false) + notApplied("No yslib found in extracted package."));
+}
+
+void UpdateApplyTest::aCancelDuringTheDownload() {
+    support::ScriptedServer server;
+    server.on("/p/line.zip", {support::stall()});
+    Launcher launcher;
+    launcher.offerOnline(server);
+    launcher.service.applyChosenUpdate();
+    (void)launcher.log.take();
+    QTRY_COMPARE(server.paths().size(), 1);
+    launcher.service.enterRepairMode(); // F8 is refused meanwhile
+    launcher.service.cancelUpdateTask();
+    launcher.waitForEnd();
+    QCOMPARE(launcher.log.take(),
+             QStringList({applyReports(false).first(),
+                          "status 更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。",
+                          "status 正在取消更新任务…", applyReports(false).last()}) +
+                 notApplied(cancelledText));
+    QCOMPARE(logLines().mid(1),
+             QStringList({"[task apply_ID] started kind=apply",
+                          "[task apply_ID] cancel requested by user", cancelledText}));
+    QCOMPARE(support::readTree(update_offer::projectFolder()), runnable("1.0"));
+}
+
+void UpdateApplyTest::theApplyEnds_data() {
+    QTest::addColumn<ApplyResult>("result");
+    QTest::addColumn<bool>("flag");
+    QTest::addColumn<QString>("text"); // null: goes on to the setup
+    const QString text = cancelledText;
+    QTest::newRow("success") << succeeded("/p/new.yslib") << false << QString();
+    QTest::newRow("success without a path") << succeeded("") << false << QString();
+    QTest::newRow("a cancel that came too late counts, although the project was replaced")
+        << succeeded("/p/new.yslib") << true << text;
+    QTest::newRow("failure with the flag up") << failed("why", "hash") << true << text;
+    QTest::newRow("the class cancelled") << failed("why", "cancelled") << false << text;
+    QTest::newRow("the class in capitals is a class like another")
+        << failed("why", "Cancelled") << false << "[Cancelled] why";
+    QTest::newRow("the message cancelled, in any case") << failed("CANCELLED", "") << false << text;
+    QTest::newRow("a message that only holds the word")
+        << failed("was cancelled", "") << false << "was cancelled";
+    QTest::newRow("a class") << failed("why", "network") << false << "[network] why";
+    QTest::newRow("a message with a place mark")
+        << failed("%1 %2", "hash") << false << "[hash] %1 %2";
+    QTest::newRow("no class") << failed("why", "") << false << "why";
+}
+
+void UpdateApplyTest::theApplyEnds() {
+    QFETCH(ApplyResult, result);
+    QFETCH(bool, flag);
+    QFETCH(QString, text);
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    service.state = State::ApplyingUpdate;
+    service.taskId = "apply_1";
+    service.cancelRef = &service.cancelFlag;
+    service.cancelFlag = flag ? 1 : 0;
+    service.applyWatcher.setFuture(ended(result));
+    launcher.waitForEnd();
+    if (!text.isNull()) {
+        QCOMPARE(launcher.log.take(), notApplied(text));
+        QCOMPARE(logLines(), QStringList(text));
+        QCOMPARE(service.projectPath, launcher.project);
+        QVERIFY(!service.reloadModelsOnLaunch);
+        return;
+    }
+    QCOMPARE(launcher.log.take().mid(0, 5), setupReports() + setupEnds("项目更新已完成。"));
+    QCOMPARE(logLines().first(),
+             QString("[task apply_1] phase=apply elapsedMs=0 ") + result.message);
+    QCOMPARE(service.projectPath,
+             result.projectPath.isEmpty() ? launcher.project : result.projectPath);
+    QCOMPARE(service.taskId, QString("apply_1"));
+}
+
+void UpdateApplyTest::aCancelDuringTheSetup() {
+    support::ScriptedServer server;
+    server.on("/p/setup.exe", {support::stall()});
+    Launcher launcher;
+    launcher.chooseRuntime();
+    launcher.service.selection.project = false;
+    launcher.service.snapshot.fromUsb = false;
+    launcher.service.snapshot.baseLocation = server.url("/p/").toString();
+    QFile::remove(AppPaths::updateCacheDirectory() + "/setup.exe");
+    launcher.service.applyChosenUpdate();
+    QTRY_COMPARE(server.paths().size(), 1);
+    (void)launcher.log.take();
+    launcher.service.cancelUpdateTask();
+    launcher.waitForEnd();
+    const QStringList end = launcher.log.take();
+    QCOMPARE(end.mid(end.size() - 4), notApplied("组件更新任务已取消。"));
+    QVERIFY(end.contains("status 正在取消更新任务…"));
+    QVERIFY(!launcher.service.updatesHandled);
+}
+
+// --- Whatever comes together ----------------------------------------------------------------
+
+void UpdateApplyTest::theEndIsReportedOnce_data() {
+    QTest::addColumn<QString>("outcome");
+    QTest::addColumn<QString>("meanwhile");
+    for (const char *outcome :
+         {"success", "failure", "cancel", "setup", "setup with a warning", "setup cancelled"}) {
+        for (const char *meanwhile :
+             {"nothing", "the target exits", "a second request", "a second cancel", "F8"})
+            QTest::addRow("%s, and meanwhile %s", outcome, meanwhile) << outcome << meanwhile;
+    }
+}
+
+void UpdateApplyTest::theEndIsReportedOnce() {
+    QFETCH(QString, outcome);
+    QFETCH(QString, meanwhile);
+    support::ScriptedServer server;
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    if (meanwhile == "the target exits") {
         QVERIFY(installation::addTarget("wait"));
-        (void)installation::takeLog();
+        service.skipUpdateAndLaunch();
+        service.enterRepairMode();
+        service.updateAvailable = true;
     }
-
-    // --- The request ----------------------------------------------------------------------------
-
-    void aRequestIsRefused_data() {
-        QTest::addColumn<bool>("available");
-        QTest::addColumn<bool>("anything");
-        QTest::addColumn<QString>("version");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("nothing is on offer") << false << false << "2.0.0"
-                                             << "当前没有可应用的已验证更新。";
-        QTest::newRow("nothing was ticked") << true << false << "2.0.0"
-                                            << "未选择任何更新内容。";
-        QTest::newRow("the project is up to date")
-            << true << true << "1.0"
-            << "项目更新不可用：当前项目版本 1.0 已不低于更新版本 1.0。";
-    }
-
-    void aRequestIsRefused() {
-        QFETCH(bool, available);
-        QFETCH(bool, anything);
-        QFETCH(QString, version);
-        QFETCH(QString, text);
-        Launcher launcher;
-        launcher.service.updateAvailable = available;
-        launcher.service.selection.project = anything;
-        launcher.service.snapshot.projectEntry["version"] = version;
-        launcher.service.applyChosenUpdate();
-        QCOMPARE(launcher.log.take(), QStringList("not applied " + text));
-        QCOMPARE(launcher.service.state, State::RepairMode);
-        QCOMPARE(launcher.service.taskId, QString());
-    }
-
-    void aRequestDuringATaskIsAnsweredByTheStatus() {
-        Launcher launcher;
-        launcher.service.checkInFlight = true;
-        launcher.service.cancelFlag = 1;
-        launcher.service.applyChosenUpdate();
-        QCOMPARE(launcher.log.take(), QStringList("status 更新任务正在进行中..."));
-        QCOMPARE(launcher.service.cancelFlag.load(), 1);
-    }
-
-    // --- The whole road -------------------------------------------------------------------------
-
-    void theProjectAndAComponent() {
-        Launcher launcher;
+    const bool cancels = outcome.startsWith("cancel") || outcome.endsWith("cancelled");
+    if (outcome.startsWith("setup")) {
         launcher.chooseRuntime();
-        launcher.service.applyChosenUpdate();
-        QCOMPARE(launcher.log.take(), applyStarts());
-        QVERIFY(launcher.service.isUpdateTaskActive());
-        QVERIFY(launcher.service.taskId.startsWith("apply_"));
-        launcher.waitForEnd();
-        const QString details = "项目更新已完成。\n" + launcher.installerNote();
-        QCOMPARE(launcher.log.take(),
-                 applyReports(true) + setupReports() + setupEnds(details) + launched());
-        // Apply and setup are one task.
-        QCOMPARE(
-            logLines().mid(0, 7),
-            QStringList({"Project version check: local=1.0 remote=2.0.0 compare=-1 path=" +
-                             launcher.project,
-                         "[task apply_ID] started kind=apply",
-                         "[task apply_ID] phase=apply elapsedMs=0 " + successText(),
-                         launcher.installerNote(), "项目更新已完成。", launcher.installerNote(),
-                         "[task apply_ID] phase=setup elapsedMs=0"}));
-    }
-
-    void aSetupAlone() {
-        Launcher launcher;
-        launcher.chooseRuntime();
-        launcher.service.selection.project = false;
-        launcher.service.applyChosenUpdate();
-        QCOMPARE(launcher.log.take(), QStringList({"active false", "state ApplyingUpdate",
-                                                   "progress setup -1 detail:setup-prepare"}));
-        QVERIFY(launcher.service.taskId.startsWith("setup_"));
-        launcher.waitForEnd();
-        QCOMPARE(launcher.log.take(),
-                 QStringList("progress setup -1 detail:setup-prepare") +
-                     setupEnds("已跳过项目更新。\n" + launcher.installerNote()) + launched());
-        QVERIFY(!launcher.service.reloadModelsOnLaunch);
-        QVERIFY(!installation::targetSaw().contains("--reload-models"));
-        QTRY_COMPARE(installers::ran(), QStringList("runtime 0"));
-    }
-
-    void theTargetIsToldOnceToReloadItsModels() {
-        Launcher launcher;
-        launcher.service.applyChosenUpdate();
-        launcher.waitForEnd();
-        QTRY_VERIFY(installation::targetSaw().contains("--reload-models"));
-        QVERIFY(!launcher.service.reloadModelsOnLaunch);
-        QCOMPARE(SettingsStore::instance().defaultProject(), launcher.project);
-        QVERIFY(launcher.service.updatesHandled && !launcher.service.updateAvailable);
-        installation::release();
-        QTRY_COMPARE(launcher.service.state, State::Failed);
-        QVERIFY(installation::addTarget("wait"));
-        launcher.service.skipUpdateAndLaunch();
-        QTRY_VERIFY(!installation::targetSaw().isEmpty());
-        QVERIFY(!installation::targetSaw().contains("--reload-models"));
-    }
-
-    void theFlowGoesOnWithTheNewProjectFile() {
-        support::FileTree package = runnable("1.9");
-        package.insert("new.yslib", package.take("demo.yslib"));
-        Launcher launcher;
-        const Offer other(package);
-        launcher.service.snapshot = other.snapshot;
-        launcher.service.applyChosenUpdate();
-        launcher.waitForEnd();
-        const QString renamed = update_offer::projectFolder() + "/new.yslib";
-        QCOMPARE(launcher.service.projectPath, renamed);
-        QCOMPARE(SettingsStore::instance().defaultProject(), renamed);
-    }
-
-    // --- Failure and cancel of the apply --------------------------------------------------------
-
-    void aFailureWithAClass() {
-        Launcher launcher;
-        launcher.service.snapshot.projectEntry["zipSha256"] = "00";
-        launcher.service.applyChosenUpdate();
-        (void)launcher.log.take();
-        launcher.waitForEnd();
-        const QString text = launcher.service.statusText;
-        QVERIFY2(text.startsWith("[hash] Update zip hash failed: SHA256 mismatch for "),
-                 qPrintable(text));
-        QCOMPARE(launcher.log.take(), applyReports(false) + notApplied(text));
-        QCOMPARE(logLines().last(), text);
-        QVERIFY(launcher.service.updateAvailable); // may be tried again
-        QCOMPARE(support::readTree(update_offer::projectFolder()), runnable("1.0"));
-    }
-
-    void aFailureWithoutAClass() {
-        Launcher launcher;
-        const Offer other(support::FileTree{{"readme.txt", "no project"}});
-        launcher.service.snapshot = other.snapshot;
-        launcher.service.applyChosenUpdate();
-        (void)launcher.log.take();
-        launcher.waitForEnd();
-        QCOMPARE(launcher.log.take(),
-                 applyReports(false) + notApplied("No yslib found in extracted package."));
-    }
-
-    void aCancelDuringTheDownload() {
-        support::ScriptedServer server;
+        service.selection.project = false;
+        if (outcome != "setup") {
+            server.on("/p/setup.exe", cancels ? support::ServerScript{support::stall()}
+                                              : support::answer(404, "gone"));
+            QFile::remove(AppPaths::updateCacheDirectory() + "/setup.exe");
+            service.snapshot.fromUsb = false;
+            service.snapshot.baseLocation = server.url("/p/").toString();
+        }
+    } else if (cancels) {
         server.on("/p/line.zip", {support::stall()});
+        launcher.offerOnline(server);
+    } else if (outcome == "failure") {
+        service.snapshot = launcher.offer.with("zipSha256", "00").snapshot;
+    }
+    (void)launcher.log.take();
+    service.applyChosenUpdate();
+    if (cancels) {
+        QTRY_COMPARE(server.paths().size(), 1);
+        service.cancelUpdateTask();
+    }
+    if (meanwhile == "the target exits")
+        installation::release();
+    else if (meanwhile == "a second request")
+        service.applyChosenUpdate();
+    else if (meanwhile == "a second cancel" && cancels)
+        service.cancelUpdateTask();
+    else if (meanwhile == "F8")
+        service.enterRepairMode();
+    launcher.waitForEnd();
+    if (meanwhile == "the target exits")
+        QTRY_VERIFY(service.targetProcess.state() == QProcess::NotRunning ||
+                    service.state == State::Monitor);
+    QTRY_VERIFY(!service.isUpdateTaskActive());
+    QCoreApplication::processEvents();
+    QCOMPARE(endsIn(launcher.log.entries()), 1);
+    static const QMap<QString, QString> ends{
+        {"success", "applied 项目更新已完成。"},
+        {"failure", "not applied [hash] "},
+        {"cancel", QString("not applied ") + cancelledText},
+        {"setup", "applied 已跳过项目更新。\nRuntime 安装包已自动启动："},
+        {"setup with a warning", "applied 已跳过项目更新。\nRuntime 安装包下载失败（"},
+        {"setup cancelled", "not applied 组件更新任务已取消。"}};
+    const QString seen = launcher.log.entries().filter("applied ").join('\n');
+    QVERIFY2(seen.startsWith(ends.value(outcome, "?")), qPrintable(seen));
+    installation::release();
+}
+
+void UpdateApplyTest::aWindowThatClosesEndsTheWorkerAndReportsNothing() {
+    support::ScriptedServer server;
+    server.on("/p/line.zip", {support::stall()});
+    QStringList entries;
+    {
         Launcher launcher;
         launcher.offerOnline(server);
         launcher.service.applyChosenUpdate();
-        (void)launcher.log.take();
         QTRY_COMPARE(server.paths().size(), 1);
-        launcher.service.enterRepairMode(); // F8 is refused meanwhile
-        launcher.service.cancelUpdateTask();
-        launcher.waitForEnd();
-        QCOMPARE(
-            launcher.log.take(),
-            QStringList({applyReports(false).first(),
-                         "status 更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。",
-                         "status 正在取消更新任务…", applyReports(false).last()}) +
-                notApplied(cancelledText));
-        QCOMPARE(logLines().mid(1),
-                 QStringList({"[task apply_ID] started kind=apply",
-                              "[task apply_ID] cancel requested by user", cancelledText}));
-        QCOMPARE(support::readTree(update_offer::projectFolder()), runnable("1.0"));
+        entries = launcher.log.take();
     }
-
-    void theApplyEnds_data() {
-        QTest::addColumn<ApplyResult>("result");
-        QTest::addColumn<bool>("flag");
-        QTest::addColumn<QString>("text"); // null: goes on to the setup
-        const QString text = cancelledText;
-        QTest::newRow("success") << succeeded("/p/new.yslib") << false << QString();
-        QTest::newRow("success without a path") << succeeded("") << false << QString();
-        QTest::newRow("a cancel that came too late counts, although the project was replaced")
-            << succeeded("/p/new.yslib") << true << text;
-        QTest::newRow("failure with the flag up") << failed("why", "hash") << true << text;
-        QTest::newRow("the class cancelled") << failed("why", "cancelled") << false << text;
-        QTest::newRow("the class in capitals is a class like another")
-            << failed("why", "Cancelled") << false << "[Cancelled] why";
-        QTest::newRow("the message cancelled, in any case")
-            << failed("CANCELLED", "") << false << text;
-        QTest::newRow("a message that only holds the word")
-            << failed("was cancelled", "") << false << "was cancelled";
-        QTest::newRow("a class") << failed("why", "network") << false << "[network] why";
-        QTest::newRow("a message with a place mark")
-            << failed("%1 %2", "hash") << false << "[hash] %1 %2";
-        QTest::newRow("no class") << failed("why", "") << false << "why";
-    }
-
-    void theApplyEnds() {
-        QFETCH(ApplyResult, result);
-        QFETCH(bool, flag);
-        QFETCH(QString, text);
-        Launcher launcher;
-        LauncherService &service = launcher.service;
-        service.state = State::ApplyingUpdate;
-        service.taskId = "apply_1";
-        service.cancelRef = &service.cancelFlag;
-        service.cancelFlag = flag ? 1 : 0;
-        service.applyWatcher.setFuture(ended(result));
-        launcher.waitForEnd();
-        if (!text.isNull()) {
-            QCOMPARE(launcher.log.take(), notApplied(text));
-            QCOMPARE(logLines(), QStringList(text));
-            QCOMPARE(service.projectPath, launcher.project);
-            QVERIFY(!service.reloadModelsOnLaunch);
-            return;
-        }
-        QCOMPARE(launcher.log.take().mid(0, 5), setupReports() + setupEnds("项目更新已完成。"));
-        QCOMPARE(logLines().first(),
-                 QString("[task apply_1] phase=apply elapsedMs=0 ") + result.message);
-        QCOMPARE(service.projectPath,
-                 result.projectPath.isEmpty() ? launcher.project : result.projectPath);
-        QCOMPARE(service.taskId, QString("apply_1"));
-    }
-
-    void aCancelDuringTheSetup() {
-        support::ScriptedServer server;
-        server.on("/p/setup.exe", {support::stall()});
-        Launcher launcher;
-        launcher.chooseRuntime();
-        launcher.service.selection.project = false;
-        launcher.service.snapshot.fromUsb = false;
-        launcher.service.snapshot.baseLocation = server.url("/p/").toString();
-        QFile::remove(AppPaths::updateCacheDirectory() + "/setup.exe");
-        launcher.service.applyChosenUpdate();
-        QTRY_COMPARE(server.paths().size(), 1);
-        (void)launcher.log.take();
-        launcher.service.cancelUpdateTask();
-        launcher.waitForEnd();
-        const QStringList end = launcher.log.take();
-        QCOMPARE(end.mid(end.size() - 4), notApplied("组件更新任务已取消。"));
-        QVERIFY(end.contains("status 正在取消更新任务…"));
-        QVERIFY(!launcher.service.updatesHandled);
-    }
-
-    // --- Whatever comes together ----------------------------------------------------------------
-
-    void theEndIsReportedOnce_data() {
-        QTest::addColumn<QString>("outcome");
-        QTest::addColumn<QString>("meanwhile");
-        for (const char *outcome :
-             {"success", "failure", "cancel", "setup", "setup with a warning", "setup cancelled"}) {
-            for (const char *meanwhile :
-                 {"nothing", "the target exits", "a second request", "a second cancel", "F8"})
-                QTest::addRow("%s, and meanwhile %s", outcome, meanwhile) << outcome << meanwhile;
-        }
-    }
-
-    void theEndIsReportedOnce() {
-        QFETCH(QString, outcome);
-        QFETCH(QString, meanwhile);
-        support::ScriptedServer server;
-        Launcher launcher;
-        LauncherService &service = launcher.service;
-        if (meanwhile == "the target exits") {
-            QVERIFY(installation::addTarget("wait"));
-            service.skipUpdateAndLaunch();
-            service.enterRepairMode();
-            service.updateAvailable = true;
-        }
-        const bool cancels = outcome.startsWith("cancel") || outcome.endsWith("cancelled");
-        if (outcome.startsWith("setup")) {
-            launcher.chooseRuntime();
-            service.selection.project = false;
-            if (outcome != "setup") {
-                server.on("/p/setup.exe", cancels ? support::ServerScript{support::stall()}
-                                                  : support::answer(404, "gone"));
-                QFile::remove(AppPaths::updateCacheDirectory() + "/setup.exe");
-                service.snapshot.fromUsb = false;
-                service.snapshot.baseLocation = server.url("/p/").toString();
-            }
-        } else if (cancels) {
-            server.on("/p/line.zip", {support::stall()});
-            launcher.offerOnline(server);
-        } else if (outcome == "failure") {
-            service.snapshot = launcher.offer.with("zipSha256", "00").snapshot;
-        }
-        (void)launcher.log.take();
-        service.applyChosenUpdate();
-        if (cancels) {
-            QTRY_COMPARE(server.paths().size(), 1);
-            service.cancelUpdateTask();
-        }
-        if (meanwhile == "the target exits")
-            installation::release();
-        else if (meanwhile == "a second request")
-            service.applyChosenUpdate();
-        else if (meanwhile == "a second cancel" && cancels)
-            service.cancelUpdateTask();
-        else if (meanwhile == "F8")
-            service.enterRepairMode();
-        launcher.waitForEnd();
-        if (meanwhile == "the target exits")
-            QTRY_VERIFY(service.targetProcess.state() == QProcess::NotRunning ||
-                        service.state == State::Monitor);
-        QTRY_VERIFY(!service.isUpdateTaskActive());
-        QCoreApplication::processEvents();
-        QCOMPARE(endsIn(launcher.log.entries()), 1);
-        static const QMap<QString, QString> ends{
-            {"success", "applied 项目更新已完成。"},
-            {"failure", "not applied [hash] "},
-            {"cancel", QString("not applied ") + cancelledText},
-            {"setup", "applied 已跳过项目更新。\nRuntime 安装包已自动启动："},
-            {"setup with a warning", "applied 已跳过项目更新。\nRuntime 安装包下载失败（"},
-            {"setup cancelled", "not applied 组件更新任务已取消。"}};
-        const QString seen = launcher.log.entries().filter("applied ").join('\n');
-        QVERIFY2(seen.startsWith(ends.value(outcome, "?")), qPrintable(seen));
-        installation::release();
-    }
-
-    void aWindowThatClosesEndsTheWorkerAndReportsNothing() {
-        support::ScriptedServer server;
-        server.on("/p/line.zip", {support::stall()});
-        QStringList entries;
-        {
-            Launcher launcher;
-            launcher.offerOnline(server);
-            launcher.service.applyChosenUpdate();
-            QTRY_COMPARE(server.paths().size(), 1);
-            entries = launcher.log.take();
-        }
-        QVERIFY(QThreadPool::globalInstance()->waitForDone(1000));
-        QCoreApplication::processEvents();
-        QCOMPARE(endsIn(entries), 0);
-        QCOMPARE(support::readTree(update_offer::projectFolder()), runnable("1.0"));
-    }
-};
+    QVERIFY(QThreadPool::globalInstance()->waitForDone(1000));
+    QCoreApplication::processEvents();
+    QCOMPARE(endsIn(entries), 0);
+    QCOMPARE(support::readTree(update_offer::projectFolder()), runnable("1.0"));
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, UpdateApplyTest)
 #include "update_apply_test.moc"

@@ -128,607 +128,647 @@ class UpdatePromptsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() {
-        installation::reset();
-        QVERIFY(installation::write(installation::appPath("config/update.pub"),
-                                    publisher().publicPem()));
-        QVERIFY(installation::write(support::stageRoot() + "/setup.exe", ""));
-        QVERIFY(installation::addTarget("wait"));
-        (void)installation::takeLog();
-        onlineUrl = QString("http://127.0.0.1:1") + manifestPath;
-        QVERIFY(QThreadPool::globalInstance()->waitForDone());
-        gate.acquire(gate.available());
-        server = std::make_unique<support::ScriptedServer>();
-    }
+    void init();
+    void cleanup();
+    void aBannerStopsTheCountdown();
+    void nothingFoundLetsTheCountdownRunOn();
+    void aServerThatIsAwayLetsTheCountdownRunOn();
+    void anUpdatePutAsideBeforeLetsTheCountdownRunOn();
+    void anotherOfferThanTheSkippedOneStops();
+    void theFlowChecksWhenNothingIsKnown_data();
+    void theFlowChecksWhenNothingIsKnown();
+    void theFlowLaunchesWhenItsCheckFindsNothing();
+    void theFlowJoinsARunningCheck_data();
+    void theFlowJoinsARunningCheck();
+    void theFlowWithAKnownUpdate_data();
+    void theFlowWithAKnownUpdate();
+    void aBadgeDoesNotStopAnAutomaticStart();
+    void handledUpdatesAreNotLookedAt();
+    void twoChecksNeverOverlap();
+    void aCancelledCheck_data();
+    void aCancelledCheck();
+    void theEndOfACheckIsToldOnce_data();
+    void theEndOfACheckIsToldOnce();
+    void f8ChecksOnceAndReturnsToRepairMode();
+    void f8IsRefusedWhileTheCheckRuns();
+    void aSecondCheckWithinTheWindowIsThrottled_data();
+    void aSecondCheckWithinTheWindowIsThrottled();
+    void f8WithAKnownUpdateShowsItAgain();
+    void everyAnswerInEveryState_data();
+    void everyAnswerInEveryState();
+    void aPauseWithoutSecondsLeftIsNotResumed();
+    void skippingForGoodIsRememberedAndLogged();
+    void anOfferWithoutAFingerprintIsNotRemembered();
+    void answersWithoutAnUpdateDoNothing();
+    void refreshStatusBuildsTheSummaryAnew_data();
+    void refreshStatusBuildsTheSummaryAnew();
+    void theSummaryFollowsTheLanguage();
+    void anUpdateThatIsInstalledMeanwhileKeepsItsSummary();
+    void aSnapshotWithoutTextIsNotWeighed();
+    void theStartShotShowsAKnownUpdate();
+    void theServiceWaitsForItsCheck();
 
-    void cleanup() { server.reset(); }
+private:
+    void offer(const QString &runtimeVersion);
+    void answer(const QString &body);
+    std::unique_ptr<support::ScriptedServer> server;
+};
 
-    // --- The check in the background of the countdown ---------------------------------------
+void UpdatePromptsTest::init() {
+    installation::reset();
+    QVERIFY(
+        installation::write(installation::appPath("config/update.pub"), publisher().publicPem()));
+    QVERIFY(installation::write(support::stageRoot() + "/setup.exe", ""));
+    QVERIFY(installation::addTarget("wait"));
+    (void)installation::takeLog();
+    onlineUrl = QString("http://127.0.0.1:1") + manifestPath;
+    QVERIFY(QThreadPool::globalInstance()->waitForDone());
+    gate.acquire(gate.available());
+    server = std::make_unique<support::ScriptedServer>();
+}
 
-    void aBannerStopsTheCountdown() {
-        offer("9.0.0");
-        Launcher launcher;
-        launcher.service.start();
-        QCOMPARE(launcher.log.take(), fromTheCountdown());
-        processPosted();
-        QCOMPARE(launcher.log.take(), checkStarts());
-        QVERIFY(launcher.service.isUpdateTaskActive());
-        QCOMPARE(launcher.service.state, State::Countdown);
-        launcher.waitForCheck();
-        QCOMPARE(launcher.log.take(),
-                 launcher.offer("OnlineBanner") +
-                     QStringList({"state RepairMode", prompt(), "active false"}));
-        QVERIFY(!launcher.service.countdownTimer.isActive());
-        QVERIFY(launcher.service.countdownPaused);
-        QVERIFY(launcher.service.isOnlineUpdatePending());
-        QCOMPARE(taskLines(), QStringList({"[task check_ID] started kind=check",
-                                           "[task check_ID] phase=check elapsedMs=0 found"}));
-    }
+void UpdatePromptsTest::cleanup() {
+    server.reset();
+}
 
-    void nothingFoundLetsTheCountdownRunOn() {
-        offer("0.0.1");
-        QVERIFY(installation::write(installation::appPath("config/release_version.json"),
-                                    R"({"runtimePackageVersion": "1.0"})"));
-        Launcher launcher;
-        launcher.service.start();
-        processPosted();
-        (void)launcher.log.take();
-        launcher.waitForCheck();
-        const QString summary = launcher.service.statusText;
-        QVERIFY(summary.startsWith("未检测到高于当前版本的可用更新。\n"));
-        QCOMPARE(launcher.log.take(),
-                 QStringList({"status " + summary, "countdown 5", "countdown 5", "active false"}));
-        QVERIFY(launcher.service.countdownTimer.isActive());
-        QVERIFY(launcher.service.updateCheckDone && !launcher.service.updateAvailable);
-        QCOMPARE(taskLines().last(), QString("[task check_ID] phase=check elapsedMs=0 none"));
-    }
+// --- The check in the background of the countdown ---------------------------------------
 
-    void aServerThatIsAwayLetsTheCountdownRunOn() {
-        Launcher launcher;
-        launcher.service.start();
-        processPosted();
-        launcher.waitForCheck();
-        QVERIFY(launcher.service.statusText.startsWith("在线更新不可用（"));
-        QCOMPARE(launcher.service.state, State::Countdown);
-        QVERIFY(launcher.service.updateCheckDone);
-    }
+void UpdatePromptsTest::aBannerStopsTheCountdown() {
+    offer("9.0.0");
+    Launcher launcher;
+    launcher.service.start();
+    QCOMPARE(launcher.log.take(), fromTheCountdown());
+    processPosted();
+    QCOMPARE(launcher.log.take(), checkStarts());
+    QVERIFY(launcher.service.isUpdateTaskActive());
+    QCOMPARE(launcher.service.state, State::Countdown);
+    launcher.waitForCheck();
+    QCOMPARE(launcher.log.take(), launcher.offer("OnlineBanner") +
+                                      QStringList({"state RepairMode", prompt(), "active false"}));
+    QVERIFY(!launcher.service.countdownTimer.isActive());
+    QVERIFY(launcher.service.countdownPaused);
+    QVERIFY(launcher.service.isOnlineUpdatePending());
+    QCOMPARE(taskLines(), QStringList({"[task check_ID] started kind=check",
+                                       "[task check_ID] phase=check elapsedMs=0 found"}));
+}
 
-    void anUpdatePutAsideBeforeLetsTheCountdownRunOn() {
-        offer("9.0.0");
-        SettingsStore::instance().setValue(skippedKey, "runtime:9.0.0");
-        Launcher launcher;
-        launcher.service.start();
-        processPosted();
-        (void)launcher.log.take();
-        launcher.waitForCheck();
-        QCOMPARE(launcher.log.take(), launcher.offer("BadgeOnly") + QStringList("countdown 5") +
-                                          launcher.offer("BadgeOnly") +
-                                          QStringList({"countdown 5", "active false"}));
-        QCOMPARE(launcher.service.state, State::Countdown);
-        for (int i = 0; i < 5; ++i)
-            launcher.service.tickCountdown();
-        QCOMPARE(launcher.service.state, State::Monitor);
-        QVERIFY(launcher.service.updateAvailable);
-    }
+void UpdatePromptsTest::nothingFoundLetsTheCountdownRunOn() {
+    offer("0.0.1");
+    QVERIFY(installation::write(installation::appPath("config/release_version.json"),
+                                R"({"runtimePackageVersion": "1.0"})"));
+    Launcher launcher;
+    launcher.service.start();
+    processPosted();
+    (void)launcher.log.take();
+    launcher.waitForCheck();
+    const QString summary = launcher.service.statusText;
+    QVERIFY(summary.startsWith("未检测到高于当前版本的可用更新。\n"));
+    QCOMPARE(launcher.log.take(),
+             QStringList({"status " + summary, "countdown 5", "countdown 5", "active false"}));
+    QVERIFY(launcher.service.countdownTimer.isActive());
+    QVERIFY(launcher.service.updateCheckDone && !launcher.service.updateAvailable);
+    QCOMPARE(taskLines().last(), QString("[task check_ID] phase=check elapsedMs=0 none"));
+}
 
-    void anotherOfferThanTheSkippedOneStops() {
-        offer("9.0.1");
-        SettingsStore::instance().setValue(skippedKey, "runtime:9.0.0");
-        Launcher launcher;
-        launcher.service.start();
-        processPosted();
-        launcher.waitForCheck();
-        QCOMPARE(launcher.service.promptMode, Prompt::OnlineBanner);
-        QCOMPARE(launcher.service.state, State::RepairMode);
-    }
+void UpdatePromptsTest::aServerThatIsAwayLetsTheCountdownRunOn() {
+    Launcher launcher;
+    launcher.service.start();
+    processPosted();
+    launcher.waitForCheck();
+    QVERIFY(launcher.service.statusText.startsWith("在线更新不可用（"));
+    QCOMPARE(launcher.service.state, State::Countdown);
+    QVERIFY(launcher.service.updateCheckDone);
+}
 
-    // --- The start flow -------------------------------------------------------------------------
-
-    void theFlowChecksWhenNothingIsKnown_data() {
-        QTest::addColumn<bool>("manual");
-        QTest::newRow("automatic") << false;
-        QTest::newRow("manual: a banner that was not known before stops it") << true;
-    }
-
-    void theFlowChecksWhenNothingIsKnown() {
-        QFETCH(bool, manual);
-        offer("9.0.0");
-        Launcher launcher;
-        launcher.service.state = manual ? State::RepairMode : State::Countdown;
-        launcher.service.runStartFlow();
-        QCOMPARE(launcher.log.take(),
-                 QStringList({"state Precheck", prechecking(), "active false", "state UpdateCheck",
-                              "progress check -1 detail:fetch-manifest"}));
-        launcher.waitForCheck();
-        QCOMPARE(launcher.log.take(),
-                 launcher.offer("OnlineBanner") +
-                     QStringList({"state RepairMode", prompt(), "active false"}));
-        QVERIFY(!launcher.service.countdownPaused);
-        QVERIFY(!launcher.service.countdownTimer.isActive());
-        QVERIFY(!launcher.service.launchAfterCheck);
-    }
-
-    void theFlowLaunchesWhenItsCheckFindsNothing() {
-        Launcher launcher;
-        launcher.service.runStartFlow();
-        (void)launcher.log.take();
-        launcher.waitForCheck();
-        QTRY_COMPARE(launcher.service.state, State::Monitor);
-        const QStringList sequence = launcher.log.take();
-        QVERIFY(sequence.first().startsWith("status 在线更新不可用（"));
-        QCOMPARE(sequence.mid(1), started() + QStringList("active false"));
-    }
-
-    void theFlowJoinsARunningCheck_data() {
-        QTest::addColumn<bool>("finds");
-        QTest::newRow("that finds nothing: launch") << false;
-        QTest::newRow("that finds an update: stop, with the timer off") << true;
-    }
-
-    void theFlowJoinsARunningCheck() {
-        QFETCH(bool, finds);
-        answer(finds ? manifestWith("9.0.0") : QString("no manifest"));
-        Launcher launcher;
-        launcher.service.start();
-        processPosted();
-        for (int i = 0; i < 4; ++i)
-            launcher.service.tickCountdown();
-        (void)launcher.log.take();
+void UpdatePromptsTest::anUpdatePutAsideBeforeLetsTheCountdownRunOn() {
+    offer("9.0.0");
+    SettingsStore::instance().setValue(skippedKey, "runtime:9.0.0");
+    Launcher launcher;
+    launcher.service.start();
+    processPosted();
+    (void)launcher.log.take();
+    launcher.waitForCheck();
+    QCOMPARE(launcher.log.take(), launcher.offer("BadgeOnly") + QStringList("countdown 5") +
+                                      launcher.offer("BadgeOnly") +
+                                      QStringList({"countdown 5", "active false"}));
+    QCOMPARE(launcher.service.state, State::Countdown);
+    for (int i = 0; i < 5; ++i)
         launcher.service.tickCountdown();
-        QCOMPARE(launcher.log.take(), QStringList({"countdown 0", "state Precheck", prechecking(),
-                                                   "status 正在检查更新，请稍候…"}));
-        QVERIFY(launcher.service.launchAfterCheck);
-        launcher.waitForCheck();
-        QTRY_COMPARE(launcher.service.state, finds ? State::RepairMode : State::Monitor);
-        const QStringList sequence = launcher.log.take();
-        QCOMPARE(sequence.mid(finds ? 0 : 1),
-                 (finds
-                      ? launcher.offer("OnlineBanner") + QStringList({"state RepairMode", prompt()})
-                      : started()) +
-                     QStringList("active false"));
-        QVERIFY(!launcher.service.countdownTimer.isActive());
-        QVERIFY(!launcher.service.countdownPaused);
-    }
+    QCOMPARE(launcher.service.state, State::Monitor);
+    QVERIFY(launcher.service.updateAvailable);
+}
 
-    void theFlowWithAKnownUpdate_data() {
-        QTest::addColumn<State>("from");
-        QTest::addColumn<bool>("fromUsb");
-        QTest::addColumn<bool>("launches");
-        for (const bool usb : {false, true}) {
-            const char *kind = usb ? "stick" : "online";
-            QTest::addRow("%s: an automatic start stops", kind) << State::Countdown << usb << false;
-            QTest::addRow("%s: a manual start from RepairMode passes by", kind)
-                << State::RepairMode << usb << true;
-            QTest::addRow("%s: a manual start from Failed passes by", kind)
-                << State::Failed << usb << true;
-        }
-    }
+void UpdatePromptsTest::anotherOfferThanTheSkippedOneStops() {
+    offer("9.0.1");
+    SettingsStore::instance().setValue(skippedKey, "runtime:9.0.0");
+    Launcher launcher;
+    launcher.service.start();
+    processPosted();
+    launcher.waitForCheck();
+    QCOMPARE(launcher.service.promptMode, Prompt::OnlineBanner);
+    QCOMPARE(launcher.service.state, State::RepairMode);
+}
 
-    void theFlowWithAKnownUpdate() {
-        QFETCH(State, from);
-        QFETCH(bool, fromUsb);
-        QFETCH(bool, launches);
-        Launcher launcher;
-        launcher.knowUpdate(fromUsb);
-        launcher.service.state = from;
+// --- The start flow -------------------------------------------------------------------------
+
+void UpdatePromptsTest::theFlowChecksWhenNothingIsKnown_data() {
+    QTest::addColumn<bool>("manual");
+    QTest::newRow("automatic") << false;
+    QTest::newRow("manual: a banner that was not known before stops it") << true;
+}
+
+void UpdatePromptsTest::theFlowChecksWhenNothingIsKnown() {
+    QFETCH(bool, manual);
+    offer("9.0.0");
+    Launcher launcher;
+    launcher.service.state = manual ? State::RepairMode : State::Countdown;
+    launcher.service.runStartFlow();
+    QCOMPARE(launcher.log.take(),
+             QStringList({"state Precheck", prechecking(), "active false", "state UpdateCheck",
+                          "progress check -1 detail:fetch-manifest"}));
+    launcher.waitForCheck();
+    QCOMPARE(launcher.log.take(), launcher.offer("OnlineBanner") +
+                                      QStringList({"state RepairMode", prompt(), "active false"}));
+    QVERIFY(!launcher.service.countdownPaused);
+    QVERIFY(!launcher.service.countdownTimer.isActive());
+    QVERIFY(!launcher.service.launchAfterCheck);
+}
+
+void UpdatePromptsTest::theFlowLaunchesWhenItsCheckFindsNothing() {
+    Launcher launcher;
+    launcher.service.runStartFlow();
+    (void)launcher.log.take();
+    launcher.waitForCheck();
+    QTRY_COMPARE(launcher.service.state, State::Monitor);
+    const QStringList sequence = launcher.log.take();
+    QVERIFY(sequence.first().startsWith("status 在线更新不可用（"));
+    QCOMPARE(sequence.mid(1), started() + QStringList("active false"));
+}
+
+void UpdatePromptsTest::theFlowJoinsARunningCheck_data() {
+    QTest::addColumn<bool>("finds");
+    QTest::newRow("that finds nothing: launch") << false;
+    QTest::newRow("that finds an update: stop, with the timer off") << true;
+}
+
+void UpdatePromptsTest::theFlowJoinsARunningCheck() {
+    QFETCH(bool, finds);
+    answer(finds ? manifestWith("9.0.0") : QString("no manifest"));
+    Launcher launcher;
+    launcher.service.start();
+    processPosted();
+    for (int i = 0; i < 4; ++i)
+        launcher.service.tickCountdown();
+    (void)launcher.log.take();
+    launcher.service.tickCountdown();
+    QCOMPARE(launcher.log.take(), QStringList({"countdown 0", "state Precheck", prechecking(),
+                                               "status 正在检查更新，请稍候…"}));
+    QVERIFY(launcher.service.launchAfterCheck);
+    launcher.waitForCheck();
+    QTRY_COMPARE(launcher.service.state, finds ? State::RepairMode : State::Monitor);
+    const QStringList sequence = launcher.log.take();
+    QCOMPARE(sequence.mid(finds ? 0 : 1),
+             (finds ? launcher.offer("OnlineBanner") + QStringList({"state RepairMode", prompt()})
+                    : started()) +
+                 QStringList("active false"));
+    QVERIFY(!launcher.service.countdownTimer.isActive());
+    QVERIFY(!launcher.service.countdownPaused);
+}
+
+void UpdatePromptsTest::theFlowWithAKnownUpdate_data() {
+    QTest::addColumn<State>("from");
+    QTest::addColumn<bool>("fromUsb");
+    QTest::addColumn<bool>("launches");
+    for (const bool usb : {false, true}) {
+        const char *kind = usb ? "stick" : "online";
+        QTest::addRow("%s: an automatic start stops", kind) << State::Countdown << usb << false;
+        QTest::addRow("%s: a manual start from RepairMode passes by", kind)
+            << State::RepairMode << usb << true;
+        QTest::addRow("%s: a manual start from Failed passes by", kind)
+            << State::Failed << usb << true;
+    }
+}
+
+void UpdatePromptsTest::theFlowWithAKnownUpdate() {
+    QFETCH(State, from);
+    QFETCH(bool, fromUsb);
+    QFETCH(bool, launches);
+    Launcher launcher;
+    launcher.knowUpdate(fromUsb);
+    launcher.service.state = from;
+    launcher.service.runStartFlow();
+    const QString mode = fromUsb ? "prompt UsbBanner" : "prompt OnlineBanner";
+    const QStringList head{"state Precheck", prechecking(), mode};
+    QCOMPARE(launcher.log.take().mid(0, launches ? 7 : 5),
+             head + (launches ? QStringList({"state Launch", "status 已启动 LineRunner.exe",
+                                             "state Monitor", launcher.offer("").first()})
+                              : QStringList({"state RepairMode", prompt(fromUsb)})));
+}
+
+void UpdatePromptsTest::aBadgeDoesNotStopAnAutomaticStart() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.remindLater = true;
+    launcher.service.state = State::Countdown;
+    launcher.service.runStartFlow();
+    QCOMPARE(launcher.service.state, State::Monitor);
+    QCOMPARE(launcher.log.take().value(2), QString("prompt BadgeOnly"));
+}
+
+void UpdatePromptsTest::handledUpdatesAreNotLookedAt() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.updatesHandled = true;
+    launcher.service.snapshot.manifestText.clear();
+    launcher.service.runStartFlow();
+    QCOMPARE(launcher.log.take(), QStringList({"state Precheck", prechecking()}) + started());
+}
+
+void UpdatePromptsTest::twoChecksNeverOverlap() {
+    answer("no manifest");
+    Launcher launcher;
+    launcher.service.start();
+    processPosted();
+    const QString task = launcher.service.taskId;
+    // The worker has ended, but its end has not been taken yet.
+    gate.release();
+    QVERIFY(QThreadPool::globalInstance()->waitForDone());
+    QVERIFY(!launcher.service.checkWatcher.isRunning());
+    QVERIFY(launcher.service.checkInFlight);
+    launcher.service.runStartFlow();
+    QCOMPARE(launcher.service.taskId, task);
+    QCOMPARE(launcher.service.state, State::Precheck);
+    QTRY_COMPARE(launcher.service.state, State::Monitor);
+    QCOMPARE(server->requests().size(), 1);
+}
+
+// --- Cancelling ---------------------------------------------------------------------------------
+
+void UpdatePromptsTest::aCancelledCheck_data() {
+    QTest::addColumn<bool>("launch");
+    QTest::newRow("lets the countdown run on") << false;
+    QTest::newRow("still launches when the flow waits for it") << true;
+}
+
+void UpdatePromptsTest::aCancelledCheck() {
+    QFETCH(bool, launch);
+    answer(manifestWith("9.0.0"));
+    Launcher launcher;
+    launcher.service.start();
+    processPosted();
+    if (launch)
         launcher.service.runStartFlow();
-        const QString mode = fromUsb ? "prompt UsbBanner" : "prompt OnlineBanner";
-        const QStringList head{"state Precheck", prechecking(), mode};
-        QCOMPARE(launcher.log.take().mid(0, launches ? 7 : 5),
-                 head + (launches ? QStringList({"state Launch", "status 已启动 LineRunner.exe",
-                                                 "state Monitor", launcher.offer("").first()})
-                                  : QStringList({"state RepairMode", prompt(fromUsb)})));
+    (void)launcher.log.take();
+    launcher.service.cancelUpdateTask();
+    QCOMPARE(launcher.log.take(), QStringList("status 正在取消更新任务…"));
+    launcher.waitForCheck();
+    QTRY_COMPARE(launcher.service.state, launch ? State::Monitor : State::Countdown);
+    QCOMPARE(launcher.log.take(),
+             QStringList("status 更新检查已取消。") +
+                 (launch ? started() : QStringList({"countdown 5", "countdown 5"})) +
+                 QStringList("active false"));
+    QVERIFY(!launcher.service.updateCheckDone && !launcher.service.updateAvailable);
+    QCOMPARE(taskLines().value(1), QString("[task check_ID] cancel requested by user"));
+}
+
+// Whatever comes together, a check that was started is told to have ended exactly once.
+void UpdatePromptsTest::theEndOfACheckIsToldOnce_data() {
+    QTest::addColumn<bool>("finds");
+    QTest::addColumn<bool>("cancels");
+    QTest::addColumn<bool>("targetEnds");
+    QTest::addColumn<bool>("joins");
+    for (int i = 0; i < 16; ++i) {
+        const bool finds = i & 1;
+        const bool cancels = i & 2;
+        const bool targetEnds = i & 4;
+        const bool joins = i & 8;
+        QTest::addRow("%s%s%s%s", finds ? "found" : "none", cancels ? ", cancelled" : "",
+                      targetEnds ? ", the target ends" : "", joins ? ", the flow waits" : "")
+            << finds << cancels << targetEnds << joins;
     }
+}
 
-    void aBadgeDoesNotStopAnAutomaticStart() {
-        Launcher launcher;
-        launcher.knowUpdate();
-        launcher.service.remindLater = true;
-        launcher.service.state = State::Countdown;
-        launcher.service.runStartFlow();
-        QCOMPARE(launcher.service.state, State::Monitor);
-        QCOMPARE(launcher.log.take().value(2), QString("prompt BadgeOnly"));
+void UpdatePromptsTest::theEndOfACheckIsToldOnce() {
+    QFETCH(bool, finds);
+    QFETCH(bool, cancels);
+    QFETCH(bool, targetEnds);
+    QFETCH(bool, joins);
+    answer(finds ? manifestWith("9.0.0") : QString("no manifest"));
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    if (targetEnds) {
+        QVERIFY(installation::addTarget("exit 7"));
+        service.targetProcess.start(installation::appPath("LineRunner.exe"), QStringList());
+        QVERIFY(service.targetProcess.waitForStarted());
     }
-
-    void handledUpdatesAreNotLookedAt() {
-        Launcher launcher;
-        launcher.knowUpdate();
-        launcher.service.updatesHandled = true;
-        launcher.service.snapshot.manifestText.clear();
-        launcher.service.runStartFlow();
-        QCOMPARE(launcher.log.take(), QStringList({"state Precheck", prechecking()}) + started());
+    service.start();
+    processPosted();
+    if (joins)
+        service.runStartFlow();
+    if (cancels) {
+        service.cancelUpdateTask();
+        service.cancelUpdateTask();
     }
+    service.enterRepairMode();
+    launcher.waitForCheck();
+    if (targetEnds)
+        QTRY_VERIFY(!launcher.log.entries().filter("exited 7 ").isEmpty());
+    processPosted();
+    QCOMPARE(launcher.log.entries().count("active false"), 2); // at the start and at the end
+    QCOMPARE(launcher.log.entries().count("active true"), 0);
+    const QStringList ends = taskLines().filter("phase=check");
+    QCOMPARE(ends, QStringList(QString("[task check_ID] phase=check elapsedMs=0 ") +
+                               (finds && !cancels ? "found" : "none")));
+    QCOMPARE(service.updateCheckDone, !cancels);
+    QCOMPARE(service.updateAvailable, finds && !cancels);
+    QVERIFY(!service.launchAfterCheck);
+}
 
-    void twoChecksNeverOverlap() {
-        answer("no manifest");
-        Launcher launcher;
-        launcher.service.start();
-        processPosted();
-        const QString task = launcher.service.taskId;
-        // The worker has ended, but its end has not been taken yet.
-        gate.release();
-        QVERIFY(QThreadPool::globalInstance()->waitForDone());
-        QVERIFY(!launcher.service.checkWatcher.isRunning());
-        QVERIFY(launcher.service.checkInFlight);
-        launcher.service.runStartFlow();
-        QCOMPARE(launcher.service.taskId, task);
-        QCOMPARE(launcher.service.state, State::Precheck);
-        QTRY_COMPARE(launcher.service.state, State::Monitor);
-        QCOMPARE(server->requests().size(), 1);
-    }
+// --- Repair mode ----------------------------------------------------------------------------------
 
-    // --- Cancelling ---------------------------------------------------------------------------------
+void UpdatePromptsTest::f8ChecksOnceAndReturnsToRepairMode() {
+    Launcher launcher;
+    launcher.service.enterRepairMode();
+    QCOMPARE(launcher.log.take(), QStringList({"state RepairMode", repairText()}));
+    processPosted();
+    QCOMPARE(launcher.log.take(), QStringList({"active false", "state UpdateCheck",
+                                               "progress check -1 detail:fetch-manifest"}));
+    launcher.waitForCheck();
+    QTRY_COMPARE(launcher.service.state, State::RepairMode);
+    QCOMPARE(launcher.log.take().mid(1), QStringList({"state RepairMode", "active false"}));
+    launcher.service.enterRepairMode();
+    processPosted();
+    QCOMPARE(launcher.log.take(), QStringList(repairText()));
+    QVERIFY(!launcher.service.isUpdateTaskActive());
+}
 
-    void aCancelledCheck_data() {
-        QTest::addColumn<bool>("launch");
-        QTest::newRow("lets the countdown run on") << false;
-        QTest::newRow("still launches when the flow waits for it") << true;
-    }
+void UpdatePromptsTest::f8IsRefusedWhileTheCheckRuns() {
+    answer("no manifest");
+    Launcher launcher;
+    launcher.service.start();
+    processPosted();
+    (void)launcher.log.take();
+    launcher.service.enterRepairMode();
+    QCOMPARE(launcher.log.take(),
+             QStringList("status 更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。"));
+    QVERIFY(launcher.service.countdownTimer.isActive());
+    launcher.waitForCheck();
+}
 
-    void aCancelledCheck() {
-        QFETCH(bool, launch);
-        answer(manifestWith("9.0.0"));
-        Launcher launcher;
-        launcher.service.start();
-        processPosted();
-        if (launch)
-            launcher.service.runStartFlow();
-        (void)launcher.log.take();
-        launcher.service.cancelUpdateTask();
-        QCOMPARE(launcher.log.take(), QStringList("status 正在取消更新任务…"));
+void UpdatePromptsTest::aSecondCheckWithinTheWindowIsThrottled_data() {
+    QTest::addColumn<int>("ageMs");
+    QTest::addColumn<bool>("checks");
+    QTest::newRow("just after the first") << 0 << false;
+    QTest::newRow("shortly before the window's end") << 25000 << false;
+    QTest::newRow("at the window's end") << 30000 << true;
+}
+
+void UpdatePromptsTest::aSecondCheckWithinTheWindowIsThrottled() {
+    QFETCH(int, ageMs);
+    QFETCH(bool, checks);
+    Launcher launcher;
+    launcher.service.lastCheckStartMs = QDateTime::currentMSecsSinceEpoch() - ageMs;
+    launcher.service.enterRepairMode();
+    processPosted();
+    QCOMPARE(launcher.service.isUpdateTaskActive(), checks);
+    const QString line = "修复模式下更新检查命中节流窗口（30 秒），跳过重复请求。";
+    QCOMPARE(installation::takeLog().contains(line), !checks);
+    if (checks)
         launcher.waitForCheck();
-        QTRY_COMPARE(launcher.service.state, launch ? State::Monitor : State::Countdown);
-        QCOMPARE(launcher.log.take(),
-                 QStringList("status 更新检查已取消。") +
-                     (launch ? started() : QStringList({"countdown 5", "countdown 5"})) +
-                     QStringList("active false"));
-        QVERIFY(!launcher.service.updateCheckDone && !launcher.service.updateAvailable);
-        QCOMPARE(taskLines().value(1), QString("[task check_ID] cancel requested by user"));
-    }
+}
 
-    // Whatever comes together, a check that was started is told to have ended exactly once.
-    void theEndOfACheckIsToldOnce_data() {
-        QTest::addColumn<bool>("finds");
-        QTest::addColumn<bool>("cancels");
-        QTest::addColumn<bool>("targetEnds");
-        QTest::addColumn<bool>("joins");
-        for (int i = 0; i < 16; ++i) {
-            const bool finds = i & 1;
-            const bool cancels = i & 2;
-            const bool targetEnds = i & 4;
-            const bool joins = i & 8;
-            QTest::addRow("%s%s%s%s", finds ? "found" : "none", cancels ? ", cancelled" : "",
-                          targetEnds ? ", the target ends" : "", joins ? ", the flow waits" : "")
-                << finds << cancels << targetEnds << joins;
-        }
-    }
+void UpdatePromptsTest::f8WithAKnownUpdateShowsItAgain() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.enterRepairMode();
+    QCOMPARE(launcher.log.take(), QStringList("state RepairMode") + launcher.offer("OnlineBanner") +
+                                      QStringList(prompt()));
+    processPosted();
+    QCOMPARE(launcher.log.take(), QStringList("prompt OnlineBanner"));
+}
 
-    void theEndOfACheckIsToldOnce() {
-        QFETCH(bool, finds);
-        QFETCH(bool, cancels);
-        QFETCH(bool, targetEnds);
-        QFETCH(bool, joins);
-        answer(finds ? manifestWith("9.0.0") : QString("no manifest"));
-        Launcher launcher;
-        LauncherService &service = launcher.service;
-        if (targetEnds) {
-            QVERIFY(installation::addTarget("exit 7"));
-            service.targetProcess.start(installation::appPath("LineRunner.exe"), QStringList());
-            QVERIFY(service.targetProcess.waitForStarted());
-        }
-        service.start();
-        processPosted();
-        if (joins)
-            service.runStartFlow();
-        if (cancels) {
-            service.cancelUpdateTask();
-            service.cancelUpdateTask();
-        }
-        service.enterRepairMode();
-        launcher.waitForCheck();
-        if (targetEnds)
-            QTRY_VERIFY(!launcher.log.entries().filter("exited 7 ").isEmpty());
-        processPosted();
-        QCOMPARE(launcher.log.entries().count("active false"), 2); // at the start and at the end
-        QCOMPARE(launcher.log.entries().count("active true"), 0);
-        const QStringList ends = taskLines().filter("phase=check");
-        QCOMPARE(ends, QStringList(QString("[task check_ID] phase=check elapsedMs=0 ") +
-                                   (finds && !cancels ? "found" : "none")));
-        QCOMPARE(service.updateCheckDone, !cancels);
-        QCOMPARE(service.updateAvailable, finds && !cancels);
-        QVERIFY(!service.launchAfterCheck);
-    }
+// --- Answers ------------------------------------------------------------------------------------------
 
-    // --- Repair mode ----------------------------------------------------------------------------------
-
-    void f8ChecksOnceAndReturnsToRepairMode() {
-        Launcher launcher;
-        launcher.service.enterRepairMode();
-        QCOMPARE(launcher.log.take(), QStringList({"state RepairMode", repairText()}));
-        processPosted();
-        QCOMPARE(launcher.log.take(), QStringList({"active false", "state UpdateCheck",
-                                                   "progress check -1 detail:fetch-manifest"}));
-        launcher.waitForCheck();
-        QTRY_COMPARE(launcher.service.state, State::RepairMode);
-        QCOMPARE(launcher.log.take().mid(1), QStringList({"state RepairMode", "active false"}));
-        launcher.service.enterRepairMode();
-        processPosted();
-        QCOMPARE(launcher.log.take(), QStringList(repairText()));
-        QVERIFY(!launcher.service.isUpdateTaskActive());
-    }
-
-    void f8IsRefusedWhileTheCheckRuns() {
-        answer("no manifest");
-        Launcher launcher;
-        launcher.service.start();
-        processPosted();
-        (void)launcher.log.take();
-        launcher.service.enterRepairMode();
-        QCOMPARE(
-            launcher.log.take(),
-            QStringList("status 更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。"));
-        QVERIFY(launcher.service.countdownTimer.isActive());
-        launcher.waitForCheck();
-    }
-
-    void aSecondCheckWithinTheWindowIsThrottled_data() {
-        QTest::addColumn<int>("ageMs");
-        QTest::addColumn<bool>("checks");
-        QTest::newRow("just after the first") << 0 << false;
-        QTest::newRow("shortly before the window's end") << 25000 << false;
-        QTest::newRow("at the window's end") << 30000 << true;
-    }
-
-    void aSecondCheckWithinTheWindowIsThrottled() {
-        QFETCH(int, ageMs);
-        QFETCH(bool, checks);
-        Launcher launcher;
-        launcher.service.lastCheckStartMs = QDateTime::currentMSecsSinceEpoch() - ageMs;
-        launcher.service.enterRepairMode();
-        processPosted();
-        QCOMPARE(launcher.service.isUpdateTaskActive(), checks);
-        const QString line = "修复模式下更新检查命中节流窗口（30 秒），跳过重复请求。";
-        QCOMPARE(installation::takeLog().contains(line), !checks);
-        if (checks)
-            launcher.waitForCheck();
-    }
-
-    void f8WithAKnownUpdateShowsItAgain() {
-        Launcher launcher;
-        launcher.knowUpdate();
-        launcher.service.enterRepairMode();
-        QCOMPARE(launcher.log.take(), QStringList("state RepairMode") +
-                                          launcher.offer("OnlineBanner") + QStringList(prompt()));
-        processPosted();
-        QCOMPARE(launcher.log.take(), QStringList("prompt OnlineBanner"));
-    }
-
-    // --- Answers ------------------------------------------------------------------------------------------
-
-    void everyAnswerInEveryState_data() {
-        QTest::addColumn<State>("from");
-        QTest::addColumn<int>("answer"); // 0 remind, 1 skip for good, 2 skip and launch
-        QTest::addColumn<bool>("fromUsb");
-        QTest::addColumn<bool>("paused");
-        const char *answers[] = {"remind later", "skip for good", "skip and launch"};
-        for (int i = 0; i <= static_cast<int>(State::Failed); ++i) {
-            const State from = static_cast<State>(i);
-            for (int answer = 0; answer < 3; ++answer) {
-                for (const bool usb : {false, true}) {
-                    for (const bool paused : {false, true})
-                        QTest::addRow("%s in %s, %s%s", answers[answer],
-                                      qPrintable(SignalLog::name(from)), usb ? "stick" : "online",
-                                      paused ? ", paused" : "")
-                            << from << answer << usb << paused;
-                }
+void UpdatePromptsTest::everyAnswerInEveryState_data() {
+    QTest::addColumn<State>("from");
+    QTest::addColumn<int>("answer"); // 0 remind, 1 skip for good, 2 skip and launch
+    QTest::addColumn<bool>("fromUsb");
+    QTest::addColumn<bool>("paused");
+    const char *answers[] = {"remind later", "skip for good", "skip and launch"};
+    for (int i = 0; i <= static_cast<int>(State::Failed); ++i) {
+        const State from = static_cast<State>(i);
+        for (int answer = 0; answer < 3; ++answer) {
+            for (const bool usb : {false, true}) {
+                for (const bool paused : {false, true})
+                    QTest::addRow("%s in %s, %s%s", answers[answer],
+                                  qPrintable(SignalLog::name(from)), usb ? "stick" : "online",
+                                  paused ? ", paused" : "")
+                        << from << answer << usb << paused;
             }
         }
     }
+}
 
-    void everyAnswerInEveryState() {
-        QFETCH(State, from);
-        QFETCH(int, answer);
-        QFETCH(bool, fromUsb);
-        QFETCH(bool, paused);
-        Launcher launcher;
-        launcher.knowUpdate(fromUsb);
-        launcher.service.state = from;
-        launcher.service.countdownPaused = paused;
-        launcher.service.countdownSeconds = 3;
-        const auto answerIt = [&] {
-            if (answer == 0)
-                launcher.service.remindUpdateLater();
-            else if (answer == 1)
-                launcher.service.skipThisOnlineVersion();
-            else
-                launcher.service.skipUpdateAndLaunch();
-        };
-        answerIt();
-        const bool passedBy = answer == 1 && fromUsb; // a stick's offer is not skipped for good
-        const bool resumed = paused && from == State::RepairMode && !passedBy;
-        QStringList expected;
+void UpdatePromptsTest::everyAnswerInEveryState() {
+    QFETCH(State, from);
+    QFETCH(int, answer);
+    QFETCH(bool, fromUsb);
+    QFETCH(bool, paused);
+    Launcher launcher;
+    launcher.knowUpdate(fromUsb);
+    launcher.service.state = from;
+    launcher.service.countdownPaused = paused;
+    launcher.service.countdownSeconds = 3;
+    const auto answerIt = [&] {
         if (answer == 0)
-            expected << "status 已设为下次启动再提醒。本次可继续启动。"
-                     << "prompt BadgeOnly";
-        if (answer == 1 && !passedBy)
-            expected << "status 已跳过此在线版本提示。可通过「有更新」再次打开更新。"
-                     << "prompt BadgeOnly";
-        // On the way through refreshStatus the prompt is weighed anew: a stick's comes back.
-        const QString mode = fromUsb ? "UsbBanner" : answer == 2 ? "OnlineBanner" : "BadgeOnly";
-        const QStringList again =
-            launcher.offer(mode) +
-            (mode == "BadgeOnly" ? QStringList() : QStringList(prompt(fromUsb)));
-        if (resumed)
-            expected << "state Countdown"
-                     << "countdown 3" << again << "countdown 3";
-        const bool settles = answer != 2 && !passedBy && !resumed && from != State::Countdown &&
-                             from < State::ApplyingUpdate;
-        if (settles)
-            expected << "state RepairMode";
-        if (answer == 2) {
-            if (from != State::Launch || resumed)
-                expected << "state Launch";
-            expected << "status 已启动 LineRunner.exe"
-                     << "state Monitor" << again << started().last();
-            if (from == State::Launch && !resumed)
-                expected.removeAll("state Launch");
-        }
-        QCOMPARE(launcher.log.take(), expected);
-        QCOMPARE(launcher.service.countdownPaused, paused && passedBy);
-        QCOMPARE(launcher.service.updatesHandled, answer == 2);
-        QCOMPARE(launcher.service.remindLater, answer == 0);
-        QCOMPARE(launcher.service.countdownTimer.isActive(), resumed);
+            launcher.service.remindUpdateLater();
+        else if (answer == 1)
+            launcher.service.skipThisOnlineVersion();
+        else
+            launcher.service.skipUpdateAndLaunch();
+    };
+    answerIt();
+    const bool passedBy = answer == 1 && fromUsb; // a stick's offer is not skipped for good
+    const bool resumed = paused && from == State::RepairMode && !passedBy;
+    QStringList expected;
+    if (answer == 0)
+        expected << "status 已设为下次启动再提醒。本次可继续启动。"
+                 << "prompt BadgeOnly";
+    if (answer == 1 && !passedBy)
+        expected << "status 已跳过此在线版本提示。可通过「有更新」再次打开更新。"
+                 << "prompt BadgeOnly";
+    // On the way through refreshStatus the prompt is weighed anew: a stick's comes back.
+    const QString mode = fromUsb ? "UsbBanner" : answer == 2 ? "OnlineBanner" : "BadgeOnly";
+    const QStringList again =
+        launcher.offer(mode) + (mode == "BadgeOnly" ? QStringList() : QStringList(prompt(fromUsb)));
+    if (resumed)
+        expected << "state Countdown"
+                 << "countdown 3" << again << "countdown 3";
+    const bool settles = answer != 2 && !passedBy && !resumed && from != State::Countdown &&
+                         from < State::ApplyingUpdate;
+    if (settles)
+        expected << "state RepairMode";
+    if (answer == 2) {
+        if (from != State::Launch || resumed)
+            expected << "state Launch";
+        expected << "status 已启动 LineRunner.exe"
+                 << "state Monitor" << again << started().last();
+        if (from == State::Launch && !resumed)
+            expected.removeAll("state Launch");
     }
+    QCOMPARE(launcher.log.take(), expected);
+    QCOMPARE(launcher.service.countdownPaused, paused && passedBy);
+    QCOMPARE(launcher.service.updatesHandled, answer == 2);
+    QCOMPARE(launcher.service.remindLater, answer == 0);
+    QCOMPARE(launcher.service.countdownTimer.isActive(), resumed);
+}
 
-    void aPauseWithoutSecondsLeftIsNotResumed() {
-        Launcher launcher;
-        launcher.knowUpdate();
-        launcher.service.state = State::RepairMode;
-        launcher.service.countdownPaused = true;
-        launcher.service.countdownSeconds = 0;
-        launcher.service.remindUpdateLater();
-        QCOMPARE(launcher.log.take(), QStringList({"status 已设为下次启动再提醒。本次可继续启动。",
-                                                   "prompt BadgeOnly"}));
-        QVERIFY(!launcher.service.countdownPaused);
-        QCOMPARE(launcher.service.state, State::RepairMode);
+void UpdatePromptsTest::aPauseWithoutSecondsLeftIsNotResumed() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.state = State::RepairMode;
+    launcher.service.countdownPaused = true;
+    launcher.service.countdownSeconds = 0;
+    launcher.service.remindUpdateLater();
+    QCOMPARE(launcher.log.take(),
+             QStringList({"status 已设为下次启动再提醒。本次可继续启动。", "prompt BadgeOnly"}));
+    QVERIFY(!launcher.service.countdownPaused);
+    QCOMPARE(launcher.service.state, State::RepairMode);
+}
+
+void UpdatePromptsTest::skippingForGoodIsRememberedAndLogged() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.snapshot.launcherEntry = {{"version", "9.1.0"}, {"setupUrl", "l.exe"}};
+    launcher.service.state = State::RepairMode;
+    const QDateTime before = QDateTime::currentDateTimeUtc();
+    launcher.service.skipThisOnlineVersion();
+    SettingsStore &settings = SettingsStore::instance();
+    QCOMPARE(settings.value(skippedKey, ""), QString("launcher:9.1.0|runtime:9.0.0"));
+    const QDateTime at =
+        QDateTime::fromString(settings.value("update/online_skipped_at", ""), Qt::ISODate);
+    QCOMPARE(at.timeSpec(), Qt::UTC);
+    QVERIFY(qAbs(before.secsTo(at)) <= 5);
+    QCOMPARE(installation::takeLog(),
+             QStringList("Online update skipped fingerprint=launcher:9.1.0|runtime:9.0.0 "
+                         "components=[runtime:9.0.0, launcher:9.1.0] source=src"));
+}
+
+void UpdatePromptsTest::anOfferWithoutAFingerprintIsNotRemembered() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.snapshot.runtimeEntry = QJsonObject();
+    launcher.service.state = State::RepairMode;
+    launcher.service.skipThisOnlineVersion();
+    QCOMPARE(SettingsStore::instance().value(skippedKey, ""), QString());
+    QCOMPARE(launcher.service.promptMode, Prompt::BadgeOnly);
+    QCOMPARE(installation::takeLog(),
+             QStringList("Online update skipped fingerprint= components=[] source=src"));
+}
+
+void UpdatePromptsTest::answersWithoutAnUpdateDoNothing() {
+    Launcher launcher;
+    launcher.service.remindUpdateLater();
+    launcher.service.skipThisOnlineVersion();
+    QCOMPARE(launcher.log.take(), QStringList());
+}
+
+// --- The summary ----------------------------------------------------------------------------------
+
+void UpdatePromptsTest::refreshStatusBuildsTheSummaryAnew_data() {
+    QTest::addColumn<State>("state");
+    for (int i = 0; i <= static_cast<int>(State::Failed); ++i) {
+        const State state = static_cast<State>(i);
+        QTest::addRow("in %s", qPrintable(SignalLog::name(state))) << state;
     }
+}
 
-    void skippingForGoodIsRememberedAndLogged() {
-        Launcher launcher;
-        launcher.knowUpdate();
-        launcher.service.snapshot.launcherEntry = {{"version", "9.1.0"}, {"setupUrl", "l.exe"}};
-        launcher.service.state = State::RepairMode;
-        const QDateTime before = QDateTime::currentDateTimeUtc();
-        launcher.service.skipThisOnlineVersion();
-        SettingsStore &settings = SettingsStore::instance();
-        QCOMPARE(settings.value(skippedKey, ""), QString("launcher:9.1.0|runtime:9.0.0"));
-        const QDateTime at =
-            QDateTime::fromString(settings.value("update/online_skipped_at", ""), Qt::ISODate);
-        QCOMPARE(at.timeSpec(), Qt::UTC);
-        QVERIFY(qAbs(before.secsTo(at)) <= 5);
-        QCOMPARE(installation::takeLog(),
-                 QStringList("Online update skipped fingerprint=launcher:9.1.0|runtime:9.0.0 "
-                             "components=[runtime:9.0.0, launcher:9.1.0] source=src"));
+void UpdatePromptsTest::refreshStatusBuildsTheSummaryAnew() {
+    QFETCH(State, state);
+    Launcher launcher;
+    launcher.knowUpdate();
+    const QString summary = launcher.service.updateSummary;
+    launcher.service.updateSummary = "old";
+    launcher.service.state = state;
+    launcher.service.refreshStatus();
+    const QStringList sequence = launcher.log.take();
+    QCOMPARE(sequence.mid(0, 3),
+             QStringList({"suggestion " + summary, "prompt OnlineBanner", prompt()}));
+    const QStringList quiet{"UpdateCheck", "ApplyingUpdate", "RepairMode", "Failed"};
+    QCOMPARE(sequence.size(), quiet.contains(SignalLog::name(state)) ? 3 : 4);
+    QCOMPARE(launcher.service.updateSummary, summary);
+}
+
+void UpdatePromptsTest::theSummaryFollowsTheLanguage() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.state = State::RepairMode;
+    const QString before = launcher.service.updateSummary;
+    {
+        const installation::MarkingTranslator translator;
+        launcher.service.refreshStatus();
+        QVERIFY2(launcher.service.updateSummary.startsWith("<已验证的更新可用（来源：src）。>\n"),
+                 qPrintable(launcher.service.updateSummary));
+        QCOMPARE(launcher.service.statusText,
+                 QString("<发现在线更新。请选择是否更新，或继续启动。>"));
     }
+    launcher.service.refreshStatus();
+    QCOMPARE(launcher.service.updateSummary, before);
+}
 
-    void anOfferWithoutAFingerprintIsNotRemembered() {
-        Launcher launcher;
-        launcher.knowUpdate();
-        launcher.service.snapshot.runtimeEntry = QJsonObject();
-        launcher.service.state = State::RepairMode;
-        launcher.service.skipThisOnlineVersion();
-        QCOMPARE(SettingsStore::instance().value(skippedKey, ""), QString());
-        QCOMPARE(launcher.service.promptMode, Prompt::BadgeOnly);
-        QCOMPARE(installation::takeLog(),
-                 QStringList("Online update skipped fingerprint= components=[] source=src"));
-    }
+void UpdatePromptsTest::anUpdateThatIsInstalledMeanwhileKeepsItsSummary() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    QVERIFY(installation::write(installation::appPath("config/release_version.json"),
+                                R"({"runtimePackageVersion": "9.0.0"})"));
+    launcher.service.state = State::Failed;
+    launcher.service.refreshStatus();
+    QCOMPARE(launcher.log.take(), QStringList());
+    QVERIFY(launcher.service.updateAvailable);
+}
 
-    void answersWithoutAnUpdateDoNothing() {
-        Launcher launcher;
-        launcher.service.remindUpdateLater();
-        launcher.service.skipThisOnlineVersion();
+void UpdatePromptsTest::aSnapshotWithoutTextIsNotWeighed() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.state = State::Failed;
+    for (const char *text : {"", "no JSON", "[]"}) {
+        launcher.service.snapshot.manifestText = text;
+        launcher.service.refreshStatus();
         QCOMPARE(launcher.log.take(), QStringList());
     }
+}
 
-    // --- The summary ----------------------------------------------------------------------------------
+void UpdatePromptsTest::theStartShotShowsAKnownUpdate() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.snapshot.manifestText.clear();
+    launcher.service.start();
+    (void)launcher.log.take();
+    processPosted();
+    QCOMPARE(launcher.log.take(), QStringList("prompt OnlineBanner"));
+}
 
-    void refreshStatusBuildsTheSummaryAnew_data() {
-        QTest::addColumn<State>("state");
-        for (int i = 0; i <= static_cast<int>(State::Failed); ++i) {
-            const State state = static_cast<State>(i);
-            QTest::addRow("in %s", qPrintable(SignalLog::name(state))) << state;
-        }
-    }
+// --- Lifetime ---------------------------------------------------------------------------------------
 
-    void refreshStatusBuildsTheSummaryAnew() {
-        QFETCH(State, state);
+void UpdatePromptsTest::theServiceWaitsForItsCheck() {
+    {
         Launcher launcher;
-        launcher.knowUpdate();
-        const QString summary = launcher.service.updateSummary;
-        launcher.service.updateSummary = "old";
-        launcher.service.state = state;
-        launcher.service.refreshStatus();
-        const QStringList sequence = launcher.log.take();
-        QCOMPARE(sequence.mid(0, 3),
-                 QStringList({"suggestion " + summary, "prompt OnlineBanner", prompt()}));
-        const QStringList quiet{"UpdateCheck", "ApplyingUpdate", "RepairMode", "Failed"};
-        QCOMPARE(sequence.size(), quiet.contains(SignalLog::name(state)) ? 3 : 4);
-        QCOMPARE(launcher.service.updateSummary, summary);
-    }
-
-    void theSummaryFollowsTheLanguage() {
-        Launcher launcher;
-        launcher.knowUpdate();
-        launcher.service.state = State::RepairMode;
-        const QString before = launcher.service.updateSummary;
-        {
-            const installation::MarkingTranslator translator;
-            launcher.service.refreshStatus();
-            QVERIFY2(
-                launcher.service.updateSummary.startsWith("<已验证的更新可用（来源：src）。>\n"),
-                qPrintable(launcher.service.updateSummary));
-            QCOMPARE(launcher.service.statusText,
-                     QString("<发现在线更新。请选择是否更新，或继续启动。>"));
-        }
-        launcher.service.refreshStatus();
-        QCOMPARE(launcher.service.updateSummary, before);
-    }
-
-    void anUpdateThatIsInstalledMeanwhileKeepsItsSummary() {
-        Launcher launcher;
-        launcher.knowUpdate();
-        QVERIFY(installation::write(installation::appPath("config/release_version.json"),
-                                    R"({"runtimePackageVersion": "9.0.0"})"));
-        launcher.service.state = State::Failed;
-        launcher.service.refreshStatus();
-        QCOMPARE(launcher.log.take(), QStringList());
-        QVERIFY(launcher.service.updateAvailable);
-    }
-
-    void aSnapshotWithoutTextIsNotWeighed() {
-        Launcher launcher;
-        launcher.knowUpdate();
-        launcher.service.state = State::Failed;
-        for (const char *text : {"", "no JSON", "[]"}) {
-            launcher.service.snapshot.manifestText = text;
-            launcher.service.refreshStatus();
-            QCOMPARE(launcher.log.take(), QStringList());
-        }
-    }
-
-    void theStartShotShowsAKnownUpdate() {
-        Launcher launcher;
-        launcher.knowUpdate();
-        launcher.service.snapshot.manifestText.clear();
         launcher.service.start();
-        (void)launcher.log.take();
         processPosted();
-        QCOMPARE(launcher.log.take(), QStringList("prompt OnlineBanner"));
+        QVERIFY(launcher.service.checkWatcher.isRunning());
+        gate.release();
     }
+    QVERIFY(QThreadPool::globalInstance()->waitForDone(0));
+}
 
-    // --- Lifetime ---------------------------------------------------------------------------------------
+void UpdatePromptsTest::offer(const QString &runtimeVersion) {
+    answer(manifestWith(runtimeVersion));
+}
 
-    void theServiceWaitsForItsCheck() {
-        {
-            Launcher launcher;
-            launcher.service.start();
-            processPosted();
-            QVERIFY(launcher.service.checkWatcher.isRunning());
-            gate.release();
-        }
-        QVERIFY(QThreadPool::globalInstance()->waitForDone(0));
-    }
-
-private:
-    void offer(const QString &runtimeVersion) { answer(manifestWith(runtimeVersion)); }
-
-    void answer(const QString &body) {
-        server->on(manifestPath, support::answer(200, body.toUtf8()));
-        onlineUrl = server->url(manifestPath).toString();
-    }
-
-    std::unique_ptr<support::ScriptedServer> server;
-};
+void UpdatePromptsTest::answer(const QString &body) {
+    server->on(manifestPath, support::answer(200, body.toUtf8()));
+    onlineUrl = server->url(manifestPath).toString();
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, UpdatePromptsTest)
 #include "update_prompts_test.moc"

@@ -35,192 +35,207 @@ class UpdateTasksTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { installation::reset(); }
-
-    void aReportOfTheCurrentTaskIsPassedOn() {
-        LauncherService service;
-        service.taskId = "apply_1";
-        SignalLog log(service);
-        QStringList ids;
-        connect(&service, &LauncherService::updateTaskProgressChanged, this,
-                [&](const QString &id) { ids << id; });
-        QVERIFY(report(service, "apply_1"));
-        QCOMPARE(log.take(), QStringList("progress verify 40 detail:verify-ok"));
-        QCOMPARE(ids, QStringList("apply_1"));
-    }
-
-    void aReportOfAnotherTaskIsDropped() {
-        LauncherService service;
-        service.taskId = "apply_2";
-        SignalLog log(service);
-        QVERIFY(report(service, "apply_1"));
-        QVERIFY(report(service, ""));
-        QCOMPARE(log.take(), QStringList());
-    }
-
-    void reportsOfAWorkerArriveQueuedAndInOrder() {
-        LauncherService service;
-        service.taskId = "t";
-        SignalLog log(service);
-        QtConcurrent::run([link = service.taskLink] {
-            for (int i = 0; i < 100; ++i)
-                link->reportProgress("t", "download", i, "d");
-        }).waitForFinished();
-        QCOMPARE(log.take(), QStringList());
-        QCoreApplication::processEvents();
-        const QStringList arrived = log.take();
-        QCOMPARE(arrived.size(), 100);
-        for (int i = 0; i < 100; ++i)
-            QCOMPARE(arrived.at(i), QString("progress download %1 d").arg(i));
-    }
-
-    void aReportAfterTheServiceIsDropped() {
-        std::shared_ptr<TaskLink> link;
-        {
-            LauncherService service;
-            link = service.taskLink;
-        }
-        link->reportProgress("t", "download", -1, "d");
-        QCoreApplication::processEvents();
-        QCOMPARE(link->cancelFlag.load(), 1);
-    }
-
-    void theSetupEnds_data() {
-        QTest::addColumn<bool>("project");
-        QTest::addColumn<QString>("summary");
-        QTest::addColumn<QString>("warnings");
-        QTest::addColumn<bool>("launch");
-        QTest::addColumn<QString>("details");
-        QTest::newRow("with the project alone") << true << ""
-                                                << "" << true << "项目更新已完成。";
-        QTest::newRow("without the project") << false << ""
-                                             << "" << true << "已跳过项目更新。";
-        QTest::newRow("with all there is to tell") << true << "s1\ns2"
-                                                   << "w" << true << "项目更新已完成。\ns1\ns2\nw";
-        QTest::newRow("with warnings alone") << false << ""
-                                             << "w" << true << "已跳过项目更新。\nw";
-        QTest::newRow("without a launch") << false << "s"
-                                          << "" << false << "已跳过项目更新。\ns";
-    }
-
-    void theSetupEnds() {
-        QFETCH(bool, project);
-        QFETCH(QString, summary);
-        QFETCH(QString, warnings);
-        QFETCH(bool, launch);
-        QFETCH(QString, details);
-        const QString path = installation::addProject("line");
-        LauncherService service;
-        service.projectPath = path;
-        service.state = State::ApplyingUpdate;
-        service.taskId = "setup_1";
-        service.updateAvailable = true;
-        service.selection.project = project;
-        service.launchAfterSetup = launch;
-        SignalLog log(service);
-        service.setupWatcher.setFuture(ended(ComponentSetupResult{true, summary, warnings, false}));
-        QTRY_VERIFY(service.updatesHandled);
-        QCOMPARE(log.take(), QStringList({"status 已处理所选更新内容，正在启动…",
-                                          "applied " + details, "active false"}) +
-                                 (launch ? noTarget() : QStringList("state RepairMode")));
-        QVERIFY(!service.updateAvailable && !service.launchAfterSetup);
-        QCOMPARE(SettingsStore::instance().defaultProject(), path);
-        QCOMPARE(installation::takeLog().mid(0, details.count('\n') + 2),
-                 details.split('\n') + QStringList("[task setup_1] phase=setup elapsedMs=0"));
-    }
-
-    void theSetupIsCancelled() {
-        LauncherService service;
-        service.state = State::ApplyingUpdate;
-        service.updateAvailable = service.launchAfterSetup = true;
-        SignalLog log(service);
-        service.setupWatcher.setFuture(ended(ComponentSetupResult{true, "s", "w", true}));
-        QTRY_COMPARE(log.entries().size(), 4);
-        QCOMPARE(log.take(), QStringList({"state RepairMode", "status 组件更新任务已取消。",
-                                          "not applied 组件更新任务已取消。", "active false"}));
-        QVERIFY(service.updateAvailable && !service.updatesHandled && !service.launchAfterSetup);
-        QCOMPARE(installation::takeLog(), QStringList());
-        QCOMPARE(SettingsStore::instance().defaultProject(), QString());
-    }
-
-    void everyWorkerMakesATaskActive_data() {
-        QTest::addColumn<int>("worker");
-        QTest::newRow("the check") << 0;
-        QTest::newRow("the apply") << 1;
-        QTest::newRow("the setup") << 2;
-        QTest::newRow("a check whose end is not taken yet") << 3;
-    }
-
-    void everyWorkerMakesATaskActive() {
-        QFETCH(int, worker);
-        LauncherService service;
-        QVERIFY(!service.isUpdateTaskActive());
-        QFutureInterface<UpdateCheckResult> check;
-        QFutureInterface<ApplyResult> apply;
-        QFutureInterface<ComponentSetupResult> setup;
-        check.reportStarted();
-        apply.reportStarted();
-        setup.reportStarted();
-        if (worker == 0)
-            service.checkWatcher.setFuture(check.future());
-        else if (worker == 1)
-            service.applyWatcher.setFuture(apply.future());
-        else if (worker == 2)
-            service.setupWatcher.setFuture(setup.future());
-        else
-            service.checkInFlight = true;
-        QVERIFY(service.isUpdateTaskActive());
-        service.taskId = "x_1";
-        SignalLog log(service);
-        service.cancelUpdateTask();
-        QCOMPARE(log.take(), QStringList("status 正在取消更新任务…"));
-        QCOMPARE(service.cancelFlag.load(), 1);
-        QCOMPARE(installation::takeLog(), QStringList("[task x_1] cancel requested by user"));
-        check.reportFinished();
-        apply.reportFinished();
-        setup.reportFinished();
-    }
-
-    // The service waits for three seconds and goes; the worker ends in its own time and reports to
-    // nobody.
-    void aWorkerMayOutliveTheService() {
-        QSemaphore serviceIsGone;
-        std::atomic<int> flagSeen{-1};
-        QElapsedTimer waited;
-        {
-            LauncherService service;
-            service.checkWatcher.setFuture(
-                QtConcurrent::run([&, link = service.taskLink]() -> UpdateCheckResult {
-                    serviceIsGone.acquire();
-                    flagSeen = link->cancelFlag.load();
-                    link->reportProgress("t", "check", -1, "late");
-                    return {};
-                }));
-            waited.start();
-        }
-        QVERIFY2(waited.elapsed() >= 3000 && waited.elapsed() < 4500,
-                 qPrintable(QString::number(waited.elapsed())));
-        serviceIsGone.release();
-        QVERIFY(QThreadPool::globalInstance()->waitForDone());
-        QCoreApplication::processEvents();
-        QCOMPARE(flagSeen.load(), 1);
-    }
-
-    void theServiceWaitsForWorkersThatEndInTime() {
-        std::atomic<bool> ended{false};
-        {
-            LauncherService service;
-            service.setupWatcher.setFuture(
-                QtConcurrent::run([&, link = service.taskLink]() -> ComponentSetupResult {
-                    while (link->cancelFlag.load() == 0)
-                        QThread::yieldCurrentThread();
-                    ended = true;
-                    return {};
-                }));
-        }
-        QVERIFY(ended);
-    }
+    void init();
+    void aReportOfTheCurrentTaskIsPassedOn();
+    void aReportOfAnotherTaskIsDropped();
+    void reportsOfAWorkerArriveQueuedAndInOrder();
+    void aReportAfterTheServiceIsDropped();
+    void theSetupEnds_data();
+    void theSetupEnds();
+    void theSetupIsCancelled();
+    void everyWorkerMakesATaskActive_data();
+    void everyWorkerMakesATaskActive();
+    void aWorkerMayOutliveTheService();
+    void theServiceWaitsForWorkersThatEndInTime();
 };
+
+void UpdateTasksTest::init() {
+    installation::reset();
+}
+
+void UpdateTasksTest::aReportOfTheCurrentTaskIsPassedOn() {
+    LauncherService service;
+    service.taskId = "apply_1";
+    SignalLog log(service);
+    QStringList ids;
+    connect(&service, &LauncherService::updateTaskProgressChanged, this,
+            [&](const QString &id) { ids << id; });
+    QVERIFY(report(service, "apply_1"));
+    QCOMPARE(log.take(), QStringList("progress verify 40 detail:verify-ok"));
+    QCOMPARE(ids, QStringList("apply_1"));
+}
+
+void UpdateTasksTest::aReportOfAnotherTaskIsDropped() {
+    LauncherService service;
+    service.taskId = "apply_2";
+    SignalLog log(service);
+    QVERIFY(report(service, "apply_1"));
+    QVERIFY(report(service, ""));
+    QCOMPARE(log.take(), QStringList());
+}
+
+void UpdateTasksTest::reportsOfAWorkerArriveQueuedAndInOrder() {
+    LauncherService service;
+    service.taskId = "t";
+    SignalLog log(service);
+    QtConcurrent::run([link = service.taskLink] {
+        for (int i = 0; i < 100; ++i)
+            link->reportProgress("t", "download", i, "d");
+    }).waitForFinished();
+    QCOMPARE(log.take(), QStringList());
+    QCoreApplication::processEvents();
+    const QStringList arrived = log.take();
+    QCOMPARE(arrived.size(), 100);
+    for (int i = 0; i < 100; ++i)
+        QCOMPARE(arrived.at(i), QString("progress download %1 d").arg(i));
+}
+
+void UpdateTasksTest::aReportAfterTheServiceIsDropped() {
+    std::shared_ptr<TaskLink> link;
+    {
+        LauncherService service;
+        link = service.taskLink;
+    }
+    link->reportProgress("t", "download", -1, "d");
+    QCoreApplication::processEvents();
+    QCOMPARE(link->cancelFlag.load(), 1);
+}
+
+void UpdateTasksTest::theSetupEnds_data() {
+    QTest::addColumn<bool>("project");
+    QTest::addColumn<QString>("summary");
+    QTest::addColumn<QString>("warnings");
+    QTest::addColumn<bool>("launch");
+    QTest::addColumn<QString>("details");
+    QTest::newRow("with the project alone") << true << ""
+                                            << "" << true << "项目更新已完成。";
+    QTest::newRow("without the project") << false << ""
+                                         << "" << true << "已跳过项目更新。";
+    QTest::newRow("with all there is to tell") << true << "s1\ns2"
+                                               << "w" << true << "项目更新已完成。\ns1\ns2\nw";
+    QTest::newRow("with warnings alone") << false << ""
+                                         << "w" << true << "已跳过项目更新。\nw";
+    QTest::newRow("without a launch") << false << "s"
+                                      << "" << false << "已跳过项目更新。\ns";
+}
+
+void UpdateTasksTest::theSetupEnds() {
+    QFETCH(bool, project);
+    QFETCH(QString, summary);
+    QFETCH(QString, warnings);
+    QFETCH(bool, launch);
+    QFETCH(QString, details);
+    const QString path = installation::addProject("line");
+    LauncherService service;
+    service.projectPath = path;
+    service.state = State::ApplyingUpdate;
+    service.taskId = "setup_1";
+    service.updateAvailable = true;
+    service.selection.project = project;
+    service.launchAfterSetup = launch;
+    SignalLog log(service);
+    service.setupWatcher.setFuture(ended(ComponentSetupResult{true, summary, warnings, false}));
+    QTRY_VERIFY(service.updatesHandled);
+    QCOMPARE(log.take(), QStringList({"status 已处理所选更新内容，正在启动…", "applied " + details,
+                                      "active false"}) +
+                             (launch ? noTarget() : QStringList("state RepairMode")));
+    QVERIFY(!service.updateAvailable && !service.launchAfterSetup);
+    QCOMPARE(SettingsStore::instance().defaultProject(), path);
+    QCOMPARE(installation::takeLog().mid(0, details.count('\n') + 2),
+             details.split('\n') + QStringList("[task setup_1] phase=setup elapsedMs=0"));
+}
+
+void UpdateTasksTest::theSetupIsCancelled() {
+    LauncherService service;
+    service.state = State::ApplyingUpdate;
+    service.updateAvailable = service.launchAfterSetup = true;
+    SignalLog log(service);
+    service.setupWatcher.setFuture(ended(ComponentSetupResult{true, "s", "w", true}));
+    QTRY_COMPARE(log.entries().size(), 4);
+    QCOMPARE(log.take(), QStringList({"state RepairMode", "status 组件更新任务已取消。",
+                                      "not applied 组件更新任务已取消。", "active false"}));
+    QVERIFY(service.updateAvailable && !service.updatesHandled && !service.launchAfterSetup);
+    QCOMPARE(installation::takeLog(), QStringList());
+    QCOMPARE(SettingsStore::instance().defaultProject(), QString());
+}
+
+void UpdateTasksTest::everyWorkerMakesATaskActive_data() {
+    QTest::addColumn<int>("worker");
+    QTest::newRow("the check") << 0;
+    QTest::newRow("the apply") << 1;
+    QTest::newRow("the setup") << 2;
+    QTest::newRow("a check whose end is not taken yet") << 3;
+}
+
+void UpdateTasksTest::everyWorkerMakesATaskActive() {
+    QFETCH(int, worker);
+    LauncherService service;
+    QVERIFY(!service.isUpdateTaskActive());
+    QFutureInterface<UpdateCheckResult> check;
+    QFutureInterface<ApplyResult> apply;
+    QFutureInterface<ComponentSetupResult> setup;
+    check.reportStarted();
+    apply.reportStarted();
+    setup.reportStarted();
+    if (worker == 0)
+        service.checkWatcher.setFuture(check.future());
+    else if (worker == 1)
+        service.applyWatcher.setFuture(apply.future());
+    else if (worker == 2)
+        service.setupWatcher.setFuture(setup.future());
+    else
+        service.checkInFlight = true;
+    QVERIFY(service.isUpdateTaskActive());
+    service.taskId = "x_1";
+    SignalLog log(service);
+    service.cancelUpdateTask();
+    QCOMPARE(log.take(), QStringList("status 正在取消更新任务…"));
+    QCOMPARE(service.cancelFlag.load(), 1);
+    QCOMPARE(installation::takeLog(), QStringList("[task x_1] cancel requested by user"));
+    check.reportFinished();
+    apply.reportFinished();
+    setup.reportFinished();
+}
+
+// The service waits for three seconds and goes; the worker ends in its own time and reports to
+// nobody.
+void UpdateTasksTest::aWorkerMayOutliveTheService() {
+    QSemaphore serviceIsGone;
+    std::atomic<int> flagSeen{-1};
+    QElapsedTimer waited;
+    {
+        LauncherService service;
+        service.checkWatcher.setFuture(
+            QtConcurrent::run([&, link = service.taskLink]() -> UpdateCheckResult {
+                serviceIsGone.acquire();
+                flagSeen = link->cancelFlag.load();
+                link->reportProgress("t", "check", -1, "late");
+                return {};
+            }));
+        waited.start();
+    }
+    QVERIFY2(waited.elapsed() >= 3000 && waited.elapsed() < 4500,
+             qPrintable(QString::number(waited.elapsed())));
+    serviceIsGone.release();
+    QVERIFY(QThreadPool::globalInstance()->waitForDone());
+    QCoreApplication::processEvents();
+    QCOMPARE(flagSeen.load(), 1);
+}
+
+void UpdateTasksTest::theServiceWaitsForWorkersThatEndInTime() {
+    std::atomic<bool> ended{false};
+    {
+        LauncherService service;
+        service.setupWatcher.setFuture(
+            QtConcurrent::run([&, link = service.taskLink]() -> ComponentSetupResult {
+                while (link->cancelFlag.load() == 0)
+                    QThread::yieldCurrentThread();
+                ended = true;
+                return {};
+            }));
+    }
+    QVERIFY(ended);
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, UpdateTasksTest)
 #include "update_tasks_test.moc"

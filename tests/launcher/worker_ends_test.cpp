@@ -124,131 +124,149 @@ class WorkerEndsTest : public QObject {
     Q_OBJECT
 
 private:
-    static void bothFailures() {
-        QTest::addColumn<Work>("fault");
-        QTest::newRow("memory runs out") << Work::OutOfMemory;
-        QTest::newRow("anything else is thrown") << Work::Foreign;
-    }
+    static void bothFailures();
 
 private Q_SLOTS:
-    void init() {
-        installation::reset();
-        work = Work::Succeeds;
-        QVERIFY(QThreadPool::globalInstance()->waitForDone());
-    }
-
-    // --- A worker that fails inside -------------------------------------------------------------
-
-    void aCheckThatFailsInsideFindsNothing_data() { bothFailures(); }
-
-    void aCheckThatFailsInsideFindsNothing() {
-        QFETCH(Work, fault);
-        work = fault;
-        Launcher launcher;
-        launcher.service.updateAvailable = false;
-        launcher.service.enterRepairMode();
-        QTRY_VERIFY(launcher.service.updateCheckDone);
-        QCOMPARE(launcher.log.take(),
-                 QStringList({"status 修复模式：选择 yslib、查看日志或手动启动。", "active false",
-                              "state UpdateCheck", "progress check -1 detail:fetch-manifest",
-                              "status 无可用更新，将启动当前版本。", "state RepairMode",
-                              "active false"}));
-        QVERIFY(!launcher.service.updateAvailable);
-        QCOMPARE(installation::takeLog().last().section(' ', 2),
-                 QString("phase=check elapsedMs=0 none"));
-    }
-
-    void anApplyThatFailsInsideIsAFailure_data() { bothFailures(); }
-
-    void anApplyThatFailsInsideIsAFailure() {
-        QFETCH(Work, fault);
-        work = fault;
-        Launcher launcher;
-        launcher.service.applyChosenUpdate();
-        launcher.waitForTask();
-        QCOMPARE(launcher.log.take().mid(4),
-                 QStringList({"progress download -1 detail:download-project",
-                              "progress verify -1 detail:verify-fail", "state RepairMode",
-                              "status " + noMemory, "not applied " + noMemory, "active false"}));
-        QCOMPARE(installation::takeLog().last(), noMemory);
-        QVERIFY(!launcher.service.reloadModelsOnLaunch);
-    }
-
-    void aSetupThatFailsInsideIsAWarning_data() { bothFailures(); }
-
-    void aSetupThatFailsInsideIsAWarning() {
-        QFETCH(Work, fault);
-        work = fault;
-        Launcher launcher(false);
-        launcher.service.applyChosenUpdate();
-        launcher.waitForTask();
-        QCOMPARE(launcher.log.take().mid(4),
-                 QStringList({"status 已处理所选更新内容，正在启动…",
-                              "applied 已跳过项目更新。\n" + noMemory, "active false"}) +
-                     noTarget());
-    }
-
-    // --- The window is closed ---------------------------------------------------------------------
-
-    void anEndThatNobodyTookIsNotTold_data() {
-        QTest::addColumn<QString>("task");
-        QTest::addColumn<Work>("outcome");
-        QTest::addColumn<bool>("cancels");
-        for (const char *task : {"check", "apply", "setup"}) {
-            for (const auto &[name, outcome] :
-                 {std::pair("success", Work::Succeeds), std::pair("failure", Work::Fails),
-                  std::pair("memory run out", Work::OutOfMemory)}) {
-                QTest::addRow("%s, %s", task, name) << task << outcome << false;
-                QTest::addRow("%s, %s, cancelled", task, name) << task << outcome << true;
-            }
-        }
-    }
-
-    // The worker has ended, its event waits in the queue, and the service goes.
-    void anEndThatNobodyTookIsNotTold() {
-        QFETCH(QString, task);
-        QFETCH(Work, outcome);
-        QFETCH(bool, cancels);
-        work = outcome;
-        QObject receiver;
-        int ends = 0;
-        {
-            Launcher launcher(task == "apply");
-            if (task == "check") {
-                launcher.service.updateAvailable = false;
-                launcher.service.state = State::Idle;
-                launcher.service.projectPath = installation::addRunnableProject("line", "1.0");
-                launcher.service.runStartFlow(); // starts a check
-            } else {
-                launcher.service.applyChosenUpdate();
-            }
-            QVERIFY(launcher.service.taskId.startsWith(task));
-            if (cancels)
-                launcher.service.cancelUpdateTask();
-            QVERIFY(QThreadPool::globalInstance()->waitForDone());
-            connect(&launcher.service, &LauncherService::applyUpdateFinished, &receiver,
-                    [&ends] { ++ends; });
-            connect(&launcher.service, &LauncherService::updateTaskActiveChanged, &receiver,
-                    [&ends] { ++ends; });
-        }
-        QCoreApplication::processEvents();
-        QCOMPARE(ends, 0);
-    }
-
-    // --- The order of the waits: check, setup, apply, up to three seconds each ------------------
-
-    void theCheckIsWaitedForBeforeTheSetup() {
-        const qint64 took =
-            waitedFor(&LauncherService::checkWatcher, &LauncherService::setupWatcher);
-        QVERIFY2(took >= 3500 && took < 5500, qPrintable(QString::number(took)));
-    }
-
-    void theSetupIsWaitedForBeforeTheApply() {
-        const qint64 took =
-            waitedFor(&LauncherService::setupWatcher, &LauncherService::applyWatcher);
-        QVERIFY2(took >= 3500 && took < 5500, qPrintable(QString::number(took)));
-    }
+    void init();
+    void aCheckThatFailsInsideFindsNothing_data();
+    void aCheckThatFailsInsideFindsNothing();
+    void anApplyThatFailsInsideIsAFailure_data();
+    void anApplyThatFailsInsideIsAFailure();
+    void aSetupThatFailsInsideIsAWarning_data();
+    void aSetupThatFailsInsideIsAWarning();
+    void anEndThatNobodyTookIsNotTold_data();
+    void anEndThatNobodyTookIsNotTold();
+    void theCheckIsWaitedForBeforeTheSetup();
+    void theSetupIsWaitedForBeforeTheApply();
 };
+
+void WorkerEndsTest::bothFailures() {
+    QTest::addColumn<Work>("fault");
+    QTest::newRow("memory runs out") << Work::OutOfMemory;
+    QTest::newRow("anything else is thrown") << Work::Foreign;
+}
+
+void WorkerEndsTest::init() {
+    installation::reset();
+    work = Work::Succeeds;
+    QVERIFY(QThreadPool::globalInstance()->waitForDone());
+}
+
+// --- A worker that fails inside -------------------------------------------------------------
+
+void WorkerEndsTest::aCheckThatFailsInsideFindsNothing_data() {
+    bothFailures();
+}
+
+void WorkerEndsTest::aCheckThatFailsInsideFindsNothing() {
+    QFETCH(Work, fault);
+    work = fault;
+    Launcher launcher;
+    launcher.service.updateAvailable = false;
+    launcher.service.enterRepairMode();
+    QTRY_VERIFY(launcher.service.updateCheckDone);
+    QCOMPARE(
+        launcher.log.take(),
+        QStringList({"status 修复模式：选择 yslib、查看日志或手动启动。", "active false",
+                     "state UpdateCheck", "progress check -1 detail:fetch-manifest",
+                     "status 无可用更新，将启动当前版本。", "state RepairMode", "active false"}));
+    QVERIFY(!launcher.service.updateAvailable);
+    QCOMPARE(installation::takeLog().last().section(' ', 2),
+             QString("phase=check elapsedMs=0 none"));
+}
+
+void WorkerEndsTest::anApplyThatFailsInsideIsAFailure_data() {
+    bothFailures();
+}
+
+void WorkerEndsTest::anApplyThatFailsInsideIsAFailure() {
+    QFETCH(Work, fault);
+    work = fault;
+    Launcher launcher;
+    launcher.service.applyChosenUpdate();
+    launcher.waitForTask();
+    QCOMPARE(launcher.log.take().mid(4),
+             QStringList({"progress download -1 detail:download-project",
+                          "progress verify -1 detail:verify-fail", "state RepairMode",
+                          "status " + noMemory, "not applied " + noMemory, "active false"}));
+    QCOMPARE(installation::takeLog().last(), noMemory);
+    QVERIFY(!launcher.service.reloadModelsOnLaunch);
+}
+
+void WorkerEndsTest::aSetupThatFailsInsideIsAWarning_data() {
+    bothFailures();
+}
+
+void WorkerEndsTest::aSetupThatFailsInsideIsAWarning() {
+    QFETCH(Work, fault);
+    work = fault;
+    Launcher launcher(false);
+    launcher.service.applyChosenUpdate();
+    launcher.waitForTask();
+    QCOMPARE(launcher.log.take().mid(4),
+             QStringList({"status 已处理所选更新内容，正在启动…",
+                          "applied 已跳过项目更新。\n" + noMemory, "active false"}) +
+                 noTarget());
+}
+
+// --- The window is closed ---------------------------------------------------------------------
+
+void WorkerEndsTest::anEndThatNobodyTookIsNotTold_data() {
+    QTest::addColumn<QString>("task");
+    QTest::addColumn<Work>("outcome");
+    QTest::addColumn<bool>("cancels");
+    for (const char *task : {"check", "apply", "setup"}) {
+        for (const auto &[name, outcome] :
+             {std::pair("success", Work::Succeeds), std::pair("failure", Work::Fails),
+              std::pair("memory run out", Work::OutOfMemory)}) {
+            QTest::addRow("%s, %s", task, name) << task << outcome << false;
+            QTest::addRow("%s, %s, cancelled", task, name) << task << outcome << true;
+        }
+    }
+}
+
+// The worker has ended, its event waits in the queue, and the service goes.
+void WorkerEndsTest::anEndThatNobodyTookIsNotTold() {
+    QFETCH(QString, task);
+    QFETCH(Work, outcome);
+    QFETCH(bool, cancels);
+    work = outcome;
+    QObject receiver;
+    int ends = 0;
+    {
+        Launcher launcher(task == "apply");
+        if (task == "check") {
+            launcher.service.updateAvailable = false;
+            launcher.service.state = State::Idle;
+            launcher.service.projectPath = installation::addRunnableProject("line", "1.0");
+            launcher.service.runStartFlow(); // starts a check
+        } else {
+            launcher.service.applyChosenUpdate();
+        }
+        QVERIFY(launcher.service.taskId.startsWith(task));
+        if (cancels)
+            launcher.service.cancelUpdateTask();
+        QVERIFY(QThreadPool::globalInstance()->waitForDone());
+        connect(&launcher.service, &LauncherService::applyUpdateFinished, &receiver,
+                [&ends] { ++ends; });
+        connect(&launcher.service, &LauncherService::updateTaskActiveChanged, &receiver,
+                [&ends] { ++ends; });
+    }
+    QCoreApplication::processEvents();
+    QCOMPARE(ends, 0);
+}
+
+// --- The order of the waits: check, setup, apply, up to three seconds each ------------------
+
+void WorkerEndsTest::theCheckIsWaitedForBeforeTheSetup() {
+    const qint64 took = waitedFor(&LauncherService::checkWatcher, &LauncherService::setupWatcher);
+    QVERIFY2(took >= 3500 && took < 5500, qPrintable(QString::number(took)));
+}
+
+void WorkerEndsTest::theSetupIsWaitedForBeforeTheApply() {
+    const qint64 took = waitedFor(&LauncherService::setupWatcher, &LauncherService::applyWatcher);
+    QVERIFY2(took >= 3500 && took < 5500, qPrintable(QString::number(took)));
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, WorkerEndsTest)
 #include "worker_ends_test.moc"

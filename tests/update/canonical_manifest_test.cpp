@@ -243,114 +243,124 @@ class CanonicalManifestTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void writesTheExactBytes_data() {
-        QTest::addColumn<QByteArray>("manifest");
-        QTest::addColumn<QByteArray>("canonical");
-        for (const Vector &vector : vectors)
-            QTest::newRow(vector.name)
-                << QByteArray(vector.manifest) << QByteArray(vector.canonical);
-    }
+    void writesTheExactBytes_data();
+    void writesTheExactBytes();
+    void orderBlanksAndUnlistedKeysNeverChangeIt();
+    void theVersionOfAComponentNeverChangesIt();
+    void theSignatureNeverChangesIt();
+    void anySignedValueChangesIt_data();
+    void anySignedValueChangesIt();
+    void halfASurrogatePairStaysEscaped();
+    void aHundredThousandProjectsAreWritten();
+    void nestingWithoutEndIsNoManifest();
+    void aTextOfAHundredMegabytesIsAnswered();
+};
 
-    void writesTheExactBytes() {
-        QFETCH(QByteArray, manifest);
-        QFETCH(QByteArray, canonical);
-        const QString text = canonicalManifestText(QString::fromUtf8(manifest));
-        QCOMPARE(text.isNull(), canonical.isNull());
-        QCOMPARE(text.toUtf8(), canonical.isNull() ? QByteArray("") : canonical);
-    }
+void CanonicalManifestTest::writesTheExactBytes_data() {
+    QTest::addColumn<QByteArray>("manifest");
+    QTest::addColumn<QByteArray>("canonical");
+    for (const Vector &vector : vectors)
+        QTest::newRow(vector.name) << QByteArray(vector.manifest) << QByteArray(vector.canonical);
+}
 
-    void orderBlanksAndUnlistedKeysNeverChangeIt() {
-        const QJsonObject manifest = support::fullManifest();
-        const QString expected = canonicalManifestText(support::jsonText(manifest));
-        for (quint32 seed = 0; seed < 500; ++seed)
-            QCOMPARE(canonicalManifestText(Scrambler(seed).text(manifest)), expected);
-    }
+void CanonicalManifestTest::writesTheExactBytes() {
+    QFETCH(QByteArray, manifest);
+    QFETCH(QByteArray, canonical);
+    const QString text = canonicalManifestText(QString::fromUtf8(manifest));
+    QCOMPARE(text.isNull(), canonical.isNull());
+    QCOMPARE(text.toUtf8(), canonical.isNull() ? QByteArray("") : canonical);
+}
 
-    void theVersionOfAComponentNeverChangesIt() {
-        const QString expected = canonicalManifestText(support::jsonText(support::fullManifest()));
-        for (const char *component : {"runtime", "launcher", "editor", "pythonTools"}) {
-            for (const QJsonValue &value : {QJsonValue("9.9.9"), QJsonValue(9), QJsonValue()}) {
-                QJsonObject manifest = support::fullManifest();
-                setIn(manifest, component, "version", value);
-                QCOMPARE(canonicalManifestText(support::jsonText(manifest)), expected);
-            }
-        }
-    }
+void CanonicalManifestTest::orderBlanksAndUnlistedKeysNeverChangeIt() {
+    const QJsonObject manifest = support::fullManifest();
+    const QString expected = canonicalManifestText(support::jsonText(manifest));
+    for (quint32 seed = 0; seed < 500; ++seed)
+        QCOMPARE(canonicalManifestText(Scrambler(seed).text(manifest)), expected);
+}
 
-    void theSignatureNeverChangesIt() {
-        QJsonObject manifest = support::fullManifest();
-        const QString expected = canonicalManifestText(support::jsonText(manifest));
-        for (const QJsonValue &value :
-             {QJsonValue("c2ln"), QJsonValue(1), QJsonValue(QJsonArray())}) {
-            manifest.insert("signature", value);
+void CanonicalManifestTest::theVersionOfAComponentNeverChangesIt() {
+    const QString expected = canonicalManifestText(support::jsonText(support::fullManifest()));
+    for (const char *component : {"runtime", "launcher", "editor", "pythonTools"}) {
+        for (const QJsonValue &value : {QJsonValue("9.9.9"), QJsonValue(9), QJsonValue()}) {
+            QJsonObject manifest = support::fullManifest();
+            setIn(manifest, component, "version", value);
             QCOMPARE(canonicalManifestText(support::jsonText(manifest)), expected);
         }
     }
+}
 
-    void anySignedValueChangesIt_data() {
-        QTest::addColumn<QJsonObject>("changed");
-        const auto row = [](const QString &name, const Change &change) {
-            QJsonObject manifest = support::fullManifest();
-            change(manifest);
-            QTest::newRow(qPrintable(name)) << manifest;
-        };
-        row("schemaVersion", [](QJsonObject &m) { m.insert("schemaVersion", 2); });
-        row("publishedAt", [](QJsonObject &m) { m.insert("publishedAt", "2026-01-02"); });
-        for (const char *component : {"runtime", "launcher", "editor", "pythonTools"}) {
-            for (const char *key : {"minVersion", "setupUrl", "setupSha256"}) {
-                row(QStringLiteral("%1 of %2").arg(key, component),
-                    [=](QJsonObject &m) { setIn(m, component, key, "x"); });
-            }
-            row(QStringLiteral("%1 taken away").arg(component),
-                [=](QJsonObject &m) { m.remove(component); });
+void CanonicalManifestTest::theSignatureNeverChangesIt() {
+    QJsonObject manifest = support::fullManifest();
+    const QString expected = canonicalManifestText(support::jsonText(manifest));
+    for (const QJsonValue &value : {QJsonValue("c2ln"), QJsonValue(1), QJsonValue(QJsonArray())}) {
+        manifest.insert("signature", value);
+        QCOMPARE(canonicalManifestText(support::jsonText(manifest)), expected);
+    }
+}
+
+void CanonicalManifestTest::anySignedValueChangesIt_data() {
+    QTest::addColumn<QJsonObject>("changed");
+    const auto row = [](const QString &name, const Change &change) {
+        QJsonObject manifest = support::fullManifest();
+        change(manifest);
+        QTest::newRow(qPrintable(name)) << manifest;
+    };
+    row("schemaVersion", [](QJsonObject &m) { m.insert("schemaVersion", 2); });
+    row("publishedAt", [](QJsonObject &m) { m.insert("publishedAt", "2026-01-02"); });
+    for (const char *component : {"runtime", "launcher", "editor", "pythonTools"}) {
+        for (const char *key : {"minVersion", "setupUrl", "setupSha256"}) {
+            row(QStringLiteral("%1 of %2").arg(key, component),
+                [=](QJsonObject &m) { setIn(m, component, key, "x"); });
         }
-        for (const char *key : {"id", "minVersion", "path"})
-            row(QStringLiteral("%1 of a plug-in").arg(key),
-                [=](QJsonObject &m) { setInFirst(m, "plugins", key, "x"); });
-        for (const char *key : {"name", "version", "zipUrl", "zipSha256"})
-            row(QStringLiteral("%1 of a project").arg(key),
-                [=](QJsonObject &m) { setInFirst(m, "projects", key, "x"); });
-        row("a project taken away", [](QJsonObject &m) {
-            QJsonArray projects = m.value("projects").toArray();
-            projects.removeLast();
-            m.insert("projects", projects);
-        });
-        row("two projects exchanged", [](QJsonObject &m) {
-            const QJsonArray projects = m.value("projects").toArray();
-            m.insert("projects", QJsonArray{projects.at(1), projects.at(0)});
-        });
+        row(QStringLiteral("%1 taken away").arg(component),
+            [=](QJsonObject &m) { m.remove(component); });
     }
+    for (const char *key : {"id", "minVersion", "path"})
+        row(QStringLiteral("%1 of a plug-in").arg(key),
+            [=](QJsonObject &m) { setInFirst(m, "plugins", key, "x"); });
+    for (const char *key : {"name", "version", "zipUrl", "zipSha256"})
+        row(QStringLiteral("%1 of a project").arg(key),
+            [=](QJsonObject &m) { setInFirst(m, "projects", key, "x"); });
+    row("a project taken away", [](QJsonObject &m) {
+        QJsonArray projects = m.value("projects").toArray();
+        projects.removeLast();
+        m.insert("projects", projects);
+    });
+    row("two projects exchanged", [](QJsonObject &m) {
+        const QJsonArray projects = m.value("projects").toArray();
+        m.insert("projects", QJsonArray{projects.at(1), projects.at(0)});
+    });
+}
 
-    void anySignedValueChangesIt() {
-        QFETCH(QJsonObject, changed);
-        QVERIFY(canonicalManifestText(support::jsonText(changed)) !=
-                canonicalManifestText(support::jsonText(support::fullManifest())));
-    }
+void CanonicalManifestTest::anySignedValueChangesIt() {
+    QFETCH(QJsonObject, changed);
+    QVERIFY(canonicalManifestText(support::jsonText(changed)) !=
+            canonicalManifestText(support::jsonText(support::fullManifest())));
+}
 
-    // Half a pair cannot be UTF-8; the library keeps it apart from any other text by escaping it.
-    void halfASurrogatePairStaysEscaped() {
-        QCOMPARE(canonicalManifestText(R"({"publishedAt":"a\ud800b"})"),
-                 QStringLiteral(R"({"publishedAt":"a\ud800b"})"));
-    }
+// Half a pair cannot be UTF-8; the library keeps it apart from any other text by escaping it.
+void CanonicalManifestTest::halfASurrogatePairStaysEscaped() {
+    QCOMPARE(canonicalManifestText(R"({"publishedAt":"a\ud800b"})"),
+             QStringLiteral(R"({"publishedAt":"a\ud800b"})"));
+}
 
-    void aHundredThousandProjectsAreWritten() {
-        const QString canonical =
-            canonicalManifestText(support::jsonText(support::manifestOfProjects(100000)));
-        QVERIFY(canonical.startsWith("{\"schemaVersion\":1,\"projects\":[{\"name\":\"line_0\","));
-        QCOMPARE(canonical.count("\"name\":"), 100000);
-    }
+void CanonicalManifestTest::aHundredThousandProjectsAreWritten() {
+    const QString canonical =
+        canonicalManifestText(support::jsonText(support::manifestOfProjects(100000)));
+    QVERIFY(canonical.startsWith("{\"schemaVersion\":1,\"projects\":[{\"name\":\"line_0\","));
+    QCOMPARE(canonical.count("\"name\":"), 100000);
+}
 
-    void nestingWithoutEndIsNoManifest() {
-        const QString nested = "{\"projects\":" + QString(100000, '[') + QString(100000, ']') + "}";
-        QVERIFY(canonicalManifestText(nested).isNull());
-    }
+void CanonicalManifestTest::nestingWithoutEndIsNoManifest() {
+    const QString nested = "{\"projects\":" + QString(100000, '[') + QString(100000, ']') + "}";
+    QVERIFY(canonicalManifestText(nested).isNull());
+}
 
-    void aTextOfAHundredMegabytesIsAnswered() {
-        const QString manifest =
-            "{\"unlisted\":\"" + QString(100 * 1024 * 1024, 'x') + "\",\"schemaVersion\":1}";
-        QCOMPARE(canonicalManifestText(manifest), QStringLiteral("{\"schemaVersion\":1}"));
-    }
-};
+void CanonicalManifestTest::aTextOfAHundredMegabytesIsAnswered() {
+    const QString manifest =
+        "{\"unlisted\":\"" + QString(100 * 1024 * 1024, 'x') + "\",\"schemaVersion\":1}";
+    QCOMPARE(canonicalManifestText(manifest), QStringLiteral("{\"schemaVersion\":1}"));
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, CanonicalManifestTest)
 #include "canonical_manifest_test.moc"

@@ -69,102 +69,120 @@ private:
     ScriptedVerifier verifier;
     QString details;
 
-    bool run() { return verifyRsaSha256With(verifier, key, data, signature, &details); }
-    void reset() {
-        verifier.~ScriptedVerifier();
-        new (&verifier) ScriptedVerifier;
-        details.clear();
-    }
+    bool run();
+    void reset();
 
 private slots:
-    void init() { reset(); }
-
-    void theModernInterfacePassesDirectly() {
-        verifier.direct = 0;
-        QVERIFY(run());
-        QCOMPARE(details, QStringLiteral("BCryptVerifySignature direct"));
-        QCOMPARE(verifier.calls, modernCalls.mid(0, 3));
-        QCOMPARE(verifier.hash, QCryptographicHash::hash(data, QCryptographicHash::Sha256));
-    }
-
-    void theModernInterfacePassesReversed() {
-        verifier.reversed = 0;
-        QVERIFY(run());
-        QCOMPARE(details, QStringLiteral("BCryptVerifySignature reversed-bytes"));
-        QCOMPARE(verifier.calls, modernCalls);
-    }
-
-    void theLegacyInterfacePassesDirectly() {
-        verifier.legacyDirect = {true};
-        QVERIFY(run());
-        QCOMPARE(details, QStringLiteral("CryptVerifySignature direct"));
-        QCOMPARE(verifier.calls,
-                 modernCalls + QStringList({"legacy acquire", "legacy decode key", "legacy import",
-                                            "legacy verify data abc"}));
-    }
-
-    void theLegacyInterfacePassesReversed() {
-        verifier.legacyReversed = {true};
-        QVERIFY(run());
-        QCOMPARE(details, QStringLiteral("CryptVerifySignature reversed-bytes"));
-        QCOMPARE(verifier.calls,
-                 modernCalls + QStringList({"legacy acquire", "legacy decode key", "legacy import",
-                                            "legacy verify data abc", "legacy verify data cba"}));
-    }
-
-    void allFourFail() {
-        verifier.reversed = 5;
-        QVERIFY(!run());
-        QCOMPARE(details, QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
-                                         "reversed=0x5; CryptVerifySignature direct=11 "
-                                         "reversed=22"));
-    }
-
-    void aKeyThatDoesNotDecodeNeverReachesTheLegacyInterface() {
-        verifier.decode = {false, 2148086027U};
-        QVERIFY(!run());
-        QCOMPARE(details, QStringLiteral("CryptDecodeObjectEx failed: 2148086027"));
-        QCOMPARE(verifier.calls, modernCalls.mid(0, 1));
-    }
-
-    void aKeyThatCannotBeImportedNeverReachesTheLegacyInterface() {
-        verifier.import = {false, 7};
-        QVERIFY(!run());
-        QCOMPARE(details, QStringLiteral("CryptImportPublicKeyInfoEx2 failed: 7"));
-        QCOMPARE(verifier.calls, modernCalls.mid(0, 2));
-    }
-
-    void noLegacyContext() {
-        verifier.acquire = {false, 3};
-        QVERIFY(!run());
-        QCOMPARE(details,
-                 QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
-                                "reversed=0xFFFFFFFFC000A000; CryptAcquireContext failed: 3"));
-        QCOMPARE(verifier.calls, modernCalls + QStringList("legacy acquire"));
-    }
-
-    void theLegacyKeyDoesNotDecode() {
-        verifier.legacyDecode = {false, 4};
-        QVERIFY(!run());
-        QVERIFY(
-            details.endsWith("reversed=0xFFFFFFFFC000A000; CryptDecodeObjectEx(legacy) failed: 4"));
-        QCOMPARE(verifier.calls.last(), QStringLiteral("legacy decode key"));
-    }
-
-    void theLegacyKeyCannotBeImported() {
-        verifier.legacyImport = {false, 5};
-        QVERIFY(!run());
-        QVERIFY(
-            details.endsWith("reversed=0xFFFFFFFFC000A000; CryptImportPublicKeyInfo failed: 5"));
-        QCOMPARE(verifier.calls.last(), QStringLiteral("legacy import"));
-    }
-
-    void detailsMayBeLeftOut() {
-        QVERIFY(!verifyRsaSha256With(verifier, key, data, signature));
-        verifier.direct = 0;
-        QVERIFY(verifyRsaSha256With(verifier, key, data, signature));
-    }
+    void init();
+    void theModernInterfacePassesDirectly();
+    void theModernInterfacePassesReversed();
+    void theLegacyInterfacePassesDirectly();
+    void theLegacyInterfacePassesReversed();
+    void allFourFail();
+    void aKeyThatDoesNotDecodeNeverReachesTheLegacyInterface();
+    void aKeyThatCannotBeImportedNeverReachesTheLegacyInterface();
+    void noLegacyContext();
+    void theLegacyKeyDoesNotDecode();
+    void theLegacyKeyCannotBeImported();
+    void detailsMayBeLeftOut();
 };
+
+bool RsaAttemptsTest::run() {
+    return verifyRsaSha256With(verifier, key, data, signature, &details);
+}
+
+void RsaAttemptsTest::reset() {
+    verifier.~ScriptedVerifier();
+    new (&verifier) ScriptedVerifier;
+    details.clear();
+}
+
+void RsaAttemptsTest::init() {
+    reset();
+}
+
+void RsaAttemptsTest::theModernInterfacePassesDirectly() {
+    verifier.direct = 0;
+    QVERIFY(run());
+    QCOMPARE(details, QStringLiteral("BCryptVerifySignature direct"));
+    QCOMPARE(verifier.calls, modernCalls.mid(0, 3));
+    QCOMPARE(verifier.hash, QCryptographicHash::hash(data, QCryptographicHash::Sha256));
+}
+
+void RsaAttemptsTest::theModernInterfacePassesReversed() {
+    verifier.reversed = 0;
+    QVERIFY(run());
+    QCOMPARE(details, QStringLiteral("BCryptVerifySignature reversed-bytes"));
+    QCOMPARE(verifier.calls, modernCalls);
+}
+
+void RsaAttemptsTest::theLegacyInterfacePassesDirectly() {
+    verifier.legacyDirect = {true};
+    QVERIFY(run());
+    QCOMPARE(details, QStringLiteral("CryptVerifySignature direct"));
+    QCOMPARE(verifier.calls,
+             modernCalls + QStringList({"legacy acquire", "legacy decode key", "legacy import",
+                                        "legacy verify data abc"}));
+}
+
+void RsaAttemptsTest::theLegacyInterfacePassesReversed() {
+    verifier.legacyReversed = {true};
+    QVERIFY(run());
+    QCOMPARE(details, QStringLiteral("CryptVerifySignature reversed-bytes"));
+    QCOMPARE(verifier.calls,
+             modernCalls + QStringList({"legacy acquire", "legacy decode key", "legacy import",
+                                        "legacy verify data abc", "legacy verify data cba"}));
+}
+
+void RsaAttemptsTest::allFourFail() {
+    verifier.reversed = 5;
+    QVERIFY(!run());
+    QCOMPARE(details, QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
+                                     "reversed=0x5; CryptVerifySignature direct=11 "
+                                     "reversed=22"));
+}
+
+void RsaAttemptsTest::aKeyThatDoesNotDecodeNeverReachesTheLegacyInterface() {
+    verifier.decode = {false, 2148086027U};
+    QVERIFY(!run());
+    QCOMPARE(details, QStringLiteral("CryptDecodeObjectEx failed: 2148086027"));
+    QCOMPARE(verifier.calls, modernCalls.mid(0, 1));
+}
+
+void RsaAttemptsTest::aKeyThatCannotBeImportedNeverReachesTheLegacyInterface() {
+    verifier.import = {false, 7};
+    QVERIFY(!run());
+    QCOMPARE(details, QStringLiteral("CryptImportPublicKeyInfoEx2 failed: 7"));
+    QCOMPARE(verifier.calls, modernCalls.mid(0, 2));
+}
+
+void RsaAttemptsTest::noLegacyContext() {
+    verifier.acquire = {false, 3};
+    QVERIFY(!run());
+    QCOMPARE(details, QStringLiteral("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
+                                     "reversed=0xFFFFFFFFC000A000; CryptAcquireContext failed: 3"));
+    QCOMPARE(verifier.calls, modernCalls + QStringList("legacy acquire"));
+}
+
+void RsaAttemptsTest::theLegacyKeyDoesNotDecode() {
+    verifier.legacyDecode = {false, 4};
+    QVERIFY(!run());
+    QVERIFY(details.endsWith("reversed=0xFFFFFFFFC000A000; CryptDecodeObjectEx(legacy) failed: 4"));
+    QCOMPARE(verifier.calls.last(), QStringLiteral("legacy decode key"));
+}
+
+void RsaAttemptsTest::theLegacyKeyCannotBeImported() {
+    verifier.legacyImport = {false, 5};
+    QVERIFY(!run());
+    QVERIFY(details.endsWith("reversed=0xFFFFFFFFC000A000; CryptImportPublicKeyInfo failed: 5"));
+    QCOMPARE(verifier.calls.last(), QStringLiteral("legacy import"));
+}
+
+void RsaAttemptsTest::detailsMayBeLeftOut() {
+    QVERIFY(!verifyRsaSha256With(verifier, key, data, signature));
+    verifier.direct = 0;
+    QVERIFY(verifyRsaSha256With(verifier, key, data, signature));
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, RsaAttemptsTest)
 #include "rsa_attempts_test.moc"

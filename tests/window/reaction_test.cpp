@@ -24,7 +24,6 @@ private Q_SLOTS:
     void aStatusIsShownAtOnce();
     void theSecondsAreShownAtOnce();
     void theSuggestionGivesWayToTheStatus();
-
     void boxes_data();
     void boxes();
     void aLongReportScrollsAndStaysOnTheScreen();
@@ -32,7 +31,6 @@ private Q_SLOTS:
     void theDumpFolderStandsTwice();
     void theFlowGoesOnBehindABox();
     void aBoxWithinTheCountdownLetsTheSecondsRun();
-
     void startingReadsThePathBeforeAnythingElse();
     void startingWithoutATypedPathKeepsTheProject();
     void startingTakesTheRiskFromTheBox();
@@ -46,11 +44,15 @@ private Q_SLOTS:
     void cancellingATask();
 
 public Q_SLOTS:
-    void takeUrl(const QUrl &url) { opened.append(url); }
+    void takeUrl(const QUrl &url);
 
 private:
     QList<QUrl> opened;
 };
+
+void ReactionTest::takeUrl(const QUrl &url) {
+    opened.append(url);
+}
 
 void ReactionTest::initTestCase() {
     stageTranslation();

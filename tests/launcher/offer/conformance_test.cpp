@@ -89,55 +89,57 @@ class ConformanceTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void evaluations_data() {
-        QTest::addColumn<QJsonObject>("vector");
-        QFile file(QStringLiteral(UPDATE_DATA "/vectors.json"));
-        QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
-        int number = 0;
-        const QJsonArray vectors = QJsonDocument::fromJson(file.readAll())["vectors"].toArray();
-        for (const QJsonValue &vector : vectors) {
-            if (!vector["evaluation"].isObject())
-                continue;
-            QTest::newRow(qPrintable(vector["name"].toString())) << vector.toObject();
-            ++number;
-        }
-        QVERIFY(number >= 40);
-    }
-
-    void evaluations() {
-        QFETCH(QJsonObject, vector);
-        Places places;
-        installation::reset();
-        QDir(places.stick).removeRecursively();
-        for (const QString &folder : {places.app + "/bin", places.app + "/BIN",
-                                      places.above + "/bin", AppPaths::installRoot() + "/python"})
-            QDir(folder).removeRecursively();
-        const QJsonObject wanted = vector["installation"].toObject();
-        QVERIFY(layOut(wanted, &places));
-
-        LauncherService service;
-        service.projectPath = places.project;
-        service.snapshot.fromUsb = wanted["usb"].toBool();
-        const QString online = "https://updates.example/Quorvaner/Update/";
-        service.snapshot.baseLocation = service.snapshot.fromUsb ? places.stick : online;
-        service.snapshot.source =
-            service.snapshot.fromUsb ? places.stick + "/manifest.json" : online + "manifest.json";
-        const QJsonObject manifest =
-            QJsonDocument::fromJson(vector["manifest"].toString().toUtf8()).object();
-        const QJsonObject given = evaluationBy(service, manifest);
-
-        const QJsonObject expected =
-            QJsonDocument::fromJson(
-                places
-                    .filled(
-                        QString::fromUtf8(QJsonDocument(vector["evaluation"].toObject()).toJson()))
-                    .toUtf8())
-                .object();
-        QCOMPARE(given.keys(), expected.keys());
-        for (const QString &key : expected.keys())
-            QCOMPARE(key + jsonText(given[key]), key + jsonText(expected[key]));
-    }
+    void evaluations_data();
+    void evaluations();
 };
+
+void ConformanceTest::evaluations_data() {
+    QTest::addColumn<QJsonObject>("vector");
+    QFile file(QStringLiteral(UPDATE_DATA "/vectors.json"));
+    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
+    int number = 0;
+    const QJsonArray vectors = QJsonDocument::fromJson(file.readAll())["vectors"].toArray();
+    for (const QJsonValue &vector : vectors) {
+        if (!vector["evaluation"].isObject())
+            continue;
+        QTest::newRow(qPrintable(vector["name"].toString())) << vector.toObject();
+        ++number;
+    }
+    QVERIFY(number >= 40);
+}
+
+void ConformanceTest::evaluations() {
+    QFETCH(QJsonObject, vector);
+    Places places;
+    installation::reset();
+    QDir(places.stick).removeRecursively();
+    for (const QString &folder : {places.app + "/bin", places.app + "/BIN", places.above + "/bin",
+                                  AppPaths::installRoot() + "/python"})
+        QDir(folder).removeRecursively();
+    const QJsonObject wanted = vector["installation"].toObject();
+    QVERIFY(layOut(wanted, &places));
+
+    LauncherService service;
+    service.projectPath = places.project;
+    service.snapshot.fromUsb = wanted["usb"].toBool();
+    const QString online = "https://updates.example/Quorvaner/Update/";
+    service.snapshot.baseLocation = service.snapshot.fromUsb ? places.stick : online;
+    service.snapshot.source =
+        service.snapshot.fromUsb ? places.stick + "/manifest.json" : online + "manifest.json";
+    const QJsonObject manifest =
+        QJsonDocument::fromJson(vector["manifest"].toString().toUtf8()).object();
+    const QJsonObject given = evaluationBy(service, manifest);
+
+    const QJsonObject expected =
+        QJsonDocument::fromJson(
+            places
+                .filled(QString::fromUtf8(QJsonDocument(vector["evaluation"].toObject()).toJson()))
+                .toUtf8())
+            .object();
+    QCOMPARE(given.keys(), expected.keys());
+    for (const QString &key : expected.keys())
+        QCOMPARE(key + jsonText(given[key]), key + jsonText(expected[key]));
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, ConformanceTest)
 #include "conformance_test.moc"

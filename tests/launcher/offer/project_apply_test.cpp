@@ -128,793 +128,837 @@ class ProjectApplyTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { support::provideUnpacking(); }
+    void initTestCase();
+    void init();
+    void theWholeFolderIsReplacedApartFromTheLogs();
+    void theTimeIsMeasuredFromTheEntry();
+    void theFoldersAreNamedAfterTheTime();
+    void whatLiesInAStagingFolderOfThisSecondIsNotTakenAlong();
+    void aVersionThatCannotBeStampedIsStillAnUpdate();
+    void theVersionIsStampedAsItStands_data();
+    void theVersionIsStampedAsItStands();
+    void aProjectInASubFolderMovesOneLevelDown();
+    void aProjectFileOfAnotherNameTakesEffect();
+    void warningsDoNotCount();
+    void aMissingProjectFolderIsMade();
+    void aPathBelowAnotherInstallationIsMapped();
+    void aFolderOfAnOddNameIsReplaced_data();
+    void aFolderOfAnOddNameIsReplaced();
+    void aFolderThatIsALinkIsReplacedAndWhatItLedToStays();
+    void aProjectFileHeldOpenByAnotherProcessIsReplaced();
+    void onWindowsAFileHeldOpenKeepsTheProjectFromBeingReplaced();
+    void hiddenFilesOfTheOldProjectGo();
+    void aStepFails_data();
+    void aStepFails();
+    void somethingThatIsNoZipIsRefused();
+    void allErrorsOfTheProjectAreToldAndNoWarning();
+    void withoutAManifest();
+    void theManifestIsProvedAgain();
+    void theKeyIsGone();
+    void ofTwoFaultsTheEarlierStepIsTold_data();
+    void ofTwoFaultsTheEarlierStepIsTold();
+    void anotherLauncherIsAtIt();
+    void whatAKilledLauncherLeftDoesNotStopTheNext();
+    void aCancel_data();
+    void aCancel();
+    void aCancelBeforeTheStart();
+    void aCancelAfterTheLastPointIsNotSeen();
+    void aCancelDuringTheDownload();
+    void thePackageIsDownloaded_data();
+    void thePackageIsDownloaded();
+    void aPackageWithoutAFileOfItsOwnIsMissing_data();
+    void aPackageWithoutAFileOfItsOwnIsMissing();
+    void theServerHasNoPackage();
+    void aDownloadWithAnotherHashStaysInTheCache();
+    void theBackupCannotBegin();
+    void aPartialBackupReplacesTheProject();
+    void theProjectFileIsGoneAfterTheSwap();
+    void withoutAProjectPathNothingIsReplaced();
+    void aLogsThatIsAFileFails();
+    void findProjectFile_data();
+    void findProjectFile();
+    void resolveUpdateZipNeedsNoPlaceForTheError();
+};
 
-    void init() {
-        installation::reset();
-        for (const QString &folder :
-             {AppPaths::updateTempPath(""), AppPaths::updateBackupDirectory(),
-              AppPaths::updateCacheDirectory()}) {
-            QVERIFY(QDir(folder).removeRecursively());
-            QVERIFY(QDir().mkpath(folder));
-        }
-        QVERIFY(update_offer::trust());
+void ProjectApplyTest::initTestCase() {
+    support::provideUnpacking();
+}
+
+void ProjectApplyTest::init() {
+    installation::reset();
+    for (const QString &folder : {AppPaths::updateTempPath(""), AppPaths::updateBackupDirectory(),
+                                  AppPaths::updateCacheDirectory()}) {
+        QVERIFY(QDir(folder).removeRecursively());
+        QVERIFY(QDir().mkpath(folder));
     }
+    QVERIFY(update_offer::trust());
+}
 
-    // --- Success ------------------------------------------------------------------------------
+// --- Success ------------------------------------------------------------------------------
 
-    void theWholeFolderIsReplacedApartFromTheLogs() {
-        const QString project = install(oldProject());
-        const Offer offer(newProject());
-        const ApplyResult result = apply(offer, project);
-        QCOMPARE(timeless(result.message), successText("2.0.0"));
-        QVERIFY(result.success);
-        QCOMPARE(result.errorClass, QString());
-        QCOMPARE(result.projectPath, project);
-        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
-        QVERIFY(readTextFile(project).contains("\"version\": \"2.0.0\""));
-        QVERIFY(readTextFile(project).contains("产线"));
-        QCOMPARE(leftovers(), QStringList()); // the backup that the text names is gone
-        QVERIFY(QFileInfo::exists(offer.zipPath()));
-        QCOMPARE(installation::takeLog(), QStringList()); // the flow logs the end, not the apply
+void ProjectApplyTest::theWholeFolderIsReplacedApartFromTheLogs() {
+    const QString project = install(oldProject());
+    const Offer offer(newProject());
+    const ApplyResult result = apply(offer, project);
+    QCOMPARE(timeless(result.message), successText("2.0.0"));
+    QVERIFY(result.success);
+    QCOMPARE(result.errorClass, QString());
+    QCOMPARE(result.projectPath, project);
+    QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+    QVERIFY(readTextFile(project).contains("\"version\": \"2.0.0\""));
+    QVERIFY(readTextFile(project).contains("产线"));
+    QCOMPARE(leftovers(), QStringList()); // the backup that the text names is gone
+    QVERIFY(QFileInfo::exists(offer.zipPath()));
+    QCOMPARE(installation::takeLog(), QStringList()); // the flow logs the end, not the apply
+}
+
+// What it reads first takes until the clock shows it.
+void ProjectApplyTest::theTimeIsMeasuredFromTheEntry() {
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const Offer offer(newProject());
+    const file_events::Watch slow(atFirst(file_events::Kind::Read, "/update.pub", [] {
+        QElapsedTimer clock;
+        clock.start();
+        while (!clock.hasExpired(60))
+            std::this_thread::yield();
+    }));
+    const ApplyResult result = apply(offer, install(oldProject()));
+    const QRegularExpression time("in (\\d+) ms");
+    QVERIFY(time.match(result.message).captured(1).toInt() >= 60);
+}
+
+// Both names bear the time in UTC, wherever the line is. An update that cannot be unpacked tells
+// where to.
+void ProjectApplyTest::theFoldersAreNamedAfterTheTime() {
+    const QString project = install(oldProject());
+    const QByteArray zone = qgetenv("TZ");
+    qputenv("TZ", "Asia/Shanghai");
+    const QDateTime before = QDateTime::currentDateTimeUtc();
+    const ApplyResult result = apply(Offer(newProject()), project);
+    const QString temp = QDir::cleanPath(AppPaths::updateTempPath(""));
+    QVERIFY(QDir(temp).removeRecursively());
+    QVERIFY(installation::write(temp, "in the way"));
+    const ApplyResult failed = apply(Offer(newProject()), project);
+    const QDateTime after = QDateTime::currentDateTimeUtc();
+    QVERIFY(QFile::remove(temp));
+    zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
+    const auto isNow = [&](const QString &stamp) {
+        const QString form = "yyyyMMdd_HHmmss";
+        return before.toString(form) <= stamp && stamp <= after.toString(form);
+    };
+    const QString begin =
+        "Extract failed: unable to create destination directory: " + temp + "/apply_";
+    QVERIFY2(failed.message.startsWith(begin) && isNow(failed.message.mid(begin.size())),
+             qPrintable(failed.message));
+    const QString backup = result.message.section(". Backup: ", 1);
+    const QString start = AppPaths::updateBackupDirectory() + "/line_";
+    QVERIFY2(backup.startsWith(start) && isNow(backup.mid(start.size())), qPrintable(backup));
+}
+
+void ProjectApplyTest::whatLiesInAStagingFolderOfThisSecondIsNotTakenAlong() {
+    const QString project = install(oldProject());
+    for (int second = 0; second < 60; ++second) {
+        const QString name =
+            QDateTime::currentDateTimeUtc().addSecs(second).toString("'apply_'yyyyMMdd_HHmmss");
+        support::writeTree(AppPaths::updateTempPath(name), {{"left.over", "x"}});
     }
+    const ApplyResult result = apply(Offer(newProject()), project);
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+}
 
-    // What it reads first takes until the clock shows it.
-    void theTimeIsMeasuredFromTheEntry() {
-        if (!file_events::areSeen())
-            QSKIP(qPrintable(unseen()));
-        const Offer offer(newProject());
-        const file_events::Watch slow(atFirst(file_events::Kind::Read, "/update.pub", [] {
-            QElapsedTimer clock;
-            clock.start();
-            while (!clock.hasExpired(60))
-                std::this_thread::yield();
-        }));
-        const ApplyResult result = apply(offer, install(oldProject()));
-        const QRegularExpression time("in (\\d+) ms");
-        QVERIFY(time.match(result.message).captured(1).toInt() >= 60);
-    }
+void ProjectApplyTest::aVersionThatCannotBeStampedIsStillAnUpdate() {
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    const file_events::Watch spoil(atTheEndOfTheSwap([&project] {
+        QVERIFY(installation::write(project, "{"));
+        support::writeTree(projectFolder(), {{".quorvane-installed-version/x", ""}});
+    }));
+    const ApplyResult result = apply(Offer(newProject()), project);
+    QVERIFY(result.success);
+    QCOMPARE(timeless(result.message), successText("2.0.0"));
+    QCOMPARE(readTextFile(project), QString("{"));
+}
 
-    // Both names bear the time in UTC, wherever the line is. An update that cannot be unpacked tells
-    // where to.
-    void theFoldersAreNamedAfterTheTime() {
-        const QString project = install(oldProject());
-        const QByteArray zone = qgetenv("TZ");
-        qputenv("TZ", "Asia/Shanghai");
-        const QDateTime before = QDateTime::currentDateTimeUtc();
-        const ApplyResult result = apply(Offer(newProject()), project);
-        const QString temp = QDir::cleanPath(AppPaths::updateTempPath(""));
-        QVERIFY(QDir(temp).removeRecursively());
-        QVERIFY(installation::write(temp, "in the way"));
-        const ApplyResult failed = apply(Offer(newProject()), project);
-        const QDateTime after = QDateTime::currentDateTimeUtc();
-        QVERIFY(QFile::remove(temp));
-        zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
-        const auto isNow = [&](const QString &stamp) {
-            const QString form = "yyyyMMdd_HHmmss";
-            return before.toString(form) <= stamp && stamp <= after.toString(form);
-        };
-        const QString begin =
-            "Extract failed: unable to create destination directory: " + temp + "/apply_";
-        QVERIFY2(failed.message.startsWith(begin) && isNow(failed.message.mid(begin.size())),
-                 qPrintable(failed.message));
-        const QString backup = result.message.section(". Backup: ", 1);
-        const QString start = AppPaths::updateBackupDirectory() + "/line_";
-        QVERIFY2(backup.startsWith(start) && isNow(backup.mid(start.size())), qPrintable(backup));
-    }
+void ProjectApplyTest::theVersionIsStampedAsItStands_data() {
+    QTest::addColumn<QJsonValue>("version");
+    QTest::addColumn<QString>("told");
+    QTest::addColumn<QString>("sidecar");
+    QTest::addColumn<QString>("inFile");
+    QTest::newRow("a plain one") << QJsonValue("3.1") << "3.1"
+                                 << "3.1\n"
+                                 << "3.1";
+    QTest::newRow("with a letter and blanks") << QJsonValue(" v3.1 ") << " v3.1 "
+                                              << " v3.1 \n"
+                                              << " v3.1 ";
+    QTest::newRow("an empty one is not stamped") << QJsonValue("") << "" << QString() << "1.9";
+    QTest::newRow("a number reads as none") << QJsonValue(3) << "" << QString() << "1.9";
+    QTest::newRow("one with a place mark") << QJsonValue("%2 %3") << "%2 %3"
+                                           << "%2 %3\n"
+                                           << "%2 %3";
+}
 
-    void whatLiesInAStagingFolderOfThisSecondIsNotTakenAlong() {
-        const QString project = install(oldProject());
-        for (int second = 0; second < 60; ++second) {
-            const QString name =
-                QDateTime::currentDateTimeUtc().addSecs(second).toString("'apply_'yyyyMMdd_HHmmss");
-            support::writeTree(AppPaths::updateTempPath(name), {{"left.over", "x"}});
-        }
-        const ApplyResult result = apply(Offer(newProject()), project);
-        QVERIFY2(result.success, qPrintable(result.message));
-        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
-    }
+void ProjectApplyTest::theVersionIsStampedAsItStands() {
+    QFETCH(QJsonValue, version);
+    QFETCH(QString, told);
+    QFETCH(QString, sidecar);
+    QFETCH(QString, inFile);
+    Offer offer(newProject());
+    const QString project = install(oldProject());
+    const ApplyResult result = apply(offer.with("version", version), project);
+    QCOMPARE(timeless(result.message), successText(told));
+    QCOMPARE(support::linesOf(support::readTree(projectFolder())[".quorvane-installed-version"]),
+             sidecar.toUtf8());
+    QVERIFY(readTextFile(project).contains("\"version\": \"" + inFile + '"'));
+}
 
-    void aVersionThatCannotBeStampedIsStillAnUpdate() {
-        if (!file_events::areSeen())
-            QSKIP(qPrintable(unseen()));
-        const QString project = install(oldProject());
-        const file_events::Watch spoil(atTheEndOfTheSwap([&project] {
-            QVERIFY(installation::write(project, "{"));
-            support::writeTree(projectFolder(), {{".quorvane-installed-version/x", ""}});
-        }));
-        const ApplyResult result = apply(Offer(newProject()), project);
-        QVERIFY(result.success);
-        QCOMPARE(timeless(result.message), successText("2.0.0"));
-        QCOMPARE(readTextFile(project), QString("{"));
-    }
+void ProjectApplyTest::aProjectInASubFolderMovesOneLevelDown() {
+    const QString project = install(oldProject());
+    FileTree package;
+    const FileTree content = newProject();
+    for (auto file = content.begin(); file != content.end(); ++file)
+        package.insert("内层/" + file.key(), file.value());
+    const ApplyResult result = apply(Offer(package), project);
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(result.projectPath, projectFolder() + "/内层/demo.yslib");
+    QVERIFY(!QFileInfo::exists(project));
+    QVERIFY(QFileInfo::exists(projectFolder() + "/logs/run.log")); // stays where it was
+    QCOMPARE(readTextFile(projectFolder() + "/内层/logs/run.log"), QString("from the package"));
+}
 
-    void theVersionIsStampedAsItStands_data() {
-        QTest::addColumn<QJsonValue>("version");
-        QTest::addColumn<QString>("told");
-        QTest::addColumn<QString>("sidecar");
-        QTest::addColumn<QString>("inFile");
-        QTest::newRow("a plain one") << QJsonValue("3.1") << "3.1"
-                                     << "3.1\n"
-                                     << "3.1";
-        QTest::newRow("with a letter and blanks") << QJsonValue(" v3.1 ") << " v3.1 "
-                                                  << " v3.1 \n"
-                                                  << " v3.1 ";
-        QTest::newRow("an empty one is not stamped") << QJsonValue("") << "" << QString() << "1.9";
-        QTest::newRow("a number reads as none") << QJsonValue(3) << "" << QString() << "1.9";
-        QTest::newRow("one with a place mark") << QJsonValue("%2 %3") << "%2 %3"
-                                               << "%2 %3\n"
-                                               << "%2 %3";
-    }
+void ProjectApplyTest::aProjectFileOfAnotherNameTakesEffect() {
+    FileTree package = newProject();
+    package.insert("其他.yslib", package.take("demo.yslib"));
+    const ApplyResult result = apply(Offer(package), install(oldProject()));
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(result.projectPath, projectFolder() + "/其他.yslib");
+}
 
-    void theVersionIsStampedAsItStands() {
-        QFETCH(QJsonValue, version);
-        QFETCH(QString, told);
-        QFETCH(QString, sidecar);
-        QFETCH(QString, inFile);
-        Offer offer(newProject());
-        const QString project = install(oldProject());
-        const ApplyResult result = apply(offer.with("version", version), project);
-        QCOMPARE(timeless(result.message), successText(told));
-        QCOMPARE(
-            support::linesOf(support::readTree(projectFolder())[".quorvane-installed-version"]),
-            sidecar.toUtf8());
-        QVERIFY(readTextFile(project).contains("\"version\": \"" + inFile + '"'));
-    }
+void ProjectApplyTest::warningsDoNotCount() {
+    FileTree package = newProject();
+    package["demo.yslib"].replace(
+        R"("tasks": {)",
+        R"("tasks": {"subs": [{"entryScriptId": "main", "writesGlobals": ["bad"]}], )");
+    support::writeTree(projectFolder(), package);
+    const QVector<ProjectIssue> issues = validateProjectFile(projectFolder() + "/demo.yslib");
+    QVERIFY(!issues.isEmpty());
+    for (const ProjectIssue &issue : issues)
+        QCOMPARE(issue.severity, 1);
+    const ApplyResult result = apply(Offer(package), install(oldProject()));
+    QVERIFY2(result.success, qPrintable(result.message));
+}
 
-    void aProjectInASubFolderMovesOneLevelDown() {
-        const QString project = install(oldProject());
-        FileTree package;
-        const FileTree content = newProject();
-        for (auto file = content.begin(); file != content.end(); ++file)
-            package.insert("内层/" + file.key(), file.value());
-        const ApplyResult result = apply(Offer(package), project);
-        QVERIFY2(result.success, qPrintable(result.message));
-        QCOMPARE(result.projectPath, projectFolder() + "/内层/demo.yslib");
-        QVERIFY(!QFileInfo::exists(project));
-        QVERIFY(QFileInfo::exists(projectFolder() + "/logs/run.log")); // stays where it was
-        QCOMPARE(readTextFile(projectFolder() + "/内层/logs/run.log"), QString("from the package"));
-    }
+void ProjectApplyTest::aMissingProjectFolderIsMade() {
+    const QString project = projectFolder() + "/demo.yslib";
+    const ApplyResult result = apply(Offer(newProject()), project);
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(result.projectPath, project);
+}
 
-    void aProjectFileOfAnotherNameTakesEffect() {
-        FileTree package = newProject();
-        package.insert("其他.yslib", package.take("demo.yslib"));
-        const ApplyResult result = apply(Offer(package), install(oldProject()));
-        QVERIFY2(result.success, qPrintable(result.message));
-        QCOMPARE(result.projectPath, projectFolder() + "/其他.yslib");
-    }
+void ProjectApplyTest::aPathBelowAnotherInstallationIsMapped() {
+    const QString project = install(oldProject());
+    const ApplyResult result = apply(Offer(newProject()), "/gone/USER/projects/line/demo.yslib");
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(result.projectPath, project);
+}
 
-    void warningsDoNotCount() {
-        FileTree package = newProject();
-        package["demo.yslib"].replace(
-            R"("tasks": {)",
-            R"("tasks": {"subs": [{"entryScriptId": "main", "writesGlobals": ["bad"]}], )");
-        support::writeTree(projectFolder(), package);
-        const QVector<ProjectIssue> issues = validateProjectFile(projectFolder() + "/demo.yslib");
-        QVERIFY(!issues.isEmpty());
-        for (const ProjectIssue &issue : issues)
-            QCOMPARE(issue.severity, 1);
-        const ApplyResult result = apply(Offer(package), install(oldProject()));
-        QVERIFY2(result.success, qPrintable(result.message));
-    }
+void ProjectApplyTest::aFolderOfAnOddNameIsReplaced_data() {
+    QTest::addColumn<QString>("name");
+    for (const char *name :
+         {"产线 三", "it's", "-rf", "100%1 %2", "a;b$c`d & e", "line.apply_backup", "logs"})
+        QTest::newRow(name) << QString(name);
+    if (!support::onWindows) // no name there
+        QTest::newRow("in quotes") << QString("\"<north>\"");
+}
 
-    void aMissingProjectFolderIsMade() {
-        const QString project = projectFolder() + "/demo.yslib";
-        const ApplyResult result = apply(Offer(newProject()), project);
-        QVERIFY2(result.success, qPrintable(result.message));
-        QCOMPARE(result.projectPath, project);
-    }
+void ProjectApplyTest::aFolderOfAnOddNameIsReplaced() {
+    QFETCH(QString, name);
+    const QString folder = AppPaths::projectsDirectory() + '/' + name;
+    support::writeTree(folder, oldProject());
+    const ApplyResult result = apply(Offer(newProject()), folder + "/demo.yslib");
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(result.projectPath, folder + "/demo.yslib");
+    QVERIFY2(result.message.contains(". Backup: " + AppPaths::updateBackupDirectory() + '/' + name +
+                                     '_'),
+             qPrintable(result.message));
+    QCOMPARE(withoutProjectFile(support::readTree(folder)), replacedProject());
+    QCOMPARE(leftovers(), QStringList());
+}
 
-    void aPathBelowAnotherInstallationIsMapped() {
-        const QString project = install(oldProject());
-        const ApplyResult result =
-            apply(Offer(newProject()), "/gone/USER/projects/line/demo.yslib");
-        QVERIFY2(result.success, qPrintable(result.message));
-        QCOMPARE(result.projectPath, project);
-    }
+void ProjectApplyTest::aFolderThatIsALinkIsReplacedAndWhatItLedToStays() {
+    QTemporaryDir elsewhere;
+    support::writeTree(elsewhere.path(), oldProject());
+    if (!support::makeLink(elsewhere.path(), projectFolder()))
+        QSKIP("no links here: Wine makes none");
+    const ApplyResult result = apply(Offer(newProject()), projectFolder() + "/demo.yslib");
+    QVERIFY2(result.success, qPrintable(result.message));
+    QVERIFY(!QFileInfo(projectFolder()).isSymLink());
+    QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+    QCOMPARE(support::readTree(elsewhere.path()), oldProject());
+}
 
-    void aFolderOfAnOddNameIsReplaced_data() {
-        QTest::addColumn<QString>("name");
-        for (const char *name :
-             {"产线 三", "it's", "-rf", "100%1 %2", "a;b$c`d & e", "line.apply_backup", "logs"})
-            QTest::newRow(name) << QString(name);
-        if (!support::onWindows) // no name there
-            QTest::newRow("in quotes") << QString("\"<north>\"");
-    }
+// As an editor or the runtime would: it keeps what it opened, and the project is replaced.
+void ProjectApplyTest::aProjectFileHeldOpenByAnotherProcessIsReplaced() {
+    if (support::onWindows)
+        QSKIP("Windows lets nobody remove a file that is open: see the next test");
+    const QString project = install(oldProject());
+    const QByteArray before = oldProject().value("demo.yslib");
+    QProcess holder;
+    holder.start("/bin/sh", {"-c", R"(exec 3<"$1"; echo open; read go; cat <&3)", "sh", project});
+    QVERIFY(holder.waitForReadyRead());
+    QCOMPARE(holder.readAll(), QByteArray("open\n"));
+    const ApplyResult result = apply(Offer(newProject()), project);
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+    holder.write("go\n");
+    QVERIFY(holder.waitForFinished());
+    QCOMPARE(holder.readAll(), before);
+}
 
-    void aFolderOfAnOddNameIsReplaced() {
-        QFETCH(QString, name);
-        const QString folder = AppPaths::projectsDirectory() + '/' + name;
-        support::writeTree(folder, oldProject());
-        const ApplyResult result = apply(Offer(newProject()), folder + "/demo.yslib");
-        QVERIFY2(result.success, qPrintable(result.message));
-        QCOMPARE(result.projectPath, folder + "/demo.yslib");
-        QVERIFY2(result.message.contains(". Backup: " + AppPaths::updateBackupDirectory() + '/' +
-                                         name + '_'),
-                 qPrintable(result.message));
-        QCOMPARE(withoutProjectFile(support::readTree(folder)), replacedProject());
-        QCOMPARE(leftovers(), QStringList());
-    }
+void ProjectApplyTest::onWindowsAFileHeldOpenKeepsTheProjectFromBeingReplaced() {
+    if (!support::onWindows)
+        QSKIP("a file that is open can be removed here");
+    QFile held(install(oldProject()));
+    QVERIFY(held.open(QIODevice::ReadOnly));
+    const ApplyResult result = apply(Offer(newProject()), held.fileName());
+    QCOMPARE(result.message,
+             "Replace failed, rolled back: unable to remove directory: " + projectFolder());
+    QCOMPARE(result.errorClass, QString());
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(leftovers(), QStringList());
+}
 
-    void aFolderThatIsALinkIsReplacedAndWhatItLedToStays() {
-        QTemporaryDir elsewhere;
-        support::writeTree(elsewhere.path(), oldProject());
-        if (!support::makeLink(elsewhere.path(), projectFolder()))
-            QSKIP("no links here: Wine makes none");
-        const ApplyResult result = apply(Offer(newProject()), projectFolder() + "/demo.yslib");
-        QVERIFY2(result.success, qPrintable(result.message));
-        QVERIFY(!QFileInfo(projectFolder()).isSymLink());
-        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
-        QCOMPARE(support::readTree(elsewhere.path()), oldProject());
-    }
+void ProjectApplyTest::hiddenFilesOfTheOldProjectGo() {
+    FileTree old = oldProject();
+    old.insert(".hidden", "x");
+    const QString project = install(old);
+    support::hide(projectFolder() + "/.hidden");
+    const ApplyResult result = apply(Offer(newProject()), project);
+    QVERIFY2(result.success, qPrintable(result.message));
+    QVERIFY(!QFileInfo::exists(projectFolder() + "/.hidden"));
+}
 
-    // As an editor or the runtime would: it keeps what it opened, and the project is replaced.
-    void aProjectFileHeldOpenByAnotherProcessIsReplaced() {
-        if (support::onWindows)
-            QSKIP("Windows lets nobody remove a file that is open: see the next test");
-        const QString project = install(oldProject());
-        const QByteArray before = oldProject().value("demo.yslib");
-        QProcess holder;
-        holder.start("/bin/sh",
-                     {"-c", R"(exec 3<"$1"; echo open; read go; cat <&3)", "sh", project});
-        QVERIFY(holder.waitForReadyRead());
-        QCOMPARE(holder.readAll(), QByteArray("open\n"));
-        const ApplyResult result = apply(Offer(newProject()), project);
-        QVERIFY2(result.success, qPrintable(result.message));
-        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
-        holder.write("go\n");
-        QVERIFY(holder.waitForFinished());
-        QCOMPARE(holder.readAll(), before);
-    }
+// --- Failure before the swap: the project is untouched --------------------------------------
 
-    void onWindowsAFileHeldOpenKeepsTheProjectFromBeingReplaced() {
-        if (!support::onWindows)
-            QSKIP("a file that is open can be removed here");
-        QFile held(install(oldProject()));
-        QVERIFY(held.open(QIODevice::ReadOnly));
-        const ApplyResult result = apply(Offer(newProject()), held.fileName());
-        QCOMPARE(result.message,
-                 "Replace failed, rolled back: unable to remove directory: " + projectFolder());
-        QCOMPARE(result.errorClass, QString());
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-        QCOMPARE(leftovers(), QStringList());
-    }
+void ProjectApplyTest::aStepFails_data() {
+    QTest::addColumn<QByteArray>("zip");
+    QTest::addColumn<QJsonObject>("record"); // laid over the right one
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("errorClass");
+    const QByteArray good = support::zipOf(newProject());
+    QTest::newRow("without a package name")
+        << good << QJsonObject{{"zipUrl", ""}} << "Unable to resolve update zip: zipUrl is empty"
+        << "network";
+    QTest::newRow("with a package name that is no text")
+        << good << QJsonObject{{"zipUrl", 7}} << "Unable to resolve update zip: zipUrl is empty"
+        << "network";
+    QTest::newRow("the package is not on the stick")
+        << good << QJsonObject{{"zipUrl", "no.zip"}}
+        << "Unable to resolve update zip: update zip not found: STICK/no.zip"
+        << "network";
+    QTest::newRow("the package is a folder of the stick")
+        << good << QJsonObject{{"zipUrl", "包"}}
+        << "Unable to resolve update zip: update zip not found: STICK/包"
+        << "network";
+    QTest::newRow("a package name that holds the word cancelled counts as a cancel")
+        << good << QJsonObject{{"zipUrl", "Cancelled.zip"}}
+        << "Unable to resolve update zip: update zip not found: STICK/Cancelled.zip"
+        << "cancelled";
+    QTest::newRow("without a hash")
+        << good << QJsonObject{{"zipSha256", ""}} << "zipSha256 is required in manifest."
+        << "verify";
+    QTest::newRow("with a blank hash")
+        << good << QJsonObject{{"zipSha256", " \t"}} << "zipSha256 is required in manifest."
+        << "verify";
+    QTest::newRow("with another hash: nothing is unpacked")
+        << good << QJsonObject{{"zipSha256", " 00 "}}
+        << QString("Update zip hash failed: SHA256 mismatch for STICK/包/line.zip "
+                   "(expected 00, got %1)")
+               .arg(update_offer::sha256(good))
+        << "hash";
+    QTest::newRow("an entry leads out of the folder")
+        << oneEntry("../x") << QJsonObject() << "Extract failed: unsafe zip entry: ../x"
+        << "";
+    QTest::newRow("no project file in the package")
+        << oneEntry("x/readme.txt") << QJsonObject() << "No yslib found in extracted package."
+        << "";
+    QTest::newRow("the project is broken")
+        << oneEntry("demo.yslib") << QJsonObject()
+        << "Apply validator failed:\n[Error] yslib: JSON 无效：illegal value"
+        << "";
+}
 
-    void hiddenFilesOfTheOldProjectGo() {
-        FileTree old = oldProject();
-        old.insert(".hidden", "x");
-        const QString project = install(old);
-        support::hide(projectFolder() + "/.hidden");
-        const ApplyResult result = apply(Offer(newProject()), project);
-        QVERIFY2(result.success, qPrintable(result.message));
-        QVERIFY(!QFileInfo::exists(projectFolder() + "/.hidden"));
-    }
+void ProjectApplyTest::aStepFails() {
+    QFETCH(QByteArray, zip);
+    QFETCH(QJsonObject, record);
+    QFETCH(QString, message);
+    QFETCH(QString, errorClass);
+    const QString project = install(oldProject());
+    Offer offer(zip);
+    for (const QString &key : record.keys())
+        offer.with(key, record.value(key));
+    const ApplyResult result = apply(offer, project);
+    QVERIFY(!result.success);
+    QCOMPARE(result.message, message.replace("STICK", offer.place.path()));
+    QCOMPARE(result.errorClass, errorClass);
+    QCOMPARE(result.projectPath, QString());
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(leftovers(), QStringList());
+}
 
-    // --- Failure before the swap: the project is untouched --------------------------------------
+void ProjectApplyTest::somethingThatIsNoZipIsRefused() {
+    const QString project = install(oldProject());
+    const ApplyResult result = apply(Offer(QByteArray("no zip at all")), project);
+    QVERIFY2(result.message.startsWith("Extract failed: "), qPrintable(result.message));
+    QVERIFY(result.message.size() > int(qstrlen("Extract failed: ")));
+    QCOMPARE(result.errorClass, QString());
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(leftovers(), QStringList());
+}
 
-    void aStepFails_data() {
-        QTest::addColumn<QByteArray>("zip");
-        QTest::addColumn<QJsonObject>("record"); // laid over the right one
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QString>("errorClass");
-        const QByteArray good = support::zipOf(newProject());
-        QTest::newRow("without a package name") << good << QJsonObject{{"zipUrl", ""}}
-                                                << "Unable to resolve update zip: zipUrl is empty"
-                                                << "network";
-        QTest::newRow("with a package name that is no text")
-            << good << QJsonObject{{"zipUrl", 7}} << "Unable to resolve update zip: zipUrl is empty"
-            << "network";
-        QTest::newRow("the package is not on the stick")
-            << good << QJsonObject{{"zipUrl", "no.zip"}}
-            << "Unable to resolve update zip: update zip not found: STICK/no.zip"
-            << "network";
-        QTest::newRow("the package is a folder of the stick")
-            << good << QJsonObject{{"zipUrl", "包"}}
-            << "Unable to resolve update zip: update zip not found: STICK/包"
-            << "network";
-        QTest::newRow("a package name that holds the word cancelled counts as a cancel")
-            << good << QJsonObject{{"zipUrl", "Cancelled.zip"}}
-            << "Unable to resolve update zip: update zip not found: STICK/Cancelled.zip"
-            << "cancelled";
-        QTest::newRow("without a hash")
-            << good << QJsonObject{{"zipSha256", ""}} << "zipSha256 is required in manifest."
-            << "verify";
-        QTest::newRow("with a blank hash")
-            << good << QJsonObject{{"zipSha256", " \t"}} << "zipSha256 is required in manifest."
-            << "verify";
-        QTest::newRow("with another hash: nothing is unpacked")
-            << good << QJsonObject{{"zipSha256", " 00 "}}
-            << QString("Update zip hash failed: SHA256 mismatch for STICK/包/line.zip "
-                       "(expected 00, got %1)")
-                   .arg(update_offer::sha256(good))
-            << "hash";
-        QTest::newRow("an entry leads out of the folder")
-            << oneEntry("../x") << QJsonObject() << "Extract failed: unsafe zip entry: ../x"
-            << "";
-        QTest::newRow("no project file in the package")
-            << oneEntry("x/readme.txt") << QJsonObject() << "No yslib found in extracted package."
-            << "";
-        QTest::newRow("the project is broken")
-            << oneEntry("demo.yslib") << QJsonObject()
-            << "Apply validator failed:\n[Error] yslib: JSON 无效：illegal value"
-            << "";
-    }
-
-    void aStepFails() {
-        QFETCH(QByteArray, zip);
-        QFETCH(QJsonObject, record);
-        QFETCH(QString, message);
-        QFETCH(QString, errorClass);
-        const QString project = install(oldProject());
-        Offer offer(zip);
-        for (const QString &key : record.keys())
-            offer.with(key, record.value(key));
-        const ApplyResult result = apply(offer, project);
-        QVERIFY(!result.success);
-        QCOMPARE(result.message, message.replace("STICK", offer.place.path()));
-        QCOMPARE(result.errorClass, errorClass);
-        QCOMPARE(result.projectPath, QString());
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-        QCOMPARE(leftovers(), QStringList());
-    }
-
-    void somethingThatIsNoZipIsRefused() {
-        const QString project = install(oldProject());
-        const ApplyResult result = apply(Offer(QByteArray("no zip at all")), project);
-        QVERIFY2(result.message.startsWith("Extract failed: "), qPrintable(result.message));
-        QVERIFY(result.message.size() > int(qstrlen("Extract failed: ")));
-        QCOMPARE(result.errorClass, QString());
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-        QCOMPARE(leftovers(), QStringList());
-    }
-
-    void allErrorsOfTheProjectAreToldAndNoWarning() {
-        FileTree package = newProject();
-        package.insert("demo.yslib",
-                       R"({"schemaVersion": 1, "project": {"name": "", "createdAt": ""},
+void ProjectApplyTest::allErrorsOfTheProjectAreToldAndNoWarning() {
+    FileTree package = newProject();
+    package.insert("demo.yslib",
+                   R"({"schemaVersion": 1, "project": {"name": "", "createdAt": ""},
                            "scripts": [{"id": "main", "path": "no.ys", "role": "main"}],
                            "tasks": {"main": {"entryScriptId": "gone"}}})");
-        const ApplyResult result = apply(Offer(package), install(oldProject()));
-        const QStringList lines = result.message.split('\n');
-        QCOMPARE(lines.first(), QString("Apply validator failed:"));
-        QVERIFY2(lines.size() > 2, qPrintable(result.message));
-        for (const QString &line : lines.mid(1))
-            QVERIFY2(line.startsWith("[Error] "), qPrintable(line));
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-    }
+    const ApplyResult result = apply(Offer(package), install(oldProject()));
+    const QStringList lines = result.message.split('\n');
+    QCOMPARE(lines.first(), QString("Apply validator failed:"));
+    QVERIFY2(lines.size() > 2, qPrintable(result.message));
+    for (const QString &line : lines.mid(1))
+        QVERIFY2(line.startsWith("[Error] "), qPrintable(line));
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+}
 
-    void withoutAManifest() {
-        Offer offer(newProject());
-        offer.snapshot.manifestText.clear();
-        const ApplyResult result = apply(offer, install(oldProject()));
-        QCOMPARE(result.message, QString("No cached manifest for apply."));
-        QCOMPARE(result.errorClass, QString("verify"));
-    }
+void ProjectApplyTest::withoutAManifest() {
+    Offer offer(newProject());
+    offer.snapshot.manifestText.clear();
+    const ApplyResult result = apply(offer, install(oldProject()));
+    QCOMPARE(result.message, QString("No cached manifest for apply."));
+    QCOMPARE(result.errorClass, QString("verify"));
+}
 
-    void theManifestIsProvedAgain() {
-        Offer offer(newProject());
-        offer.snapshot.manifestText.replace("line.zip", "evil.zip");
-        const QString why = verifyManifest(offer.snapshot.manifestText).message;
-        const ApplyResult result = apply(offer, install(oldProject()));
-        QVERIFY(why.startsWith("RSA signature verification failed ("));
-        QCOMPARE(result.message, "Apply pre-check signature failed: " + why);
-        QCOMPARE(result.errorClass, QString("verify"));
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-    }
+void ProjectApplyTest::theManifestIsProvedAgain() {
+    Offer offer(newProject());
+    offer.snapshot.manifestText.replace("line.zip", "evil.zip");
+    const QString why = verifyManifest(offer.snapshot.manifestText).message;
+    const ApplyResult result = apply(offer, install(oldProject()));
+    QVERIFY(why.startsWith("RSA signature verification failed ("));
+    QCOMPARE(result.message, "Apply pre-check signature failed: " + why);
+    QCOMPARE(result.errorClass, QString("verify"));
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+}
 
-    void theKeyIsGone() {
-        const Offer offer(newProject());
-        QVERIFY(QFile::remove(AppPaths::updatePublicKeyPath()));
-        const ApplyResult result = apply(offer, install(oldProject()));
-        QVERIFY(result.message.startsWith(
-            "Apply pre-check signature failed: update public key not found: "));
-        QCOMPARE(result.errorClass, QString("verify"));
-    }
+void ProjectApplyTest::theKeyIsGone() {
+    const Offer offer(newProject());
+    QVERIFY(QFile::remove(AppPaths::updatePublicKeyPath()));
+    const ApplyResult result = apply(offer, install(oldProject()));
+    QVERIFY(result.message.startsWith(
+        "Apply pre-check signature failed: update public key not found: "));
+    QCOMPARE(result.errorClass, QString("verify"));
+}
 
-    void ofTwoFaultsTheEarlierStepIsTold_data() {
-        using Fault = std::function<void(Offer &)>;
-        QTest::addColumn<QList<Fault>>("faults");
-        QTest::addColumn<QString>("message"); // begins so
-        const Fault noManifest = [](Offer &offer) { offer.snapshot.manifestText.clear(); };
-        const Fault badSignature = [](Offer &offer) {
-            offer.snapshot.manifestText.replace("line", "evil");
+void ProjectApplyTest::ofTwoFaultsTheEarlierStepIsTold_data() {
+    using Fault = std::function<void(Offer &)>;
+    QTest::addColumn<QList<Fault>>("faults");
+    QTest::addColumn<QString>("message"); // begins so
+    const Fault noManifest = [](Offer &offer) { offer.snapshot.manifestText.clear(); };
+    const Fault badSignature = [](Offer &offer) {
+        offer.snapshot.manifestText.replace("line", "evil");
+    };
+    const Fault noPackage = [](Offer &offer) { QFile::remove(offer.zipPath()); };
+    const Fault noHash = [](Offer &offer) { offer.with("zipSha256", ""); };
+    const Fault wrongHash = [](Offer &offer) { offer.with("zipSha256", "00"); };
+    const Fault notOurTurn = [](Offer &) { QVERIFY(otherLauncher().lock()); };
+    const Fault nowhereToUnpack = [](Offer &) {
+        const QString temp = QDir::cleanPath(AppPaths::updateTempPath(""));
+        QVERIFY(QDir(temp).removeRecursively() && installation::write(temp, "in the way"));
+    };
+    const auto package = [](const QByteArray &zip) -> Fault {
+        return [zip](Offer &offer) {
+            QVERIFY(QFile::remove(offer.zipPath()));
+            support::writeTree(offer.place.path(), {{"包/line.zip", zip}});
+            offer.with("zipSha256", update_offer::sha256(zip));
         };
-        const Fault noPackage = [](Offer &offer) { QFile::remove(offer.zipPath()); };
-        const Fault noHash = [](Offer &offer) { offer.with("zipSha256", ""); };
-        const Fault wrongHash = [](Offer &offer) { offer.with("zipSha256", "00"); };
-        const Fault notOurTurn = [](Offer &) { QVERIFY(otherLauncher().lock()); };
-        const Fault nowhereToUnpack = [](Offer &) {
-            const QString temp = QDir::cleanPath(AppPaths::updateTempPath(""));
-            QVERIFY(QDir(temp).removeRecursively() && installation::write(temp, "in the way"));
-        };
-        const auto package = [](const QByteArray &zip) -> Fault {
-            return [zip](Offer &offer) {
-                QVERIFY(QFile::remove(offer.zipPath()));
-                support::writeTree(offer.place.path(), {{"包/line.zip", zip}});
-                offer.with("zipSha256", update_offer::sha256(zip));
-            };
-        };
-        const Fault unsafe = package(support::makeZip({{"demo.yslib", ""}, {"../x", ""}}));
-        const Fault noProject = package(oneEntry("x/readme.txt"));
-        const Fault broken = package(oneEntry("demo.yslib"));
-        const Fault noBackup = [](Offer &) {
-            QVERIFY(QDir().rmdir(AppPaths::updateBackupDirectory()) &&
-                    installation::write(AppPaths::updateBackupDirectory(), "in the way"));
-        };
-        const auto row = [](const char *name, const QList<Fault> &faults, const char *message) {
-            QTest::newRow(name) << faults << QString(message);
-        };
-        row("no manifest, and no package", {noManifest, noPackage}, "No cached manifest");
-        row("a wrong signature, and no package", {noPackage, badSignature}, "Apply pre-check");
-        row("no package, and no hash", {noHash, noPackage}, "Unable to resolve update zip: ");
-        row("no hash, and another launcher", {noHash, notOurTurn}, "zipSha256 is required");
-        row("a wrong hash, and another launcher", {wrongHash, notOurTurn}, "Update zip hash");
-        row("a wrong hash, and nowhere to unpack", {wrongHash, nowhereToUnpack}, "Update zip hash");
-        row("another launcher, and an unsafe package", {unsafe, notOurTurn}, "another launcher");
-        row("nowhere to unpack, and an unsafe package", {unsafe, nowhereToUnpack},
-            "Extract failed: unable to create destination directory: ");
-        row("an unsafe package of a broken project", {unsafe}, "Extract failed: unsafe zip entry");
-        row("no project, and no place for the backup", {noProject, noBackup}, "No yslib found");
-        row("a broken project, and no place for the backup", {broken, noBackup}, "Apply validator");
+    };
+    const Fault unsafe = package(support::makeZip({{"demo.yslib", ""}, {"../x", ""}}));
+    const Fault noProject = package(oneEntry("x/readme.txt"));
+    const Fault broken = package(oneEntry("demo.yslib"));
+    const Fault noBackup = [](Offer &) {
+        QVERIFY(QDir().rmdir(AppPaths::updateBackupDirectory()) &&
+                installation::write(AppPaths::updateBackupDirectory(), "in the way"));
+    };
+    const auto row = [](const char *name, const QList<Fault> &faults, const char *message) {
+        QTest::newRow(name) << faults << QString(message);
+    };
+    row("no manifest, and no package", {noManifest, noPackage}, "No cached manifest");
+    row("a wrong signature, and no package", {noPackage, badSignature}, "Apply pre-check");
+    row("no package, and no hash", {noHash, noPackage}, "Unable to resolve update zip: ");
+    row("no hash, and another launcher", {noHash, notOurTurn}, "zipSha256 is required");
+    row("a wrong hash, and another launcher", {wrongHash, notOurTurn}, "Update zip hash");
+    row("a wrong hash, and nowhere to unpack", {wrongHash, nowhereToUnpack}, "Update zip hash");
+    row("another launcher, and an unsafe package", {unsafe, notOurTurn}, "another launcher");
+    row("nowhere to unpack, and an unsafe package", {unsafe, nowhereToUnpack},
+        "Extract failed: unable to create destination directory: ");
+    row("an unsafe package of a broken project", {unsafe}, "Extract failed: unsafe zip entry");
+    row("no project, and no place for the backup", {noProject, noBackup}, "No yslib found");
+    row("a broken project, and no place for the backup", {broken, noBackup}, "Apply validator");
+}
+
+void ProjectApplyTest::ofTwoFaultsTheEarlierStepIsTold() {
+    QFETCH(QList<std::function<void(Offer &)>>, faults);
+    QFETCH(QString, message);
+    const QString project = install(oldProject());
+    Offer offer(newProject());
+    for (const auto &fault : faults)
+        fault(offer);
+    const ApplyResult result = apply(offer, project);
+    otherLauncher().unlock();
+    for (const QString &folder :
+         {QDir::cleanPath(AppPaths::updateTempPath("")), AppPaths::updateBackupDirectory()}) {
+        if (QFileInfo(folder).isFile())
+            QVERIFY(QFile::remove(folder));
     }
+    QVERIFY2(result.message.startsWith(message), qPrintable(result.message));
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+}
 
-    void ofTwoFaultsTheEarlierStepIsTold() {
-        QFETCH(QList<std::function<void(Offer &)>>, faults);
-        QFETCH(QString, message);
-        const QString project = install(oldProject());
-        Offer offer(newProject());
-        for (const auto &fault : faults)
-            fault(offer);
-        const ApplyResult result = apply(offer, project);
-        otherLauncher().unlock();
-        for (const QString &folder :
-             {QDir::cleanPath(AppPaths::updateTempPath("")), AppPaths::updateBackupDirectory()}) {
-            if (QFileInfo(folder).isFile())
-                QVERIFY(QFile::remove(folder));
-        }
-        QVERIFY2(result.message.startsWith(message), qPrintable(result.message));
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-    }
+// --- Two launchers on one data folder -------------------------------------------------------
 
-    // --- Two launchers on one data folder -------------------------------------------------------
+// Its folders, of the same second perhaps, and the project are left to it.
+void ProjectApplyTest::anotherLauncherIsAtIt() {
+    const QString project = install(oldProject());
+    support::writeTree(AppPaths::updateTempPath("apply_other"), {{"demo.yslib", "{}"}});
+    QLockFile other(AppPaths::updateTempPath("apply.lock"));
+    QVERIFY(other.lock());
+    const ApplyResult result = apply(Offer(newProject()), project);
+    QVERIFY(!result.success);
+    QCOMPARE(result.message, QString("another launcher is applying an update"));
+    QCOMPARE(result.errorClass, QString());
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(leftovers(), QStringList({"apply.lock", "apply_other"}));
+    other.unlock();
+    QVERIFY(apply(Offer(newProject()), project).success);
+}
 
-    // Its folders, of the same second perhaps, and the project are left to it.
-    void anotherLauncherIsAtIt() {
-        const QString project = install(oldProject());
-        support::writeTree(AppPaths::updateTempPath("apply_other"), {{"demo.yslib", "{}"}});
-        QLockFile other(AppPaths::updateTempPath("apply.lock"));
-        QVERIFY(other.lock());
-        const ApplyResult result = apply(Offer(newProject()), project);
-        QVERIFY(!result.success);
-        QCOMPARE(result.message, QString("another launcher is applying an update"));
-        QCOMPARE(result.errorClass, QString());
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-        QCOMPARE(leftovers(), QStringList({"apply.lock", "apply_other"}));
-        other.unlock();
-        QVERIFY(apply(Offer(newProject()), project).success);
-    }
+void ProjectApplyTest::whatAKilledLauncherLeftDoesNotStopTheNext() {
+    const QString project = install(oldProject());
+    QVERIFY(installation::write(AppPaths::updateTempPath("apply.lock"), ""));
+    const ApplyResult result = apply(Offer(newProject()), project);
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(leftovers(), QStringList());
+}
 
-    void whatAKilledLauncherLeftDoesNotStopTheNext() {
-        const QString project = install(oldProject());
-        QVERIFY(installation::write(AppPaths::updateTempPath("apply.lock"), ""));
-        const ApplyResult result = apply(Offer(newProject()), project);
-        QVERIFY2(result.success, qPrintable(result.message));
-        QCOMPARE(leftovers(), QStringList());
-    }
+// --- Cancel ---------------------------------------------------------------------------------
 
-    // --- Cancel ---------------------------------------------------------------------------------
+// Each at a file that the step uses, of a package that the next step would refuse.
+void ProjectApplyTest::aCancel_data() {
+    using file_events::Kind;
+    QTest::addColumn<Kind>("kind");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QByteArray>("zip");
+    QTest::addColumn<QString>("message");
+    const QByteArray good = support::zipOf(newProject());
+    QTest::newRow("while the signature is checked")
+        << Kind::Read << "/config/update.pub" << good << "Unable to resolve update zip: cancelled";
+    QTest::newRow("while the hash is checked")
+        << Kind::Read << "/line.zip" << QByteArray("no zip at all") << "cancelled";
+    QTest::newRow("while it unpacks")
+        << Kind::Write << "/readme.txt" << oneEntry("readme.txt") << "cancelled";
+    QTest::newRow("while the project is validated")
+        << Kind::Read << "/demo.yslib" << good << "cancelled";
+    QTest::newRow("at the last point, before the swap")
+        << Kind::Look << "/line/demo.yslib" << good << "cancelled";
+}
 
-    // Each at a file that the step uses, of a package that the next step would refuse.
-    void aCancel_data() {
-        using file_events::Kind;
-        QTest::addColumn<Kind>("kind");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QByteArray>("zip");
-        QTest::addColumn<QString>("message");
-        const QByteArray good = support::zipOf(newProject());
-        QTest::newRow("while the signature is checked")
-            << Kind::Read << "/config/update.pub" << good
-            << "Unable to resolve update zip: cancelled";
-        QTest::newRow("while the hash is checked")
-            << Kind::Read << "/line.zip" << QByteArray("no zip at all") << "cancelled";
-        QTest::newRow("while it unpacks")
-            << Kind::Write << "/readme.txt" << oneEntry("readme.txt") << "cancelled";
-        QTest::newRow("while the project is validated")
-            << Kind::Read << "/demo.yslib" << good << "cancelled";
-        QTest::newRow("at the last point, before the swap")
-            << Kind::Look << "/line/demo.yslib" << good << "cancelled";
-    }
+void ProjectApplyTest::aCancel() {
+    QFETCH(file_events::Kind, kind);
+    QFETCH(QString, file);
+    QFETCH(QByteArray, zip);
+    QFETCH(QString, message);
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    const Offer offer(zip);
+    CancelFlag flag{0};
+    const file_events::Watch user(atFirst(kind, file, [&flag] { flag = 1; }));
+    const ApplyResult result = apply(offer, project, &flag);
+    QVERIFY(!result.success);
+    QCOMPARE(result.message, message);
+    QCOMPARE(result.errorClass, QString("cancelled"));
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(leftovers(), QStringList());
+}
 
-    void aCancel() {
-        QFETCH(file_events::Kind, kind);
-        QFETCH(QString, file);
-        QFETCH(QByteArray, zip);
-        QFETCH(QString, message);
-        if (!file_events::areSeen())
-            QSKIP(qPrintable(unseen()));
-        const QString project = install(oldProject());
-        const Offer offer(zip);
-        CancelFlag flag{0};
-        const file_events::Watch user(atFirst(kind, file, [&flag] { flag = 1; }));
-        const ApplyResult result = apply(offer, project, &flag);
-        QVERIFY(!result.success);
-        QCOMPARE(result.message, message);
-        QCOMPARE(result.errorClass, QString("cancelled"));
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-        QCOMPARE(leftovers(), QStringList());
-    }
+// Not even the manifest is asked for.
+void ProjectApplyTest::aCancelBeforeTheStart() {
+    const QString project = install(oldProject());
+    Offer offer(newProject());
+    offer.snapshot.manifestText.clear();
+    CancelFlag flag{1};
+    const ApplyResult result = apply(offer, project, &flag);
+    QCOMPARE(result.message, QString("cancelled"));
+    QCOMPARE(result.errorClass, QString("cancelled"));
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(leftovers(), QStringList());
+}
 
-    // Not even the manifest is asked for.
-    void aCancelBeforeTheStart() {
-        const QString project = install(oldProject());
-        Offer offer(newProject());
-        offer.snapshot.manifestText.clear();
-        CancelFlag flag{1};
-        const ApplyResult result = apply(offer, project, &flag);
-        QCOMPARE(result.message, QString("cancelled"));
-        QCOMPARE(result.errorClass, QString("cancelled"));
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-        QCOMPARE(leftovers(), QStringList());
-    }
-
-    void aCancelAfterTheLastPointIsNotSeen() {
-        if (!file_events::areSeen())
-            QSKIP(qPrintable(unseen()));
-        CancelFlag flag{0};
-        const QString project = install(oldProject());
-        const file_events::Watch user([&flag](file_events::Kind kind, const QString &path) {
-            if (kind == file_events::Kind::Write &&
-                path.startsWith(AppPaths::updateBackupDirectory()))
-                flag = 1;
-            return 0;
-        });
-        const ApplyResult result = apply(Offer(newProject()), project, &flag);
-        QCOMPARE(flag.load(), 1);
-        QVERIFY(result.success);
-        QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
-    }
-
-    void aCancelDuringTheDownload() {
-        const QString project = install(oldProject());
-        support::ScriptedServer server;
-        server.on("/p/line.zip", {support::stall()});
-        Offer offer(newProject());
-        offer.putOnline(server.url("/p/").toString(), "line.zip");
-        CancelFlag flag{0};
-        std::thread user([&] {
-            while (server.paths().isEmpty())
-                std::this_thread::yield();
+void ProjectApplyTest::aCancelAfterTheLastPointIsNotSeen() {
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    CancelFlag flag{0};
+    const QString project = install(oldProject());
+    const file_events::Watch user([&flag](file_events::Kind kind, const QString &path) {
+        if (kind == file_events::Kind::Write && path.startsWith(AppPaths::updateBackupDirectory()))
             flag = 1;
-        });
-        const ApplyResult result = apply(offer, project, &flag);
-        user.join();
-        QCOMPARE(result.message, QString("Unable to resolve update zip: cancelled"));
-        QCOMPARE(result.errorClass, QString("cancelled"));
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-    }
+        return 0;
+    });
+    const ApplyResult result = apply(Offer(newProject()), project, &flag);
+    QCOMPARE(flag.load(), 1);
+    QVERIFY(result.success);
+    QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+}
 
-    // --- Online ---------------------------------------------------------------------------------
+void ProjectApplyTest::aCancelDuringTheDownload() {
+    const QString project = install(oldProject());
+    support::ScriptedServer server;
+    server.on("/p/line.zip", {support::stall()});
+    Offer offer(newProject());
+    offer.putOnline(server.url("/p/").toString(), "line.zip");
+    CancelFlag flag{0};
+    std::thread user([&] {
+        while (server.paths().isEmpty())
+            std::this_thread::yield();
+        flag = 1;
+    });
+    const ApplyResult result = apply(offer, project, &flag);
+    user.join();
+    QCOMPARE(result.message, QString("Unable to resolve update zip: cancelled"));
+    QCOMPARE(result.errorClass, QString("cancelled"));
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+}
 
-    void thePackageIsDownloaded_data() {
-        QTest::addColumn<QString>("zipUrl");
-        QTest::addColumn<QByteArray>("request");
-        QTest::addColumn<QString>("inCache");
-        QTest::newRow("a name") << "line.zip" << QByteArray("/p/line.zip") << "line.zip";
-        QTest::newRow("a path") << "a/b/line.zip" << QByteArray("/p/a/b/line.zip") << "line.zip";
-        QTest::newRow("a whole address")
-            << "BASE/other/line.zip" << QByteArray("/other/line.zip") << "line.zip";
-        QTest::newRow("with a query, which is part of the cached name")
-            << "line.zip?v=2" << QByteArray("/p/line.zip?v=2") << "line.zip?v=2";
-    }
+// --- Online ---------------------------------------------------------------------------------
 
-    void thePackageIsDownloaded() {
-        QFETCH(QString, zipUrl);
-        QFETCH(QByteArray, request);
-        QFETCH(QString, inCache);
-        const QString project = install(oldProject());
-        const QByteArray zip = support::zipOf(newProject());
-        support::ScriptedServer server;
-        server.on(request, support::answer(200, zip));
-        const QString cached = AppPaths::updateCacheDirectory() + '/' + inCache;
-        // What lies there is overwritten, never reused.
-        const bool canBe = installation::write(cached, "stale");
-        Offer offer(zip);
-        zipUrl.replace("BASE", server.url("").toString());
-        offer.putOnline(server.url("/p/").toString(), zipUrl);
-        const ApplyResult result = apply(offer, project);
-        if (support::onWindows && !canBe) { // no file has a question mark in its name there
-            QVERIFY(inCache.contains('?'));
-            QVERIFY2(result.message.startsWith("Unable to resolve update zip: "),
-                     qPrintable(result.message));
-            QCOMPARE(result.errorClass, QString("network"));
-            return;
-        }
-        QVERIFY(canBe);
-        QVERIFY2(result.success, qPrintable(result.message));
-        QCOMPARE(server.paths(), QStringList(QString::fromLatin1(request)));
-        QCOMPARE(update_offer::sha256(support::readTree(AppPaths::updateCacheDirectory())[inCache]),
-                 update_offer::sha256(zip));
-    }
+void ProjectApplyTest::thePackageIsDownloaded_data() {
+    QTest::addColumn<QString>("zipUrl");
+    QTest::addColumn<QByteArray>("request");
+    QTest::addColumn<QString>("inCache");
+    QTest::newRow("a name") << "line.zip" << QByteArray("/p/line.zip") << "line.zip";
+    QTest::newRow("a path") << "a/b/line.zip" << QByteArray("/p/a/b/line.zip") << "line.zip";
+    QTest::newRow("a whole address")
+        << "BASE/other/line.zip" << QByteArray("/other/line.zip") << "line.zip";
+    QTest::newRow("with a query, which is part of the cached name")
+        << "line.zip?v=2" << QByteArray("/p/line.zip?v=2") << "line.zip?v=2";
+}
 
-    void aPackageWithoutAFileOfItsOwnIsMissing_data() {
-        QTest::addColumn<QString>("zipUrl");
-        QTest::addColumn<QString>("path");
-        QTest::newRow("an address that ends in a slash") << "pkg/"
-                                                         << "";
-        QTest::newRow("this folder") << "pkg/."
-                                     << "/.";
-        QTest::newRow("the folder above") << "https://h/pkg/.."
-                                          << "/..";
-        QTest::newRow("a folder in the cache") << "pkg/folder"
-                                               << "/folder";
-    }
-
-    void aPackageWithoutAFileOfItsOwnIsMissing() {
-        QFETCH(QString, zipUrl);
-        QFETCH(QString, path);
-        QVERIFY(QDir(AppPaths::updateCacheDirectory()).mkpath("folder"));
-        const support::ScriptedServer server;
-        Offer offer(newProject());
-        offer.putOnline(server.url("/p/").toString(), zipUrl);
-        const ApplyResult result = apply(offer, install(oldProject()));
-        QCOMPARE(result.message, "Unable to resolve update zip: update zip not found: " +
-                                     AppPaths::updateCacheDirectory() + path);
-        QCOMPARE(result.errorClass, QString("network"));
-        QCOMPARE(server.paths(), QStringList());
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-    }
-
-    void theServerHasNoPackage() {
-        const QString project = install(oldProject());
-        const support::ScriptedServer server;
-        Offer offer(newProject());
-        offer.putOnline(server.url("/p/").toString(), "line.zip");
-        const ApplyResult result = apply(offer, project);
-        QVERIFY2(result.message.startsWith("Unable to resolve update zip: ") &&
-                     result.message.contains(" (HTTP 404) URL: "),
+void ProjectApplyTest::thePackageIsDownloaded() {
+    QFETCH(QString, zipUrl);
+    QFETCH(QByteArray, request);
+    QFETCH(QString, inCache);
+    const QString project = install(oldProject());
+    const QByteArray zip = support::zipOf(newProject());
+    support::ScriptedServer server;
+    server.on(request, support::answer(200, zip));
+    const QString cached = AppPaths::updateCacheDirectory() + '/' + inCache;
+    // What lies there is overwritten, never reused.
+    const bool canBe = installation::write(cached, "stale");
+    Offer offer(zip);
+    zipUrl.replace("BASE", server.url("").toString());
+    offer.putOnline(server.url("/p/").toString(), zipUrl);
+    const ApplyResult result = apply(offer, project);
+    if (support::onWindows && !canBe) { // no file has a question mark in its name there
+        QVERIFY(inCache.contains('?'));
+        QVERIFY2(result.message.startsWith("Unable to resolve update zip: "),
                  qPrintable(result.message));
         QCOMPARE(result.errorClass, QString("network"));
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-        QCOMPARE(entriesOf(AppPaths::updateCacheDirectory()), QStringList());
+        return;
     }
+    QVERIFY(canBe);
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(server.paths(), QStringList(QString::fromLatin1(request)));
+    QCOMPARE(update_offer::sha256(support::readTree(AppPaths::updateCacheDirectory())[inCache]),
+             update_offer::sha256(zip));
+}
 
-    void aDownloadWithAnotherHashStaysInTheCache() {
-        const QString project = install(oldProject());
-        support::ScriptedServer server;
-        server.on("/p/line.zip", support::answer(200, "damaged"));
-        Offer offer(newProject());
-        offer.putOnline(server.url("/p/").toString(), "line.zip");
-        const ApplyResult result = apply(offer, project);
-        QVERIFY(result.message.startsWith("Update zip hash failed: SHA256 mismatch for "));
-        QCOMPARE(result.errorClass, QString("hash"));
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-        QCOMPARE(entriesOf(AppPaths::updateCacheDirectory()), QStringList("line.zip"));
+void ProjectApplyTest::aPackageWithoutAFileOfItsOwnIsMissing_data() {
+    QTest::addColumn<QString>("zipUrl");
+    QTest::addColumn<QString>("path");
+    QTest::newRow("an address that ends in a slash") << "pkg/"
+                                                     << "";
+    QTest::newRow("this folder") << "pkg/."
+                                 << "/.";
+    QTest::newRow("the folder above") << "https://h/pkg/.."
+                                      << "/..";
+    QTest::newRow("a folder in the cache") << "pkg/folder"
+                                           << "/folder";
+}
+
+void ProjectApplyTest::aPackageWithoutAFileOfItsOwnIsMissing() {
+    QFETCH(QString, zipUrl);
+    QFETCH(QString, path);
+    QVERIFY(QDir(AppPaths::updateCacheDirectory()).mkpath("folder"));
+    const support::ScriptedServer server;
+    Offer offer(newProject());
+    offer.putOnline(server.url("/p/").toString(), zipUrl);
+    const ApplyResult result = apply(offer, install(oldProject()));
+    QCOMPARE(result.message, "Unable to resolve update zip: update zip not found: " +
+                                 AppPaths::updateCacheDirectory() + path);
+    QCOMPARE(result.errorClass, QString("network"));
+    QCOMPARE(server.paths(), QStringList());
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+}
+
+void ProjectApplyTest::theServerHasNoPackage() {
+    const QString project = install(oldProject());
+    const support::ScriptedServer server;
+    Offer offer(newProject());
+    offer.putOnline(server.url("/p/").toString(), "line.zip");
+    const ApplyResult result = apply(offer, project);
+    QVERIFY2(result.message.startsWith("Unable to resolve update zip: ") &&
+                 result.message.contains(" (HTTP 404) URL: "),
+             qPrintable(result.message));
+    QCOMPARE(result.errorClass, QString("network"));
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(entriesOf(AppPaths::updateCacheDirectory()), QStringList());
+}
+
+void ProjectApplyTest::aDownloadWithAnotherHashStaysInTheCache() {
+    const QString project = install(oldProject());
+    support::ScriptedServer server;
+    server.on("/p/line.zip", support::answer(200, "damaged"));
+    Offer offer(newProject());
+    offer.putOnline(server.url("/p/").toString(), "line.zip");
+    const ApplyResult result = apply(offer, project);
+    QVERIFY(result.message.startsWith("Update zip hash failed: SHA256 mismatch for "));
+    QCOMPARE(result.errorClass, QString("hash"));
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(entriesOf(AppPaths::updateCacheDirectory()), QStringList("line.zip"));
+}
+
+// --- Failure of the swap ----------------------------------------------------------------------
+
+void ProjectApplyTest::theBackupCannotBegin() {
+    const QString project = install(oldProject());
+    QVERIFY(QDir().rmdir(AppPaths::updateBackupDirectory()));
+    QVERIFY(installation::write(AppPaths::updateBackupDirectory(), "in the way"));
+    const ApplyResult result = apply(Offer(newProject()), project);
+    QFile::remove(AppPaths::updateBackupDirectory());
+    QCOMPARE(timeless(result.message),
+             "Replace failed, rolled back: unable to create destination directory: " +
+                 AppPaths::updateBackupDirectory() + "/line_TIME");
+    QCOMPARE(result.errorClass, QString());
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(entriesOf(AppPaths::updateTempPath("")), QStringList());
+}
+
+// The disk is full during the backup: what was copied takes the project's place. It is told so
+// in the support page, and must not change unnoticed.
+void ProjectApplyTest::aPartialBackupReplacesTheProject() {
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const FileTree old{{"demo.yslib", update_offer::projectText("1.0")}, {"main.ys", ""}};
+    const QString project = install(old);
+    QStringList names; // in the order of the copies
+    const file_events::Watch fullDisk([&names](file_events::Kind kind, const QString &path) {
+        if (kind != file_events::Kind::Write || !path.startsWith(AppPaths::updateBackupDirectory()))
+            return 0;
+        names << QFileInfo(path).fileName();
+        return names.size() == 1 ? 0 : ENOSPC;
+    });
+    const ApplyResult result = apply(Offer(newProject()), project);
+    QCOMPARE(result.message, "Replace failed, rolled back: unable to copy file: " +
+                                 projectFolder() + '/' + names.value(1));
+    QCOMPARE(result.errorClass, QString());
+    QCOMPARE(support::readTree(projectFolder()),
+             FileTree({{names.first(), old.value(names.first())}}));
+    QCOMPARE(leftovers(), QStringList());
+}
+
+// Says that it rolled back although nothing remains to roll back to.
+void ProjectApplyTest::theProjectFileIsGoneAfterTheSwap() {
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    const file_events::Watch thief(atTheEndOfTheSwap([&project] { QFile::remove(project); }));
+    const ApplyResult result = apply(Offer(newProject()), project);
+    QVERIFY(!result.success);
+    QCOMPARE(result.message, QString("No yslib after replace, rolled back."));
+    QCOMPARE(result.errorClass, QString());
+    QVERIFY(QFileInfo::exists(projectFolder() + "/new/页.ys"));
+    QCOMPARE(leftovers(), QStringList());
+}
+
+void ProjectApplyTest::withoutAProjectPathNothingIsReplaced() {
+    const QString before = QDir::currentPath();
+    QTemporaryDir here;
+    support::writeTree(here.path(), {{"kept", "kept"}});
+    QVERIFY(QDir::setCurrent(here.path()));
+    const ApplyResult result = apply(Offer(newProject()), QString());
+    QVERIFY(QDir::setCurrent(before));
+    QCOMPARE(result.message, QString("Replace failed, rolled back: unable to remove directory: "));
+    QCOMPARE(support::readTree(here.path()), FileTree({{"kept", "kept"}}));
+    QCOMPARE(leftovers(), QStringList());
+}
+
+void ProjectApplyTest::aLogsThatIsAFileFails() {
+    FileTree old = update_offer::project("1.0");
+    old.insert("logs", "a file");
+    const ApplyResult result = apply(Offer(newProject()), install(old));
+    QCOMPARE(result.message, "Replace failed, rolled back: source directory not found: " +
+                                 projectFolder() + "/logs");
+    QCOMPARE(support::readTree(projectFolder()), old);
+    QCOMPARE(leftovers(), QStringList());
+}
+
+// --- The parts --------------------------------------------------------------------------------
+
+void ProjectApplyTest::findProjectFile_data() {
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QString>("found");
+    QTest::newRow("none") << QStringList{"a.txt", "b/yslib"} << "";
+    QTest::newRow("an empty folder") << QStringList() << "";
+    QTest::newRow("the one that bears the folder's name")
+        << QStringList{"a.yslib", "folder.yslib", "z.yslib"} << "folder.yslib";
+    QTest::newRow("another name") << QStringList{"a.txt", "b.yslib"} << "b.yslib";
+    QTest::newRow("deeper") << QStringList{"a.txt", "b/c/d.yslib"} << "b/c/d.yslib";
+    QTest::newRow("the folder's name deeper does not count first") << QStringList{"x.yslib/"
+                                                                                  "y.txt",
+                                                                                  "b/folder.yslib"}
+                                                                   << "b/folder.yslib";
+    QTest::newRow("a folder of that name is no project file")
+        << QStringList{"folder.yslib/x.txt", "b.yslib"} << "b.yslib";
+}
+
+void ProjectApplyTest::findProjectFile() {
+    QFETCH(QStringList, files);
+    QFETCH(QString, found);
+    QTemporaryDir place;
+    const QString folder = place.filePath("folder");
+    QVERIFY(QDir().mkpath(folder));
+    for (const QString &file : files)
+        support::writeTree(folder, {{file, "x"}});
+    for (const QString &spelled : {folder, folder + '/'}) {
+        const QString path = ::findProjectFile(spelled);
+        QCOMPARE(path.isEmpty() ? path : QDir(folder).relativeFilePath(path), found);
     }
+}
 
-    // --- Failure of the swap ----------------------------------------------------------------------
-
-    void theBackupCannotBegin() {
-        const QString project = install(oldProject());
-        QVERIFY(QDir().rmdir(AppPaths::updateBackupDirectory()));
-        QVERIFY(installation::write(AppPaths::updateBackupDirectory(), "in the way"));
-        const ApplyResult result = apply(Offer(newProject()), project);
-        QFile::remove(AppPaths::updateBackupDirectory());
-        QCOMPARE(timeless(result.message),
-                 "Replace failed, rolled back: unable to create destination directory: " +
-                     AppPaths::updateBackupDirectory() + "/line_TIME");
-        QCOMPARE(result.errorClass, QString());
-        QCOMPARE(support::readTree(projectFolder()), oldProject());
-        QCOMPARE(entriesOf(AppPaths::updateTempPath("")), QStringList());
-    }
-
-    // The disk is full during the backup: what was copied takes the project's place. It is told so
-    // in the support page, and must not change unnoticed.
-    void aPartialBackupReplacesTheProject() {
-        if (!file_events::areSeen())
-            QSKIP(qPrintable(unseen()));
-        const FileTree old{{"demo.yslib", update_offer::projectText("1.0")}, {"main.ys", ""}};
-        const QString project = install(old);
-        QStringList names; // in the order of the copies
-        const file_events::Watch fullDisk([&names](file_events::Kind kind, const QString &path) {
-            if (kind != file_events::Kind::Write ||
-                !path.startsWith(AppPaths::updateBackupDirectory()))
-                return 0;
-            names << QFileInfo(path).fileName();
-            return names.size() == 1 ? 0 : ENOSPC;
-        });
-        const ApplyResult result = apply(Offer(newProject()), project);
-        QCOMPARE(result.message, "Replace failed, rolled back: unable to copy file: " +
-                                     projectFolder() + '/' + names.value(1));
-        QCOMPARE(result.errorClass, QString());
-        QCOMPARE(support::readTree(projectFolder()),
-                 FileTree({{names.first(), old.value(names.first())}}));
-        QCOMPARE(leftovers(), QStringList());
-    }
-
-    // Says that it rolled back although nothing remains to roll back to.
-    void theProjectFileIsGoneAfterTheSwap() {
-        if (!file_events::areSeen())
-            QSKIP(qPrintable(unseen()));
-        const QString project = install(oldProject());
-        const file_events::Watch thief(atTheEndOfTheSwap([&project] { QFile::remove(project); }));
-        const ApplyResult result = apply(Offer(newProject()), project);
-        QVERIFY(!result.success);
-        QCOMPARE(result.message, QString("No yslib after replace, rolled back."));
-        QCOMPARE(result.errorClass, QString());
-        QVERIFY(QFileInfo::exists(projectFolder() + "/new/页.ys"));
-        QCOMPARE(leftovers(), QStringList());
-    }
-
-    void withoutAProjectPathNothingIsReplaced() {
-        const QString before = QDir::currentPath();
-        QTemporaryDir here;
-        support::writeTree(here.path(), {{"kept", "kept"}});
-        QVERIFY(QDir::setCurrent(here.path()));
-        const ApplyResult result = apply(Offer(newProject()), QString());
-        QVERIFY(QDir::setCurrent(before));
-        QCOMPARE(result.message,
-                 QString("Replace failed, rolled back: unable to remove directory: "));
-        QCOMPARE(support::readTree(here.path()), FileTree({{"kept", "kept"}}));
-        QCOMPARE(leftovers(), QStringList());
-    }
-
-    void aLogsThatIsAFileFails() {
-        FileTree old = update_offer::project("1.0");
-        old.insert("logs", "a file");
-        const ApplyResult result = apply(Offer(newProject()), install(old));
-        QCOMPARE(result.message, "Replace failed, rolled back: source directory not found: " +
-                                     projectFolder() + "/logs");
-        QCOMPARE(support::readTree(projectFolder()), old);
-        QCOMPARE(leftovers(), QStringList());
-    }
-
-    // --- The parts --------------------------------------------------------------------------------
-
-    void findProjectFile_data() {
-        QTest::addColumn<QStringList>("files");
-        QTest::addColumn<QString>("found");
-        QTest::newRow("none") << QStringList{"a.txt", "b/yslib"} << "";
-        QTest::newRow("an empty folder") << QStringList() << "";
-        QTest::newRow("the one that bears the folder's name")
-            << QStringList{"a.yslib", "folder.yslib", "z.yslib"} << "folder.yslib";
-        QTest::newRow("another name") << QStringList{"a.txt", "b.yslib"} << "b.yslib";
-        QTest::newRow("deeper") << QStringList{"a.txt", "b/c/d.yslib"} << "b/c/d.yslib";
-        QTest::newRow("the folder's name deeper does not count first")
-            << QStringList{"x.yslib/"
-                           "y.txt",
-                           "b/folder.yslib"}
-            << "b/folder.yslib";
-        QTest::newRow("a folder of that name is no project file")
-            << QStringList{"folder.yslib/x.txt", "b.yslib"} << "b.yslib";
-    }
-
-    void findProjectFile() {
-        QFETCH(QStringList, files);
-        QFETCH(QString, found);
-        QTemporaryDir place;
-        const QString folder = place.filePath("folder");
-        QVERIFY(QDir().mkpath(folder));
-        for (const QString &file : files)
-            support::writeTree(folder, {{file, "x"}});
-        for (const QString &spelled : {folder, folder + '/'}) {
-            const QString path = ::findProjectFile(spelled);
-            QCOMPARE(path.isEmpty() ? path : QDir(folder).relativeFilePath(path), found);
-        }
-    }
-
-    void resolveUpdateZipNeedsNoPlaceForTheError() {
-        Offer offer(newProject());
-        QString zip;
-        QVERIFY(resolveUpdateZip(offer.snapshot, &zip));
-        QCOMPARE(zip, offer.zipPath());
-        QVERIFY(!resolveUpdateZip(offer.with("zipUrl", "no.zip").snapshot, &zip));
-        QVERIFY(!resolveUpdateZip(offer.with("zipUrl", "").snapshot, &zip));
-        const CancelFlag raised{1};
-        QString error;
-        QVERIFY(!resolveUpdateZip(offer.snapshot, &zip, &error, &raised));
-        QCOMPARE(error, QString("cancelled"));
-    }
-};
+void ProjectApplyTest::resolveUpdateZipNeedsNoPlaceForTheError() {
+    Offer offer(newProject());
+    QString zip;
+    QVERIFY(resolveUpdateZip(offer.snapshot, &zip));
+    QCOMPARE(zip, offer.zipPath());
+    QVERIFY(!resolveUpdateZip(offer.with("zipUrl", "no.zip").snapshot, &zip));
+    QVERIFY(!resolveUpdateZip(offer.with("zipUrl", "").snapshot, &zip));
+    const CancelFlag raised{1};
+    QString error;
+    QVERIFY(!resolveUpdateZip(offer.snapshot, &zip, &error, &raised));
+    QCOMPARE(error, QString("cancelled"));
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, ProjectApplyTest)
 #include "project_apply_test.moc"

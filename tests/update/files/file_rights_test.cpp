@@ -46,119 +46,123 @@ class FileRightsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void aFolderThatCannotBeLookedAtIsNotTakenForGone() {
-        const QTemporaryDir folder;
-        const OrdinaryUser user(folder.path());
-        if (!user.isOne)
-            QSKIP("root may do anything, and cannot become anybody else here");
-        const QString closed = folder.filePath("closed");
-        support::writeTree(folder.path(), {{"closed/d/file", "x"}, {"new/file", "x"}});
-        QCOMPARE(::chmod(QFile::encodeName(closed), 0600), 0);
-        QString error;
-        const bool removed = removeDirectory(closed + "/d", &error);
-        QString told;
-        const bool replaced = replaceDirectory(folder.filePath("new"), closed + "/d", {},
-                                               folder.filePath("backup"), &told);
-        ::chmod(QFile::encodeName(closed), 0700);
-        QVERIFY(!removed && !replaced);
-        QCOMPARE(error, "unable to remove directory: " + closed + "/d");
-        QCOMPARE(told, "unable to copy file: " + closed + "/d");
-        QCOMPARE(support::readTree(closed), FileTree({{"d/file", "x"}}));
-        QVERIFY(!QFileInfo::exists(folder.filePath("backup")));
-    }
-
-    void aLinkThatCannotBeRemovedLeavesWhatItLeadsToAsItIs() {
-        const QTemporaryDir folder;
-        const OrdinaryUser user(folder.path());
-        if (!user.isOne)
-            QSKIP("root may do anything, and cannot become anybody else here");
-        support::writeTree(folder.path(), {{"outside", "x"}, {"d/", ""}});
-        QVERIFY(QFile::setPermissions(folder.filePath("outside"), QFile::ReadOwner));
-        QVERIFY(support::makeLink(folder.filePath("outside"), folder.filePath("d/way")));
-        QCOMPARE(::chmod(QFile::encodeName(folder.filePath("d")), 0500), 0);
-        QVERIFY(!removeDirectory(folder.filePath("d")));
-        ::chmod(QFile::encodeName(folder.filePath("d")), 0700);
-        struct stat after {};
-        QCOMPARE(::stat(QFile::encodeName(folder.filePath("outside")), &after), 0);
-        QCOMPARE(after.st_mode & 0777, 0400U);
-    }
-
-    // Seen beforehand: the copy, or the removal, would leave parts of it.
-    void aFolderThatCannotBeTakenApartIsLeftAlone_data() {
-        QTest::addColumn<QString>("spoilt");
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<QString>("error"); // none: it is replaced all the same
-        const QString stays = "unable to remove directory: BASE/in/target";
-        const auto row = [](const char *name, const QString &spoilt, int mode,
-                            const QString &error) {
-            QTest::newRow(name) << spoilt << mode << error;
-        };
-        row("a folder that cannot be listed", "in/target/b", 0300,
-            "unable to copy file: BASE/in/target/b");
-        row("a hidden one too", "in/target/.c", 0300, "unable to copy file: BASE/in/target/.c");
-        row("a file that cannot be read", "in/target/b/file", 0,
-            "unable to copy file: BASE/in/target/b/file");
-        row("a folder that nothing can be taken out of", "in/target/b", 0500, stays);
-        row("one whose entries can be listed and no more", "in/target/b", 0600, stays);
-        row("the project's folder itself", "in/target", 0500, stays);
-        row("the folder that it lies in", "in", 0500, stays);
-        row("a file that may not be written to", "in/target/b/file", 0400, "");
-        row("a hidden file that cannot be read", "in/target/.hidden", 0, "");
-        row("an empty folder that may not be written to", "in/target/empty", 0500, "");
-        row("what a link leads to", "outside", 0500, "");
-    }
-
-    void aFolderThatCannotBeTakenApartIsLeftAlone() {
-        QFETCH(QString, spoilt);
-        QFETCH(int, mode);
-        QFETCH(QString, error);
-        const QTemporaryDir folder;
-        const OrdinaryUser user(folder.path());
-        if (!user.isOne)
-            QSKIP("root may do anything, and cannot become anybody else here");
-        support::writeTree(folder.path(), {{"in/target/a/file", "x"},
-                                           {"in/target/b/file", "x"},
-                                           {"in/target/.c/file", "x"},
-                                           {"in/target/.hidden", "x"},
-                                           {"in/target/empty/", ""},
-                                           {"outside/file", "x"},
-                                           {"staging/new", "x"}});
-        QVERIFY(support::makeLink(folder.filePath("outside"), folder.filePath("in/target/way")));
-        const FileTree before = support::readTree(folder.filePath("in"));
-        QCOMPARE(::chmod(QFile::encodeName(folder.filePath(spoilt)), static_cast<mode_t>(mode)), 0);
-        QString told;
-        const bool replaced =
-            replaceDirectory(folder.filePath("staging"), folder.filePath("in/target"), {},
-                             folder.filePath("backup"), &told);
-        ::chmod(QFile::encodeName(folder.filePath(spoilt)), 0700);
-        QCOMPARE(told, error.replace("BASE", folder.path()));
-        QCOMPARE(replaced, error.isEmpty());
-        QCOMPARE(support::readTree(folder.filePath("in")),
-                 error.isEmpty() ? FileTree({{"target/new", "x"}}) : before);
-        QVERIFY(!QFileInfo::exists(folder.filePath("backup")));
-        QCOMPARE(support::readTree(folder.filePath("outside")), FileTree({{"file", "x"}}));
-    }
-
-    void aNameThatIsNoUtf8LeavesTheFolderAlone() {
-        const QTemporaryDir folder;
-        support::writeTree(folder.path(), {{"old/sub/file", "x"}, {"new/file", "x"}});
-        const QByteArray name = QFile::encodeName(folder.filePath("old/sub/")) + "\xB2\xFA.log";
-        const int descriptor = ::open(name.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-        QVERIFY(descriptor >= 0);
-        ::close(descriptor);
-        const QString start = "unable to copy file: " + folder.filePath("old/sub/");
-        QString error;
-        QVERIFY(!replaceDirectory(folder.filePath("new"), folder.filePath("old"), {},
-                                  folder.filePath("backup"), &error));
-        QVERIFY2(error.startsWith(start) && error.endsWith(".log"), qPrintable(error));
-        QVERIFY(support::readTree(folder.filePath("old")).contains("sub/file"));
-        QVERIFY(!QFileInfo::exists(folder.filePath("backup")));
-        QVERIFY(!copyDirectory(folder.filePath("old"), folder.filePath("copy"),
-                               &error)); // nor is it left out of a copy
-        QVERIFY2(error.startsWith(start), qPrintable(error));
-        QCOMPARE(::unlink(name.constData()), 0); // the folder's own removal could not
-    }
+    void aFolderThatCannotBeLookedAtIsNotTakenForGone();
+    void aLinkThatCannotBeRemovedLeavesWhatItLeadsToAsItIs();
+    void aFolderThatCannotBeTakenApartIsLeftAlone_data();
+    void aFolderThatCannotBeTakenApartIsLeftAlone();
+    void aNameThatIsNoUtf8LeavesTheFolderAlone();
 };
+
+void FileRightsTest::aFolderThatCannotBeLookedAtIsNotTakenForGone() {
+    const QTemporaryDir folder;
+    const OrdinaryUser user(folder.path());
+    if (!user.isOne)
+        QSKIP("root may do anything, and cannot become anybody else here");
+    const QString closed = folder.filePath("closed");
+    support::writeTree(folder.path(), {{"closed/d/file", "x"}, {"new/file", "x"}});
+    QCOMPARE(::chmod(QFile::encodeName(closed), 0600), 0);
+    QString error;
+    const bool removed = removeDirectory(closed + "/d", &error);
+    QString told;
+    const bool replaced = replaceDirectory(folder.filePath("new"), closed + "/d", {},
+                                           folder.filePath("backup"), &told);
+    ::chmod(QFile::encodeName(closed), 0700);
+    QVERIFY(!removed && !replaced);
+    QCOMPARE(error, "unable to remove directory: " + closed + "/d");
+    QCOMPARE(told, "unable to copy file: " + closed + "/d");
+    QCOMPARE(support::readTree(closed), FileTree({{"d/file", "x"}}));
+    QVERIFY(!QFileInfo::exists(folder.filePath("backup")));
+}
+
+void FileRightsTest::aLinkThatCannotBeRemovedLeavesWhatItLeadsToAsItIs() {
+    const QTemporaryDir folder;
+    const OrdinaryUser user(folder.path());
+    if (!user.isOne)
+        QSKIP("root may do anything, and cannot become anybody else here");
+    support::writeTree(folder.path(), {{"outside", "x"}, {"d/", ""}});
+    QVERIFY(QFile::setPermissions(folder.filePath("outside"), QFile::ReadOwner));
+    QVERIFY(support::makeLink(folder.filePath("outside"), folder.filePath("d/way")));
+    QCOMPARE(::chmod(QFile::encodeName(folder.filePath("d")), 0500), 0);
+    QVERIFY(!removeDirectory(folder.filePath("d")));
+    ::chmod(QFile::encodeName(folder.filePath("d")), 0700);
+    struct stat after {};
+    QCOMPARE(::stat(QFile::encodeName(folder.filePath("outside")), &after), 0);
+    QCOMPARE(after.st_mode & 0777, 0400U);
+}
+
+// Seen beforehand: the copy, or the removal, would leave parts of it.
+void FileRightsTest::aFolderThatCannotBeTakenApartIsLeftAlone_data() {
+    QTest::addColumn<QString>("spoilt");
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<QString>("error"); // none: it is replaced all the same
+    const QString stays = "unable to remove directory: BASE/in/target";
+    const auto row = [](const char *name, const QString &spoilt, int mode, const QString &error) {
+        QTest::newRow(name) << spoilt << mode << error;
+    };
+    row("a folder that cannot be listed", "in/target/b", 0300,
+        "unable to copy file: BASE/in/target/b");
+    row("a hidden one too", "in/target/.c", 0300, "unable to copy file: BASE/in/target/.c");
+    row("a file that cannot be read", "in/target/b/file", 0,
+        "unable to copy file: BASE/in/target/b/file");
+    row("a folder that nothing can be taken out of", "in/target/b", 0500, stays);
+    row("one whose entries can be listed and no more", "in/target/b", 0600, stays);
+    row("the project's folder itself", "in/target", 0500, stays);
+    row("the folder that it lies in", "in", 0500, stays);
+    row("a file that may not be written to", "in/target/b/file", 0400, "");
+    row("a hidden file that cannot be read", "in/target/.hidden", 0, "");
+    row("an empty folder that may not be written to", "in/target/empty", 0500, "");
+    row("what a link leads to", "outside", 0500, "");
+}
+
+void FileRightsTest::aFolderThatCannotBeTakenApartIsLeftAlone() {
+    QFETCH(QString, spoilt);
+    QFETCH(int, mode);
+    QFETCH(QString, error);
+    const QTemporaryDir folder;
+    const OrdinaryUser user(folder.path());
+    if (!user.isOne)
+        QSKIP("root may do anything, and cannot become anybody else here");
+    support::writeTree(folder.path(), {{"in/target/a/file", "x"},
+                                       {"in/target/b/file", "x"},
+                                       {"in/target/.c/file", "x"},
+                                       {"in/target/.hidden", "x"},
+                                       {"in/target/empty/", ""},
+                                       {"outside/file", "x"},
+                                       {"staging/new", "x"}});
+    QVERIFY(support::makeLink(folder.filePath("outside"), folder.filePath("in/target/way")));
+    const FileTree before = support::readTree(folder.filePath("in"));
+    QCOMPARE(::chmod(QFile::encodeName(folder.filePath(spoilt)), static_cast<mode_t>(mode)), 0);
+    QString told;
+    const bool replaced = replaceDirectory(folder.filePath("staging"), folder.filePath("in/target"),
+                                           {}, folder.filePath("backup"), &told);
+    ::chmod(QFile::encodeName(folder.filePath(spoilt)), 0700);
+    QCOMPARE(told, error.replace("BASE", folder.path()));
+    QCOMPARE(replaced, error.isEmpty());
+    QCOMPARE(support::readTree(folder.filePath("in")),
+             error.isEmpty() ? FileTree({{"target/new", "x"}}) : before);
+    QVERIFY(!QFileInfo::exists(folder.filePath("backup")));
+    QCOMPARE(support::readTree(folder.filePath("outside")), FileTree({{"file", "x"}}));
+}
+
+void FileRightsTest::aNameThatIsNoUtf8LeavesTheFolderAlone() {
+    const QTemporaryDir folder;
+    support::writeTree(folder.path(), {{"old/sub/file", "x"}, {"new/file", "x"}});
+    const QByteArray name = QFile::encodeName(folder.filePath("old/sub/")) + "\xB2\xFA.log";
+    const int descriptor = ::open(name.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    QVERIFY(descriptor >= 0);
+    ::close(descriptor);
+    const QString start = "unable to copy file: " + folder.filePath("old/sub/");
+    QString error;
+    QVERIFY(!replaceDirectory(folder.filePath("new"), folder.filePath("old"), {},
+                              folder.filePath("backup"), &error));
+    QVERIFY2(error.startsWith(start) && error.endsWith(".log"), qPrintable(error));
+    QVERIFY(support::readTree(folder.filePath("old")).contains("sub/file"));
+    QVERIFY(!QFileInfo::exists(folder.filePath("backup")));
+    QVERIFY(!copyDirectory(folder.filePath("old"), folder.filePath("copy"),
+                           &error)); // nor is it left out of a copy
+    QVERIFY2(error.startsWith(start), qPrintable(error));
+    QCOMPARE(::unlink(name.constData()), 0); // the folder's own removal could not
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, FileRightsTest)
 #include "file_rights_test.moc"
