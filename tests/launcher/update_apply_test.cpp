@@ -19,7 +19,7 @@ using update_offer::Offer;
 
 namespace {
 
-const char cancelledText[] = "更新任务已取消。";
+const char taskCancelledText[] = "更新任务已取消。";
 
 ApplyResult succeeded(const QString &projectPath) {
     return {true, "Project updated", projectPath, QString()};
@@ -308,10 +308,10 @@ void UpdateApplyTest::aCancelDuringTheDownload() {
              QStringList({applyReports(false).first(),
                           "status 更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。",
                           "status 正在取消更新任务…", applyReports(false).last()}) +
-                 notApplied(cancelledText));
+                 notApplied(taskCancelledText));
     QCOMPARE(logLines().mid(1),
              QStringList({"[task apply_ID] started kind=apply",
-                          "[task apply_ID] cancel requested by user", cancelledText}));
+                          "[task apply_ID] cancel requested by user", taskCancelledText}));
     QCOMPARE(support::readTree(update_offer::projectFolder()), runnable("1.0"));
 }
 
@@ -319,7 +319,7 @@ void UpdateApplyTest::theApplyEnds_data() {
     QTest::addColumn<ApplyResult>("result");
     QTest::addColumn<bool>("flag");
     QTest::addColumn<QString>("text"); // null: goes on to the setup
-    const QString text = cancelledText;
+    const QString text = taskCancelledText;
     QTest::newRow("success") << succeeded("/p/new.yslib") << false << QString();
     QTest::newRow("success without a path") << succeeded("") << false << QString();
     QTest::newRow("a cancel that came too late counts, although the project was replaced")
@@ -450,7 +450,7 @@ void UpdateApplyTest::theEndIsReportedOnce() {
     static const QMap<QString, QString> ends{
         {"success", "applied 项目更新已完成。"},
         {"failure", "not applied [hash] "},
-        {"cancel", QString("not applied ") + cancelledText},
+        {"cancel", QString("not applied ") + taskCancelledText},
         {"setup", "applied 已跳过项目更新。\nRuntime 安装包已自动启动："},
         {"setup with a warning", "applied 已跳过项目更新。\nRuntime 安装包下载失败（"},
         {"setup cancelled", "not applied 组件更新任务已取消。"}};

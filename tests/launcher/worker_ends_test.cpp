@@ -51,7 +51,7 @@ ComponentSetupResult UpdateContext::runComponentSetup() const {
 }
 
 // Of the check's file too, and not asked: no manifest is held here.
-bool UpdateContext::evaluateManifest(const QJsonObject &, QString *) {
+bool UpdateContext::evaluateManifest(const QJsonObject &, QString *, OfferWeighing *) {
     return false;
 }
 
