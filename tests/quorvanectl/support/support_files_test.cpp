@@ -1,0 +1,280 @@
+// The files of a support archive: what is said where something is missing, broken or not a file.
+#include "quorvanectl/support/support_files.h"
+
+#include "frame/app_paths.h"
+#include "support/file_kinds.h"
+#include "support/file_tree.h"
+#include "support/staged_main.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+
+using support::FileTree;
+
+class SupportFilesTest : public QObject {
+    Q_OBJECT
+
+private:
+    QScopedPointer<QTemporaryDir> folder;
+
+    QString path(const QString &name) const { return folder->filePath(name); }
+
+    FileTree files(bool keepHomePaths = false) const {
+        AppPaths::inspect(path("pc/bin"));
+        FileTree found;
+        for (const ctl::SupportFile &file : ctl::supportFiles({path("data"), keepHomePaths}))
+            found.insert(file.name, file.content);
+        return found;
+    }
+
+    QJsonObject settings() const {
+        return QJsonDocument::fromJson(files().value("settings.json")).object();
+    }
+
+    void runSql(const QStringList &statements) const {
+        {
+            QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "test");
+            database.setDatabaseName(path("data/Quorvane.db"));
+            QVERIFY(database.open());
+            for (const QString &statement : statements)
+                QVERIFY2(QSqlQuery(database).exec(statement), qPrintable(statement));
+        }
+        QSqlDatabase::removeDatabase("test");
+    }
+
+private slots:
+    void init();
+    void namesInTheirOrder();
+    void logs_data();
+    void logs();
+    void databasesThatAreNone_data();
+    void databasesThatAreNone();
+    void tablesThatAreMissing_data();
+    void tablesThatAreMissing();
+    void listings_data();
+    void listings();
+    void linksAreNamedAndNotRead();
+    void nothingIsMade();
+    void pathsOfUsers_data();
+    void pathsOfUsers();
+    void thisUsersFolderWhereverItLies_data();
+    void thisUsersFolderWhereverItLies();
+};
+
+void SupportFilesTest::init() {
+    folder.reset(new QTemporaryDir);
+    support::writeTree(folder->path(), {{"pc/bin/config/", ""}, {"data/", ""}});
+}
+
+void SupportFilesTest::namesInTheirOrder() {
+    AppPaths::inspect(path("pc/bin"));
+    QStringList names;
+    for (const ctl::SupportFile &file : ctl::supportFiles({path("data"), false}))
+        names += file.name;
+    QCOMPARE(names, QStringList({"launcher.log", "versions.json", "settings.json",
+                                 "installation.txt", "projects.txt", "data.txt"}));
+}
+
+void SupportFilesTest::logs_data() {
+    QTest::addColumn<FileTree>("data");
+    QTest::addColumn<QByteArray>("shown");
+    QTest::newRow("none") << FileTree() << QByteArray("(No such file or directory)\n");
+    QTest::newRow("an empty one") << FileTree{{"launcher.log", ""}} << QByteArray();
+    QTest::newRow("one line") << FileTree{{"launcher.log", "a\n"}} << QByteArray("a\n");
+    QTest::newRow("a last line without its end")
+        << FileTree{{"launcher.log", "a\nb"}} << QByteArray("a\nb");
+    QTest::newRow("Chinese") << FileTree{{"launcher.log", "产线\n"}} << QByteArray("产线\n");
+    QTest::newRow("bytes that are no text")
+        << FileTree{{"launcher.log", "a\xff\n"}} << QByteArray("a\xEF\xBF\xBD\n");
+    QTest::newRow("paths of users") << FileTree{{"launcher.log", "/home/max/p C:\\Users\\Max\\p\n"}}
+                                    << QByteArray("~/p ~\\p\n");
+    QTest::newRow("a folder in its place")
+        << FileTree{{"launcher.log/a", ""}} << QByteArray("(file to open is a directory)\n");
+}
+
+void SupportFilesTest::logs() {
+    QFETCH(FileTree, data);
+    support::writeTree(path("data"), data);
+    QTEST(files().value("launcher.log"), "shown");
+}
+
+void SupportFilesTest::databasesThatAreNone_data() {
+    QTest::addColumn<FileTree>("data");
+    QTest::addColumn<bool>("isError"); // else it is one without rows
+    QTest::newRow("none") << FileTree() << true;
+    QTest::newRow("a folder") << FileTree{{"Quorvane.db/a", ""}} << true;
+    QTest::newRow("an empty file") << FileTree{{"Quorvane.db", ""}} << false;
+    QTest::newRow("a text") << FileTree{{"Quorvane.db", "no database, but long enough"}} << false;
+    QTest::newRow("the beginning of one")
+        << FileTree{{"Quorvane.db", QByteArray("SQLite format 3\0", 16)}} << false;
+}
+
+void SupportFilesTest::databasesThatAreNone() {
+    QFETCH(FileTree, data);
+    QFETCH(bool, isError);
+    support::writeTree(path("data"), data);
+    const FileTree before = support::readTree(path("data"));
+    const QJsonObject found = settings();
+    QCOMPARE(found.keys(), QStringList(isError ? "error" : "recent_projects"));
+    QVERIFY(!isError || !found["error"].toString().isEmpty());
+    QCOMPARE(found["recent_projects"].toArray().size(), 0);
+    QCOMPARE(support::readTree(path("data")), before);
+}
+
+void SupportFilesTest::tablesThatAreMissing_data() {
+    QTest::addColumn<QStringList>("statements");
+    QTest::addColumn<QJsonObject>("expected");
+    const QString makeSettings = "CREATE TABLE app_settings (key TEXT, value TEXT)";
+    const QString makeRecent = "CREATE TABLE recent_projects (yslib_path TEXT, display_name TEXT, "
+                               "last_opened INTEGER)";
+    const auto with = [](QJsonObject settings, const QJsonArray &recent) {
+        settings.insert("recent_projects", recent);
+        return settings;
+    };
+    QTest::newRow("both") << QStringList{"CREATE TABLE other (a TEXT)"} << with({}, {});
+    QTest::newRow("the recent projects")
+        << QStringList{makeSettings, "INSERT INTO app_settings VALUES('ui/locale','en')"}
+        << with({{"ui/locale", "en"}}, {});
+    QTest::newRow("the settings")
+        << QStringList{makeRecent, "INSERT INTO recent_projects VALUES('/p/a.yslib','a',1)"}
+        << with({}, {QJsonValue(QJsonArray{"/p/a.yslib", "a", "1"})});
+    QTest::newRow("none, the latest project first")
+        << QStringList{makeSettings, makeRecent,
+                       "INSERT INTO recent_projects VALUES('/p/a.yslib','a',1)",
+                       "INSERT INTO recent_projects VALUES('/p/b.yslib',NULL,2)"}
+        << with({}, {QJsonArray{"/p/b.yslib", "", "2"}, QJsonArray{"/p/a.yslib", "a", "1"}});
+    QTest::newRow("none, and what others keep there stays there")
+        << QStringList{makeSettings, "INSERT INTO app_settings VALUES('password','secret')",
+                       "INSERT INTO app_settings VALUES('UI/LOCALE','secret')",
+                       "INSERT INTO app_settings VALUES('update/online_skipped_at','7')"}
+        << with({{"update/online_skipped_at", "7"}}, {});
+    QTest::newRow("none, with a column of another table's")
+        << QStringList{makeSettings, "CREATE TABLE recent_projects (path TEXT)",
+                       "INSERT INTO recent_projects VALUES('secret')"}
+        << with({}, {});
+}
+
+void SupportFilesTest::tablesThatAreMissing() {
+    QFETCH(QStringList, statements);
+    runSql(statements);
+    QTEST(settings(), "expected");
+}
+
+void SupportFilesTest::listings_data() {
+    QTest::addColumn<FileTree>("projects");
+    QTest::addColumn<QStringList>("names");
+    QTest::newRow("no folder") << FileTree() << QStringList();
+    QTest::newRow("an empty one") << FileTree{{"projects/", ""}} << QStringList();
+    QTest::newRow("in the order of their names, hidden ones too")
+        << FileTree{{"projects/b.ys", "1"}, {"projects/a/c.ys", "1"}, {"projects/.seed", ""}}
+        << QStringList{".seed", "a/c.ys", "b.ys"};
+    QTest::newRow("Chinese") << FileTree{{QStringLiteral("projects/产线 三/主.ys"), "1"}}
+                             << QStringList{QStringLiteral("产线 三/主.ys")};
+}
+
+void SupportFilesTest::listings() {
+    QFETCH(FileTree, projects);
+    QFETCH(QStringList, names);
+    support::writeTree(path("pc/USER"), projects);
+    const QStringList lines = QString::fromUtf8(files().value("projects.txt")).split('\n');
+    QCOMPARE(lines.first(), "Projects: " + path("pc/USER/projects"));
+    QCOMPARE(lines.last(), QString());
+    QStringList listed;
+    for (const QString &line : lines.mid(1, lines.size() - 2)) {
+        QCOMPARE(line.indexOf(' '), 64); // behind the hash
+        listed += line.section("  ", -1);
+    }
+    QCOMPARE(listed, names);
+}
+
+void SupportFilesTest::linksAreNamedAndNotRead() {
+    support::writeTree(folder->path(), {{"secret/key.pem", "secret"}, {"data/a", "1"}});
+    QVERIFY(support::makeLink(path("secret/key.pem"), path("data/link")));
+    QVERIFY(support::makeLink(path("secret"), path("data/folder")));
+    QVERIFY(support::makeLink(path("none"), path("data/nowhere")));
+    const QString text = files().value("data.txt");
+    QVERIFY2(text.contains("\nlink to " + path("secret/key.pem") + ' '), qPrintable(text));
+    QVERIFY2(!text.contains("folder/key.pem"), qPrintable(text));
+    QCOMPARE(text.count("2bb80d537b1da3e38bd30361aa855686bde0eacd7162fef6a25fe97bf527a25b"), 0);
+}
+
+void SupportFilesTest::nothingIsMade() {
+    const FileTree before = support::readTree(folder->path());
+    (void)files();
+    QCOMPARE(support::readTree(folder->path()), before);
+}
+
+void SupportFilesTest::pathsOfUsers_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("nothing") << ""
+                             << "";
+    QTest::newRow("a folder of a Mac") << "/Users/max/p"
+                                       << "~/p";
+    QTest::newRow("a blank in a name before a slash") << "/home/max muster/p"
+                                                      << "~/p";
+    QTest::newRow("a blank behind a name at the end") << "see /home/max and go"
+                                                      << "see ~ and go";
+    QTest::newRow("with backslashes doubled twice") << R"(C:\\\\Users\\\\Max\\\\p)"
+                                                    << R"(~\\\\p)";
+    QTest::newRow("a small drive") << R"(d:\Users\max)"
+                                   << "~";
+    QTest::newRow("in quotes") << R"("/home/max")"
+                               << R"("~")";
+    QTest::newRow("Chinese") << QStringLiteral("/home/张三/p") << "~/p";
+    QTest::newRow("two lines") << "/home/a/x\n/home/b/y\n"
+                               << "~/x\n~/y\n";
+    QTest::newRow("a folder called home elsewhere") << "/srv/homes/max"
+                                                    << "/srv/homes/max";
+    QTest::newRow("the folder of all users alone") << "/home/"
+                                                   << "/home/";
+    QTest::newRow("a drive without users") << R"(C:\Windows\System32)"
+                                           << R"(C:\Windows\System32)";
+}
+
+void SupportFilesTest::pathsOfUsers() {
+    QFETCH(QString, text);
+    QTEST(ctl::withoutHomePaths(text), "expected");
+}
+
+void SupportFilesTest::thisUsersFolderWhereverItLies_data() {
+    QTest::addColumn<QByteArray>("home");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("anywhere") << QByteArray("/srv/people/max") << "at /srv/people/max/p"
+                              << "at ~/p";
+    QTest::newRow("at the end") << QByteArray("/srv/max") << "in /srv/max"
+                                << "in ~";
+    QTest::newRow("in quotes") << QByteArray("/srv/max") << "'/srv/max'"
+                               << "'~'";
+    QTest::newRow("a longer name is another's") << QByteArray("/srv/max") << "/srv/maxim/p"
+                                                << "/srv/maxim/p";
+    QTest::newRow("so is one with a point behind") << QByteArray("/srv/max") << "/srv/max.old/p"
+                                                   << "/srv/max.old/p";
+    QTest::newRow("so is one with a dash behind") << QByteArray("/srv/max") << "/srv/max-2/p"
+                                                  << "/srv/max-2/p";
+    QTest::newRow("letters that search means otherwise")
+        << QByteArray("/srv/a.b+c(d)") << "/srv/a.b+c(d)/p /srv/axb+c(d)/p"
+        << "~/p /srv/axb+c(d)/p";
+    QTest::newRow("of the system itself") << QByteArray("/") << "/etc/hosts"
+                                          << "/etc/hosts";
+}
+
+void SupportFilesTest::thisUsersFolderWhereverItLies() {
+    QFETCH(QByteArray, home);
+    QFETCH(QString, text);
+    const QByteArray before = qgetenv("HOME");
+    qputenv("HOME", home);
+    const QString told = ctl::withoutHomePaths(text);
+    qputenv("HOME", before);
+    QTEST(told, "expected");
+}
+
+QUORVANE_TEST_MAIN(QCoreApplication, SupportFilesTest)
+#include "support_files_test.moc"
