@@ -1,0 +1,177 @@
+// project check in the hands of an engineer: another file than the project, a project that was copied
+// by half, and scripts that cannot be read.
+#include "desk.h"
+#include "small_project.h"
+#include "support/staged_main.h"
+
+#include <QCoreApplication>
+
+using support::Desk;
+using support::outcome;
+using support::refusal;
+
+namespace {
+
+const QString command = "quorvanectl project check";
+const QString seeHelp = "; see quorvanectl project check --help";
+
+support::FileTree engineersFiles() {
+    support::FileTree files{{"out/", ""}};
+    const support::FileTree project = support::smallProject();
+    for (auto file = project.begin(); file != project.end(); ++file)
+        files.insert("line3/" + file.key(), file.value());
+    return files;
+}
+
+QString summary(const QString &file, const QString &counts) {
+    return "\n" + file + ": " + counts + "\n";
+}
+
+} // namespace
+
+class ProjectCheckTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aFileThatCannotBeUsed_data();
+    void aFileThatCannotBeUsed();
+    void wrongWords_data();
+    void wrongWords();
+    void whatIsSaidOfAProject_data();
+    void whatIsSaidOfAProject();
+};
+
+void ProjectCheckTest::aFileThatCannotBeUsed_data() {
+    support::addRefusals();
+    refusal("the project's folder", "", "@ line3", "line3: is a folder");
+    refusal("a file that is missing", "", "@ line3/line4.yslib", "line3/line4.yslib: no such file");
+    refusal("a pipe is not waited for", "mkfifo p.yslib", "@ p.yslib", "p.yslib: is no plain file");
+    refusal("a script", "", "@ line3/scripts/main.ys",
+            "line3/scripts/main.ys: JSON 无效：illegal value (line 1, column 2)");
+    refusal("UTF-16", "iconv -t UTF-16 line3/line3.yslib >line3/u.yslib", "@ line3/u.yslib",
+            "line3/u.yslib: JSON 无效：illegal value (line 1, column 2)");
+    refusal("a fault, with its place", R"(printf '{\n  "project": {"name" "x"}\n}\n' >p.yslib)",
+            "@ p.yslib", "p.yslib: JSON 无效：missing name separator (line 2, column 23)");
+    refusal("a fault, for programs", R"(printf '{\n  "project": {"name" "x"}\n}\n' >p.yslib)",
+            "@ p.yslib --format json",
+            "p.yslib: JSON 无效：missing name separator (line 2, column 23)");
+    refusal("a fault, for build servers", "echo '{\"a\":}' >p.yslib", "@ p.yslib --format sarif",
+            "p.yslib: JSON 无效：object is missing after a comma (line 1, column 7)");
+    refusal("a script that is a folder", "cd line3/scripts; rm main.ys; mkdir main.ys",
+            "@ line3/line3.yslib", "@here/line3/scripts/main.ys: is a folder");
+    refusal("a script that is a pipe", "cd line3/scripts; rm main.ys; mkfifo main.ys",
+            "@ line3/line3.yslib", "@here/line3/scripts/main.ys: is no plain file");
+    refusal("somebody else's", "chmod 755 .; chmod 000 line3/line3.yslib",
+            "$user @ line3/line3.yslib", "line3/line3.yslib: Permission denied");
+    refusal("a script of somebody else's", "chmod 755 .; chmod 000 line3/scripts/main.ys",
+            "$user @ line3/line3.yslib", "@here/line3/scripts/main.ys: Permission denied");
+    refusal("a library that is missing", "", "@ line3/line3.yslib --library none.ini",
+            "none.ini: no such file");
+    refusal("a library that is a folder", "", "@ line3/line3.yslib --library line3",
+            "line3: is a folder");
+}
+
+void ProjectCheckTest::aFileThatCannotBeUsed() {
+    support::expectRefusal(Desk(command, engineersFiles()));
+}
+
+void ProjectCheckTest::wrongWords_data() {
+    support::addRefusals();
+    refusal("no project", "", "@", "project check takes FILE.yslib" + seeHelp);
+    refusal("two projects", "", "@ line3/line3.yslib line3/line3.yslib",
+            "project check takes FILE.yslib" + seeHelp);
+    refusal("a name that begins with a dash", "cp line3/line3.yslib line3/-l.yslib",
+            "cd line3 && @ -l.yslib", "Unknown options: l, ., y, s, l, i, b" + seeHelp);
+    refusal("a format that is not there", "", "@ line3/line3.yslib --format yaml",
+            "no format 'yaml'; there are: text, json, sarif");
+    refusal("of two formats the last, which is not there", "",
+            "@ line3/line3.yslib --format json --format JSON",
+            "no format 'JSON'; there are: text, json, sarif");
+    refusal("a name to write to", "", "@ line3/line3.yslib --out x",
+            "Unknown option 'out'" + seeHelp);
+}
+
+void ProjectCheckTest::wrongWords() {
+    support::expectRefusal(Desk(command, engineersFiles()));
+}
+
+void ProjectCheckTest::whatIsSaidOfAProject_data() {
+    support::addOutcomes();
+    const QString line3 = "line3/line3.yslib";
+    const QString clean = ": clean\n";
+    const QString missing = "[Error] scripts[0].path: 引用的文件不存在：";
+    const QString unlisted = "[Warning] scripts: 磁盘上的脚本未登记到 scripts[]：scripts/main.ys\n";
+    outcome("behind a byte-order mark",
+            R"(cd line3; (printf '\357\273\277'; cat line3.yslib) >b.yslib)", "@ line3/b.yslib",
+            {0, "line3/b.yslib" + clean});
+    outcome("with the line ends of Windows", R"(sed -i 's/$/\r/' line3/line3.yslib)",
+            "@ line3/line3.yslib", {0, line3 + clean});
+    outcome("from one of its folders", "", "cd line3/scripts && @ ../line3.yslib",
+            {0, "../line3.yslib" + clean});
+    outcome("in a folder with a blank and Chinese", "mv line3 '产 线'", "@ '产 线/line3.yslib'",
+            {0, "产 线/line3.yslib" + clean});
+    outcome("a name that begins with a dash, behind two dashes",
+            "cp line3/line3.yslib line3/-l.yslib", "cd line3 && @ -- -l.yslib",
+            {0, "-l.yslib" + clean});
+    outcome("of two formats the last counts", "", "@ line3/line3.yslib --format json --format text",
+            {0, line3 + clean});
+    outcome("an empty name for the plug-in's folder is none", "",
+            "@ line3/line3.yslib --core-plugin ''", {0, line3 + clean});
+    outcome("a file in place of the plug-in's folder", "",
+            "@ line3/line3.yslib --core-plugin line3/line3.yslib",
+            {1, "Core plugin missing: line3/line3.yslib/CoreOperators.dll\n" +
+                    summary(line3, "1 error, 0 warnings, 0 syntax errors")});
+    outcome("copied without its folder", "cp line3/line3.yslib out", "@ out/line3.yslib",
+            {1, missing +
+                    "scripts/main.ys\n[Error] hardware.cameras[0].configPath: "
+                    "引用的文件不存在：相机/设置 1.json\n" +
+                    summary("out/line3.yslib", "2 errors, 0 warnings, 0 syntax errors")});
+    outcome("a script's name in other letters",
+            "sed -i 's#scripts/main.ys#Scripts/Main.ys#' line3/line3.yslib", "@ line3/line3.yslib",
+            {1, missing + "Scripts/Main.ys\n" + unlisted +
+                    summary(line3, "1 error, 1 warning, 0 syntax errors")});
+    outcome("a script by its whole path",
+            "cp line3/scripts/main.ys out; "
+            "sed -i \"s#scripts/main.ys#$PWD/out/main.ys#\" line3/line3.yslib",
+            "@ line3/line3.yslib",
+            {0, "[Warning] scripts[0].path: path 疑似绝对路径；请使用相对 yslib 目录的路径\n" +
+                    unlisted + summary(line3, "0 errors, 2 warnings, 0 syntax errors")});
+    outcome("a script's path with the backslash of Windows",
+            R"(sed -i 's#scripts/main.ys#scripts\\\\main.ys#' line3/line3.yslib)",
+            "@ line3/line3.yslib", {0, line3 + clean});
+    outcome("a script in UTF-16", "cd line3/scripts; iconv -t UTF-16LE main.ys >u; mv u main.ys",
+            "@ line3/line3.yslib --format json", {1, R"({
+    "issues": [
+    ],
+    "project": "line3/line3.yslib",
+    "scripts": [
+        {
+            "diagnostics": [
+                {
+                    "code": "YS100",
+                    "column": 1,
+                    "endColumn": 2,
+                    "line": 1,
+                    "message": "无法识别的字符",
+                    "severity": 0
+                }
+            ],
+            "passed": false,
+            "path": "scripts/main.ys"
+        }
+    ]
+}
+)"});
+    outcome("any other JSON", "echo '{}' >m.yslib", "@ m.yslib",
+            {1, "[Error] schemaVersion: 缺少 schemaVersion\n[Error] project: 缺少 project "
+                "对象\n[Error] scripts: scripts[] 至少包含一项\n"
+                "[Error] tasks: 缺少 tasks 对象\n" +
+                    summary("m.yslib", "4 errors, 0 warnings, 0 syntax errors")});
+}
+
+void ProjectCheckTest::whatIsSaidOfAProject() {
+    support::expectOutcome(Desk(command, engineersFiles()));
+}
+
+QUORVANE_TEST_MAIN(QCoreApplication, ProjectCheckTest)
+#include "project_check_mistakes_test.moc"
