@@ -170,8 +170,8 @@ void ManifestFormatTest::addresses_data() {
 
 void ManifestFormatTest::addresses() {
     QFETCH(QString, address);
-    QTEST(ctl::isUrl(address), "isUrl");
-    QTEST(ctl::packageFileName(address), "fileName");
+    QTEST(isUrl(address), "isUrl");
+    QTEST(packageFileName(address), "fileName");
 }
 
 void ManifestFormatTest::localPackages_data() {

@@ -1,5 +1,5 @@
 // The findings of a script as a person reads them: place, words, the line, and a caret below it.
-#include "quorvanectl/project/script_report.h"
+#include "quorvanectl/commands/script_findings.h"
 
 #include "support/library_file.h"
 #include "support/staged_main.h"
@@ -37,7 +37,7 @@ ScriptReport reportOf(const QString &line, int column) {
 
 } // namespace
 
-class ScriptReportTest : public QObject {
+class ScriptFindingsTest : public QObject {
     Q_OBJECT
 
 private slots:
@@ -56,7 +56,7 @@ private slots:
     void asJson();
 };
 
-void ScriptReportTest::carets_data() {
+void ScriptFindingsTest::carets_data() {
     QTest::addColumn<QString>("line");
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("shown");
@@ -83,7 +83,7 @@ void ScriptReportTest::carets_data() {
     QTest::newRow("with several of them") << "ab\r\r" << 4 << "    ab\n      ^\n";
 }
 
-void ScriptReportTest::carets() {
+void ScriptFindingsTest::carets() {
     QFETCH(QString, line);
     QFETCH(int, column);
     QFETCH(QString, shown);
@@ -92,7 +92,7 @@ void ScriptReportTest::carets() {
 }
 
 // Sixty units on either side.
-void ScriptReportTest::longLines_data() {
+void ScriptFindingsTest::longLines_data() {
     QTest::addColumn<QString>("line");
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("source");
@@ -110,7 +110,7 @@ void ScriptReportTest::longLines_data() {
         << a(59) + face + a(9) << 1 << "    " + a(59) + face + "..." << 4;
 }
 
-void ScriptReportTest::longLines() {
+void ScriptFindingsTest::longLines() {
     QFETCH(QString, line);
     QFETCH(int, column);
     QFETCH(QString, source);
@@ -120,21 +120,21 @@ void ScriptReportTest::longLines() {
     QCOMPARE(shown.at(2).indexOf('^'), caretAt);
 }
 
-void ScriptReportTest::linesThatAreNotThere_data() {
+void ScriptFindingsTest::linesThatAreNotThere_data() {
     QTest::addColumn<int>("line");
     QTest::newRow("behind the last") << 2;
     QTest::newRow("the zeroth") << 0;
     QTest::newRow("below zero") << -1;
 }
 
-void ScriptReportTest::linesThatAreNotThere() {
+void ScriptFindingsTest::linesThatAreNotThere() {
     QFETCH(int, line);
     ScriptReport report = reportOf("ab", 1);
     report.result.diagnostics.front().line = line;
     QCOMPARE(printed(report), QStringLiteral("a.ys:%1:1: YS100 m\n").arg(line));
 }
 
-void ScriptReportTest::foreignTextSteersNothing() {
+void ScriptFindingsTest::foreignTextSteersNothing() {
     ScriptReport report = reportOf("a\x1b[2J\r\a", 3);
     report.path = "a\x1b\n.ys";
     report.result.diagnostics.front().message = "m\x1b\n";
@@ -143,7 +143,7 @@ void ScriptReportTest::foreignTextSteersNothing() {
                                   sign + "\n      ^\n");
 }
 
-void ScriptReportTest::coloursOfCodes() {
+void ScriptFindingsTest::coloursOfCodes() {
     ScriptReport report = reportOf("ab", 1);
     QCOMPARE(printed(report, true),
              QString("a.ys:1:1: \x1b[31mYS100\x1b[0m m\n    ab\n    \x1b[36m^\x1b[0m\n"));
@@ -151,7 +151,7 @@ void ScriptReportTest::coloursOfCodes() {
     QVERIFY(printed(report, true).startsWith("a.ys:1:1: \x1b[33mYS100\x1b[0m m\n"));
 }
 
-void ScriptReportTest::texts_data() {
+void ScriptFindingsTest::texts_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("shown"); // empty: nothing is wrong
     QTest::newRow("nothing") << ""
@@ -171,7 +171,7 @@ void ScriptReportTest::texts_data() {
         << QStringLiteral("a.ys:2:5: YS100 无法识别的字符\n    b = `;\n        ^\n");
 }
 
-void ScriptReportTest::texts() {
+void ScriptFindingsTest::texts() {
     QFETCH(QString, text);
     QFETCH(QString, shown);
     ScriptReport report;
@@ -183,7 +183,7 @@ void ScriptReportTest::texts() {
     QCOMPARE(report.lines, text.split('\n'));
 }
 
-void ScriptReportTest::asJson() {
+void ScriptFindingsTest::asJson() {
     ScriptReport report;
     QString error;
     QVERIFY(ctl::checkText(QStringLiteral("脚本/a.ys"), "int a;", &report, &error));
@@ -198,5 +198,5 @@ void ScriptReportTest::asJson() {
     QCOMPARE(json["diagnostics"].toArray().first().toObject()["code"].toString(), QString("YS200"));
 }
 
-QUORVANE_TEST_MAIN(QCoreApplication, ScriptReportTest)
-#include "script_report_test.moc"
+QUORVANE_TEST_MAIN(QCoreApplication, ScriptFindingsTest)
+#include "script_findings_test.moc"
