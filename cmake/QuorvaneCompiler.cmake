@@ -26,6 +26,7 @@ target_compile_definitions(
               QT_DEPRECATED_WARNINGS_SINCE=0x050F00
               QT_NO_CAST_TO_ASCII
               QT_NO_FOREACH
+              QT_NO_KEYWORDS
               QT_MESSAGELOGCONTEXT)
 
 if(QUORVANE_SANITIZE)

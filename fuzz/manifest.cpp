@@ -7,15 +7,15 @@
 namespace {
 
 // A pair whose private half is gone: nothing verifies against it.
-const char publicKey[] = "-----BEGIN PUBLIC KEY-----\n"
-                         "MIIBIjANBgkqhkiG9w0BAQEFAAOCAQ8AMIIBCgKCAQEAkzwWiTa+HUjcumqwgrva\n"
-                         "6GAqa8H/puw0cZHsWLIQTcjqlC42z+NxzufeFXS+syYHkZSufS5NjSKfyyFnhzMn\n"
-                         "N0xOnJYfgL5LFVXC/nBI+F3tZ0PAu1xLGWq9hfPUzJ4/lhrNKCN31962tABjSTku\n"
-                         "xUdJfBGtX6v8H4K9+hAWDZYdyBMaLtQ2qbFUZY2/62luEiVMk/4J+X5HdZBJpy+k\n"
-                         "/jDf3MQZPMmAWWi1kU5KKDAF7o1ArZadSOtDUnF9ea6fCBRW7BQydPoSKOwTzlky\n"
-                         "bVs4Oe+BwbUKSODCvPiA5RxbYZBYFzgmsuq2hpYHrRTJ0N/osDzoP68KIsC16DlO\n"
-                         "lwIDAQAB\n"
-                         "-----END PUBLIC KEY-----\n";
+constexpr char publicKey[] = "-----BEGIN PUBLIC KEY-----\n"
+                             "MIIBIjANBgkqhkiG9w0BAQEFAAOCAQ8AMIIBCgKCAQEAkzwWiTa+HUjcumqwgrva\n"
+                             "6GAqa8H/puw0cZHsWLIQTcjqlC42z+NxzufeFXS+syYHkZSufS5NjSKfyyFnhzMn\n"
+                             "N0xOnJYfgL5LFVXC/nBI+F3tZ0PAu1xLGWq9hfPUzJ4/lhrNKCN31962tABjSTku\n"
+                             "xUdJfBGtX6v8H4K9+hAWDZYdyBMaLtQ2qbFUZY2/62luEiVMk/4J+X5HdZBJpy+k\n"
+                             "/jDf3MQZPMmAWWi1kU5KKDAF7o1ArZadSOtDUnF9ea6fCBRW7BQydPoSKOwTzlky\n"
+                             "bVs4Oe+BwbUKSODCvPiA5RxbYZBYFzgmsuq2hpYHrRTJ0N/osDzoP68KIsC16DlO\n"
+                             "lwIDAQAB\n"
+                             "-----END PUBLIC KEY-----\n";
 
 } // namespace
 

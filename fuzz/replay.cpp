@@ -21,7 +21,7 @@ int main(int argc, char **argv) {
             std::printf("%s\n", qPrintable(name)); // the last line names the input that failed
             std::fflush(stdout);
             LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(bytes.constData()),
-                                   static_cast<std::size_t>(bytes.size()));
+                                   std::size_t(bytes.size()));
             ++count;
         }
     }

@@ -18,7 +18,7 @@ inline void demand(bool kept) {
 }
 
 inline QByteArray bytesOf(const std::uint8_t *data, std::size_t size) {
-    return QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    return QByteArray(reinterpret_cast<const char *>(data), int(size));
 }
 
 // A temporary folder: each input becomes a file. The fuzzer ends without tidying up, so scripts/fuzz

@@ -30,7 +30,7 @@
 
 namespace {
 
-const char projectText[] = R"({"schemaVersion": 1,
+constexpr char projectText[] = R"({"schemaVersion": 1,
 "project": {"name": "line3", "displayName": "Line 3", "createdAt": "2026-01-01", "version": "1.0"},
 "scripts": [{"id": "main", "path": "main.ys", "role": "main"}],
 "tasks": {"main": {"entryScriptId": "main"}}})";
@@ -45,10 +45,10 @@ void write(const QString &path, const QByteArray &content) {
 // Half of each file can be packed, half not.
 QByteArray contentOf(int number, int size) {
     QByteArray content(size, '\0');
-    quint32 state = static_cast<quint32>(number) * 2654435761U + 1;
+    quint32 state = quint32(number) * 2654435761U + 1;
     for (int i = 0; i < size / 2; ++i) {
         state = state * 1664525U + 1013904223U;
-        content[i] = static_cast<char>(state >> 24);
+        content[i] = char(state >> 24);
     }
     return content;
 }
@@ -62,7 +62,7 @@ struct Place {
 };
 
 void makeProject(const Place &place, int mebibytes, int files) {
-    const auto size = static_cast<int>((qint64(mebibytes) << 20) / files);
+    const auto size = int((qint64(mebibytes) << 20) / files);
     write(place.at("old/line3.yslib"), projectText);
     write(place.at("old/main.ys"), "");
     for (int i = 0; i < files; ++i)
@@ -166,13 +166,12 @@ void compareHash(const Place &place, int rounds) {
         clock.start();
         if (fileSha256Hex(place.at("line3.zip")).isEmpty())
             qFatal("no hash");
-        ours.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e9);
+        ours.push_back(double(clock.nsecsElapsed()) / 1e9);
         theirs.push_back(runProcess({"openssl", "dgst", "-sha256", "-out", "/dev/null",
                                      place.bytes("line3.zip")})
                              .seconds);
     }
-    const double mebibytes =
-        static_cast<double>(QFileInfo(place.at("line3.zip")).size()) / (1 << 20);
+    const double mebibytes = double(QFileInfo(place.at("line3.zip")).size()) / (1 << 20);
     std::printf("hash of %.0f MiB: fileSha256Hex %.2f s (%.0f MiB/s), openssl dgst %.2f s "
                 "(%.0f MiB/s), ratio %.2f\n",
                 mebibytes, median(ours), mebibytes / median(ours), median(theirs),

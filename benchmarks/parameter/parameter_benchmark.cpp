@@ -21,7 +21,7 @@ constexpr int writesInARound = 20000;
 QStringList namesOf(qint64 count) {
     QStringList names;
     for (qint64 i = 0; i < count; ++i)
-        names << QStringLiteral("station_%1").arg(i, 5, 10, QLatin1Char('0'));
+        names.append(QStringLiteral("station_%1").arg(i, 5, 10, QLatin1Char('0')));
     return names;
 }
 
@@ -50,7 +50,7 @@ public:
         m_thread.wait();
     }
 
-signals:
+Q_SIGNALS:
     void ParaWriteSigDate(QString name, YsDate value);
 
 private:
@@ -67,13 +67,13 @@ void measureWrites(benchmark::State &state, Receiver &receiver, const QStringLis
     YsDate value;
     value.value = 12.5;
     for (const QString &name : names)
-        emit receiver.ParaWriteSigDate(name, value);
+        Q_EMIT receiver.ParaWriteSigDate(name, value);
     waitFor(&receiver);
 
     int next = 0;
     for (auto _ : state) {
         for (int i = 0; i < writesInARound; ++i) {
-            emit receiver.ParaWriteSigDate(names.at(next), value);
+            Q_EMIT receiver.ParaWriteSigDate(names.at(next), value);
             next = (next + 1) % names.size();
         }
         waitFor(&receiver);

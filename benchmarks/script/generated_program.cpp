@@ -3,7 +3,7 @@
 namespace {
 
 // %1 makes the names of each function differ, as they do in a real program.
-const char scriptFunction[] = R"(function inspect_%1(int first, int second) {
+constexpr char scriptFunction[] = R"(function inspect_%1(int first, int second) {
     int total = 0;
     float limit_%1 = 12.75;
     static int runs;
@@ -31,7 +31,7 @@ const char scriptFunction[] = R"(function inspect_%1(int first, int second) {
 
 )";
 
-const char luaFunction[] = R"(function inspect_%1(first, second)
+constexpr char luaFunction[] = R"(function inspect_%1(first, second)
     local total = 0;
     local limit_%1 = 12.75;
     local runs;

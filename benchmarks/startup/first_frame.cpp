@@ -19,7 +19,7 @@
 namespace {
 
 const unsigned long unpainted = 0xff00ff; // a colour that no window of ours has
-const double patience = 30000;            // milliseconds
+constexpr double patience = 30000;        // milliseconds
 const timespec pollPause{0, 200000};
 
 [[noreturn]] void giveUp(const char *reason) {
@@ -30,7 +30,7 @@ const timespec pollPause{0, 200000};
 double now() {
     timespec time{};
     clock_gettime(CLOCK_MONOTONIC, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
 }
 
 // A connection of its own for each measurement, with the screen painted in the one colour: a window

@@ -22,10 +22,10 @@ struct Series {
     QVector<double> proportional;
 
     void add(const FirstFrame &frame) {
-        time << frame.milliseconds;
-        cpu << frame.cpuMilliseconds;
-        resident << frame.residentMiB;
-        proportional << frame.proportionalMiB;
+        time.append(frame.milliseconds);
+        cpu.append(frame.cpuMilliseconds);
+        resident.append(frame.residentMiB);
+        proportional.append(frame.proportionalMiB);
     }
 };
 

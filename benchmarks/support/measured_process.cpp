@@ -24,8 +24,7 @@ Spent runProcess(const std::vector<QByteArray> &command) {
     if (posix_spawnp(&child, arguments.front(), nullptr, nullptr, arguments.data(), environ) != 0 ||
         wait4(child, &status, 0, &usage) != child || status != 0)
         qFatal("%s failed", command.front().constData());
-    return {static_cast<double>(clock.nsecsElapsed()) / 1e9,
-            static_cast<double>(usage.ru_maxrss) / 1024};
+    return {double(clock.nsecsElapsed()) / 1e9, double(usage.ru_maxrss) / 1024};
 }
 
 double median(std::vector<double> values) {

@@ -57,7 +57,7 @@ void compareVerification(const QDir &folder, int projects, int rounds) {
         clock.start();
         if (!verifyManifest(manifest, QFile::decodeName(keyPath)).ok)
             qFatal("the manifest is not verified");
-        ours.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6);
+        ours.push_back(double(clock.nsecsElapsed()) / 1e6);
         floor.push_back(1000 * runProcess({"openssl", "dgst", "-sha256", "-verify", keyPath, "-out",
                                            "/dev/null", "-signature", signaturePath, dataPath})
                                    .seconds);
@@ -117,7 +117,7 @@ private:
 void compareFetch(const QDir &folder, int mebibytes, int rounds) {
     QByteArray package(mebibytes << 20, '\0');
     for (int i = 0; i < package.size(); ++i)
-        package[i] = static_cast<char>((static_cast<quint32>(i) * 2654435761U) >> 17);
+        package[i] = char((quint32(i) * 2654435761U) >> 17);
     write(folder, "package.zip", package);
     package.clear();
     const Server server(folder);

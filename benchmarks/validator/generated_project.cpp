@@ -9,7 +9,7 @@
 namespace {
 
 // Twenty lines of the kind that line scripts are made of. %1 makes names differ.
-const char scriptFunction[] = R"(function measure_%1(int first, int second) {
+constexpr char scriptFunction[] = R"(function measure_%1(int first, int second) {
     int total = 0;
     float scale = 1.5;
     for (int i = 0; i < 100; i = i + 1) {
@@ -31,7 +31,7 @@ const char scriptFunction[] = R"(function measure_%1(int first, int second) {
 }
 )";
 
-const char luaFunction[] = R"(function measure_%1(first, second)
+constexpr char luaFunction[] = R"(function measure_%1(first, second)
     local total = 0;
     local scale = 1.5;
     for i = 0, 100 - 1, 1 do
@@ -53,7 +53,7 @@ const char luaFunction[] = R"(function measure_%1(first, second)
 end
 )";
 
-const int linesOfFunction = 20;
+constexpr int linesOfFunction = 20;
 
 QString nameOf(int number) {
     return QString::number(number).rightJustified(6, QLatin1Char('0'));

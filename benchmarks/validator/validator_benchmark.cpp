@@ -85,8 +85,8 @@ double processorSeconds() {
     for (const auto who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
         rusage usage = {};
         getrusage(who, &usage);
-        total += static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-                 static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+        total += double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+                 double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
     }
     return total;
 }
@@ -97,7 +97,7 @@ Time measure(Work work) {
     QElapsedTimer timer;
     timer.start();
     work();
-    return {static_cast<double>(timer.nsecsElapsed()) / 1e9, processorSeconds() - before};
+    return {double(timer.nsecsElapsed()) / 1e9, processorSeconds() - before};
 }
 
 void printTimes(const char *name, std::vector<double> &times) {
@@ -157,7 +157,7 @@ void compare(const Size &size, const QString &folder) {
     const double our = report("validateProjectFile", ours);
     const double their = report("luac5.4 -p", theirs);
     std::printf("ratio of the medians     %.2f   (reach 3, aim 2)\n", our / their);
-    const double above = static_cast<double>(peakOf(project) - peakOf(empty)) / 1024;
+    const double above = double(peakOf(project) - peakOf(empty)) / 1024;
     std::printf("peak above an empty one  %.1f MiB   (reach 20)\n", above);
 }
 

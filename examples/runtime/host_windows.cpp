@@ -22,7 +22,6 @@ std::vector<std::string> commandLine(int, char **) {
 std::string environment(const char *name) {
     const std::wstring wide = fs::u8path(name).wstring();
     std::wstring value(GetEnvironmentVariableW(wide.c_str(), nullptr, 0), L'\0');
-    value.resize(
-        GetEnvironmentVariableW(wide.c_str(), value.data(), static_cast<DWORD>(value.size())));
+    value.resize(GetEnvironmentVariableW(wide.c_str(), value.data(), DWORD(value.size())));
     return fs::path(value).u8string();
 }

@@ -151,7 +151,7 @@ Script readScript(const fs::path &folder) {
     if (isDecimal(values["lifetime_ms"]))
         script.lifetimeMs = std::strtoll(values["lifetime_ms"].c_str(), nullptr, 10);
     if (isDecimal(values["exit_code"]))
-        script.exitCode = static_cast<int>(std::strtol(values["exit_code"].c_str(), nullptr, 10));
+        script.exitCode = int(std::strtol(values["exit_code"].c_str(), nullptr, 10));
     script.crash = values["crash"] == "true";
     return script;
 }

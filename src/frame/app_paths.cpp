@@ -13,7 +13,7 @@
 namespace {
 
 // The program's own folder and five ancestors.
-const int searchedFolders = 6;
+constexpr int searchedFolders = 6;
 
 QString root;      // written by initialize() and inspect() alone
 QString inspected; // the program's folder of another installation; usually empty
@@ -243,7 +243,7 @@ QString AppPaths::findUsbManifest() {
     const auto volumes = QStorageInfo::mountedVolumes();
     for (const QStorageInfo &volume : volumes) {
         if (volume.isValid() && volume.isReady())
-            roots << volume.rootPath();
+            roots.append(volume.rootPath());
     }
     return findUsbManifest(roots);
 }

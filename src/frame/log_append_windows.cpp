@@ -66,8 +66,7 @@ bool appendToFile(const QString &path, const QByteArray &text) {
     if (file == INVALID_HANDLE_VALUE)
         return false;
     DWORD written = 0;
-    const BOOL done =
-        WriteFile(file, bytes.constData(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    const BOOL done = WriteFile(file, bytes.constData(), DWORD(bytes.size()), &written, nullptr);
     CloseHandle(file);
-    return done != FALSE && written == static_cast<DWORD>(bytes.size());
+    return done != FALSE && written == DWORD(bytes.size());
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-const int examinedAtOpen = 100; // older recent projects wait until they come among these
+constexpr int examinedAtOpen = 100; // older recent projects wait until they come among these
 
 QString connectionName() {
     return QStringLiteral("quorvane");

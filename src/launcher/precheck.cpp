@@ -22,7 +22,7 @@ bool LauncherService::runPrecheck(QString *error) const {
     const QStringList warnings = warningLines(issues);
     QString missing;
     if (!skipCorePluginPrecheck && !hasCorePlugin(AppPaths::pluginsDirectory(), &missing))
-        errors << missing;
+        errors.append(missing);
     if (!errors.isEmpty())
         return refuse(tr("项目预检失败：\n%1\n日志：%2").arg(errors.join(QLatin1Char('\n')), log));
     // Warnings are for the log alone: they do not stop an operator.

@@ -59,7 +59,7 @@ QString newLaunchNonce() {
     QByteArray bytes;
     for (int i = 0; i < nonceBytes; ++i) {
         const quint32 draw = QRandomGenerator64::global()->QRandomGenerator::generate();
-        bytes.append(static_cast<char>(draw >> 24));
+        bytes.append(char(draw >> 24));
     }
     return QString::fromLatin1(bytes.toHex());
 }
@@ -96,7 +96,7 @@ QStringList LauncherService::buildLaunchArguments(const QString &nonce) const {
         QStringLiteral("--locale=%1").arg(LocaleManager::instance().currentLocale()),
     };
     if (reloadModelsOnLaunch)
-        arguments << QStringLiteral("--reload-models");
+        arguments.append(QStringLiteral("--reload-models"));
     return arguments;
 }
 

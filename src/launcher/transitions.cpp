@@ -7,7 +7,7 @@ using State = LauncherService::State;
 namespace {
 
 constexpr StateSet only(State state) {
-    return 1U << static_cast<unsigned>(state);
+    return 1U << unsigned(state);
 }
 
 constexpr StateSet idle = only(State::Idle);

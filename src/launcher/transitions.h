@@ -27,7 +27,7 @@ struct Transition {
 extern const std::array<Transition, 54> transitions;
 
 [[nodiscard]] constexpr bool holds(StateSet states, LauncherService::State state) {
-    return ((states >> static_cast<unsigned>(state)) & 1U) != 0;
+    return ((states >> unsigned(state)) & 1U) != 0;
 }
 
 // Whether a row leads from one state to the other. Receivers that run an event loop of their own (a

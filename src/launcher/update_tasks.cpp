@@ -232,7 +232,7 @@ QString LauncherService::setupDetails(const ComponentSetupResult &result) const 
     QStringList lines{selection.project ? tr("项目更新已完成。") : tr("已跳过项目更新。")};
     for (const QString &text : {result.summary, result.warnings}) {
         if (!text.isEmpty())
-            lines << text;
+            lines.append(text);
     }
     return lines.join(QLatin1Char('\n'));
 }

@@ -6,6 +6,6 @@
 class BaseImageObject : public QObject {
     Q_OBJECT
 
-signals:
+Q_SIGNALS:
     void SendMessage(QString message);
 };

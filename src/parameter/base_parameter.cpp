@@ -24,7 +24,7 @@ bool isReserved(const QString &name) {
 // False if memory cannot hold so many.
 bool fill(std::vector<YsDate> &elements, const YsDate &value, qint32 number) {
     try {
-        elements.assign(number > 0 ? static_cast<std::size_t>(number) : 0, value);
+        elements.assign(number > 0 ? std::size_t(number) : 0, value);
         return true;
     } catch (const std::bad_alloc &) {
         return false;
@@ -101,9 +101,9 @@ bool BaseParameter::ParaModify(const QString &name, const YsDate &value) {
 bool BaseParameter::ParaModifyElement(const QString &name, const YsDate &value, qint32 index) {
     if (!isCreated())
         return refuse(notCreatedMessage(name));
-    if (index < 0 || static_cast<std::size_t>(index) >= m_values.size())
+    if (index < 0 || std::size_t(index) >= m_values.size())
         return refuse(limitMessage(name, index));
-    YsDate &element = m_values[static_cast<std::size_t>(index)];
+    YsDate &element = m_values[std::size_t(index)];
     if (element.kind != value.kind)
         return refuse(kindMessage(name));
     element = value;
@@ -116,7 +116,7 @@ bool BaseParameter::isCreated() const {
 
 // Always true, so that a modification can return its refusal in one line.
 bool BaseParameter::refuse(const QString &message) {
-    emit SendMessage(message);
+    Q_EMIT SendMessage(message);
     return true;
 }
 

@@ -44,7 +44,7 @@ public:
     qint32 m_arraySize =
         0; // As given at creation; not changed when a scalar write shrinks an array.
 
-signals:
+Q_SIGNALS:
     // Why a write was refused.
     void SendMessage(QString message);
 

@@ -92,8 +92,8 @@ void SourceParameter::PrintThreadIDSlots() {
 void SourceParameter::ParaWriteSloDate(const QString &name, const YsDate &value) {
     const Target target = parseTarget(name);
     if (!target.isValid) {
-        emit SendMessage(QStringLiteral("写入变量：") + name +
-                         QStringLiteral(" 时，参数名数组定位获取失败"));
+        Q_EMIT SendMessage(QStringLiteral("写入变量：") + name +
+                           QStringLiteral(" 时，参数名数组定位获取失败"));
         return;
     }
     const int position = m_names.indexOf(target.plainName);
@@ -113,7 +113,7 @@ void SourceParameter::ParaWriteSloDate(const QString &name, const YsDate &value)
 void SourceParameter::ParaDeleteSloDate(const QString &name) {
     const int position = m_names.indexOf(plainNameOf(name));
     if (position < 0) {
-        emit SendMessage(QStringLiteral("删除变量：") + name + QStringLiteral(" 时，变量未创建"));
+        Q_EMIT SendMessage(QStringLiteral("删除变量：") + name + QStringLiteral(" 时，变量未创建"));
         return;
     }
     m_parameters.removeAt(position);

@@ -45,7 +45,7 @@ public:
     QThread *m_thread = nullptr; // Null if not threaded.
     bool m_threaded;
 
-signals:
+Q_SIGNALS:
     // By value: what is emitted must be a copy.
     void ParaWriteSigDate(QString name, YsDate value);
     // An index in the name is ignored: the whole variable goes.
@@ -54,11 +54,11 @@ signals:
     void SendMessage(QString message);
     void PrintThreadIDSignals();
 
-public slots:
+public Q_SLOTS:
     // Writes the id of the store's thread to the debug log, from that thread.
     void PrintThreadIDSlots();
 
-private slots:
+private Q_SLOTS:
     void ParaWriteSloDate(const QString &name, const YsDate &value);
     void ParaDeleteSloDate(const QString &name);
 

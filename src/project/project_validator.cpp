@@ -85,7 +85,7 @@ QStringList linesOf(const QVector<ProjectIssue> &issues, bool errors) {
     QStringList lines;
     for (const ProjectIssue &issue : issues) {
         if (isError(issue) == errors)
-            lines += formatIssue(issue);
+            lines.append(formatIssue(issue));
     }
     return lines;
 }
@@ -106,7 +106,7 @@ QVector<ProjectIssue> validateProjectText(const QString &text, const QString &pr
 QString formatProjectIssues(const QVector<ProjectIssue> &issues) {
     QStringList lines;
     for (const ProjectIssue &issue : issues)
-        lines += formatIssue(issue);
+        lines.append(formatIssue(issue));
     return lines.join(QLatin1Char('\n'));
 }
 

@@ -21,7 +21,7 @@ QStringList badlyNamedGlobals(const QString &text) {
     while (matches.hasNext()) {
         const QString name = matches.next().captured(1);
         if (!followsGlobalNaming(name))
-            names += name;
+            names.append(name);
     }
     return names;
 }

@@ -18,8 +18,8 @@
 
 namespace validator {
 
-const qint32 errorSeverity = 0;
-const qint32 warningSeverity = 1;
+inline constexpr qint32 errorSeverity = 0;
+inline constexpr qint32 warningSeverity = 1;
 
 // What one run works on. The rules read everything above `issues` and append to it.
 struct Run {

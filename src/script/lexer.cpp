@@ -11,8 +11,8 @@ namespace {
 
 // A guess at the number of tokens saves the copies of a growing vector. It is bounded, since a huge
 // text need not hold a single token.
-const int unitsOfToken = 3;
-const int mostReserved = 4 * 1024 * 1024;
+constexpr int unitsOfToken = 3;
+constexpr int mostReserved = 4 * 1024 * 1024;
 
 struct Operator {
     qint32 kind = -1;

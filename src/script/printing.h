@@ -73,7 +73,7 @@ public:
     }
 
 private:
-    static const int unitsOfPiece = 65536;
+    static constexpr int unitsOfPiece = 65536;
 
     const TextSink &sink;
     QString piece;

@@ -43,7 +43,8 @@ bool spansScripts(const Definitions &definitions) {
 QString placesOf(const Definitions &definitions) {
     QStringList places;
     for (const GlobalDefinition &definition : definitions)
-        places += QStringLiteral("%1:%2").arg(definition.path, QString::number(definition.line));
+        places.append(
+            QStringLiteral("%1:%2").arg(definition.path, QString::number(definition.line)));
     return places.join(QStringLiteral(", "));
 }
 

@@ -36,7 +36,8 @@ ScriptFacts factsOf(const QString &filePath, const QString &text) {
     for (const std::shared_ptr<Stmt> &statement : program->statements) {
         const auto *const import = dynamic_cast<const ImportStmt *>(statement.get());
         if (import != nullptr && !isRootedPath(import->path))
-            facts.imports += QDir::cleanPath(folder.absoluteFilePath(slashedPath(import->path)));
+            facts.imports.append(
+                QDir::cleanPath(folder.absoluteFilePath(slashedPath(import->path))));
         const auto *const declaration = dynamic_cast<const VarDeclStmt *>(statement.get());
         if (declaration != nullptr && declaration->isGlobal)
             facts.globals.append({declaration->name, declaration->line});

@@ -6,9 +6,9 @@
 namespace ast {
 namespace {
 
-const quint32 firstSize = 64;
+constexpr quint32 firstSize = 64;
 // A well-mixed hash in a half-full table needs a few; the bound is for hostile scripts.
-const quint32 probeLimit = 32;
+constexpr quint32 probeLimit = 32;
 
 bool equals(const QString &text, const QChar *units, qint32 length) {
     return text.size() == length &&

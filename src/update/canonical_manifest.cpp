@@ -34,7 +34,7 @@ QString canonicalRecord(const QJsonValue &value, const Keys &keys) {
     QStringList members;
     for (const QLatin1String key : keys) {
         if (record.contains(key))
-            members += member(key, jsonQuote(record.value(key).toString()));
+            members.append(member(key, jsonQuote(record.value(key).toString())));
     }
     return object(members);
 }
@@ -44,7 +44,7 @@ QString canonicalRecords(const QJsonValue &value, const Keys &keys) {
     QStringList records;
     const QJsonArray array = value.toArray();
     for (const QJsonValue &element : array)
-        records += canonicalRecord(element, keys);
+        records.append(canonicalRecord(element, keys));
     return QLatin1Char('[') + records.join(QLatin1Char(',')) + QLatin1Char(']');
 }
 
@@ -91,7 +91,7 @@ QString canonicalManifest(const QJsonObject &root) {
     QStringList members; // `signature` is dropped by never being listed
     for (const manifest_keys::RootKey &entry : manifest_keys::root) {
         if (root.contains(entry.key))
-            members += member(entry.key, canonicalValue(root.value(entry.key), entry.holds));
+            members.append(member(entry.key, canonicalValue(root.value(entry.key), entry.holds)));
     }
     return object(members);
 }

@@ -15,9 +15,9 @@
 
 namespace {
 
-const int cancelPollMs = 100;
-const int downloadTimeoutMs = 120000;
-const int downloadRedirects = 8;
+constexpr int cancelPollMs = 100;
+constexpr int downloadTimeoutMs = 120000;
+constexpr int downloadRedirects = 8;
 
 QString tooLargeText(const QUrl &url) {
     return QStringLiteral("response body too large for memory from %1").arg(url.toString());

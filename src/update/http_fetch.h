@@ -16,7 +16,7 @@ class QEventLoop;
 class QNetworkReply;
 
 // What a byte array can hold: a larger body is refused.
-const qint64 largestDownload = 0x7FFFFF00; // bytes
+inline constexpr qint64 largestDownload = 0x7FFFFF00; // bytes
 
 struct FetchResult {
     QByteArray body;

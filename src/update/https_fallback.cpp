@@ -11,8 +11,8 @@
 
 namespace {
 
-const int graceMs = 5000; // beyond the client's own limit
-const int killMs = 30000; // for a killed client to be gone
+constexpr int graceMs = 5000; // beyond the client's own limit
+constexpr int killMs = 30000; // for a killed client to be gone
 
 // Deletes the client's file on every way out.
 struct TargetFile {

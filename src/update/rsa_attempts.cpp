@@ -13,7 +13,7 @@ QByteArray reversed(QByteArray bytes) {
 
 // The status is widened with its sign, so a failure prints as sixteen digits from FFFFFFFF on.
 QString hexStatus(qint32 status) {
-    return QString::number(static_cast<quint64>(static_cast<qint64>(status)), 16).toUpper();
+    return QString::number(quint64(qint64(status)), 16).toUpper();
 }
 
 // False, with the text of the failed step put at the end of the report.

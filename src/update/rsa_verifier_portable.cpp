@@ -28,12 +28,11 @@ const unsigned char *bytesOf(const QByteArray &bytes) {
 
 bool signatureMatches(EVP_PKEY *key, const QByteArray &sha256, const QByteArray &signature) {
     const KeyContext context(EVP_PKEY_CTX_new(key, nullptr));
-    const bool valid =
-        context && EVP_PKEY_verify_init(context.get()) == 1 &&
-        EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_PADDING) == 1 &&
-        EVP_PKEY_CTX_set_signature_md(context.get(), EVP_sha256()) == 1 &&
-        EVP_PKEY_verify(context.get(), bytesOf(signature), static_cast<size_t>(signature.size()),
-                        bytesOf(sha256), static_cast<size_t>(sha256.size())) == 1;
+    const bool valid = context && EVP_PKEY_verify_init(context.get()) == 1 &&
+                       EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_PADDING) == 1 &&
+                       EVP_PKEY_CTX_set_signature_md(context.get(), EVP_sha256()) == 1 &&
+                       EVP_PKEY_verify(context.get(), bytesOf(signature), size_t(signature.size()),
+                                       bytesOf(sha256), size_t(sha256.size())) == 1;
     // A refusal leaves entries in this thread's error queue, which nobody reads.
     ERR_clear_error();
     return valid;
@@ -44,7 +43,7 @@ public:
     RsaStep decodeKey(const QByteArray &derKey) override {
         const unsigned char *at = bytesOf(derKey);
         const unsigned char *end = at + derKey.size();
-        info.reset(d2i_X509_PUBKEY(nullptr, &at, static_cast<long>(derKey.size())));
+        info.reset(d2i_X509_PUBKEY(nullptr, &at, long(derKey.size())));
         ERR_clear_error();
         return info && at == end ? RsaStep{true} : RsaStep{false, asn1BadTag};
     }
@@ -59,7 +58,7 @@ public:
     }
 
     qint32 verifyHash(const QByteArray &sha256, const QByteArray &signature) override {
-        return signatureMatches(key, sha256, signature) ? 0 : static_cast<qint32>(invalidSignature);
+        return signatureMatches(key, sha256, signature) ? 0 : qint32(invalidSignature);
     }
 
     RsaStep acquireLegacyContext() override { return {true}; }

@@ -15,7 +15,7 @@ BYTE *bytesOf(const QByteArray &bytes) {
 }
 
 DWORD sizeOf(const QByteArray &bytes) {
-    return static_cast<DWORD>(bytes.size());
+    return DWORD(bytes.size());
 }
 
 RsaStep outcome(BOOL succeeded) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-const int boxLines = 16;                 // beyond these the text scrolls
+constexpr int boxLines = 16;             // beyond these the text scrolls
 const QSize scrollingTextSize(560, 320); // pixels; leaves the OK button on a small screen
 
 bool isLong(const QMessageBox &box) {

@@ -14,7 +14,7 @@ const QChar ellipsis(0x2026);
 
 // Whether a font made for European scripts may lack some of the characters.
 bool needsStandIn(const QString &text) {
-    const ushort firstBeyond = 0x0590; // where Latin, Greek and Cyrillic end
+    constexpr ushort firstBeyond = 0x0590; // where Latin, Greek and Cyrillic end
     return std::any_of(text.cbegin(), text.cend(), [&](QChar character) {
         const bool punctuation = character.unicode() >= 0x2000 && character.unicode() < 0x2070;
         return character.unicode() >= firstBeyond && !punctuation;
@@ -93,7 +93,7 @@ QStringList TextLabel::lines(int width, int limit) const {
     for (const QString &paragraph : paragraphs) {
         if (all.size() >= limit)
             break;
-        all += brokenParagraph(paragraph, font(), width, limit - all.size());
+        all.append(brokenParagraph(paragraph, font(), width, limit - all.size()));
     }
     return all;
 }

@@ -87,7 +87,7 @@ void LauncherWindow::refreshLogView() {
 // for the rest. Where the largest window would not hold it, the long labels lose line after line. The
 // window never shrinks by itself.
 void LauncherWindow::fitToText() {
-    const int mostLines = 12;
+    constexpr int mostLines = 12;
     const QList<TextLabel *> flowing = {statusLabel, bannerLabel, taskDetailLabel};
     const auto layoutAnew = [this] {
         for (QWidget *panel : {repairPanel, bannerPanel, taskPanel})

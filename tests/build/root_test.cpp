@@ -11,7 +11,7 @@
 class RootTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void rootOfEachPlace_data();
     void rootOfEachPlace();
     void buildTreeOfThisSourceTree();

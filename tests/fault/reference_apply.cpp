@@ -28,7 +28,7 @@ using support::FileTree;
 
 namespace {
 
-const char projectName[] = "产线三.yslib";
+constexpr char projectName[] = "产线三.yslib";
 
 QByteArray projectText(const QByteArray &version) {
     return R"({"schemaVersion": 1,

@@ -81,8 +81,8 @@ public:
                          QDirIterator::Subdirectories);
         while (all.hasNext()) {
             const QString entry = all.next();
-            entries << relative(entry) + ' ' +
-                           QString::number(all.fileInfo().lastModified().toMSecsSinceEpoch());
+            entries.append(relative(entry) + ' ' +
+                           QString::number(all.fileInfo().lastModified().toMSecsSinceEpoch()));
         }
         entries.sort();
         return entries << QFileInfo(path(folder)).lastModified().toString(Qt::ISODateWithMs);
@@ -101,7 +101,7 @@ QString inData(const QString &name) {
 class AppPathsTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void dataPathsFollowTheDataFolder() {
         QCOMPARE(AppPaths::dataDirectory(), inData(""));
         QCOMPARE(AppPaths::databasePath(), inData("/Quorvane.db"));
@@ -404,7 +404,7 @@ private slots:
         const auto volumes = QStorageInfo::mountedVolumes();
         for (const QStorageInfo &volume : volumes) {
             if (volume.isValid() && volume.isReady())
-                ready << volume.rootPath();
+                ready.append(volume.rootPath());
         }
         QVERIFY(!ready.isEmpty());
         QCOMPARE(AppPaths::findUsbManifest(), AppPaths::findUsbManifest(ready));

@@ -49,7 +49,7 @@ QVector<int> countLines(const QString &word, int count) {
 class LaunchLogTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void init() {
         QVERIFY(QDir().mkpath(AppPaths::dataDirectory()));
         QFile::remove(AppPaths::launchLogPath());
@@ -158,7 +158,7 @@ private slots:
     }
 
     void threadsLoseNoLine() {
-        const int threads = 8;
+        constexpr int threads = 8;
         const int count = linesOfEach;
         std::vector<std::thread> writers;
         writers.reserve(threads);
@@ -176,8 +176,8 @@ private slots:
     }
 
     void longLinesOfThreadsStayWhole() {
-        const int threads = 4;
-        const int count = 100;
+        constexpr int threads = 4;
+        constexpr int count = 100;
         const QString filler(100000, 'z');
         std::vector<std::thread> writers;
         writers.reserve(threads);

@@ -68,7 +68,7 @@ public:
 protected:
     void changeEvent(QEvent *event) override {
         if (event->type() == QEvent::LanguageChange)
-            seen << translated() + " " + stored();
+            seen.append(translated() + " " + stored());
         QLabel::changeEvent(event);
     }
 };
@@ -86,7 +86,7 @@ protected:
 class LocaleManagerTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         QCOMPARE(manager().currentLocale(), QString("zh_CN"));
         QVERIFY(!manager().isEnglish());

@@ -32,7 +32,7 @@ void outliveTheService() {
 } // namespace
 
 void note(const QString &step) {
-    notes << step;
+    notes.append(step);
 }
 
 void Paths::initialize() {
@@ -126,7 +126,7 @@ void Window::showEvent(QShowEvent *event) {
 class MainTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void buildsInOrderAndTearsDownInReverse() {
         char program[] = "Quorvaner";
         char *arguments[] = {program, nullptr};

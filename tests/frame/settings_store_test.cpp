@@ -24,12 +24,12 @@ QStringList sql(const QString &statement) {
         database.setDatabaseName(AppPaths::databasePath());
         QSqlQuery query(database);
         if (!database.open() || !(query = QSqlQuery(database)).exec(statement))
-            rows << "failed: " + query.lastError().text();
+            rows.append("failed: " + query.lastError().text());
         while (query.next()) {
             QStringList columns;
             for (int i = 0; query.value(i).isValid(); ++i)
-                columns << (query.isNull(i) ? "NULL" : query.value(i).toString());
-            rows << columns.join("|");
+                columns.append(query.isNull(i) ? "NULL" : query.value(i).toString());
+            rows.append(columns.join("|"));
         }
     }
     QSqlDatabase::removeDatabase("test");
@@ -61,7 +61,7 @@ QStringList recentNames(int limit) {
     QStringList names;
     const auto projects = store().recentProjects(limit);
     for (const RecentProject &project : projects)
-        names << project.displayName;
+        names.append(project.displayName);
     return names;
 }
 
@@ -74,7 +74,7 @@ const QStringList allTables{"schema_version", "app_settings",   "recent_files",
 class SettingsStoreTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void init() { QVERIFY(QDir().mkpath(AppPaths::dataDirectory())); }
 
     void cleanup() {
@@ -86,18 +86,19 @@ private slots:
         QVERIFY(store().open());
         QCOMPARE(sql("SELECT version FROM schema_version"), QStringList("2"));
         QStringList expected;
-        expected << "CREATE TABLE schema_version (version INTEGER NOT NULL)";
-        expected << "CREATE TABLE app_settings (key TEXT PRIMARY KEY, value TEXT)";
-        expected << "CREATE TABLE recent_files (path TEXT PRIMARY KEY, last_opened TEXT, "
-                    "encoding TEXT)";
-        expected << "CREATE TABLE debug_sessions (id INTEGER PRIMARY KEY AUTOINCREMENT,"
-                    "started_at TEXT, script_hash TEXT, status TEXT)";
-        expected << "CREATE TABLE debug_messages (id INTEGER PRIMARY KEY AUTOINCREMENT,"
-                    "session_id INTEGER, ts TEXT, line_no INTEGER, message TEXT)";
-        expected << "CREATE TABLE parameter_snapshots (id INTEGER PRIMARY KEY AUTOINCREMENT,"
-                    "session_id INTEGER, scope_id INTEGER, payload TEXT)";
-        expected << "CREATE TABLE recent_projects (yslib_path TEXT PRIMARY KEY,display_name TEXT,"
-                    "last_opened INTEGER NOT NULL)";
+        expected.append("CREATE TABLE schema_version (version INTEGER NOT NULL)");
+        expected.append("CREATE TABLE app_settings (key TEXT PRIMARY KEY, value TEXT)");
+        expected.append("CREATE TABLE recent_files (path TEXT PRIMARY KEY, last_opened TEXT, "
+                        "encoding TEXT)");
+        expected.append("CREATE TABLE debug_sessions (id INTEGER PRIMARY KEY AUTOINCREMENT,"
+                        "started_at TEXT, script_hash TEXT, status TEXT)");
+        expected.append("CREATE TABLE debug_messages (id INTEGER PRIMARY KEY AUTOINCREMENT,"
+                        "session_id INTEGER, ts TEXT, line_no INTEGER, message TEXT)");
+        expected.append("CREATE TABLE parameter_snapshots (id INTEGER PRIMARY KEY AUTOINCREMENT,"
+                        "session_id INTEGER, scope_id INTEGER, payload TEXT)");
+        expected.append(
+            "CREATE TABLE recent_projects (yslib_path TEXT PRIMARY KEY,display_name TEXT,"
+            "last_opened INTEGER NOT NULL)");
         QCOMPARE(sql("SELECT sql FROM sqlite_master WHERE type='table' AND name NOT LIKE "
                      "'sqlite_%' ORDER BY rowid"),
                  expected);
@@ -324,7 +325,7 @@ private slots:
     }
 
     void processesLoseNoSetting() {
-        const int count = 100;
+        constexpr int count = 100;
         QProcess one;
         QProcess two;
         for (QProcess *process : {&one, &two})

@@ -34,7 +34,7 @@ inline QByteArray named(const QByteArray &name) {
 inline QStringList ran() {
     QStringList told;
     while (QFileInfo::exists(toldFolder() + QString::number(told.size())))
-        told += readTextFile(toldFolder() + QString::number(told.size()) + "/told");
+        told.append(readTextFile(toldFolder() + QString::number(told.size()) + "/told"));
     return told;
 }
 

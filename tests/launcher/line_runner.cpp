@@ -42,9 +42,9 @@ int main(int argc, char **argv) {
     while (plan >> step) {
         long number = 0;
         if (step == "print" && plan >> number)
-            std::cout << std::string(static_cast<std::size_t>(number), 'x') << std::flush;
+            std::cout << std::string(std::size_t(number), 'x') << std::flush;
         else if (step == "exit" && plan >> number)
-            return static_cast<int>(number);
+            return int(number);
         else if (step == "crash")
             std::abort();
         while (step == "wait" && !fs::exists(folder / "LineRunner.go"))

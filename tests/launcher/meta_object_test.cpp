@@ -14,7 +14,7 @@ QStringList methods(QMetaMethod::MethodType type) {
     QStringList found;
     for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
         if (meta.method(i).methodType() == type)
-            found << QString::fromLatin1(meta.method(i).methodSignature());
+            found.append(QString::fromLatin1(meta.method(i).methodSignature()));
     }
     return found;
 }
@@ -24,7 +24,7 @@ QStringList enumerators(const char *name) {
     const QMetaEnum found = meta.enumerator(meta.indexOfEnumerator(name));
     QStringList keys;
     for (int i = 0; i < found.keyCount(); ++i)
-        keys << QStringLiteral("%1=%2").arg(found.key(i)).arg(found.value(i));
+        keys.append(QStringLiteral("%1=%2").arg(found.key(i)).arg(found.value(i)));
     return keys;
 }
 

@@ -13,23 +13,23 @@ using State = LauncherService::State;
 namespace {
 
 // Two errors and no warning.
-const char brokenProject[] = R"({"schemaVersion": 2,
+constexpr char brokenProject[] = R"({"schemaVersion": 2,
 "project": {"name": "line", "displayName": "Line", "createdAt": "x"},
 "scripts": [{"id": "main", "path": "main.ys", "role": "chief"}],
 "tasks": {"main": {"entryScriptId": "main"}}})";
 
-const char brokenErrors[] = "[Error] schemaVersion: 不支持的 schemaVersion；期望值为 1\n"
-                            "[Error] scripts[0].role: script role 必须为 main、sub 或 module";
+constexpr char brokenErrors[] = "[Error] schemaVersion: 不支持的 schemaVersion；期望值为 1\n"
+                                "[Error] scripts[0].role: script role 必须为 main、sub 或 module";
 
 // Two warnings and no error.
-const char doubtfulProject[] = R"({"schemaVersion": 1,
+constexpr char doubtfulProject[] = R"({"schemaVersion": 1,
 "project": {"name": "line", "displayName": "Line", "createdAt": "x"},
 "scripts": [{"id": "main", "path": "main.ys", "role": "main"}],
 "tasks": {"main": {"entryScriptId": "main"},
           "subs": [{"entryScriptId": "main", "writesGlobals": ["width"]}]},
 "processGroups": [{"aggregate": null}]})";
 
-const char doubtfulWarnings[] =
+constexpr char doubtfulWarnings[] =
     "[Warning] tasks.subs[0].writesGlobals: writesGlobals 项 'width' 不符合 {camId}_{metric} 命名\n"
     "[Warning] processGroups[0]: 不支持 aggregate 字段 (T9:A)；请使用 main 任务脚本";
 
@@ -185,7 +185,7 @@ void PrecheckTest::aFolderOfThatNameIsTheValidatorsToRefuse() {
 
 void PrecheckTest::aFailureLeadsToRepairModeFromEveryState_data() {
     QTest::addColumn<State>("from");
-    for (int i = 0; i <= static_cast<int>(State::Failed); ++i) {
+    for (int i = 0; i <= int(State::Failed); ++i) {
         const State from = static_cast<State>(i);
         QTest::addRow("from %s", qPrintable(SignalLog::name(from))) << from;
     }

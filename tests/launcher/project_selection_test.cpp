@@ -225,7 +225,7 @@ void ProjectSelectionTest::aStaleRecentProjectStays() {
 
 void ProjectSelectionTest::initializeWorksInEveryState_data() {
     QTest::addColumn<State>("from");
-    for (int i = 0; i <= static_cast<int>(State::Failed); ++i) {
+    for (int i = 0; i <= int(State::Failed); ++i) {
         const State from = static_cast<State>(i);
         QTest::addRow("from %s", qPrintable(SignalLog::name(from))) << from;
     }

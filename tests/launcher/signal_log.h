@@ -47,12 +47,12 @@ public:
 
     template<typename Enum>
     [[nodiscard]] static QString name(Enum value) {
-        return QString::fromLatin1(QMetaEnum::fromType<Enum>().valueToKey(static_cast<int>(value)));
+        return QString::fromLatin1(QMetaEnum::fromType<Enum>().valueToKey(int(value)));
     }
 
 private:
     void add(const char *what, const QString &text) {
-        recorded << QString::fromLatin1(what) + ' ' + text;
+        recorded.append(QString::fromLatin1(what) + ' ' + text);
     }
 
     QStringList recorded;

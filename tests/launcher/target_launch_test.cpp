@@ -53,7 +53,7 @@ QStringList launchLines() {
     QStringList lines;
     for (const QString &line : installation::takeLog()) {
         if (line.startsWith("Launching ") || line.startsWith("Target ") || line.startsWith("R1.5"))
-            lines << line;
+            lines.append(line);
     }
     return lines;
 }
@@ -279,7 +279,7 @@ void TargetLaunchTest::buildLaunchArguments() {
     QStringList expected{"--parent-pid=" + pid(), "--nonce=00ff", "--project=" + project,
                          "--locale=zh_CN"};
     if (reload)
-        expected << "--reload-models";
+        expected.append("--reload-models");
     QCOMPARE(service.buildLaunchArguments("00ff"), expected);
     QCOMPARE(service.reloadModelsOnLaunch, reload);
 }
@@ -378,7 +378,7 @@ void TargetLaunchTest::theEndIsLoggedBeforeItIsTold() {
 
 void TargetLaunchTest::aTargetThatEndsIsFailedFromEveryState_data() {
     QTest::addColumn<State>("state");
-    for (int i = 0; i < static_cast<int>(State::Failed); ++i) {
+    for (int i = 0; i < int(State::Failed); ++i) {
         const State state = static_cast<State>(i);
         QTest::addRow("from %s", qPrintable(SignalLog::name(state))) << state;
     }

@@ -246,7 +246,7 @@ QString textOf(const Transition &row) {
     QStringList from;
     for (const State state : allStates()) {
         if (holds(row.from, state))
-            from << SignalLog::name(state);
+            from.append(SignalLog::name(state));
     }
     return from.join(", ") + ": " + eventOf(row) + " -> " + SignalLog::name(row.to) + reachOf(row);
 }
@@ -306,7 +306,7 @@ void TransitionsTest::aRowIsTrue() {
 void TransitionsTest::everyDriveBelongsToARow() {
     QStringList events;
     for (const Transition &row : transitions)
-        events << eventOf(row);
+        events.append(eventOf(row));
     for (const QString &driven : drives().keys())
         QVERIFY2(events.contains(driven), qPrintable(driven));
 }
@@ -318,7 +318,7 @@ void TransitionsTest::noOtherMoveIsInTheTable() {
     for (const State from : allStates()) {
         for (const State to : allStates()) {
             if (from != to && !isTransition(from, to))
-                missing << SignalLog::name(from) + " " + SignalLog::name(to);
+                missing.append(SignalLog::name(from) + " " + SignalLog::name(to));
         }
     }
     QCOMPARE(missing,

@@ -19,7 +19,7 @@ using update_offer::Offer;
 
 namespace {
 
-const char taskCancelledText[] = "更新任务已取消。";
+constexpr char taskCancelledText[] = "更新任务已取消。";
 
 ApplyResult succeeded(const QString &projectPath) {
     return {true, "Project updated", projectPath, QString()};
@@ -108,7 +108,7 @@ QStringList logLines() {
         line.replace(QRegularExpression("(apply|setup)_[0-9a-f]{8}"), "\\1_ID");
         line.replace(QRegularExpression("in \\d+ ms"), "in N ms");
         line.replace(QRegularExpression("_\\d{8}_\\d{6}"), "_TIME");
-        lines << line;
+        lines.append(line);
     }
     return lines;
 }

@@ -25,8 +25,8 @@ QString onlineUrl; // of this test's server
 // A check waits here, on its worker, until the test lets it go: so nothing depends on who is faster.
 QSemaphore gate;
 
-const char manifestPath[] = "/Quorvaner/Update/manifest.json";
-const char skippedKey[] = "update/online_skipped_version_fingerprint";
+constexpr char manifestPath[] = "/Quorvaner/Update/manifest.json";
+constexpr char skippedKey[] = "update/online_skipped_version_fingerprint";
 
 const support::KeyPair &publisher() {
     static const support::KeyPair key = support::KeyPair::rsa(2048);
@@ -112,7 +112,7 @@ QStringList taskLines() {
     QStringList lines;
     for (QString line : installation::takeLog()) {
         if (line.startsWith("[task "))
-            lines << line.replace(id, "check_ID");
+            lines.append(line.replace(id, "check_ID"));
     }
     return lines;
 }
@@ -555,7 +555,7 @@ void UpdatePromptsTest::everyAnswerInEveryState_data() {
     QTest::addColumn<bool>("fromUsb");
     QTest::addColumn<bool>("paused");
     const char *answers[] = {"remind later", "skip for good", "skip and launch"};
-    for (int i = 0; i <= static_cast<int>(State::Failed); ++i) {
+    for (int i = 0; i <= int(State::Failed); ++i) {
         const State from = static_cast<State>(i);
         for (int answer = 0; answer < 3; ++answer) {
             for (const bool usb : {false, true}) {
@@ -592,27 +592,30 @@ void UpdatePromptsTest::everyAnswerInEveryState() {
     const bool resumed = paused && from == State::RepairMode && !passedBy;
     QStringList expected;
     if (answer == 0)
-        expected << "status 已设为下次启动再提醒。本次可继续启动。"
-                 << "prompt BadgeOnly";
+        expected.append({"status 已设为下次启动再提醒。本次可继续启动。", "prompt BadgeOnly"});
     if (answer == 1 && !passedBy)
-        expected << "status 已跳过此在线版本提示。可通过「有更新」再次打开更新。"
-                 << "prompt BadgeOnly";
+        expected.append(
+            {"status 已跳过此在线版本提示。可通过「有更新」再次打开更新。", "prompt BadgeOnly"});
     // On the way through refreshStatus the prompt is weighed anew: a stick's comes back.
     const QString mode = fromUsb ? "UsbBanner" : answer == 2 ? "OnlineBanner" : "BadgeOnly";
     const QStringList again =
         launcher.offer(mode) + (mode == "BadgeOnly" ? QStringList() : QStringList(prompt(fromUsb)));
-    if (resumed)
-        expected << "state Countdown"
-                 << "countdown 3" << again << "countdown 3";
+    if (resumed) {
+        expected.append({"state Countdown", "countdown 3"});
+        expected.append(again);
+        expected.append("countdown 3");
+    }
     const bool settles = answer != 2 && !passedBy && !resumed && from != State::Countdown &&
                          from < State::ApplyingUpdate;
     if (settles)
-        expected << "state RepairMode";
+        expected.append("state RepairMode");
     if (answer == 2) {
         if (from != State::Launch || resumed)
-            expected << "state Launch";
-        expected << "status 已启动 LineRunner.exe"
-                 << "state Monitor" << again << started().last();
+            expected.append("state Launch");
+        expected.append("status 已启动 LineRunner.exe");
+        expected.append("state Monitor");
+        expected.append(again);
+        expected.append(started().last());
         if (from == State::Launch && !resumed)
             expected.removeAll("state Launch");
     }
@@ -677,7 +680,7 @@ void UpdatePromptsTest::answersWithoutAnUpdateDoNothing() {
 
 void UpdatePromptsTest::refreshStatusBuildsTheSummaryAnew_data() {
     QTest::addColumn<State>("state");
-    for (int i = 0; i <= static_cast<int>(State::Failed); ++i) {
+    for (int i = 0; i <= int(State::Failed); ++i) {
         const State state = static_cast<State>(i);
         QTest::addRow("in %s", qPrintable(SignalLog::name(state))) << state;
     }

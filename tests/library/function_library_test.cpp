@@ -37,7 +37,7 @@ FunctionArgument argument(const QString &text, int kind, const QStringList &opti
 class FunctionLibraryTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     // Runs first: nothing has been loaded yet.
     void aNewLibraryIsEmpty() {
         QVERIFY(library().filePath.isEmpty());

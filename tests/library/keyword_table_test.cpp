@@ -8,7 +8,7 @@
 class KeywordTableTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void words_data() {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QString>("word");

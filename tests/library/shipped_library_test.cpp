@@ -20,7 +20,7 @@ QSet<QString> setOf(const QStringList &list) {
 class ShippedLibraryTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         QVERIFY(FunctionLibrary::instance().load(QStringLiteral(SHIPPED_LIBRARY)));
     }

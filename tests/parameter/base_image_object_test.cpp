@@ -6,7 +6,7 @@
 class BaseImageObjectTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void hasTheOneSignal() {
         QCOMPARE(support::ownMethods(BaseImageObject::staticMetaObject),
                  QStringList("public signal void SendMessage(QString)"));
@@ -16,7 +16,7 @@ private slots:
     void itsSignalCarriesTheText() {
         BaseImageObject image;
         QSignalSpy messages(&image, &BaseImageObject::SendMessage);
-        emit image.SendMessage(QStringLiteral("文"));
+        Q_EMIT image.SendMessage(QStringLiteral("文"));
         QCOMPARE(messages.size(), 1);
         QCOMPARE(messages.at(0).at(0).toString(), QStringLiteral("文"));
     }

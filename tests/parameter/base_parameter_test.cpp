@@ -51,7 +51,7 @@ struct Listened {
     QList<int> values() const {
         QList<int> numbers;
         for (const YsDate &element : parameter.m_values)
-            numbers << element.value.toInt();
+            numbers.append(element.value.toInt());
         return numbers;
     }
 };
@@ -61,7 +61,7 @@ struct Listened {
 class BaseParameterTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void hasTheOneSignal() {
         QCOMPARE(support::ownMethods(BaseParameter::staticMetaObject),
                  QStringList("public signal void SendMessage(QString)"));

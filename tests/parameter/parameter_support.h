@@ -22,11 +22,11 @@ inline QStringList ownMethods(const QMetaObject &type) {
     QStringList lines;
     for (int i = type.methodOffset(); i < type.methodCount(); ++i) {
         const QMetaMethod method = type.method(i);
-        lines << QStringLiteral("%1 %2 %3 %4")
-                     .arg(QLatin1String(accesses[method.access()]),
-                          QLatin1String(kinds[method.methodType()]),
-                          QLatin1String(method.typeName()),
-                          QLatin1String(method.methodSignature()));
+        lines.append(QStringLiteral("%1 %2 %3 %4")
+                         .arg(QLatin1String(accesses[method.access()]),
+                              QLatin1String(kinds[method.methodType()]),
+                              QLatin1String(method.typeName()),
+                              QLatin1String(method.methodSignature())));
     }
     return lines;
 }

@@ -23,12 +23,12 @@ public:
     ~Store() { qDeleteAll(made); }
 
     void write(const QString &name, const YsDate &value) {
-        emit store.ParaWriteSigDate(name, value);
+        Q_EMIT store.ParaWriteSigDate(name, value);
         settle();
     }
     void write(const QString &name, int value) { write(name, cell(value)); }
     void remove(const QString &name) {
-        emit store.ParaDeleteSigDate(name);
+        Q_EMIT store.ParaDeleteSigDate(name);
         settle();
     }
     void settle() {
@@ -45,7 +45,7 @@ public:
             return QStringLiteral("none");
         QStringList texts;
         for (const YsDate &element : parameter(name)->m_values)
-            texts << element.value.toString();
+            texts.append(element.value.toString());
         return texts.join(QLatin1Char(' '));
     }
 
@@ -57,7 +57,7 @@ public:
 QStringList caughtLines;
 
 void catchLine(QtMsgType type, const QMessageLogContext &, const QString &line) {
-    caughtLines << QString::number(type) + ' ' + line;
+    caughtLines.append(QString::number(type) + ' ' + line);
 }
 
 } // namespace
@@ -65,7 +65,7 @@ void catchLine(QtMsgType type, const QMessageLogContext &, const QString &line) 
 class SourceParameterTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     // Stands first, while no cell has been copied in this process.
     void valueThatWasNeverCopiedIsNotCarried() {
         SourceParameter store(false);
@@ -73,7 +73,7 @@ private slots:
         QTest::ignoreMessage(
             QtWarningMsg, "QObject::connect: Cannot queue arguments of type 'YsDate'\n(Make sure "
                           "'YsDate' is registered using qRegisterMetaType().)");
-        emit store.ParaWriteSigDate("speed", YsDate());
+        Q_EMIT store.ParaWriteSigDate("speed", YsDate());
         QCoreApplication::sendPostedEvents(&store);
         QCOMPARE(store.m_names, QStringList());
     }
@@ -81,7 +81,7 @@ private slots:
     void emittingANamedValueRegistersIt() {
         SourceParameter store(false);
         const YsDate named;
-        emit store.ParaWriteSigDate("speed", named);
+        Q_EMIT store.ParaWriteSigDate("speed", named);
         QCoreApplication::sendPostedEvents(&store);
         QCOMPARE(store.m_names, QStringList("speed"));
         qDeleteAll(store.m_parameters);
@@ -119,11 +119,11 @@ private slots:
 
     void writesAndDeletesAreNeverDoneInsideTheEmission() {
         Store s;
-        emit s.store.ParaWriteSigDate("speed", cell(1));
+        Q_EMIT s.store.ParaWriteSigDate("speed", cell(1));
         QCOMPARE(s.store.m_names, QStringList());
         s.settle();
         QCOMPARE(s.store.m_names, QStringList("speed"));
-        emit s.store.ParaDeleteSigDate("speed");
+        Q_EMIT s.store.ParaDeleteSigDate("speed");
         QCOMPARE(s.store.m_names, QStringList("speed"));
         s.settle();
         QCOMPARE(s.store.m_names, QStringList());
@@ -298,7 +298,7 @@ private slots:
         QCOMPARE(s.messages, messages);
         QStringList inOrder;
         for (const BaseParameter *parameter : qAsConst(s.store.m_parameters))
-            inOrder << parameter->m_name;
+            inOrder.append(parameter->m_name);
         QCOMPARE(inOrder, names);
     }
 
@@ -321,7 +321,7 @@ private slots:
         QVERIFY(s.parameter("a") != first.data());
         QCOMPARE(s.values("a"), QStringLiteral("2"));
         QCOMPARE(s.messages, QStringList());
-        emit first->SendMessage("from the old one");
+        Q_EMIT first->SendMessage("from the old one");
         QCOMPARE(s.messages, QStringList("from the old one"));
     }
 
@@ -329,7 +329,7 @@ private slots:
         QPointer<BaseParameter> parameter;
         {
             SourceParameter store(false);
-            emit store.ParaWriteSigDate("a", cell(1));
+            Q_EMIT store.ParaWriteSigDate("a", cell(1));
             QCoreApplication::sendPostedEvents(&store);
             parameter = store.m_parameters.value(0);
         }
@@ -369,7 +369,7 @@ private slots:
         SourceParameter store(false);
         caughtLines.clear();
         const QtMessageHandler before = qInstallMessageHandler(catchLine);
-        emit store.PrintThreadIDSignals();
+        Q_EMIT store.PrintThreadIDSignals();
         store.PrintThreadIDSlots();
         const int duringTheCalls = caughtLines.size();
         QCoreApplication::sendPostedEvents(&store);

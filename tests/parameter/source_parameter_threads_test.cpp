@@ -40,7 +40,7 @@ QString elementOf(int writer, int index) {
 // From any thread. The value is named: a temporary would not be registered by its emission.
 void write(SourceParameter *store, const QString &name, int value) {
     const YsDate named = cell(value);
-    emit store->ParaWriteSigDate(name, named);
+    Q_EMIT store->ParaWriteSigDate(name, named);
 }
 
 struct Task {
@@ -106,7 +106,7 @@ std::atomic<int> threadsFinished{0};
 
 void hear(const QString &line) {
     const std::lock_guard<std::mutex> lock(heardMutex);
-    heard << line;
+    heard.append(line);
 }
 
 QStringList whatWasHeard() {
@@ -135,7 +135,7 @@ SourceParameter *makeStore() {
 class SourceParameterThreadsTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { qputenv("QT_NO_GLIB", "1"); }
 
     void init() {
@@ -229,10 +229,10 @@ private slots:
         QObject listener;
         QObject::connect(&store, &SourceParameter::SendMessage, &listener,
                          [&](const QString &message) {
-                             messages << message;
+                             messages.append(message);
                              listened = QThread::currentThread();
                          });
-        emit store.ParaDeleteSigDate(QStringLiteral("a"));
+        Q_EMIT store.ParaDeleteSigDate(QStringLiteral("a"));
         QTRY_COMPARE(messages, QStringList(QStringLiteral("删除变量：a 时，变量未创建")));
         QCOMPARE(listened, QThread::currentThread());
     }
@@ -242,7 +242,7 @@ private slots:
         QString id;
         runOn(&store, [&id] { QDebug(&id).nospace() << QThread::currentThreadId(); });
         const QtMessageHandler before = qInstallMessageHandler(hearDebugLine);
-        emit store.PrintThreadIDSignals();
+        Q_EMIT store.PrintThreadIDSignals();
         runOn(&store, [] {}); // The signal has been received,
         runOn(&store, [] {}); // and what it posted has been done.
         qInstallMessageHandler(before);

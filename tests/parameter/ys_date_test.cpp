@@ -21,7 +21,7 @@ void unregister() {
 class YsDateTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void init() { unregister(); }
 
     void defaultIsNullOfKindFive() {

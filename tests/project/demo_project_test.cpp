@@ -10,7 +10,7 @@
 class DemoProjectTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void drawsNeitherErrorNorWarning();
     void importsAreReal();

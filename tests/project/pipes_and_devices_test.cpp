@@ -12,7 +12,7 @@
 class PipesAndDevicesTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         QCOMPARE(::mkfifo(QFile::encodeName(folder.path("pipe")).constData(), 0600), 0);
         QVERIFY(QFile::link(folder.path("pipe"), folder.path("link")));

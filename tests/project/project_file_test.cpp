@@ -18,7 +18,7 @@ namespace {
 
 const QString sidecarName = QStringLiteral(".quorvane-installed-version");
 
-const qint64 gigabyte = 1LL << 30;
+constexpr qint64 gigabyte = 1LL << 30;
 
 QByteArray inGbk(const QString &text) {
     return QTextCodec::codecForName("GBK")->fromUnicode(text);
@@ -33,7 +33,7 @@ QJsonObject rootOf(const QByteArray &json) {
 class ProjectFileTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void name_data();
     void name();
     void nameOfWhatIsNoFile();

@@ -26,7 +26,7 @@ using Files = QList<QPair<QString, QByteArray>>; // name to content
 const QString outOfMemory = qt_error_string(ENOMEM);
 
 // A project that has everything and draws nothing. Its files are those of cleanFiles.
-const char cleanProject[] = R"({
+constexpr char cleanProject[] = R"({
     "schemaVersion": 1,
     "project": {"name": "line", "displayName": "Line", "createdAt": "2024-01-01"},
     "scripts": [
@@ -95,7 +95,7 @@ Q_DECLARE_METATYPE(Files)
 class ProjectValidatorTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void init() { QVERIFY(support::loadScriptVocabulary()); }
 
     void documents_data();
@@ -630,7 +630,7 @@ void ProjectValidatorTest::linksOnTheDisk() {
 
 // More text than one string can hold, and more bytes than one array can.
 void ProjectValidatorTest::hugeFiles() {
-    const qint64 gigabyte = 1LL << 30;
+    constexpr qint64 gigabyte = 1LL << 30;
     const ProjectFolder folder;
     for (const qint64 size : {gigabyte, 3 * gigabyte})
         QCOMPARE(linesOf(validateProjectFile(folder.writeZeros("huge.yslib", size))),

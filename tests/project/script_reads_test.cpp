@@ -65,7 +65,7 @@ Q_DECLARE_METATYPE(Opens)
 class ScriptReadsTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     void validation_data();

@@ -44,7 +44,7 @@ QStringList wordsOf(const QString &line) {
     QStringList words;
     for (auto match = word.globalMatch(line); match.hasNext();) {
         const QRegularExpressionMatch next = match.next();
-        words += next.captured(1) + next.captured(2);
+        words.append(next.captured(1) + next.captured(2));
     }
     return words;
 }
@@ -84,7 +84,7 @@ const char *const privately = "unshare -Urm ";
 bool canMountPrivately() {
     if (onWindows)
         return false;
-    const int notInstalled = 127; // is no reason to leave a test out: it fails
+    constexpr int notInstalled = 127; // is no reason to leave a test out: it fails
     const int status = runLine(QLatin1String(privately) + "true", ".").status;
     return status == 0 || status == notInstalled;
 }

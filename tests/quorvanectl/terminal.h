@@ -22,11 +22,11 @@ public:
     Terminal(const QString &program, const QStringList &arguments) {
         QVector<QByteArray> words{QFile::encodeName(program)};
         for (const QString &argument : arguments)
-            words += argument.toUtf8();
+            words.append(argument.toUtf8());
         QVector<char *> pointers;
         for (QByteArray &word : words)
-            pointers += word.data();
-        pointers += nullptr;
+            pointers.append(word.data());
+        pointers.append(nullptr);
         child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
         if (child == 0) {
             ::execv(pointers.constFirst(), pointers.data());
@@ -56,7 +56,7 @@ public:
     }
 
     void type(const QByteArray &text) {
-        if (::write(terminal, text.constData(), static_cast<size_t>(text.size())) != text.size())
+        if (::write(terminal, text.constData(), size_t(text.size())) != text.size())
             qFatal("the terminal takes no more");
     }
 
@@ -84,7 +84,7 @@ private:
         char buffer[4096];
         const ssize_t size = ::read(terminal, buffer, sizeof buffer);
         if (size > 0)
-            shown += QByteArray(buffer, static_cast<int>(size));
+            shown += QByteArray(buffer, int(size));
         return size > 0;
     }
 

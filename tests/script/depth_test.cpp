@@ -18,7 +18,7 @@
 
 namespace {
 
-const int smallStack = 256 * 1024;
+constexpr int smallStack = 256 * 1024;
 
 void runOnSmallStack(const std::function<void()> &work) {
     const std::unique_ptr<QThread> thread(QThread::create(work));
@@ -55,7 +55,7 @@ struct Shape {
     }
 };
 
-const int million = 1000000;
+constexpr int million = 1000000;
 
 } // namespace
 
@@ -64,7 +64,7 @@ Q_DECLARE_METATYPE(Shape)
 class DepthTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     // '@' in a result stands for the column behind the source.

@@ -32,7 +32,7 @@ std::shared_ptr<ast::ExprNode> parse(const QString &text) {
 class ExpressionParserTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     void trees_data() {

@@ -24,7 +24,7 @@ QString printed(const std::vector<ast::Token> &tokens) {
 class LexerTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     void tokens_data() {

@@ -17,7 +17,7 @@
 
 namespace {
 
-const std::size_t largeSize = 512; // bytes
+constexpr std::size_t largeSize = 512; // bytes
 int untilFailure = 0; // large allocations from now on, the failing one included; 0: none
 
 bool failsNow(std::size_t size) {
@@ -44,7 +44,7 @@ void operator delete(void *memory, std::size_t) noexcept {
 class OutOfMemoryTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void importsEndInSilence();
     void globalsEndInSilence();

@@ -22,7 +22,7 @@ bool isComma(const ast::Token &token) {
 class ParserTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     void trees_data() {

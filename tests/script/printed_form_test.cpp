@@ -40,7 +40,7 @@ QString keysOf(const QString &json) {
 class PrintedFormTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     void tokens() {

@@ -43,7 +43,7 @@ QJsonArray listOf(const QStringList &paths) {
 QStringList findings(const ScriptCheckResult &result) {
     QStringList texts;
     for (const ScriptDiagnostic &finding : result.diagnostics)
-        texts += diagnosticText(finding);
+        texts.append(diagnosticText(finding));
     texts.sort();
     return texts;
 }
@@ -100,7 +100,7 @@ Q_DECLARE_METATYPE(Files)
 class ProjectChecksTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void init() { QVERIFY(support::loadScriptVocabulary()); }
 
     void imports_data();
@@ -449,7 +449,7 @@ void ProjectChecksTest::searchEqualsTheRecursiveRule() {
 
 void ProjectChecksTest::searchOfALongChain() {
     runOnSmallStack([] {
-        const int length = 200000;
+        constexpr int length = 200000;
         ImportGraph graph;
         graph.reserve(length);
         for (int i = 0; i < length; ++i)

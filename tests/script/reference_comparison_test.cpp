@@ -83,7 +83,7 @@ Q_DECLARE_METATYPE(Kind)
 class ReferenceComparisonTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     void scripts_data() {

@@ -187,7 +187,7 @@ private:
         return true;
     }
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     void scriptsFromTheGrammar() {

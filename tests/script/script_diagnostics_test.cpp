@@ -10,7 +10,7 @@ using namespace ast;
 class ScriptDiagnosticsTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     void finding_data();

@@ -23,7 +23,7 @@ QByteArray pemOf(Write write) {
     require(write(memory) == 1);
     char *data = nullptr;
     const long size = BIO_get_mem_data(memory, &data);
-    const QByteArray pem(data, static_cast<int>(size));
+    const QByteArray pem(data, int(size));
     BIO_free(memory);
     return pem;
 }
@@ -32,7 +32,7 @@ void setCommonName(X509_NAME *name, const QByteArray &commonName) {
     require(
         X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_UTF8,
                                    reinterpret_cast<const unsigned char *>(commonName.constData()),
-                                   static_cast<int>(commonName.size()), -1, 0) == 1);
+                                   int(commonName.size()), -1, 0) == 1);
 }
 
 void addExtension(X509 *x509, X509 *issuer, int nid, const QByteArray &value) {
@@ -48,15 +48,14 @@ void addExtension(X509 *x509, X509 *issuer, int nid, const QByteArray &value) {
 void setSerialNumber(X509 *x509) {
     quint32 serial = 0;
     require(RAND_bytes(reinterpret_cast<unsigned char *>(&serial), sizeof serial) == 1);
-    ASN1_INTEGER_set(X509_get_serialNumber(x509), static_cast<long>(serial >> 1) + 1);
+    ASN1_INTEGER_set(X509_get_serialNumber(x509), long(serial >> 1) + 1);
 }
 
 } // namespace
 
 Certificate makeCertificate(const CertificateWish &wish, const Certificate *issuer) {
     Certificate made;
-    made.key.reset(wish.rsaBits > 0 ? EVP_RSA_gen(static_cast<unsigned>(wish.rsaBits))
-                                    : EVP_EC_gen("P-256"),
+    made.key.reset(wish.rsaBits > 0 ? EVP_RSA_gen(unsigned(wish.rsaBits)) : EVP_EC_gen("P-256"),
                    EVP_PKEY_free);
     made.x509.reset(X509_new(), X509_free);
     X509 *const x509 = made.x509.get();

@@ -46,7 +46,7 @@ long numberIn(const char *variable) {
 void traceCall(const char *name, const char *path) {
     char line[512];
     const int size = snprintf(line, sizeof line, "%s %s\n", name, path);
-    syscall(SYS_write, trace, line, static_cast<size_t>(size));
+    syscall(SYS_write, trace, line, size_t(size));
 }
 
 bool takesRoom(const char *name) {
@@ -89,8 +89,8 @@ bool fails(const char *name, const char *path = "") {
 // How much an operation that moves data moves; none of it if the answer is below 0.
 ssize_t sizeAllowed(const char *name, size_t size) {
     if (!fails(name))
-        return static_cast<ssize_t>(size);
-    return failShort && count == failAt && size > 1 ? static_cast<ssize_t>(size / 2) : -1;
+        return ssize_t(size);
+    return failShort && count == failAt && size > 1 ? ssize_t(size / 2) : -1;
 }
 
 template<typename Function>
@@ -110,11 +110,11 @@ extern "C" {
 
 void fault_begin() {
     failAt = numberIn("FAULT_AT");
-    failWith = static_cast<int>(numberIn("FAULT_WITH"));
+    failWith = int(numberIn("FAULT_WITH"));
     failStays = numberIn("FAULT_STAYS") != 0;
     failShort = numberIn("FAULT_SHORT") != 0;
     if (const char *const file = getenv("FAULT_TRACE"))
-        trace = static_cast<int>(
+        trace = int(
             syscall(SYS_openat, AT_FDCWD, file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
     count = 0;
     counting = true;
@@ -156,7 +156,7 @@ long fault_end() {
 #define QUORVANE_MOVE(name, parameters, arguments)                                                 \
     ssize_t name parameters {                                                                      \
         const ssize_t allowed = sizeAllowed(#name, size);                                          \
-        size = static_cast<size_t>(allowed);                                                       \
+        size = size_t(allowed);                                                                    \
         return allowed < 0 ? -1 : QUORVANE_REAL(name) arguments;                                   \
     }
 

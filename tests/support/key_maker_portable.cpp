@@ -96,30 +96,28 @@ int KeyPair::size() const {
 QByteArray KeyPair::sign(const QByteArray &data) const {
     const DigestContext context(EVP_MD_CTX_new());
     QByteArray signature(size(), '\0');
-    size_t length = static_cast<size_t>(signature.size());
+    size_t length = size_t(signature.size());
     if (EVP_DigestSignInit(context.get(), nullptr, EVP_sha256(), nullptr, secret->evp.get()) != 1 ||
-        EVP_DigestSign(context.get(), out(signature), &length, in(data),
-                       static_cast<size_t>(data.size())) != 1)
+        EVP_DigestSign(context.get(), out(signature), &length, in(data), size_t(data.size())) != 1)
         qFatal("cannot sign");
-    signature.truncate(static_cast<int>(length));
+    signature.truncate(int(length));
     return signature;
 }
 
 QByteArray KeyPair::signRawBlock(const QByteArray &block) const {
     const Context context(EVP_PKEY_CTX_new(secret->evp.get(), nullptr));
     QByteArray signature(size(), '\0');
-    size_t length = static_cast<size_t>(signature.size());
+    size_t length = size_t(signature.size());
     if (EVP_PKEY_sign_init(context.get()) != 1 ||
         EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_NO_PADDING) != 1 ||
-        EVP_PKEY_sign(context.get(), out(signature), &length, in(block),
-                      static_cast<size_t>(block.size())) != 1)
+        EVP_PKEY_sign(context.get(), out(signature), &length, in(block), size_t(block.size())) != 1)
         qFatal("cannot sign the block");
     return signature;
 }
 
 QByteArray cubeRootAtLeast(const QByteArray &target, int size) {
     const NumberContext context(BN_CTX_new());
-    const Number wanted(BN_bin2bn(in(target), static_cast<int>(target.size()), nullptr));
+    const Number wanted(BN_bin2bn(in(target), int(target.size()), nullptr));
     const Number root(BN_new());
     const Number square(BN_new());
     const Number cube(BN_new());
@@ -138,7 +136,7 @@ QByteArray cubeRootAtLeast(const QByteArray &target, int size) {
 
 QByteArray cubeOf(const QByteArray &number, int size) {
     const NumberContext context(BN_CTX_new());
-    const Number root(BN_bin2bn(in(number), static_cast<int>(number.size()), nullptr));
+    const Number root(BN_bin2bn(in(number), int(number.size()), nullptr));
     const Number square(BN_new());
     const Number cube(BN_new());
     BN_sqr(square.get(), root.get(), context.get());

@@ -36,7 +36,7 @@ QByteArray bytesOf(const Number &number, int size) {
     if (gcry_mpi_print(GCRYMPI_FMT_USG, reinterpret_cast<unsigned char *>(bytes.data()),
                        bytes.size(), &length, number.get()) != 0)
         qFatal("the number does not fit");
-    bytes.truncate(static_cast<int>(length));
+    bytes.truncate(int(length));
     return QByteArray(size - bytes.size(), '\0') + bytes;
 }
 
@@ -44,16 +44,16 @@ QByteArray bytesOf(const Number &number, int size) {
 
 QByteArray element(int tag, const QByteArray &content) {
     const int size = content.size();
-    QByteArray head(1, static_cast<char>(tag));
+    QByteArray head(1, char(tag));
     if (size > 0xFF)
-        head += QByteArray(1, '\x82') + static_cast<char>(size >> 8);
+        head += QByteArray(1, '\x82') + char(size >> 8);
     else if (size > 0x7F)
         head += '\x81';
-    return head + static_cast<char>(size) + content;
+    return head + char(size) + content;
 }
 
 QByteArray integer(const Number &number) {
-    const int bits = static_cast<int>(gcry_mpi_get_nbits(number.get()));
+    const int bits = int(gcry_mpi_get_nbits(number.get()));
     return element(0x02, bytesOf(number, bits / 8 + 1)); // one bit more: its sign
 }
 
@@ -102,7 +102,7 @@ namespace {
 
 std::shared_ptr<PrivateKey> rsaPair(int bits, unsigned long exponent, const QByteArray &algorithm) {
     const Expression pair =
-        generate("(genkey (rsa (nbits %d) (rsa-use-e %d)))", bits, static_cast<int>(exponent));
+        generate("(genkey (rsa (nbits %d) (rsa-use-e %d)))", bits, int(exponent));
     auto key = std::make_shared<PrivateKey>();
     key->modulus = part(pair, "n");
     key->privateExponent = part(pair, "d");
@@ -137,7 +137,7 @@ QByteArray KeyPair::modulus() const {
 }
 
 int KeyPair::size() const {
-    return static_cast<int>(gcry_mpi_get_nbits(secret->modulus.get()) + 7) / 8;
+    return int(gcry_mpi_get_nbits(secret->modulus.get()) + 7) / 8;
 }
 
 QByteArray KeyPair::sign(const QByteArray &data) const {
@@ -159,12 +159,12 @@ QByteArray cubeRootAtLeast(const QByteArray &target, int size) {
     const Number root = zero();
     const Number cube = zero();
     // Bit by bit from the top: the largest root whose cube stays below, then one more.
-    for (int bit = static_cast<int>(gcry_mpi_get_nbits(wanted.get())) / 3 + 1; bit >= 0; --bit) {
-        gcry_mpi_set_bit(root.get(), static_cast<unsigned>(bit));
+    for (int bit = int(gcry_mpi_get_nbits(wanted.get())) / 3 + 1; bit >= 0; --bit) {
+        gcry_mpi_set_bit(root.get(), unsigned(bit));
         gcry_mpi_mul(cube.get(), root.get(), root.get());
         gcry_mpi_mul(cube.get(), cube.get(), root.get());
         if (gcry_mpi_cmp(cube.get(), wanted.get()) >= 0)
-            gcry_mpi_clear_bit(root.get(), static_cast<unsigned>(bit));
+            gcry_mpi_clear_bit(root.get(), unsigned(bit));
     }
     gcry_mpi_add_ui(root.get(), root.get(), 1);
     return bytesOf(root, size);

@@ -11,7 +11,7 @@ QtMessageHandler previous = nullptr;
 
 void capture(QtMsgType, const QMessageLogContext &, const QString &message) {
     const QMutexLocker lock(&mutex);
-    captured << message;
+    captured.append(message);
 }
 
 } // namespace

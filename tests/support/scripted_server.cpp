@@ -16,13 +16,13 @@ QByteArray reasonOf(int status) {
 bool sendAll(int socket, ssl_st *tls, const QByteArray &bytes) {
     int done = 0;
     while (done < bytes.size()) {
-        const int left = static_cast<int>(bytes.size()) - done;
+        const int left = int(bytes.size()) - done;
         const char *const next = bytes.constData() + done;
         const qint64 sent =
             tls != nullptr ? tls::send(tls, next, left) : sockets::send(socket, next, left);
         if (sent <= 0)
             return false;
-        done += static_cast<int>(sent);
+        done += int(sent);
     }
     return true;
 }
@@ -36,7 +36,7 @@ QByteArray readHead(int socket, ssl_st *tls) {
                                           : sockets::receive(socket, piece, sizeof piece);
         if (got <= 0)
             return QByteArray();
-        head.append(piece, static_cast<int>(got));
+        head.append(piece, int(got));
     }
     return head;
 }
@@ -129,7 +129,7 @@ QList<QByteArray> ScriptedServer::requests() const {
 QStringList ScriptedServer::paths() const {
     QStringList paths;
     for (const QByteArray &request : requests())
-        paths += QString::fromUtf8(request.split(' ').value(1));
+        paths.append(QString::fromUtf8(request.split(' ').value(1)));
     return paths;
 }
 
@@ -178,7 +178,7 @@ void ScriptedServer::serveRequest(int socket, ssl_st *tls) {
         return;
     {
         const std::lock_guard<std::mutex> lock(guard);
-        heads += head;
+        heads.append(head);
     }
     if (!play(scriptFor(head.split(' ').value(1)), socket, tls))
         return;

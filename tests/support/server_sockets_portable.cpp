@@ -35,11 +35,11 @@ int accept(int listener) {
 }
 
 qint64 send(int socket, const char *bytes, int size) {
-    return ::send(socket, bytes, static_cast<size_t>(size), MSG_NOSIGNAL);
+    return ::send(socket, bytes, size_t(size), MSG_NOSIGNAL);
 }
 
 qint64 receive(int socket, char *bytes, int size) {
-    return ::recv(socket, bytes, static_cast<size_t>(size), 0);
+    return ::recv(socket, bytes, size_t(size), 0);
 }
 
 void waitForFirstByte(int socket) {

@@ -29,7 +29,7 @@ int listenOnLoopback(quint16 *port) {
         ::getsockname(listener, plain, &size) != 0)
         qFatal("scripted server: cannot listen");
     *port = ntohs(address.sin_port);
-    return static_cast<int>(listener);
+    return int(listener);
 }
 
 // Only a close wakes a waiting accept here.
@@ -42,7 +42,7 @@ int accept(int listener) {
     if (socket == INVALID_SOCKET)
         return -1;
     SetHandleInformation(reinterpret_cast<HANDLE>(socket), HANDLE_FLAG_INHERIT, 0);
-    return static_cast<int>(socket);
+    return int(socket);
 }
 
 qint64 send(int socket, const char *bytes, int size) {

@@ -25,8 +25,7 @@ ssl_ctx_st *makeContext(const TlsSetup &setup) {
     if (setup.wantsClientCertificate)
         SSL_CTX_set_verify(context, SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT, nullptr);
 
-    BIO *chain =
-        BIO_new_mem_buf(setup.chainPem.constData(), static_cast<int>(setup.chainPem.size()));
+    BIO *chain = BIO_new_mem_buf(setup.chainPem.constData(), int(setup.chainPem.size()));
     X509 *own = PEM_read_bio_X509(chain, nullptr, nullptr, nullptr);
     require(own != nullptr && SSL_CTX_use_certificate(context, own) == 1, "certificate");
     X509_free(own);
@@ -35,7 +34,7 @@ ssl_ctx_st *makeContext(const TlsSetup &setup) {
     BIO_free(chain);
     ERR_clear_error();
 
-    BIO *keyText = BIO_new_mem_buf(setup.keyPem.constData(), static_cast<int>(setup.keyPem.size()));
+    BIO *keyText = BIO_new_mem_buf(setup.keyPem.constData(), int(setup.keyPem.size()));
     EVP_PKEY *key = PEM_read_bio_PrivateKey(keyText, nullptr, nullptr, nullptr);
     require(key != nullptr && SSL_CTX_use_PrivateKey(context, key) == 1, "key");
     EVP_PKEY_free(key);

@@ -21,7 +21,7 @@
 namespace support {
 namespace {
 
-const char marker[] = "--staged";
+constexpr char marker[] = "--staged";
 
 // A hard link costs nothing; another volume needs a copy. So does Windows, which lets nobody remove a
 // link while the program runs by another, as we do.

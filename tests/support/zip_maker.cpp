@@ -5,8 +5,8 @@
 namespace support {
 namespace {
 
-const quint32 inExtra32 = 0xFFFFFFFFU; // the true value stands in the zip64 extra field
-const quint16 inExtra16 = 0xFFFFU;
+constexpr quint32 inExtra32 = 0xFFFFFFFFU; // the true value stands in the zip64 extra field
+constexpr quint16 inExtra16 = 0xFFFFU;
 
 template<typename Number>
 QByteArray le(Number number) {
@@ -18,7 +18,7 @@ QByteArray le(Number number) {
 quint32 crc32(const QByteArray &bytes) {
     quint32 crc = 0xFFFFFFFFU;
     for (const char byte : bytes) {
-        crc ^= static_cast<quint8>(byte);
+        crc ^= quint8(byte);
         for (int bit = 0; bit < 8; ++bit)
             crc = (crc >> 1) ^ (0xEDB88320U & (0U - (crc & 1U)));
     }
@@ -41,9 +41,9 @@ struct Stored {
 Stored store(const ZipEntry &entry, bool zip64) {
     Stored stored;
     stored.data = entry.deflated ? rawDeflate(entry.content) : entry.content;
-    stored.method = static_cast<quint16>(entry.method >= 0 ? entry.method : entry.deflated ? 8 : 0);
-    const auto packed = static_cast<quint32>(stored.data.size());
-    const auto full = static_cast<quint32>(entry.content.size());
+    stored.method = quint16(entry.method >= 0 ? entry.method : entry.deflated ? 8 : 0);
+    const auto packed = quint32(stored.data.size());
+    const auto full = quint32(entry.content.size());
     if (zip64) {
         stored.extra = le<quint16>(1) + le<quint16>(16) + le<quint64>(full) + le<quint64>(packed);
     }
@@ -64,29 +64,28 @@ QByteArray makeZipAs(const ZipWish &wish) {
         const QByteArray listed =
             entry.nameInDirectory.isEmpty() ? entry.name : entry.nameInDirectory;
         directory += "PK\x01\x02" + le<quint16>(entry.mode != 0 ? 0x031E : 0x0014) + stored.common +
-                     le<quint16>(static_cast<quint16>(listed.size())) +
-                     le<quint16>(static_cast<quint16>(stored.extra.size())) + QByteArray(6, '\0') +
-                     le<quint32>(static_cast<quint32>(entry.mode) << 16) +
-                     le<quint32>(static_cast<quint32>(zip.size())) + listed + stored.extra;
-        zip += "PK\x03\x04" + stored.common + le<quint16>(static_cast<quint16>(entry.name.size())) +
-               le<quint16>(static_cast<quint16>(stored.extra.size())) + entry.name + stored.extra +
-               stored.data;
+                     le<quint16>(quint16(listed.size())) +
+                     le<quint16>(quint16(stored.extra.size())) + QByteArray(6, '\0') +
+                     le<quint32>(quint32(entry.mode) << 16) + le<quint32>(quint32(zip.size())) +
+                     listed + stored.extra;
+        zip += "PK\x03\x04" + stored.common + le<quint16>(quint16(entry.name.size())) +
+               le<quint16>(quint16(stored.extra.size())) + entry.name + stored.extra + stored.data;
     }
-    const auto at = static_cast<quint32>(zip.size());
-    const auto size = static_cast<quint32>(directory.size());
-    const auto count = static_cast<quint64>(wish.entries.size());
+    const auto at = quint32(zip.size());
+    const auto size = quint32(directory.size());
+    const auto count = quint64(wish.entries.size());
     zip += directory;
     if (wish.zip64) {
-        const auto endAt = static_cast<quint64>(zip.size());
+        const auto endAt = quint64(zip.size());
         zip += "PK\x06\x06" + le<quint64>(44) + le<quint16>(45) + le<quint16>(45) +
                QByteArray(8, '\0') + le(count) + le(count) + le<quint64>(size) + le<quint64>(at);
         zip += "PK\x06\x07" + QByteArray(4, '\0') + le<quint64>(endAt) + le<quint32>(1);
     }
     return zip + "PK\x05\x06" + QByteArray(4, '\0') +
-           le<quint16>(wish.zip64 ? inExtra16 : static_cast<quint16>(count)) +
-           le<quint16>(wish.zip64 ? inExtra16 : static_cast<quint16>(count)) +
+           le<quint16>(wish.zip64 ? inExtra16 : quint16(count)) +
+           le<quint16>(wish.zip64 ? inExtra16 : quint16(count)) +
            le<quint32>(wish.zip64 ? inExtra32 : size) + le<quint32>(wish.zip64 ? inExtra32 : at) +
-           le<quint16>(static_cast<quint16>(wish.comment.size())) + wish.comment;
+           le<quint16>(quint16(wish.comment.size())) + wish.comment;
 }
 
 QByteArray makeZip(const QVector<ZipEntry> &entries) {

@@ -221,7 +221,7 @@ private:
         QStringList members{
             QStringLiteral("\"unlisted%1\":[1,{\"runtime\":2}]").arg(random.bounded(1000))};
         for (auto it = object.begin(); it != object.end(); ++it)
-            members += blank() + text(it.key()) + blank() + ":" + blank() + text(it.value());
+            members.append(blank() + text(it.key()) + blank() + ":" + blank() + text(it.value()));
         for (int i = members.size() - 1; i > 0; --i)
             members.swapItemsAt(i, random.bounded(i + 1));
         return "{" + members.join(blank() + "," + blank()) + blank() + "}";
@@ -230,7 +230,7 @@ private:
     QString array(const QJsonArray &array) {
         QStringList elements;
         for (const QJsonValue &element : array)
-            elements += text(element);
+            elements.append(text(element));
         return "[" + blank() + elements.join(blank() + "," + blank()) + "]";
     }
 
@@ -242,7 +242,7 @@ private:
 class CanonicalManifestTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void writesTheExactBytes_data();
     void writesTheExactBytes();
     void orderBlanksAndUnlistedKeysNeverChangeIt();

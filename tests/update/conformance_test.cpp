@@ -18,7 +18,7 @@ private:
 
     QString keyPath(const QString &name) const;
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void vectors_data();
     void vectors();

@@ -19,10 +19,10 @@
 
 namespace {
 
-const int plenty = 30000; // ms
+constexpr int plenty = 30000; // ms
 
 // `%1` is the folder, `%2` the port.
-const char configuration[] = R"(
+constexpr char configuration[] = R"(
 daemon off;
 master_process off;
 pid %1/nginx.pid;
@@ -78,7 +78,7 @@ private:
     qint64 written() const;
     std::thread onceABodyFlows(const std::function<void()> &something) const;
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void cleanupTestCase();
     void aManifest();

@@ -23,14 +23,14 @@ using support::ServerScript;
 
 namespace {
 
-const int plenty = 20000; // ms, for what is expected to come
+constexpr int plenty = 20000; // ms, for what is expected to come
 
 } // namespace
 
 class HttpFetchTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void aBodyIsFetched();
     void bytesComeAsTheyAre();
     void aSlowServerIsWaitedFor();
@@ -87,7 +87,7 @@ void HttpFetchTest::aBodyIsFetched() {
 void HttpFetchTest::bytesComeAsTheyAre() {
     QByteArray body(3000000, '\0');
     for (int i = 0; i < body.size(); ++i)
-        body[i] = static_cast<char>(i * 31 >> 3);
+        body[i] = char(i * 31 >> 3);
     ScriptedServer server;
     server.on("/", answer(200, body));
     QCOMPARE(fetchUrl(server.url("/"), plenty, 8).body, body);
@@ -405,7 +405,7 @@ void HttpFetchTest::manyThreadsAtOnce() {
     server.on("/a", redirect(302, "/b"));
     server.on("/b", answer(200, QByteArray(100000, 'x')));
     CancelFlag flag{0};
-    const size_t runs = 4;
+    constexpr size_t runs = 4;
     std::vector<int> sizes(6 * runs);
     std::vector<std::thread> threads;
     for (size_t thread = 0; thread < sizes.size() / runs; ++thread) {

@@ -34,7 +34,7 @@ using support::tlsWith;
 namespace {
 
 // A limit long enough for a handshake under a sanitizer, short enough for a table of stalls.
-const int hopLimit = 1500; // ms
+constexpr int hopLimit = 1500; // ms
 const QByteArray whole = "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\nbody";
 const QByteArray tooShort = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nsome";
 const QByteArray withoutLength = "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n";
@@ -112,7 +112,7 @@ private:
                     const QString &expected, const QString &reason = QString());
     static QStringList certificateErrors(const ScriptedServer &server);
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void servers_data();
     void servers();
@@ -126,7 +126,7 @@ void HttpFetchTlsTest::trust(const QList<QByteArray> &pems) {
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     QList<QSslCertificate> certificates;
     for (const QByteArray &pem : pems)
-        certificates += QSslCertificate(pem);
+        certificates.append(QSslCertificate(pem));
     configuration.setCaCertificates(certificates);
     QSslConfiguration::setDefaultConfiguration(configuration);
 }
@@ -148,7 +148,7 @@ QStringList HttpFetchTlsTest::certificateErrors(const ScriptedServer &server) {
     QObject::connect(&socket, QOverload<const QList<QSslError> &>::of(&QSslSocket::sslErrors),
                      &socket, [&texts](const QList<QSslError> &errors) {
                          for (const QSslError &error : errors)
-                             texts += error.errorString();
+                             texts.append(error.errorString());
                      });
     socket.connectToHostEncrypted("localhost", server.port());
     (void)socket.waitForEncrypted(hopLimit);

@@ -17,7 +17,7 @@ using support::SearchPath;
 namespace {
 
 const QUrl url("https://updates.test/a b.json?x='1'");
-const int timeout = 5000;
+constexpr int timeout = 5000;
 
 // In the stand-in for curl: finds the file that it is to write.
 const QByteArray findsTarget = "while [ $# -gt 0 ]; do\n"
@@ -62,7 +62,7 @@ private:
 
     void refuse(const Fetched &fetched, const QString &error);
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void quoting_data();
     void quoting();

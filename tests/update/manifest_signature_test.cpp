@@ -83,7 +83,7 @@ private:
     QString write(const QString &name, const QByteArray &bytes);
     QString refusal(const QString &manifest, int signatureBytes, const QString &keyPath) const;
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void aSignedManifestIsVerified();
     void aSignatureOverNothingIsVerified();

@@ -7,7 +7,7 @@
 
 namespace {
 
-const qint32 badStatus = static_cast<qint32>(0xC000A000U);
+const qint32 badStatus = qint32(0xC000A000U);
 const QByteArray key = "key";
 const QByteArray data = "data";
 const QByteArray signature = "abc";
@@ -26,32 +26,32 @@ public:
     QStringList calls;
 
     RsaStep decodeKey(const QByteArray &derKey) override {
-        calls += QStringLiteral("decode ") + derKey;
+        calls.append(QStringLiteral("decode ") + derKey);
         return decode;
     }
     RsaStep importKey() override {
-        calls += QStringLiteral("import");
+        calls.append(QStringLiteral("import"));
         return import;
     }
     qint32 verifyHash(const QByteArray &sha256, const QByteArray &bytes) override {
         hash = sha256;
-        calls += QStringLiteral("verify ") + bytes;
+        calls.append(QStringLiteral("verify ") + bytes);
         return bytes == signature ? direct : reversed;
     }
     RsaStep acquireLegacyContext() override {
-        calls += QStringLiteral("legacy acquire");
+        calls.append(QStringLiteral("legacy acquire"));
         return acquire;
     }
     RsaStep decodeLegacyKey(const QByteArray &derKey) override {
-        calls += QStringLiteral("legacy decode ") + derKey;
+        calls.append(QStringLiteral("legacy decode ") + derKey);
         return legacyDecode;
     }
     RsaStep importLegacyKey() override {
-        calls += QStringLiteral("legacy import");
+        calls.append(QStringLiteral("legacy import"));
         return legacyImport;
     }
     RsaStep verifyLegacy(const QByteArray &bytes, const QByteArray &signatureBytes) override {
-        calls += QStringLiteral("legacy verify ") + bytes + " " + signatureBytes;
+        calls.append(QStringLiteral("legacy verify ") + bytes + " " + signatureBytes);
         return signatureBytes == signature ? legacyDirect : legacyReversed;
     }
 
@@ -72,7 +72,7 @@ private:
     bool run();
     void reset();
 
-private slots:
+private Q_SLOTS:
     void init();
     void theModernInterfacePassesDirectly();
     void theModernInterfacePassesReversed();

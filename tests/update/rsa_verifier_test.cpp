@@ -54,7 +54,7 @@ private:
 
     static void refuse(const KeyPair &key, const QByteArray &signature);
 
-private slots:
+private Q_SLOTS:
     void acceptsEitherByteOrder_data();
     void acceptsEitherByteOrder();
     void theLegacyInterfaceReadsLittleEndian();
@@ -117,7 +117,7 @@ void RsaVerifierTest::everyChangedBitIsNoticed() {
     const QByteArray signature = signer.sign(data);
     for (int bit = 0; bit < signature.size() * 8; bit += 37) {
         QByteArray changed = signature;
-        changed[bit / 8] = static_cast<char>(changed.at(bit / 8) ^ (1 << (bit % 8)));
+        changed[bit / 8] = char(changed.at(bit / 8) ^ (1 << (bit % 8)));
         QVERIFY(!verifyRsaSha256(signer.publicDer(), data, changed));
     }
     QVERIFY(!verifyRsaSha256(signer.publicDer(), data + '\n', signature));

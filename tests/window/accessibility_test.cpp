@@ -234,9 +234,9 @@ void AccessibilityTest::textStandsOutFromItsGround() {
                             // Two labels and five boxes, also those that cannot be ticked.
                             QList<QWidget *> texts;
                             for (auto *label : dialog->findChildren<QLabel *>())
-                                texts += label;
+                                texts.append(label);
                             for (auto *box : dialog->findChildren<QCheckBox *>())
-                                texts += box;
+                                texts.append(box);
                             QCOMPARE(texts.size(), 7);
                             for (QWidget *widget : texts) {
                                 const double found = contrastInPixels(widget);

@@ -18,7 +18,7 @@ namespace {
 
 QString onlineUrl; // of this test's server
 
-const char manifestPath[] = "/Quorvaner/Update/manifest.json";
+constexpr char manifestPath[] = "/Quorvaner/Update/manifest.json";
 
 const support::KeyPair &publisher() {
     static const support::KeyPair key = support::KeyPair::rsa(2048);

@@ -161,7 +161,8 @@ void TranslationTest::textsOutsideTranslationStayOutside_data() {
 void TranslationTest::textsOutsideTranslationStayOutside() {
     QFETCH(QString, folder);
     static const QRegularExpression translated("\\b(tr|translate|QT_TR_NOOP|QT_TRANSLATE_NOOP)\\(");
-    QDirIterator files(QUORVANE_SOURCES "/src/" + folder, {"*.cpp", "*.h"}, QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator files(QUORVANE_SOURCES "/src/" + folder, {"*.cpp", "*.h"}, QDir::Files,
+                       QDirIterator::Subdirectories);
     while (files.hasNext()) {
         QFile file(files.next());
         QVERIFY(file.open(QIODevice::ReadOnly));

@@ -75,7 +75,7 @@ QList<State> allStates() {
 }
 
 QByteArray nameOf(State state) {
-    return QMetaEnum::fromType<State>().valueToKey(static_cast<int>(state));
+    return QMetaEnum::fromType<State>().valueToKey(int(state));
 }
 
 bool duringModal(const std::function<void()> &action, const std::function<void(QWidget *)> &visit) {

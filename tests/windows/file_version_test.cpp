@@ -36,7 +36,7 @@ private:
         return path;
     }
 
-private slots:
+private Q_SLOTS:
     void theLauncherItself() {
         QCOMPARE(fileVersionText(QStringLiteral(LAUNCHER)), QStringLiteral(QUORVANE_VERSION ".0"));
     }

@@ -53,7 +53,7 @@ private:
     QString logPath;
     HANDLE myTurn = nullptr;
 
-private slots:
+private Q_SLOTS:
     void init() {
         logPath = folder.filePath("Lines.log");
         QFile::remove(logPath);

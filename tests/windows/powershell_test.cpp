@@ -56,7 +56,7 @@ private:
     QTemporaryDir windowsFolder; // stands in for the Windows folder
     QString shellFolder;
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         shellFolder = windowsFolder.filePath("System32/WindowsPowerShell/v1.0");
         place(shellFolder, "");

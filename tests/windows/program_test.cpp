@@ -9,12 +9,12 @@ namespace {
 
 QByteArray bytesOf(HMODULE file, HRSRC resource) {
     const auto *const bytes = static_cast<const char *>(LockResource(LoadResource(file, resource)));
-    return QByteArray(bytes, static_cast<int>(SizeofResource(file, resource)));
+    return QByteArray(bytes, int(SizeofResource(file, resource)));
 }
 
 // A number of two bytes at a place.
 int numberAt(const QByteArray &bytes, int at) {
-    return static_cast<quint8>(bytes.at(at)) | static_cast<quint8>(bytes.at(at + 1)) << 8;
+    return quint8(bytes.at(at)) | quint8(bytes.at(at + 1)) << 8;
 }
 
 } // namespace
@@ -27,8 +27,8 @@ private:
 
     QString versionText(const QString &name) const {
         const std::wstring path = QStringLiteral(LAUNCHER).toStdWString();
-        QByteArray block(static_cast<int>(GetFileVersionInfoSizeW(path.c_str(), nullptr)), '\0');
-        if (!GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(block.size()), block.data()))
+        QByteArray block(int(GetFileVersionInfoSizeW(path.c_str(), nullptr)), '\0');
+        if (!GetFileVersionInfoW(path.c_str(), 0, DWORD(block.size()), block.data()))
             return QStringLiteral("(no version)");
         void *text = nullptr;
         UINT length = 0;
@@ -38,7 +38,7 @@ private:
         return QString::fromWCharArray(static_cast<const wchar_t *>(text));
     }
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         programFile = LoadLibraryExW(QStringLiteral(LAUNCHER).toStdWString().c_str(), nullptr,
                                      LOAD_LIBRARY_AS_DATAFILE);
@@ -62,8 +62,8 @@ private slots:
         const QByteArray directory = bytesOf(programFile, group);
         QList<int> widths;
         for (int i = 0; i < numberAt(directory, 4); ++i)
-            widths += static_cast<quint8>(directory.at(6 + i * 14)); // 0 stands for 256
-        QCOMPARE(widths, QList<int>({16, 20, 24, 32, 40, 48, 64, 128, 0}));
+            widths.append(quint8(directory.at(6 + i * 14)); // 0 stands for 256
+                          QCOMPARE(widths, QList<int>({16, 20, 24, 32, 40, 48, 64, 128, 0})));
     }
 
     void itsVersion_data() {

@@ -64,7 +64,7 @@ BOOL hold(BOOL done, const char *kind, const T *place) {
 QStringList leftOver() {
     QStringList kinds(mistaken ? QStringList("given back twice") : QStringList());
     for (const Held &one : held)
-        kinds += one.first;
+        kinds.append(one.first);
     return kinds;
 }
 
@@ -207,7 +207,7 @@ private:
     const support::KeyPair signer = support::KeyPair::rsa(2048);
     const QByteArray signedBytes = "the canonical text";
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         watchModernInterface();
         watchLegacyInterface();

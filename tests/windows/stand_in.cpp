@@ -37,7 +37,7 @@ fs::path targetOf(const std::string &script) {
 int main(int argc, char **argv) {
     const std::vector<std::string> words = commandLine(argc, argv);
     std::wstring self(32768, L'\0');
-    self.resize(GetModuleFileNameW(nullptr, self.data(), static_cast<DWORD>(self.size())));
+    self.resize(GetModuleFileNameW(nullptr, self.data(), DWORD(self.size())));
     const fs::path folder = fs::path(self).parent_path();
     std::ofstream seen(folder / "stand_in.seen", std::ios::binary);
     for (std::size_t i = 1; i < words.size(); ++i)

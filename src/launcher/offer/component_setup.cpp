@@ -116,9 +116,9 @@ ComponentSetupResult UpdateContext::runComponentSetup() const {
         const QString note =
             setupComponent(snapshot.*(component->record), component->labelText(), true, &error);
         if (!note.isEmpty())
-            notes << note;
+            notes.append(note);
         if (!error.isEmpty())
-            warnings << error;
+            warnings.append(error);
     }
     result.summary = notes.join(QLatin1Char('\n'));
     result.warnings = warnings.join(QLatin1Char('\n'));

@@ -12,21 +12,22 @@ QStringList collectWarnings(const UpdateSnapshot &snapshot, const QString &runti
     QStringList warnings;
     const QString minimum = snapshot.runtimeEntry.value(manifest_keys::minVersion).toString();
     if (!minimum.isEmpty() && !runtime.isEmpty() && compareVersions(runtime, minimum) < 0)
-        warnings << UpdateContext::tr("Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。")
-                        .arg(runtime, minimum);
+        warnings.append(
+            UpdateContext::tr("Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。")
+                .arg(runtime, minimum));
     return warnings + UpdateContext::collectPluginWarnings(snapshot.plugins);
 }
 
 QStringList offersOf(const OfferWeighing &offer) {
     QStringList offers;
     if (offer.project.available)
-        offers << QStringLiteral("Project -> %1")
-                      .arg(offer.project.told.isEmpty() ? UpdateContext::tr("新版本")
-                                                        : offer.project.told);
+        offers.append(QStringLiteral("Project -> %1")
+                          .arg(offer.project.told.isEmpty() ? UpdateContext::tr("新版本")
+                                                            : offer.project.told));
     for (const UpdateComponent *component : updateComponents) {
         const WeighedItem &item = offer.*(component->item);
         if (item.available)
-            offers << QStringLiteral("%1 -> %2").arg(component->labelText(), item.told);
+            offers.append(QStringLiteral("%1 -> %2").arg(component->labelText(), item.told));
     }
     return offers;
 }
@@ -34,8 +35,8 @@ QStringList offersOf(const OfferWeighing &offer) {
 QStringList refusalsOf(const OfferWeighing &offer) {
     QStringList refusals{UpdateContext::tr("项目：%1").arg(offer.project.reason)};
     for (const UpdateComponent *component : updateComponents)
-        refusals << UpdateContext::tr("%1：%2").arg(component->labelText(),
-                                                    (offer.*(component->item)).reason);
+        refusals.append(UpdateContext::tr("%1：%2").arg(component->labelText(),
+                                                        (offer.*(component->item)).reason));
     return refusals;
 }
 
@@ -43,14 +44,15 @@ QStringList linesOfOffer(const OfferWeighing &offer, const UpdateSnapshot &snaps
                          const QString &projectPath, const QStringList &warnings) {
     QStringList lines{UpdateContext::tr("已验证的更新可用（来源：%1）。").arg(snapshot.source)};
     if (!offer.project.installed.isEmpty())
-        lines << UpdateContext::tr("当前项目版本：%1（%2）")
-                     .arg(offer.project.installed, projectPath);
-    lines << UpdateContext::tr("可更新项：%1").arg(offersOf(offer).join(QStringLiteral(", ")));
-    lines << warnings;
-    lines << (snapshot.fromUsb
-                  ? UpdateContext::tr("检测到离线更新包，可在主界面选择「立即更新」或继续启动。")
-                  : UpdateContext::tr(
-                        "发现在线更新，可在主界面选择「立即更新」「稍后提醒」或「跳过此版本」。"));
+        lines.append(
+            UpdateContext::tr("当前项目版本：%1（%2）").arg(offer.project.installed, projectPath));
+    lines.append(UpdateContext::tr("可更新项：%1").arg(offersOf(offer).join(QStringLiteral(", "))));
+    lines.append(warnings);
+    lines.append(
+        snapshot.fromUsb
+            ? UpdateContext::tr("检测到离线更新包，可在主界面选择「立即更新」或继续启动。")
+            : UpdateContext::tr(
+                  "发现在线更新，可在主界面选择「立即更新」「稍后提醒」或「跳过此版本」。"));
     return lines;
 }
 

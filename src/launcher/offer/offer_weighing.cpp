@@ -33,11 +33,11 @@ bool offersAnything(const OfferWeighing &offer) {
 QString offerFingerprint(const OfferWeighing &offer) {
     QStringList offered;
     if (offer.project.available)
-        offered << QStringLiteral("project:%1:%2").arg(offer.projectName, offer.project.told);
+        offered.append(QStringLiteral("project:%1:%2").arg(offer.projectName, offer.project.told));
     for (const UpdateComponent *component : updateComponents) {
         const WeighedItem &item = offer.*(component->item);
         if (item.available)
-            offered << component->keyText() + QLatin1Char(':') + item.told;
+            offered.append(component->keyText() + QLatin1Char(':') + item.told);
     }
     offered.sort(Qt::CaseInsensitive);
     return offered.join(QLatin1Char('|'));
@@ -46,14 +46,14 @@ QString offerFingerprint(const OfferWeighing &offer) {
 QString offerItems(const OfferWeighing &offer) {
     QStringList offered;
     if (offer.project.available)
-        offered << QStringLiteral("project:%1").arg(offer.project.told);
+        offered.append(QStringLiteral("project:%1").arg(offer.project.told));
     // Another order than the fingerprint's: this one is for readers of the log; see
     // theFingerprintIsSortedAndTheItemsAreNot.
     for (const UpdateComponent *component :
          {&runtimeComponent, &editorComponent, &launcherComponent, &pythonToolsComponent}) {
         const WeighedItem &item = offer.*(component->item);
         if (item.available)
-            offered << component->keyText() + QLatin1Char(':') + item.told;
+            offered.append(component->keyText() + QLatin1Char(':') + item.told);
     }
     return offered.join(QStringLiteral(", "));
 }

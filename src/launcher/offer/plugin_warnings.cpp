@@ -25,8 +25,9 @@ QStringList places(const QString &path) {
         return {QDir::cleanPath(path)};
     QStringList found;
     if (path.startsWith(QLatin1String("bin/"), Qt::CaseInsensitive))
-        found << QDir(QFileInfo(AppPaths::applicationDirectory()).absolutePath()).filePath(path);
-    found << AppPaths::besideLauncher(path);
+        found.append(
+            QDir(QFileInfo(AppPaths::applicationDirectory()).absolutePath()).filePath(path));
+    found.append(AppPaths::besideLauncher(path));
     return found;
 }
 
@@ -56,7 +57,7 @@ QStringList UpdateContext::collectPluginWarnings(const QJsonArray &plugins) {
                                              plugin.value(manifest_keys::minVersion).toString(),
                                              places(withoutLeadingDot(path)));
         if (!warning.isEmpty())
-            warnings << warning;
+            warnings.append(warning);
     }
     return warnings;
 }

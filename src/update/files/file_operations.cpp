@@ -56,7 +56,7 @@ bool removeTree(const QString &path) {
             const QString entry = entries.next();
             const QFileInfo info = entries.fileInfo();
             if (info.isDir() && !isLink(info))
-                folders += entry;
+                folders.append(entry);
             else
                 removed = removeEntry(entry) && removed;
         }
@@ -113,7 +113,7 @@ bool canBeTakenApart(const QString &target, QString *error) {
                 return failCopying(info.filePath(), error);
             removable = removable && (targetIsLink || !isHeld(info.filePath()));
             if (info.isDir() && !isLink(info))
-                folders += info.filePath();
+                folders.append(info.filePath());
         }
     }
     return removable || fail(QStringLiteral("unable to remove directory: %1").arg(target), error);
@@ -235,7 +235,7 @@ bool copyDirectory(const QString &source, const QString &target, QString *error)
             if (!info.isHidden() && !copyEntry(info, QDir(target).filePath(relative), error))
                 return false;
             if (!info.isHidden() && info.isDir() && !isLink(info))
-                folders += relative + QLatin1Char('/');
+                folders.append(relative + QLatin1Char('/'));
         }
     }
     return true;

@@ -12,7 +12,7 @@ QByteArray versionBlock(const QString &path) {
     const std::wstring name = QDir::toNativeSeparators(path).toStdWString();
     DWORD unused = 0;
     const DWORD size = GetFileVersionInfoSizeW(name.c_str(), &unused);
-    QByteArray block(static_cast<int>(size), '\0');
+    QByteArray block(int(size), '\0');
     if (size == 0 || !GetFileVersionInfoW(name.c_str(), 0, size, block.data()))
         return QByteArray();
     return block;

@@ -14,7 +14,7 @@
 
 namespace {
 
-const int hashPiece = 1048576; // bytes
+constexpr int hashPiece = 1048576; // bytes
 
 // Opening a pipe would wait for its other end, and a device might never end. What is missing, and a
 // folder, the file itself refuses.
@@ -93,7 +93,7 @@ QString fileSha256Hex(const QString &path, QString *error) {
     QByteArray piece(hashPiece, Qt::Uninitialized);
     qint64 got = 0;
     while ((got = file.read(piece.data(), piece.size())) > 0)
-        hash.addData(piece.constData(), static_cast<int>(got));
+        hash.addData(piece.constData(), int(got));
     if (got < 0) {
         fail(file.errorString(), error);
         return QString();

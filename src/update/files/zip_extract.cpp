@@ -8,8 +8,8 @@
 
 namespace {
 
-const int extractLimitMs = 120000;
-const int killMs = 30000; // for a killed program to be gone
+constexpr int extractLimitMs = 120000;
+constexpr int killMs = 30000; // for a killed program to be gone
 
 bool extract(const QString &zipPath, const QString &targetFolder, int limitMs,
              ZipFailure *failure) {

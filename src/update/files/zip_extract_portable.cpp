@@ -20,7 +20,7 @@
 
 namespace {
 
-const size_t readSize = 65536; // bytes, of the archive at a time
+constexpr size_t readSize = 65536; // bytes, of the archive at a time
 
 struct ReadFree {
     void operator()(archive *reader) const { archive_read_free(reader); }
@@ -176,7 +176,7 @@ private:
         if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
             return failWriting(file);
         if (const char *const linkTarget = archive_entry_symlink(entry))
-            return writeBlock(file, linkTarget, static_cast<qint64>(qstrlen(linkTarget))) ||
+            return writeBlock(file, linkTarget, qint64(qstrlen(linkTarget))) ||
                    failWriting(file); // a link's content is its text
         return writeBlocks(reader, file);
     }
@@ -191,7 +191,7 @@ private:
                 return true;
             if (outcome != ARCHIVE_OK) // a warning too: a wrong checksum
                 return failReading(reader, failure);
-            if (!writeBlock(file, static_cast<const char *>(block), static_cast<qint64>(size)))
+            if (!writeBlock(file, static_cast<const char *>(block), qint64(size)))
                 return failWriting(file);
             if (deadline.hasExpired())
                 return timedOut(failure);

@@ -8,12 +8,12 @@
 
 namespace {
 
-const int endSize = 22; // end of central directory, without its comment
-const int longestComment = 65535;
-const int locatorSize = 20; // zip64 end of central directory locator
-const int zip64EndSize = 56;
-const int headerSize = 46; // central file header
-const int localHeaderSize = 30;
+constexpr int endSize = 22; // end of central directory, without its comment
+constexpr int longestComment = 65535;
+constexpr int locatorSize = 20; // zip64 end of central directory locator
+constexpr int zip64EndSize = 56;
+constexpr int headerSize = 46; // central file header
+constexpr int localHeaderSize = 30;
 
 quint16 short16(const QByteArray &bytes, int at) {
     return qFromLittleEndian<quint16>(bytes.constData() + at);
@@ -44,8 +44,8 @@ qint64 zip64DirectoryAt(QFile &file, qint64 endAt) {
     const QByteArray locator = bytesAt(file, endAt - locatorSize, locatorSize);
     if (!locator.startsWith("PK\x06\x07"))
         return -1;
-    const QByteArray end = bytesAt(file, static_cast<qint64>(long64(locator, 8)), zip64EndSize);
-    return end.startsWith("PK\x06\x06") ? static_cast<qint64>(long64(end, 48)) : -1;
+    const QByteArray end = bytesAt(file, qint64(long64(locator, 8)), zip64EndSize);
+    return end.startsWith("PK\x06\x06") ? qint64(long64(end, 48)) : -1;
 }
 
 // As the zip reader finds it: from its end, and in the large form wherever that is there.

@@ -166,8 +166,8 @@ void ComponentSetupTest::onlyWhatIsSelectedIsTouched() {
         {"Python 工具", "p.exe"}, {"Runtime", "r.exe"}, {"Editor", "e.exe"}, {"Launcher", "l.exe"}};
     for (int i = 0; i < parts.size(); ++i) {
         if (selected & (1 << i))
-            expected << parts[i].first + " 安装包不存在：" + stick.path(parts[i].second) +
-                            "，将继续使用当前版本。";
+            expected.append(parts[i].first + " 安装包不存在：" + stick.path(parts[i].second) +
+                            "，将继续使用当前版本。");
     }
     QCOMPARE(result.warnings, expected.join('\n'));
     QCOMPARE(result.summary, QString());

@@ -489,7 +489,7 @@ void VersionCandidatesTest::anItemThatIsInstalledDropsOutOfTheFingerprint() {
 void VersionCandidatesTest::theComponentsKeepTheirOrder() {
     QStringList keys;
     for (const UpdateComponent *component : updateComponents)
-        keys << component->keyText() + ' ' + component->labelText();
+        keys.append(component->keyText() + ' ' + component->labelText());
     QCOMPARE(keys, QStringList({"runtime Runtime", "launcher Launcher", "editor Editor",
                                 "pythonTools Python 工具"}));
 }

@@ -32,7 +32,7 @@ QJsonObject manifest() {
 } // namespace
 
 QString fileVersionText(const QString &path) {
-    executables += QFileInfo(path).fileName();
+    executables.append(QFileInfo(path).fileName());
     return QString();
 }
 
@@ -74,7 +74,7 @@ QStringList OfferReadsTest::opened() {
     const support::Opens texts = counter->take();
     for (auto text = texts.cbegin(); text != texts.cend(); ++text) {
         for (int i = 0; i < text.value(); ++i)
-            all += QFileInfo(text.key()).fileName();
+            all.append(QFileInfo(text.key()).fileName());
     }
     all.sort();
     return all;

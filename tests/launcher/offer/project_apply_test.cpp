@@ -866,7 +866,7 @@ void ProjectApplyTest::aPartialBackupReplacesTheProject() {
     const file_events::Watch fullDisk([&names](file_events::Kind kind, const QString &path) {
         if (kind != file_events::Kind::Write || !path.startsWith(AppPaths::updateBackupDirectory()))
             return 0;
-        names << QFileInfo(path).fileName();
+        names.append(QFileInfo(path).fileName());
         return names.size() == 1 ? 0 : ENOSPC;
     });
     const ApplyResult result = apply(Offer(newProject()), project);

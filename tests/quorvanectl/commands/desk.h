@@ -143,13 +143,13 @@ inline QStringList changes(const FileTree &before, const FileTree &after) {
     QStringList found;
     for (auto entry = after.begin(); entry != after.end(); ++entry) {
         if (!before.contains(entry.key()))
-            found += '+' + entry.key();
+            found.append('+' + entry.key());
         else if (before.value(entry.key()) != entry.value())
-            found += '~' + entry.key();
+            found.append('~' + entry.key());
     }
     for (auto entry = before.begin(); entry != before.end(); ++entry) {
         if (!after.contains(entry.key()))
-            found += '-' + entry.key();
+            found.append('-' + entry.key());
     }
     found.sort();
     return found;

@@ -13,7 +13,7 @@ using support::PublisherFolder;
 class KeysNewTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void anEncryptedKeyAndItsPassphraseFromADescriptor() {
         const PublisherFolder folder;
         folder.layManifest();

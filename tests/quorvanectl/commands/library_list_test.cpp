@@ -12,20 +12,20 @@ using support::Answer;
 
 namespace {
 
-const char library[] = "12,foo,2,a#C,b#S#x#y,help\n"
-                       "13, bar ,3,a\n"
-                       "14,baz,0,\n"
-                       "[ControlFlow]\nkeywords=if,else\n"
-                       "[Completion]\nsnippet_only=\n"
-                       "[Highlight]\ntype=int\nother=import\nlibrary=A,B\n"
-                       "[Plugin]\nfunctions=print\n";
+constexpr char library[] = "12,foo,2,a#C,b#S#x#y,help\n"
+                           "13, bar ,3,a\n"
+                           "14,baz,0,\n"
+                           "[ControlFlow]\nkeywords=if,else\n"
+                           "[Completion]\nsnippet_only=\n"
+                           "[Highlight]\ntype=int\nother=import\nlibrary=A,B\n"
+                           "[Plugin]\nfunctions=print\n";
 
 } // namespace
 
 class LibraryListTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void asText() {
         const support::ProjectFolder folder;
         folder.write("lib.ini", library);

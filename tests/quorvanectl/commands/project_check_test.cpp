@@ -25,7 +25,7 @@ document(const QByteArray &more = QByteArray(),
            scripts + R"(], "tasks": {"main": {"entryScriptId": "main"}})" + more + "}";
 }
 
-const char badCharacter[] = "int a;\nb = 1 $ 2;\n";
+constexpr char badCharacter[] = "int a;\nb = 1 $ 2;\n";
 const QString heading = "Syntax errors in scripts. The launcher does not look for these and would "
                         "start such a project:\n";
 const QString badLine = "main.ys:2:7: YS100 无法识别的字符\n    b = 1 $ 2;\n          ^\n";
@@ -39,7 +39,7 @@ void write(const ProjectFolder &folder, const FileTree &tree) {
 class ProjectCheckTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void asText_data() {
         QTest::addColumn<FileTree>("files");
         QTest::addColumn<QString>("options");

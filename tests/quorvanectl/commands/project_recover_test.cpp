@@ -21,8 +21,8 @@ using support::FileTree;
 
 namespace {
 
-const char backupName[] = "data/update/backup/line_20261120_164501";
-const char stagingName[] = "data/update/temp/apply_20261120_164430";
+constexpr char backupName[] = "data/update/backup/line_20261120_164501";
+constexpr char stagingName[] = "data/update/temp/apply_20261120_164430";
 
 QByteArray projectFile(const QByteArray &version, const QByteArray &script = "main.ys") {
     return R"({"schemaVersion": 1,
@@ -103,8 +103,8 @@ struct Place {
         QDirIterator all(dir.path(), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
                          QDirIterator::Subdirectories);
         while (all.hasNext()) {
-            entries << all.next() + ' ' +
-                           QString::number(all.fileInfo().lastModified().toMSecsSinceEpoch());
+            entries.append(all.next() + ' ' +
+                           QString::number(all.fileInfo().lastModified().toMSecsSinceEpoch()));
         }
         entries.sort();
         return entries;
@@ -116,7 +116,7 @@ struct Place {
 class ProjectRecoverTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { support::provideUnpacking(); }
 
     void states_data() {

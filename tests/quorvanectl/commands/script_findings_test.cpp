@@ -40,7 +40,7 @@ ScriptReport reportOf(const QString &line, int column) {
 class ScriptFindingsTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     void carets_data();

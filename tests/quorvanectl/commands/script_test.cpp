@@ -20,7 +20,7 @@ using support::ProjectFolder;
 namespace {
 
 // The words of the shipped file.
-const char library[] = "[Highlight]\nother=function,include,import\n";
+constexpr char library[] = "[Highlight]\nother=function,include,import\n";
 
 Answer run(const QString &arguments, const ProjectFolder &folder,
            const QString &before = QString()) {
@@ -37,7 +37,7 @@ QJsonArray tokensOf(const QString &path, const ProjectFolder &folder) {
 class ScriptTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void check_data() {
         QTest::addColumn<QByteArray>("script");
         QTest::addColumn<int>("status");

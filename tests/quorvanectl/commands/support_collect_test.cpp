@@ -87,7 +87,7 @@ struct LinePc {
 class SupportCollectTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void holdsWhatSupportAsksFor() {
         const LinePc pc;
         const Answer answer = pc.collect();
@@ -178,7 +178,7 @@ private slots:
         QFile log(pc.home() + "/data/launcher.log");
         QVERIFY(log.open(QIODevice::WriteOnly));
         const QByteArray line = "2026-11-20 03:00:00 " + QByteArray(1003, 'x') + '\n'; // 1024 bytes
-        const int lines = 33 * 1024;
+        constexpr int lines = 33 * 1024;
         for (int i = 0; i < lines; ++i)
             log.write(line);
         log.close();

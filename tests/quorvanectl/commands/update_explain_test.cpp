@@ -65,7 +65,8 @@ QStringList listing(const QString &folder) {
                      QDirIterator::Subdirectories);
     while (all.hasNext()) {
         const QString entry = all.next();
-        entries << entry + ' ' + QString::number(all.fileInfo().lastModified().toMSecsSinceEpoch());
+        entries.append(entry + ' ' +
+                       QString::number(all.fileInfo().lastModified().toMSecsSinceEpoch()));
     }
     entries.sort();
     return entries << QString::number(QFileInfo(folder).lastModified().toMSecsSinceEpoch());
@@ -101,7 +102,7 @@ QStringList arguments(const QStringList &more = {}) {
 class UpdateExplainTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void init() {
         for (const QString &folder :
              {app("/config"), app("/translations"), stick(), support::stageRoot() + "/USER",
@@ -176,7 +177,7 @@ private slots:
         const QStringList before = listing(support::stageRoot());
         QStringList more{"--format", "json"};
         if (!url.isEmpty())
-            more << "--url" << url;
+            more.append({"--url", url});
         const Answer answer = support::runProgram(arguments(more), "/");
         QCOMPARE(listing(support::stageRoot()), before);
         QCOMPARE(answer.err, QString());

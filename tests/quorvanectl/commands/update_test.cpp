@@ -43,7 +43,7 @@ int interruptedRun(const PublisherFolder &folder, const QStringList &arguments,
 class UpdateTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void aKeyThatOthersCanReadIsTold() {
         const PublisherFolder folder;
         folder.layManifest();

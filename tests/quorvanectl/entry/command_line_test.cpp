@@ -14,7 +14,7 @@ using support::runTool;
 class CommandLineTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void wrongUsage_data() {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("line");

@@ -34,7 +34,7 @@ QStringList offered(const QStringList &words, const support::ProjectFolder &fold
 class CompletionTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void words_data() {
         QTest::addColumn<QStringList>("words");
         QTest::addColumn<QStringList>("offers");

@@ -86,7 +86,7 @@ QStringList filesOf(const QString &example) {
     QStringList files;
     for (const QString &word : example.split(' ')) {
         if (QFileInfo(folder.path(word)).isFile())
-            files << word;
+            files.append(word);
     }
     return files;
 }
@@ -96,12 +96,12 @@ QStringList keysOf(const QJsonValue &value) {
     QStringList keys;
     const QJsonArray array = value.toArray();
     for (const QJsonValue &element : array)
-        keys += keysOf(element);
+        keys.append(keysOf(element));
     const QJsonObject object = value.toObject();
     for (auto member = object.begin(); member != object.end(); ++member) {
-        keys += member.key();
+        keys.append(member.key());
         if (member.key() != "tokenKinds")
-            keys += keysOf(member.value());
+            keys.append(keysOf(member.value()));
     }
     return keys;
 }
@@ -123,7 +123,7 @@ void makeBad(const ProjectFolder &folder, const QString &file, const QString &fa
 class EveryCommandTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { support::provideUnpacking(); }
 
     void theExampleRuns_data() { addCommands(); }
@@ -236,12 +236,11 @@ private slots:
                 QStringList faults{"missing"};
                 // The same reader refuses them under Wine, where a start takes long: file_access.
                 if (!support::onWindows)
-                    faults << "a folder"
-                           << "huge";
+                    faults.append({"a folder", "huge"});
                 if (support::permissionsKeepOut())
-                    faults << "closed";
+                    faults.append("closed");
                 if (!takesAnyText(title, file))
-                    faults << "malformed";
+                    faults.append("malformed");
                 for (const QString &fault : faults)
                     QTest::newRow(qPrintable(title + ": " + file + " is " + fault))
                         << command.example << file << fault;

@@ -9,7 +9,7 @@ using support::Answer;
 class LeftOutTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void aCommandIsRefused_data() {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("line");

@@ -26,7 +26,7 @@ QString readPage() {
 class ManPageTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void everyCommandIsThere_data() {
         QTest::addColumn<QString>("family");
         QTest::addColumn<QString>("name");

@@ -13,7 +13,7 @@ using support::runTool;
 class WrongUsageTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void lines_data();
     void lines();
     void everyCommandCountsItsArguments_data();
@@ -117,7 +117,7 @@ void WrongUsageTest::everyCommandCountsItsArguments() {
     const QStringList command{family, name};
     QStringList given;
     for (int i = 0; i < words.size() + 1; ++i)
-        given += "none" + QString::number(i);
+        given.append("none" + QString::number(i));
     if (!words.isEmpty() && !words.first().startsWith('['))
         QCOMPARE(runTool(command + given.mid(0, words.size() - 1)).err, line);
     if (!wanted.contains("..."))

@@ -12,7 +12,7 @@
 class FileAccessTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void aFileIsRead() {
         const support::ProjectFolder folder;
         QString error;

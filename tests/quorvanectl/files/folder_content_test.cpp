@@ -36,7 +36,7 @@ private:
         return contentOf(name);
     }
 
-private slots:
+private Q_SLOTS:
     void init() { folder.reset(new QTemporaryDir); }
 
     void entries_data();
@@ -205,7 +205,7 @@ void FolderContentTest::likeness() {
 void FolderContentTest::largeFiles_data() {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<bool>("isPart");
-    const int piece = 1 << 20;
+    constexpr int piece = 1 << 20;
     const QByteArray whole = QByteArray("0123456789abcdef").repeated(2 * piece / 16) + "end";
     QTest::newRow("the same bytes") << whole << true;
     QTest::newRow("cut at the end of a piece") << whole.left(piece) << true;
@@ -221,7 +221,7 @@ void FolderContentTest::largeFiles_data() {
 
 void FolderContentTest::largeFiles() {
     QFETCH(QByteArray, bytes);
-    const int piece = 1 << 20;
+    constexpr int piece = 1 << 20;
     const QByteArray whole = QByteArray("0123456789abcdef").repeated(2 * piece / 16) + "end";
     const FolderContent one = laid("part", {{"a", bytes}});
     const FolderContent other = laid("whole", {{"a", whole}});

@@ -47,7 +47,7 @@ QStringList contentsOf(const QString &folder) {
 class InterruptionTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void nothingHalfWrittenIsLeft_data() {
         QTest::addColumn<int>("signal");
         QTest::addColumn<bool>("over"); // a file that is there

@@ -7,7 +7,7 @@
 class JsonInputTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void texts_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("error"); // null: it is one

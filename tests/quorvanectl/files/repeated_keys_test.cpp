@@ -16,15 +16,16 @@ class RepeatedKeysTest : public QObject {
     static QStringList found(const QString &json) {
         QStringList lines;
         for (const ctl::RepeatedKey &key : ctl::repeatedKeys(json)) {
-            lines += QStringLiteral("%1 %2:%3 < %4:%5")
-                         .arg(key.where, QString::number(key.again.line),
-                              QString::number(key.again.column), QString::number(key.first.line),
-                              QString::number(key.first.column));
+            lines.append(QStringLiteral("%1 %2:%3 < %4:%5")
+                             .arg(key.where, QString::number(key.again.line),
+                                  QString::number(key.again.column),
+                                  QString::number(key.first.line),
+                                  QString::number(key.first.column)));
         }
         return lines;
     }
 
-private slots:
+private Q_SLOTS:
     void keys_data() {
         QTest::addColumn<QString>("json");
         QTest::addColumn<QStringList>("expected");
@@ -72,11 +73,11 @@ private slots:
 
     // As deep and as long as the parser lets it be.
     void aHostileText() {
-        const int depth = 1000;
+        constexpr int depth = 1000;
         const QString deep = quoted("{'a':").repeated(depth) + "1" + QString("}").repeated(depth);
         QVERIFY(!QJsonDocument::fromJson(deep.toUtf8()).isNull());
         QCOMPARE(found(deep), QStringList());
-        const int times = 200000;
+        constexpr int times = 200000;
         const QString longOne = "{" + QString("\"a\":1,\n").repeated(times) + "\"a\":1}";
         QCOMPARE(ctl::repeatedKeys(longOne).size(), times);
         QCOMPARE(ctl::repeatedKeys(longOne).last().again.line, times + 1);

@@ -19,7 +19,7 @@ private:
 
     QString path(const QString &name) const { return folder.filePath(name); }
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void commands_data();
     void commands();

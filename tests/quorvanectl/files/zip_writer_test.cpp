@@ -83,7 +83,7 @@ QByteArray zipOf(const FileTree &tree) {
 class ZipWriterTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void whatGoesInComesOut_data();
     void whatGoesInComesOut();
     void equalEntriesGiveEqualBytes();

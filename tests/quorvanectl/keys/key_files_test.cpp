@@ -27,7 +27,7 @@ private:
                                                                          : 0;
     }
 
-private slots:
+private Q_SLOTS:
     void init() { folder.reset(new QTemporaryDir); }
 
     void aPairInANewFolder() {

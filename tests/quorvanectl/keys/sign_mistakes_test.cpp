@@ -20,7 +20,7 @@ private:
 
     QString path(const QString &name) const { return folder.filePath(name); }
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void keysThatSignNothing_data();
     void keysThatSignNothing();

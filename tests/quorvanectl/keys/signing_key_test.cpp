@@ -53,7 +53,7 @@ private:
 
     QString path(const QString &name) const { return folder.filePath(name); }
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         QVERIFY(key.isValid());
         support::writeBytes(path("private.pem"), key.privatePem(nullptr));

@@ -38,7 +38,7 @@ QString linesOf(const QVector<LintFinding> &findings) {
 class LintPackagesTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void addresses_data();
     void addresses();
     void installers_data();

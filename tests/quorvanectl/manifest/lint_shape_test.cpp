@@ -10,7 +10,7 @@
 class LintShapeTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void aFullManifestIsInShape();
     void findings_data();
     void findings();
@@ -122,7 +122,7 @@ void LintShapeTest::findings() {
     QVERIFY(manifest.isObject());
     QStringList lines;
     for (const ctl::LintFinding &finding : ctl::lintShape(manifest.object()))
-        lines += ctl::lintLine(finding);
+        lines.append(ctl::lintLine(finding));
     QTEST(lines.join('\n'), "line");
 }
 
@@ -132,7 +132,7 @@ void LintShapeTest::inTheOrderOfTheParts() {
             "projects": [7], "plugins": [7], "editor": 7, "runtime": 7})");
     QStringList kinds;
     for (const ctl::LintFinding &finding : ctl::lintShape(manifest.object()))
-        kinds += finding.kind + ' ' + finding.where;
+        kinds.append(finding.kind + ' ' + finding.where);
     QCOMPARE(kinds,
              QStringList({"unlisted-key a", "unlisted-key z", "schema-version schemaVersion",
                           "bad-time publishedAt", "wrong-type signature", "wrong-type runtime",

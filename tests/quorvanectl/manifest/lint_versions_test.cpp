@@ -27,7 +27,7 @@ private:
         return document.object();
     }
 
-private slots:
+private Q_SLOTS:
     void components_data();
     void components();
     void projects_data();

@@ -9,7 +9,7 @@
 class ManifestAttachTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void signaturesInFiles_data() {
         QTest::addColumn<QByteArray>("file");
         QTest::addColumn<QByteArray>("signature");

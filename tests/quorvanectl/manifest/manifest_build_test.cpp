@@ -42,7 +42,7 @@ private:
                    : QString();
     }
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         QVERIFY(support::loadScriptVocabulary());
         support::provideUnpacking();

@@ -13,7 +13,7 @@ using ctl::PackageRecord;
 class ManifestFormatTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void records_data();
     void records();
     void everyListedKeyIsInAFullManifest();
@@ -59,7 +59,7 @@ void ManifestFormatTest::records() {
     QVERIFY(document.isObject());
     QStringList where;
     for (const PackageRecord &record : ctl::packageRecords(document.object())) {
-        where += record.where;
+        where.append(record.where);
         QCOMPARE(record.isProject, record.where.startsWith("projects["));
     }
     QTEST(where, "where");

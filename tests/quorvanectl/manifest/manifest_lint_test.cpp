@@ -98,7 +98,7 @@ private:
     static QStringList kinds(const QVector<LintFinding> &findings) {
         QStringList words;
         for (const LintFinding &finding : findings)
-            words += finding.kind + " " + finding.where;
+            words.append(finding.kind + " " + finding.where);
         return words;
     }
 
@@ -112,7 +112,7 @@ private:
         return ctl::lintManifest(subject);
     }
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         QVERIFY(support::loadScriptVocabulary());
         support::provideUnpacking();

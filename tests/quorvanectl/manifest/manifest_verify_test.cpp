@@ -24,7 +24,7 @@ private:
     const QString manifest = support::signedManifest(support::fullManifest(), key);
     QString keyPath;
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         keyPath = folder.filePath("update.pub");
         support::writeBytes(keyPath, key.publicPem().toUtf8());

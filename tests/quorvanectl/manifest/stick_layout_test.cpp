@@ -42,7 +42,7 @@ private:
                            nobody);
     }
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         QVERIFY(support::loadScriptVocabulary());
         support::provideUnpacking();

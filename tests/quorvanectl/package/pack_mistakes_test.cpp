@@ -33,7 +33,7 @@ private:
         return support::laidOver(support::smallProject(), change);
     }
 
-private slots:
+private Q_SLOTS:
     void init() { folder.reset(new QTemporaryDir); }
 
     void namesThatWindowsHasNot_data();

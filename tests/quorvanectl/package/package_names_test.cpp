@@ -5,7 +5,7 @@
 class PackageNamesTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void names_data() {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("fault");

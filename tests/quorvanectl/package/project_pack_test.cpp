@@ -42,7 +42,7 @@ private:
         return support::readTree(target);
     }
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
     void init() { folder.reset(new QTemporaryDir); }
 

@@ -35,7 +35,7 @@ private:
         return support::laidOver(support::smallProject(), change);
     }
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void init() { folder.reset(new QTemporaryDir); }
 

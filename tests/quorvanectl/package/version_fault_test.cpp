@@ -8,7 +8,7 @@
 class VersionFaultTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void versions_data();
     void versions();
 };

@@ -36,7 +36,7 @@ QByteArray projectOf(const QStringList &paths) {
 class ProjectFindingsTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
 
     void scripts_data();
@@ -93,7 +93,7 @@ void ProjectFindingsTest::scripts() {
     QVERIFY2(ctl::findAll(project, QString(), &findings, &error), qPrintable(error));
     QStringList checked;
     for (const ctl::ScriptReport &report : findings.scripts)
-        checked += report.path + ' ' + QString::number(report.result.errorCount);
+        checked.append(report.path + ' ' + QString::number(report.result.errorCount));
     QTEST(checked, "checked");
     QCOMPARE(findings.projectPath, project);
 }

@@ -56,7 +56,7 @@ QJsonObject checked(const char *kind, const QJsonValue &value) {
     QStringList known;
     for (const QString &name : propertiesOf()[kind]) {
         const bool isRequired = name.endsWith('!');
-        known << QString(name).remove('!');
+        known.append(QString(name).remove('!'));
         if (isRequired && !object.contains(known.last()))
             qFatal("%s without %s", kind, qPrintable(known.last()));
     }
@@ -95,7 +95,7 @@ void layOut(const ProjectFolder &folder) {
 class SarifTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void initTestCase() {
         layOut(projectFolder);
         const support::Answer answer =
@@ -181,7 +181,7 @@ private slots:
         QStringList all;
         const QJsonArray results = firstRun["results"].toArray();
         for (const QJsonValue &result : results)
-            all << summary(result.toObject());
+            all.append(summary(result.toObject()));
         QVERIFY2(all.contains(text), qPrintable(all.join('\n')));
     }
 
@@ -245,14 +245,14 @@ private:
                           place["artifactLocation"].toObject()["uri"].toString()};
         const QJsonObject region = place["region"].toObject();
         if (!region.isEmpty())
-            words << QString("%1:%2")
+            words.append(QString("%1:%2")
                              .arg(region["startLine"].toInt())
                              .arg(region["startColumn"].toInt()) +
                          (region.contains("endColumn")
                               ? QString("-%1").arg(region["endColumn"].toInt())
-                              : QString());
+                              : QString()));
         for (const QJsonValue &name : location["logicalLocations"].toArray())
-            words << name.toObject()["fullyQualifiedName"].toString();
+            words.append(name.toObject()["fullyQualifiedName"].toString());
         return words.join(' ');
     }
 

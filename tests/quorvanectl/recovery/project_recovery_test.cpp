@@ -52,7 +52,7 @@ private:
         return QDir(folder->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
     }
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void init() { folder.reset(new QTemporaryDir); }
 

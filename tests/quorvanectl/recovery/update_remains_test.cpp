@@ -60,7 +60,7 @@ private:
         return remains;
     }
 
-private slots:
+private Q_SLOTS:
     void initTestCase();
     void init() { folder.reset(new QTemporaryDir); }
 

@@ -35,7 +35,7 @@ struct Buffers {
 class ConsoleTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void inksOfTheirOwn_data();
     void inksOfTheirOwn();
     void controlCharactersAreSpelledOut_data();

@@ -23,7 +23,7 @@ private:
 
     QString path(const QString &name) const { return folder->filePath(name); }
 
-private slots:
+private Q_SLOTS:
     void init() { folder.reset(new QTemporaryDir); }
 
     void unusableLibraries_data();

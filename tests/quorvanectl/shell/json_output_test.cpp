@@ -14,7 +14,7 @@
 class JsonOutputTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void formats_data();
     void formats();
     void nobodyNeedHearTheReason();

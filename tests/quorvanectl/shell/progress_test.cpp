@@ -28,7 +28,7 @@ QByteArray toldOf(bool onTerminal, qint64 done, int seconds) {
 class ProgressTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void shortWorkTellsNothing() {
         QBuffer err;
         err.open(QIODevice::WriteOnly);

@@ -8,7 +8,7 @@
 class TerminalColoursTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void theTerminalDecides_data();
     void theTerminalDecides();
     void noColourGoesIntoAFile();

@@ -48,7 +48,7 @@ private:
         QSqlDatabase::removeDatabase("test");
     }
 
-private slots:
+private Q_SLOTS:
     void init();
     void namesInTheirOrder();
     void logs_data();
@@ -76,7 +76,7 @@ void SupportFilesTest::namesInTheirOrder() {
     AppPaths::inspect(path("pc/bin"));
     QStringList names;
     for (const ctl::SupportFile &file : ctl::supportFiles({path("data"), false}))
-        names += file.name;
+        names.append(file.name);
     QCOMPARE(names, QStringList({"launcher.log", "versions.json", "settings.json",
                                  "installation.txt", "projects.txt", "data.txt"}));
 }
@@ -188,7 +188,7 @@ void SupportFilesTest::listings() {
     QStringList listed;
     for (const QString &line : lines.mid(1, lines.size() - 2)) {
         QCOMPARE(line.indexOf(' '), 64); // behind the hash
-        listed += line.section("  ", -1);
+        listed.append(line.section("  ", -1));
     }
     QCOMPARE(listed, names);
 }

@@ -14,7 +14,7 @@
 
 namespace {
 
-const char noLinks[] = "no links here: Wine makes none";
+constexpr char noLinks[] = "no links here: Wine makes none";
 
 } // namespace
 
@@ -35,7 +35,7 @@ private:
     QStringList tree(const QString &name) const;
     static QString otherVolume();
 
-private slots:
+private Q_SLOTS:
     void init();
     void cleanup();
     void aFileIsFoundAtAnyDepth();
@@ -139,7 +139,9 @@ QStringList FileOperationsTest::tree(const QString &name) const {
     while (entries.hasNext()) {
         const QString entry = entries.next();
         const QFileInfo info = entries.fileInfo();
-        found += entry.mid(root.size() + 1) + (info.isSymLink() ? "@" : info.isDir() ? "/" : "");
+        found.append(entry.mid(root.size() + 1) + (info.isSymLink() ? "@"
+                                                   : info.isDir()   ? "/"
+                                                                    : ""));
     }
     found.sort();
     return found;
@@ -444,7 +446,7 @@ void FileOperationsTest::aFolderIsListedWithWhatIsHidden() {
     QVERIFY(listFolder(path("folder"), &entries));
     QStringList names;
     for (const QFileInfo &entry : qAsConst(entries))
-        names += entry.filePath();
+        names.append(entry.filePath());
     names.sort();
     QCOMPARE(names, QStringList({path("folder/.hidden"), path("folder/sub"), path("folder/文件")}));
 }

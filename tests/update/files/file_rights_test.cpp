@@ -45,7 +45,7 @@ private:
 class FileRightsTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void aFolderThatCannotBeLookedAtIsNotTakenForGone();
     void aLinkThatCannotBeRemovedLeavesWhatItLeadsToAsItIs();
     void aFolderThatCannotBeTakenApartIsLeftAlone_data();

@@ -7,7 +7,7 @@
 class ProjectPathTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void cleaned_data();
     void cleaned();
     void located_data();

@@ -32,7 +32,7 @@ const QByteArray gbkChinese = QByteArrayLiteral("\xD6\xD0\xCE\xC4"); // 中文
 class TextFileTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void libraryHasTheGbkCodec();
     void decodes_data();
     void decodes();

@@ -5,7 +5,7 @@
 class VersionTextTest : public QObject {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void normalizes_data();
     void normalizes();
     void compares_data();

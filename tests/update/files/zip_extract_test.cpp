@@ -22,7 +22,7 @@ using support::ZipWish;
 
 namespace {
 
-const quint16 utf8Flag = 0x800;
+constexpr quint16 utf8Flag = 0x800;
 
 ZipEntry modeEntry(const QByteArray &name, const QByteArray &content, quint16 mode) {
     ZipEntry entry{name, content};
@@ -47,7 +47,7 @@ private:
     QStringList tree() const;
     void run(const QString &program, const QStringList &arguments, const QString &folder) const;
 
-private slots:
+private Q_SLOTS:
     void init();
     void filesComeOutByteForByte();
     void foldersWithAndWithoutAnEntryOfTheirOwn();
@@ -125,7 +125,7 @@ QStringList ZipExtractTest::tree() const {
                          QDirIterator::Subdirectories);
     while (entries.hasNext()) {
         const QString entry = entries.next();
-        found += entry.mid(path("out").size() + 1) + (entries.fileInfo().isDir() ? "/" : "");
+        found.append(entry.mid(path("out").size() + 1) + (entries.fileInfo().isDir() ? "/" : ""));
     }
     found.sort();
     return found;
@@ -149,7 +149,7 @@ void ZipExtractTest::init() {
 void ZipExtractTest::filesComeOutByteForByte() {
     QByteArray noise(300000, '\0');
     for (int i = 0; i < noise.size(); ++i)
-        noise[i] = static_cast<char>((i * 2654435761U) >> 13);
+        noise[i] = char((i * 2654435761U) >> 13);
     QVERIFY2(extract(makeZip({{"stored", noise},
                               {"packed", noise, true},
                               {"deep/er/zeros", QByteArray(5000000, '\0'), true},
@@ -273,7 +273,7 @@ void ZipExtractTest::names() {
     QFETCH(int, flags);
     QFETCH(QString, written);
     ZipEntry entry{stored, "content"};
-    entry.flags = static_cast<quint16>(flags);
+    entry.flags = quint16(flags);
     QVERIFY2(extract(makeZip({entry})), qPrintable(reason));
     QCOMPARE(read(written), QByteArray("content"));
 }

@@ -43,7 +43,7 @@ QStringList templatesOf(const FunctionLibrary &library) {
     QStringList templates;
     int next = 0;
     for (const QString &line : library.rawLines)
-        templates += hasCallTemplate(line) ? library.callTemplates.value(next++) : QString();
+        templates.append(hasCallTemplate(line) ? library.callTemplates.value(next++) : QString());
     return templates;
 }
 

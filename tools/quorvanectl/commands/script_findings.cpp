@@ -4,7 +4,7 @@ namespace ctl {
 namespace {
 
 // A line may be as long as its file: this much of it is shown on either side of the caret.
-const int shownUnits = 60;
+constexpr int shownUnits = 60;
 
 // Of the characters that fill two columns of a terminal: those of East Asia. Half of a surrogate
 // pair counts as one, so that a pair counts as two.

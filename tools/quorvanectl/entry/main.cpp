@@ -11,7 +11,7 @@ namespace {
 
 // A build server often runs in the locale "C", whose ASCII would lose a path in Chinese.
 void readPathsAsUtf8() {
-    const int asciiMib = 3;
+    constexpr int asciiMib = 3;
     if (QTextCodec::codecForLocale()->mibEnum() == asciiMib)
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 }

@@ -8,7 +8,7 @@
 namespace ctl {
 namespace {
 
-const int mebibyte = 1024 * 1024;
+constexpr int mebibyte = 1024 * 1024;
 
 QString sizeText(qint64 bytes) {
     return bytes < mebibyte ? QStringLiteral("%1 bytes").arg(bytes)

@@ -10,7 +10,7 @@
 namespace ctl {
 
 // Far above any project file, script, library, manifest or key.
-const qint64 largestText = 67108864; // bytes, 64 MiB
+inline constexpr qint64 largestText = 67108864; // bytes, 64 MiB
 
 // Whether there is a plain file that can be opened and has at most `limit` bytes.
 [[nodiscard]] bool isUsableFile(const QString &path, QString *error, qint64 limit = largestText);

@@ -103,7 +103,7 @@ bool readContent(const QString &folder, FolderContent *content, QString *error) 
             else if (info.isFile())
                 content->entries.insert(relative, info.size());
             if (info.isDir() && !isLink(info))
-                folders += relative + QLatin1Char('/');
+                folders.append(relative + QLatin1Char('/'));
         }
     }
     return true;

@@ -8,13 +8,12 @@
 namespace ctl {
 namespace {
 
-const qint64 pieceSize = 1 << 20; // bytes
+constexpr qint64 pieceSize = 1 << 20; // bytes
 const __LA_MODE_T plainFile = 0644;
 const __LA_MODE_T plainFolder = 0755;
 
 la_ssize_t writeTo(archive *, void *device, const void *bytes, size_t size) {
-    return static_cast<QIODevice *>(device)->write(static_cast<const char *>(bytes),
-                                                   static_cast<qint64>(size));
+    return static_cast<QIODevice *>(device)->write(static_cast<const char *>(bytes), qint64(size));
 }
 
 struct EntryFree {
@@ -50,7 +49,7 @@ bool ZipWriter::addFile(const QString &name, QIODevice *content) {
             return fail(QStringLiteral("cannot read %1: %2").arg(name, content->errorString()));
         if (interrupted())
             return fail(QStringLiteral("interrupted"));
-        const auto size = static_cast<size_t>(piece.size());
+        const auto size = size_t(piece.size());
         if (archive_write_data(writer.get(), piece.constData(), size) !=
             static_cast<la_ssize_t>(size))
             return failWriting();

@@ -40,11 +40,11 @@ bool makeFolder(const QString &folder, QString *error) {
 bool writeAll(int descriptor, const QByteArray &content) {
     int written = 0;
     while (written < content.size()) {
-        const ssize_t done = ::write(descriptor, content.constData() + written,
-                                     static_cast<size_t>(content.size() - written));
+        const ssize_t done =
+            ::write(descriptor, content.constData() + written, size_t(content.size() - written));
         if (done < 0 && errno != EINTR)
             return false;
-        written += done > 0 ? static_cast<int>(done) : 0;
+        written += done > 0 ? int(done) : 0;
     }
     return ::fsync(descriptor) == 0;
 }

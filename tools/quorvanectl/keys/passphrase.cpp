@@ -13,10 +13,10 @@
 namespace ctl {
 namespace {
 
-const char interruptKey = '\x03';
-const char endKey = '\x04';
-const char eraseKey = '\x7f';
-const char backspaceKey = '\b';
+constexpr char interruptKey = '\x03';
+constexpr char endKey = '\x04';
+constexpr char eraseKey = '\x7f';
+constexpr char backspaceKey = '\b';
 
 } // namespace
 
@@ -47,7 +47,7 @@ public:
 
     void show(const QString &text) const {
         const QByteArray bytes = text.toUtf8();
-        (void)!::write(descriptor, bytes.constData(), static_cast<size_t>(bytes.size()));
+        (void)!::write(descriptor, bytes.constData(), size_t(bytes.size()));
     }
 
     // The next byte typed; 0 at the end.

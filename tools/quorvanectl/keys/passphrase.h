@@ -23,7 +23,7 @@ public:
     [[nodiscard]] bool ask(const QString &prompt, bool twice, QString *error = nullptr);
 
     [[nodiscard]] const char *data() const { return text.data(); } // ends in a NUL
-    [[nodiscard]] int size() const { return static_cast<int>(length); }
+    [[nodiscard]] int size() const { return int(length); }
 
 private:
     class SilentTerminal;

@@ -15,7 +15,7 @@
 namespace ctl {
 namespace {
 
-const int newKeyBits = 3072;
+constexpr int newKeyBits = 3072;
 
 using Stream = std::unique_ptr<BIO, OpenSslFree<BIO_vfree>>;
 using DigestContext = std::unique_ptr<EVP_MD_CTX, OpenSslFree<EVP_MD_CTX_free>>;
@@ -28,7 +28,7 @@ Stream secretStream() {
 QByteArray contentOf(BIO *stream) {
     char *bytes = nullptr;
     const long size = BIO_get_mem_data(stream, &bytes);
-    return size > 0 ? QByteArray(bytes, static_cast<int>(size)) : QByteArray();
+    return size > 0 ? QByteArray(bytes, int(size)) : QByteArray();
 }
 
 struct Question {
@@ -43,7 +43,7 @@ int answerQuestion(char *buffer, int size, int, void *data) {
     Passphrase passphrase;
     if (!question->ask(passphrase, &question->error) || passphrase.size() > size)
         return -1;
-    std::memcpy(buffer, passphrase.data(), static_cast<size_t>(passphrase.size()));
+    std::memcpy(buffer, passphrase.data(), size_t(passphrase.size()));
     return passphrase.size();
 }
 
@@ -105,23 +105,23 @@ QByteArray SigningKey::publicPem() const {
 QByteArray SigningKey::sign(const QByteArray &data) const {
     const DigestContext context(EVP_MD_CTX_new());
     QByteArray signature(EVP_PKEY_get_size(key.get()), '\0');
-    auto length = static_cast<size_t>(signature.size());
+    auto length = size_t(signature.size());
     // PKCS#1 v1.5 is what an RSA key signs with unless told otherwise.
     const bool done =
         context &&
         EVP_DigestSignInit(context.get(), nullptr, EVP_sha256(), nullptr, key.get()) == 1 &&
         EVP_DigestSign(context.get(), reinterpret_cast<unsigned char *>(signature.data()), &length,
                        reinterpret_cast<const unsigned char *>(data.constData()),
-                       static_cast<size_t>(data.size())) == 1;
+                       size_t(data.size())) == 1;
     ERR_clear_error();
     if (!done)
         return QByteArray();
-    signature.truncate(static_cast<int>(length));
+    signature.truncate(int(length));
     return signature;
 }
 
 void wipe(QByteArray *secret) {
-    OPENSSL_cleanse(secret->data(), static_cast<size_t>(secret->size()));
+    OPENSSL_cleanse(secret->data(), size_t(secret->size()));
 }
 
 } // namespace ctl

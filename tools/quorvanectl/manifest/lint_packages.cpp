@@ -118,22 +118,25 @@ QVector<LintFinding> lintHash(const PackageRecord &package) {
 QVector<LintFinding> lintProjectFiles(const ProjectPackage &zip, const PackageRecord &package) {
     QVector<LintFinding> findings;
     if (zip.projectFiles.isEmpty()) {
-        findings += atUrl(QStringLiteral("no-project-file"), package,
-                          QStringLiteral("the package holds no project file (.yslib)"));
+        findings.append(atUrl(QStringLiteral("no-project-file"), package,
+                              QStringLiteral("the package holds no project file (.yslib)")));
     } else if (zip.projectFiles.size() > 1) {
-        findings += atUrl(QStringLiteral("several-project-files"), package,
-                          QStringLiteral("the package holds several project files, of which the "
-                                         "launcher takes any: %1")
-                              .arg(zip.projectFiles.join(QStringLiteral(", "))));
+        findings.append(
+            atUrl(QStringLiteral("several-project-files"), package,
+                  QStringLiteral("the package holds several project files, of which the "
+                                 "launcher takes any: %1")
+                      .arg(zip.projectFiles.join(QStringLiteral(", ")))));
     } else if (zip.projectFiles.first().contains(QLatin1Char('/'))) {
-        findings += atUrl(QStringLiteral("project-in-subfolder"), package,
-                          QStringLiteral("the project file is not at the top: %1 would move there")
-                              .arg(zip.projectFiles.first()));
+        findings.append(
+            atUrl(QStringLiteral("project-in-subfolder"), package,
+                  QStringLiteral("the project file is not at the top: %1 would move there")
+                      .arg(zip.projectFiles.first())));
     }
     if (zip.hasLogs) {
-        findings += atUrl(QStringLiteral("brings-logs"), package,
-                          QStringLiteral("the package brings a folder `logs`, which belongs to the "
-                                         "line PC"));
+        findings.append(
+            atUrl(QStringLiteral("brings-logs"), package,
+                  QStringLiteral("the package brings a folder `logs`, which belongs to the "
+                                 "line PC")));
     }
     return findings;
 }
@@ -143,12 +146,12 @@ QVector<LintFinding> lintNames(const ProjectPackage &zip, const PackageRecord &p
     for (const QString &name : zip.files) {
         const QString fault = nameFault(name);
         if (!fault.isEmpty()) {
-            findings += atUrl(QStringLiteral("bad-entry"), package,
-                              QStringLiteral("%1: %2").arg(name, fault));
+            findings.append(atUrl(QStringLiteral("bad-entry"), package,
+                                  QStringLiteral("%1: %2").arg(name, fault)));
         }
     }
     for (const QString &fault : sameNameFaults(zip.files))
-        findings += atUrl(QStringLiteral("bad-entry"), package, fault);
+        findings.append(atUrl(QStringLiteral("bad-entry"), package, fault));
     return findings;
 }
 
@@ -169,8 +172,8 @@ QVector<LintFinding> lintProject(const ProjectPackage &zip, const PackageRecord 
                  .arg(package.version(), zip.version)};
     }
     for (const QString &line : errorLines(zip.issues)) {
-        findings += atUrl(QStringLiteral("broken-project"), package,
-                          QStringLiteral("the launcher would refuse it: %1").arg(line));
+        findings.append(atUrl(QStringLiteral("broken-project"), package,
+                              QStringLiteral("the launcher would refuse it: %1").arg(line)));
     }
     return findings;
 }
@@ -193,8 +196,8 @@ QVector<LintFinding> lintAddress(const PackageRecord &package) {
     }
     QVector<LintFinding> findings;
     if (package.record.value(package.urlKey()).toString() != package.url()) {
-        findings += atUrl(QStringLiteral("blanks"), package,
-                          QStringLiteral("blanks around the address become part of it"));
+        findings.append(atUrl(QStringLiteral("blanks"), package,
+                              QStringLiteral("blanks around the address become part of it")));
     }
     for (const AddressRule &rule : addressRules) {
         if (rule.isBroken(package.url())) {
@@ -204,10 +207,11 @@ QVector<LintFinding> lintAddress(const PackageRecord &package) {
         }
     }
     if (isNoProgram(package)) {
-        findings += atUrl(QStringLiteral("no-program"), package,
-                          QStringLiteral("the launcher starts an installer as it is, and %1 is no "
-                                         "program")
-                              .arg(packageFileName(package.url())));
+        findings.append(
+            atUrl(QStringLiteral("no-program"), package,
+                  QStringLiteral("the launcher starts an installer as it is, and %1 is no "
+                                 "program")
+                      .arg(packageFileName(package.url()))));
     }
     return findings + lintHash(package);
 }
@@ -226,9 +230,9 @@ QVector<LintFinding> lintPackageFile(const PackageRecord &package, const LintSub
     QVector<LintFinding> findings;
     const QString actual = fileSha256Hex(path);
     if (!package.hash().isEmpty() && package.hash().compare(actual, Qt::CaseInsensitive) != 0) {
-        findings += {QStringLiteral("hash-disagrees"),
-                     QStringLiteral("%1.%2").arg(package.where, package.hashKey()),
-                     QStringLiteral("the file's hash is %1").arg(actual)};
+        findings.append({QStringLiteral("hash-disagrees"),
+                         QStringLiteral("%1.%2").arg(package.where, package.hashKey()),
+                         QStringLiteral("the file's hash is %1").arg(actual)});
     }
     return package.isProject ? findings + lintZip(path, package) : findings;
 }
@@ -240,10 +244,11 @@ QVector<LintFinding> lintTogether(const QVector<PackageRecord> &packages) {
     for (const PackageRecord &package : packages) {
         const QString file = packageFileName(package.url()).toCaseFolded();
         if (!file.isEmpty() && namedIn.contains(file)) {
-            findings += atUrl(QStringLiteral("same-file-name"), package,
-                              QStringLiteral("has the file name of %1: on a line PC one overwrites "
-                                             "the other")
-                                  .arg(namedIn.value(file)));
+            findings.append(
+                atUrl(QStringLiteral("same-file-name"), package,
+                      QStringLiteral("has the file name of %1: on a line PC one overwrites "
+                                     "the other")
+                          .arg(namedIn.value(file))));
         }
         namedIn.insert(file, package.where);
         if (!package.isProject)
@@ -251,16 +256,17 @@ QVector<LintFinding> lintTogether(const QVector<PackageRecord> &packages) {
         const QString where = package.where + QStringLiteral(".name");
         const QString name = package.record.value(manifest_keys::name).toString();
         if (name.trimmed() != name) {
-            findings += {QStringLiteral("blanks"), where,
-                         QStringLiteral("blanks around the name belong to it: '%1'").arg(name)};
+            findings.append(
+                {QStringLiteral("blanks"), where,
+                 QStringLiteral("blanks around the name belong to it: '%1'").arg(name)});
         }
         if (name.isEmpty()) {
-            findings += {QStringLiteral("no-name"), where,
-                         QStringLiteral("a project without a name matches no project")};
+            findings.append({QStringLiteral("no-name"), where,
+                             QStringLiteral("a project without a name matches no project")});
         } else if (projectAt.contains(package.identity())) {
-            findings += {QStringLiteral("same-project"), where,
-                         QStringLiteral("is that of %1, and only the first is looked at")
-                             .arg(projectAt.value(package.identity()))};
+            findings.append({QStringLiteral("same-project"), where,
+                             QStringLiteral("is that of %1, and only the first is looked at")
+                                 .arg(projectAt.value(package.identity()))});
         }
         projectAt.insert(package.identity(), package.where);
     }

@@ -26,8 +26,8 @@ QVector<LintFinding> unlistedKeys(const QJsonObject &object, const QStringList &
     QVector<LintFinding> findings;
     for (auto member = object.begin(); member != object.end(); ++member) {
         if (!keys.contains(member.key())) {
-            findings += {QStringLiteral("unlisted-key"), at(where, member.key()),
-                         QStringLiteral("nobody reads this key, and no signature covers it")};
+            findings.append({QStringLiteral("unlisted-key"), at(where, member.key()),
+                             QStringLiteral("nobody reads this key, and no signature covers it")});
         }
     }
     return findings;
@@ -41,7 +41,7 @@ QVector<LintFinding> lintRecord(const QJsonValue &value, const QStringList &keys
     QVector<LintFinding> findings = unlistedKeys(record, keys, where);
     for (const QString &key : keys) {
         if (record.contains(key) && !record.value(key).isString())
-            findings += wrongType(at(where, key), "a text");
+            findings.append(wrongType(at(where, key), "a text"));
     }
     return findings;
 }
@@ -55,7 +55,7 @@ QVector<LintFinding> lintRecords(const QJsonObject &root, const QString &key,
     QVector<LintFinding> findings;
     const QJsonArray records = root.value(key).toArray();
     for (int i = 0; i < records.size(); ++i)
-        findings += lintRecord(records.at(i), keys, QStringLiteral("%1[%2]").arg(key).arg(i));
+        findings.append(lintRecord(records.at(i), keys, QStringLiteral("%1[%2]").arg(key).arg(i)));
     return findings;
 }
 
@@ -91,8 +91,8 @@ QVector<LintFinding> lintPlugins(const QJsonObject &root) {
         const QJsonObject plugin = plugins.at(i).toObject();
         const QString where = QStringLiteral("plugins[%1]").arg(i);
         if (plugin.value(manifest_keys::path).toString().trimmed().isEmpty()) {
-            findings += {QStringLiteral("no-path"), where,
-                         QStringLiteral("a plug-in without `path` is skipped without a word")};
+            findings.append({QStringLiteral("no-path"), where,
+                             QStringLiteral("a plug-in without `path` is skipped without a word")});
         }
         const QString least = plugin.value(manifest_keys::minVersion).toString();
         const QString fault = versionFault(least);
@@ -107,20 +107,20 @@ QVector<LintFinding> lintPlugins(const QJsonObject &root) {
 
 QVector<LintFinding> lintShape(const QJsonObject &root) {
     QVector<LintFinding> findings = unlistedKeys(root, rootKeys(), QString());
-    findings += lintSchemaVersion(root) + lintPublishedAt(root);
+    findings.append(lintSchemaVersion(root) + lintPublishedAt(root));
     const QString signature = manifest_keys::signature;
     if (root.contains(signature) && !root.value(signature).isString())
-        findings += wrongType(signature, "a text");
+        findings.append(wrongType(signature, "a text"));
     for (const QString &key : componentKeys()) {
         if (root.contains(key))
-            findings += lintRecord(root.value(key), componentRecordKeys(), key);
+            findings.append(lintRecord(root.value(key), componentRecordKeys(), key));
     }
-    findings += lintRecords(root, manifest_keys::plugins, pluginRecordKeys());
-    findings += lintRecords(root, manifest_keys::projects, projectRecordKeys());
-    findings += lintPlugins(root);
+    findings.append(lintRecords(root, manifest_keys::plugins, pluginRecordKeys()));
+    findings.append(lintRecords(root, manifest_keys::projects, projectRecordKeys()));
+    findings.append(lintPlugins(root));
     if (packageRecords(root).isEmpty()) {
-        findings += {QStringLiteral("nothing-offered"), QString(),
-                     QStringLiteral("the manifest names no component and no project")};
+        findings.append({QStringLiteral("nothing-offered"), QString(),
+                         QStringLiteral("the manifest names no component and no project")});
     }
     return findings;
 }

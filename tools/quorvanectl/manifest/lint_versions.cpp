@@ -104,14 +104,15 @@ QVector<LintFinding> lintStep(const PackageRecord &now, const PackageRecord &bef
         return {}; // carried over as it was
     QVector<LintFinding> findings;
     if (compareVersions(now.version(), before.version()) <= 0) {
-        findings += step(QStringLiteral("version-not-above-previous"), now,
-                         QStringLiteral("version %1 is not above %2 of the previous manifest")
-                             .arg(now.version(), before.version()));
+        findings.append(step(QStringLiteral("version-not-above-previous"), now,
+                             QStringLiteral("version %1 is not above %2 of the previous manifest")
+                                 .arg(now.version(), before.version())));
     }
     if (!now.url().isEmpty() && now.url() == before.url()) {
-        findings += step(QStringLiteral("address-used-again"), now,
-                         QStringLiteral("another package under the address of the previous one: %1")
-                             .arg(now.url()));
+        findings.append(
+            step(QStringLiteral("address-used-again"), now,
+                 QStringLiteral("another package under the address of the previous one: %1")
+                     .arg(now.url())));
     }
     return findings;
 }
@@ -124,20 +125,21 @@ QDateTime publishedAt(const QJsonObject &root) {
 
 QVector<LintFinding> lintVersions(const PackageRecord &package) {
     QVector<LintFinding> findings = lintForm(package, manifest_keys::version);
-    findings += package.isProject ? lintProject(package) : lintComponent(package);
+    findings.append(package.isProject ? lintProject(package) : lintComponent(package));
     if (isZero(package.version())) {
-        findings += {QStringLiteral("no-version"), package.where,
-                     QStringLiteral("%1 is above no version").arg(package.version())};
+        findings.append({QStringLiteral("no-version"), package.where,
+                         QStringLiteral("%1 is above no version").arg(package.version())});
     }
     if (package.isProject)
         return findings;
-    findings += lintForm(package, manifest_keys::minVersion);
+    findings.append(lintForm(package, manifest_keys::minVersion));
     const QString least = text(package, manifest_keys::minVersion);
     if (!least.isEmpty() && !package.version().isEmpty() &&
         compareVersions(least, package.version()) >= 0) {
-        findings += {QStringLiteral("min-version-too-high"), at(package, manifest_keys::minVersion),
-                     QStringLiteral("%1 is not below the version %2 itself: nobody can update")
-                         .arg(least, package.version())};
+        findings.append({QStringLiteral("min-version-too-high"),
+                         at(package, manifest_keys::minVersion),
+                         QStringLiteral("%1 is not below the version %2 itself: nobody can update")
+                             .arg(least, package.version())});
     }
     return findings;
 }
@@ -151,16 +153,16 @@ QVector<LintFinding> lintSuccession(const QJsonObject &root, const QJsonObject &
     const QVector<PackageRecord> earlier = packageRecords(previous);
     for (const PackageRecord &before : earlier) {
         if (now.contains(before.identity())) {
-            findings += lintStep(now.value(before.identity()), before);
+            findings.append(lintStep(now.value(before.identity()), before));
         } else {
-            findings += {QStringLiteral("no-longer-offered"), before.where,
-                         QStringLiteral("stood in the previous manifest (%1) and is gone")
-                             .arg(packageFileName(before.url()))};
+            findings.append({QStringLiteral("no-longer-offered"), before.where,
+                             QStringLiteral("stood in the previous manifest (%1) and is gone")
+                                 .arg(packageFileName(before.url()))});
         }
     }
     if (publishedAt(previous).isValid() && publishedAt(root) <= publishedAt(previous)) {
-        findings += {QStringLiteral("not-later"), manifest_keys::publishedAt,
-                     QStringLiteral("is not later than that of the previous manifest")};
+        findings.append({QStringLiteral("not-later"), manifest_keys::publishedAt,
+                         QStringLiteral("is not later than that of the previous manifest")});
     }
     return findings;
 }

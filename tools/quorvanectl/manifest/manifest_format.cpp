@@ -16,21 +16,21 @@ template<typename Keys>
 QStringList listOf(const Keys &keys) {
     QStringList list;
     for (const QLatin1String key : keys)
-        list += key;
+        list.append(key);
     return list;
 }
 
 QStringList listOfRoot() {
     QStringList list;
     for (const manifest_keys::RootKey &entry : manifest_keys::root)
-        list += entry.key;
+        list.append(entry.key);
     return list + QStringList(manifest_keys::signature);
 }
 
 QStringList listOfComponents() {
     QStringList list;
     for (const UpdateComponent *component : updateComponents)
-        list += component->keyText();
+        list.append(component->keyText());
     return list;
 }
 
@@ -93,13 +93,13 @@ QVector<PackageRecord> packageRecords(const QJsonObject &root) {
     QVector<PackageRecord> records;
     for (const QString &key : componentKeys()) {
         if (root.value(key).isObject())
-            records += PackageRecord{key, false, root.value(key).toObject()};
+            records.append(PackageRecord{key, false, root.value(key).toObject()});
     }
     const QJsonArray projects = root.value(manifest_keys::projects).toArray();
     for (int i = 0; i < projects.size(); ++i) {
         if (projects.at(i).isObject()) {
-            records += PackageRecord{QStringLiteral("projects[%1]").arg(i), true,
-                                     projects.at(i).toObject()};
+            records.append(PackageRecord{QStringLiteral("projects[%1]").arg(i), true,
+                                         projects.at(i).toObject()});
         }
     }
     return records;

@@ -24,11 +24,12 @@ QVector<LintFinding> lintEncoding(const QByteArray &bytes) {
 QVector<LintFinding> lintRepeatedKeys(const QByteArray &bytes) {
     QVector<LintFinding> findings;
     for (const RepeatedKey &key : repeatedKeys(QString::fromUtf8(bytes))) {
-        findings += {QStringLiteral("repeated-key"), key.where,
-                     QStringLiteral("line %1, column %2: stands already in line %3, column %4; the "
-                                    "launcher takes the last, other readers the first")
-                         .arg(QString::number(key.again.line), QString::number(key.again.column),
-                              QString::number(key.first.line), QString::number(key.first.column))};
+        findings.append(
+            {QStringLiteral("repeated-key"), key.where,
+             QStringLiteral("line %1, column %2: stands already in line %3, column %4; the "
+                            "launcher takes the last, other readers the first")
+                 .arg(QString::number(key.again.line), QString::number(key.again.column),
+                      QString::number(key.first.line), QString::number(key.first.column))});
     }
     return findings;
 }
@@ -39,14 +40,14 @@ QVector<LintFinding> lintManifest(const LintSubject &subject) {
     const QJsonObject root = rootOf(subject.manifest);
     const QVector<PackageRecord> packages = packageRecords(root);
     QVector<LintFinding> findings = lintEncoding(subject.manifest);
-    findings += lintRepeatedKeys(subject.manifest) + lintShape(root);
+    findings.append(lintRepeatedKeys(subject.manifest) + lintShape(root));
     for (const PackageRecord &package : packages) {
-        findings += lintVersions(package) + lintAddress(package);
-        findings += lintPackageFile(package, subject);
+        findings.append(lintVersions(package) + lintAddress(package));
+        findings.append(lintPackageFile(package, subject));
     }
-    findings += lintTogether(packages);
+    findings.append(lintTogether(packages));
     if (!subject.previous.isNull())
-        findings += lintSuccession(root, rootOf(subject.previous));
+        findings.append(lintSuccession(root, rootOf(subject.previous)));
     return findings;
 }
 

@@ -20,7 +20,7 @@
 namespace ctl {
 namespace {
 
-const qint64 pieceSize = 1 << 20; // bytes
+constexpr qint64 pieceSize = 1 << 20; // bytes
 using Reached = std::function<void(qint64, qint64)>;
 
 struct StickCopy {
@@ -91,11 +91,11 @@ QStringList faultsOf(const QString &manifestText, const QString &keyPath,
     QStringList faults;
     const QString signature = signatureFault(manifestText, keyPath);
     if (!signature.isEmpty())
-        faults += signature;
+        faults.append(signature);
     for (const PackageRecord &package : packages) {
         const QString fault = package.url().isEmpty() ? QString() : packageFault(package, folder);
         if (!fault.isEmpty())
-            faults += QStringLiteral("%1: %2").arg(package.where, fault);
+            faults.append(QStringLiteral("%1: %2").arg(package.where, fault));
     }
     return faults;
 }
@@ -159,7 +159,7 @@ StickResult layOutStick(const QString &folder, const QString &mountPoint, const 
         const QString name = QDir::cleanPath(package.url());
         if (package.url().isEmpty() || result.packages.contains(name))
             continue;
-        result.packages += name;
+        result.packages.append(name);
         copy.total += QFileInfo(source.filePath(name)).size();
     }
     result.manifestPath = copy.target.filePath(manifest);

@@ -51,7 +51,7 @@ QStringList sameNameFaults(const QStringList &paths) {
         if (first == firstOf.constEnd())
             firstOf.insert(folded, path);
         else
-            faults += QStringLiteral("%1: Windows takes it for %2").arg(path, *first);
+            faults.append(QStringLiteral("%1: Windows takes it for %2").arg(path, *first));
     }
     return faults;
 }

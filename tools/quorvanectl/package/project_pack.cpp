@@ -134,9 +134,9 @@ QStringList faultsOf(const ProjectPackage &package, qint64 size) {
     QStringList faults;
     const QString unfit = sizeFault(size);
     if (!unfit.isEmpty())
-        faults += QStringLiteral("the package ") + unfit;
+        faults.append(QStringLiteral("the package ") + unfit);
     for (const QString &line : errorLines(package.issues))
-        faults += QStringLiteral("in the package, %1").arg(line);
+        faults.append(QStringLiteral("in the package, %1").arg(line));
     return faults;
 }
 

@@ -71,7 +71,7 @@ QStringList filesBelow(const QString &folder) {
     QDirIterator walk(root.path(), QDir::Files | QDir::Hidden | QDir::System,
                       QDirIterator::Subdirectories);
     while (walk.hasNext())
-        files += root.relativeFilePath(walk.next());
+        files.append(root.relativeFilePath(walk.next()));
     std::sort(files.begin(), files.end());
     return files;
 }

@@ -63,10 +63,9 @@ QVector<ProjectIssue> ProjectFindings::allIssues() const {
 
 int ProjectFindings::issueCount(qint32 severity) const {
     const QVector<ProjectIssue> all = allIssues();
-    return static_cast<int>(
-        std::count_if(all.begin(), all.end(), [severity](const ProjectIssue &issue) {
-            return isError(issue) == (severity == 0);
-        }));
+    return int(std::count_if(all.begin(), all.end(), [severity](const ProjectIssue &issue) {
+        return isError(issue) == (severity == 0);
+    }));
 }
 
 int ProjectFindings::scriptErrorCount() const {
@@ -99,7 +98,7 @@ QStringList issueLines(const ProjectFindings &findings, qint32 severity) {
     QStringList lines = errorLines(findings.issues);
     // The launcher says a missing plug-in in a bare line, below the others.
     if (!findings.corePluginFault.isEmpty())
-        lines += findings.corePluginFault;
+        lines.append(findings.corePluginFault);
     return lines;
 }
 

@@ -58,7 +58,7 @@ QStringList programsAtWork(const QString &projectFile, const QString &dataFolder
         const QString process = processes.filePath(number);
         const QByteArray name = read(process + QStringLiteral("/comm")).trimmed();
         if (isAtWork(process, name, projectFile, dataFolder))
-            found << QStringLiteral("%1 (process %2)").arg(QString::fromUtf8(name), number);
+            found.append(QStringLiteral("%1 (process %2)").arg(QString::fromUtf8(name), number));
     }
     return found;
 }

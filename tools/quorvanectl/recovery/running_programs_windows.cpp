@@ -26,8 +26,8 @@ QStringList programsAtWork(const QString &projectFile, const QString &dataFolder
         if (name.compare(QLatin1String(program_names::launcherOnWindows), Qt::CaseInsensitive) ==
                 0 ||
             name.compare(QLatin1String(program_names::runtime), Qt::CaseInsensitive) == 0)
-            found << QStringLiteral("%1 (process %2)")
-                         .arg(name, QString::number(process.th32ProcessID));
+            found.append(QStringLiteral("%1 (process %2)")
+                             .arg(name, QString::number(process.th32ProcessID)));
     }
     CloseHandle(processes);
     return found;

@@ -76,7 +76,7 @@ QStringList packagesIn(const QString &cache) {
     const auto files =
         QDir(cache).entryInfoList({QStringLiteral("*.zip")}, QDir::Files, QDir::Time);
     for (const QFileInfo &file : files)
-        packages << file.absoluteFilePath();
+        packages.append(file.absoluteFilePath());
     return packages;
 }
 

@@ -5,7 +5,7 @@
 namespace ctl {
 namespace {
 
-const int secondsBetweenLines = 10;
+constexpr int secondsBetweenLines = 10;
 
 } // namespace
 
@@ -26,7 +26,7 @@ Progress::~Progress() {
 }
 
 void Progress::reached(qint64 done, qint64 total) {
-    percent = total > 0 ? static_cast<int>(done * 100 / total) : -1;
+    percent = total > 0 ? int(done * 100 / total) : -1;
 }
 
 void Progress::tellUntilEnd() {

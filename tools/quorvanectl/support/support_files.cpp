@@ -69,8 +69,8 @@ QVector<QStringList> rows(const QSqlDatabase &database, const char *statement, i
     while (query.next()) {
         QStringList row;
         for (int i = 0; i < columns; ++i)
-            row << query.value(i).toString();
-        found << row;
+            row.append(query.value(i).toString());
+        found.append(row);
     }
     return found;
 }
@@ -89,7 +89,7 @@ QJsonObject settingsIn(const QSqlDatabase &database) {
     }
     QJsonArray recent;
     for (const QStringList &row : rows(database, settings_schema::readRecentProjects, 3))
-        recent << QJsonArray::fromStringList(row);
+        recent.append(QJsonArray::fromStringList(row));
     settings.insert(QStringLiteral("recent_projects"), recent);
     return settings;
 }
@@ -127,7 +127,7 @@ QString listing(const QString &title, const QString &folder) {
     QDirIterator files(folder, QDir::Files | QDir::Hidden | QDir::System,
                        QDirIterator::Subdirectories);
     while (files.hasNext())
-        names << QDir(folder).relativeFilePath(files.next());
+        names.append(QDir(folder).relativeFilePath(files.next()));
     std::sort(names.begin(), names.end());
     QString text = QStringLiteral("%1: %2\n").arg(title, folder);
     for (const QString &name : qAsConst(names)) {
