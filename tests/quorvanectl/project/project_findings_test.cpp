@@ -190,7 +190,8 @@ void ProjectFindingsTest::theCorePluginStandsLast() {
     QVERIFY(ctl::findAll(project, folder.path("plugins"), &findings, &error));
     const QString line = "Core plugin missing: " + folder.path("plugins/CoreOperators.dll");
     QCOMPARE(ctl::issueLines(findings, 0).last(), line);
-    QCOMPARE(findings.issues.last().path, QString());
+    QCOMPARE(findings.allIssues().last().path, QString());
+    QCOMPARE(findings.corePluginFault, line);
     const int count = findings.issueCount(0);
     folder.write("plugins/CoreOperators.dll", "");
     ProjectFindings again;

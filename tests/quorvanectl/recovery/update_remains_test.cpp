@@ -54,7 +54,7 @@ private:
     UpdateRemains look(const QString &package = QString()) const {
         UpdateRemains remains;
         QString error;
-        if (!ctl::lookAtRemains({path("line/line.yslib"), path("data/update"), package}, &remains,
+        if (!ctl::lookAtRemains({path("line/line.yslib"), path("data"), package}, &remains,
                                 &error))
             qWarning("%s", qPrintable(error));
         return remains;
@@ -264,7 +264,7 @@ void UpdateRemainsTest::earlierRemainsAreForgotten() {
     UpdateRemains remains = look();
     QString error;
     QVERIFY(
-        ctl::lookAtRemains({path("none/line.yslib"), path("data/update"), {}}, &remains, &error));
+        ctl::lookAtRemains({path("none/line.yslib"), path("data"), {}}, &remains, &error));
     QCOMPARE(remains.recovery, Recovery::Impossible);
     QCOMPARE(remains.reason, QString());
     QCOMPARE(remains.project.projectFile, QString());
