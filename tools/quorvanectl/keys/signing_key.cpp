@@ -39,6 +39,9 @@ struct Question {
 
 int answerQuestion(char *buffer, int size, int, void *data) {
     auto *const question = static_cast<Question *>(data);
+    // OpenSSL tries one decoder after the other, and each would ask: who gave none is not asked again.
+    if (!question->error.isEmpty())
+        return -1;
     question->asked = true;
     Passphrase passphrase;
     if (!question->ask(passphrase, &question->error) || passphrase.size() > size)
