@@ -62,8 +62,8 @@ private Q_SLOTS:
         const QByteArray directory = bytesOf(programFile, group);
         QList<int> widths;
         for (int i = 0; i < numberAt(directory, 4); ++i)
-            widths.append(quint8(directory.at(6 + i * 14)); // 0 stands for 256
-                          QCOMPARE(widths, QList<int>({16, 20, 24, 32, 40, 48, 64, 128, 0})));
+            widths.append(quint8(directory.at(6 + i * 14))); // 0 stands for 256
+        QCOMPARE(widths, QList<int>({16, 20, 24, 32, 40, 48, 64, 128, 0}));
     }
 
     void itsVersion_data() {
