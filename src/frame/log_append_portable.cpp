@@ -2,7 +2,7 @@
 
 #include <QFile>
 
-// The library opens with O_APPEND: the system places each write at the end of the file.
+// Qt opens with O_APPEND: the system places each write at the end of the file.
 bool appendToFile(const QString &path, const QByteArray &text) {
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text))

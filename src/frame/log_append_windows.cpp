@@ -50,7 +50,7 @@ private:
 
 } // namespace
 
-// The library's append seeks to the end and then writes, so two writers could overwrite each other.
+// Qt's append seeks to the end and then writes, so two writers could overwrite each other.
 // A handle with FILE_APPEND_DATA and without FILE_WRITE_DATA can only ever add at the end.
 // https://learn.microsoft.com/windows/win32/fileio/file-access-rights-constants
 // On a disk of Windows that is one step. Where another system keeps the file, or stands in for

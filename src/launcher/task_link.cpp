@@ -6,7 +6,7 @@
 void TaskLink::reportProgress(const QString &taskId, const QString &phase, int percent,
                               const QString &detail) {
     const std::lock_guard<std::mutex> locked(lock);
-    if (!service)
+    if (service == nullptr)
         return;
     QMetaObject::invokeMethod(service, "reportUpdateTaskProgress", Qt::QueuedConnection,
                               Q_ARG(QString, taskId), Q_ARG(QString, phase), Q_ARG(int, percent),

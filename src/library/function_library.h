@@ -2,7 +2,7 @@
 //
 // The file says which words are keywords, which words fall into which highlight class, and which
 // functions exist with which arguments. The script lexer asks `tokenKindOf` about every word, so
-// the library is loaded before any script is read.
+// the function library is loaded before any script is read.
 //
 // Thread: `load` runs once, on the main thread, before any worker exists. From then on everything
 // is read-only, and readers on any thread take no lock.

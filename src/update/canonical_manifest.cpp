@@ -10,7 +10,7 @@
 
 namespace {
 
-// Written by the JSON library itself: its escaping is the format's escaping.
+// Written by Qt's JSON itself: its escaping is the format's escaping.
 QString jsonQuote(const QString &text) {
     const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
     if (array.size() < 2)

@@ -69,7 +69,7 @@ bool succeedWithBody(FetchResult *result) {
     return false;
 }
 
-// Leaves the result alone if the client failed: the user sees the library's failure, not its own.
+// Leaves the result alone if the client failed: the user sees Qt's failure, not its own.
 bool fallBack(const QUrl &current, int timeoutMs, FetchResult *result) {
     if (current.scheme().compare(QLatin1String("https"), Qt::CaseInsensitive) != 0)
         return false;

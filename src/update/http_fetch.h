@@ -1,9 +1,9 @@
 // The one way in which the update pipeline gets a URL: blocking, into memory.
 //
-// A call spins an event loop of its own around the network library, so it may run on any thread,
+// A call spins an event loop of its own around Qt's network classes, so it may run on any thread,
 // a pool thread included. It shares nothing but the cancel flag. Redirects are followed here, one
 // request a hop. Where a request for an https URL fails, an external client gets the same URL (see
-// https_fallback.h): it may know a proxy or a certificate that the library does not.
+// https_fallback.h): it may know a proxy or a certificate that Qt does not.
 #pragma once
 
 #include "update/files/cancel_flag.h"
@@ -27,7 +27,7 @@ struct FetchResult {
 };
 
 // Gets `url`, following at most `maxRedirects` redirects to http and https addresses. `timeoutMs`
-// holds for each hop by itself. `cancelFlag` may be null; raised, it ends the wait for the library
+// holds for each hop by itself. `cancelFlag` may be null; raised, it ends the wait for Qt
 // within about 100 ms, while a running external client is waited for. An empty body is a failure.
 // Status, final URL and body of the last reply stay in a failed result.
 [[nodiscard]] FetchResult fetchUrl(const QUrl &url, int timeoutMs, int maxRedirects,

@@ -4,7 +4,7 @@
 #include <openssl/evp.h>
 #include <openssl/rsa.h>
 
-// Deletes for a std::unique_ptr by the library's own function for that kind of object.
+// Deletes for a std::unique_ptr by OpenSSL's own function for that kind of object.
 template<auto freeFunction>
 struct OpenSslFree {
     template<typename T>

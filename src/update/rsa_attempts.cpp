@@ -81,14 +81,14 @@ bool verifyRsaSha256With(RsaVerifier &verifier, const QByteArray &derKey, const 
     bool passed = modernAttempts(verifier, derKey, data, signature, &report, &decided);
     if (!decided)
         passed = legacyAttempts(verifier, derKey, data, signature, &report);
-    if (details)
+    if (details != nullptr)
         *details = report;
     return passed;
 }
 
 bool verifyRsaSha256(const QByteArray &derKey, const QByteArray &data, const QByteArray &signature,
                      QString *details) {
-    if (details)
+    if (details != nullptr)
         *details = QStringLiteral("unknown");
     const std::unique_ptr<RsaVerifier> verifier = platformRsaVerifier();
     return verifyRsaSha256With(*verifier, derKey, data, signature, details);

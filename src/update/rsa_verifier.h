@@ -2,7 +2,7 @@
 //
 // The order of the attempts and their report stand once, above this header, in rsa_attempts.h; a
 // platform only carries out the single steps. Windows has CNG and the older CryptoAPI; elsewhere
-// one library plays both and reports the numbers that Windows would, so that support reads one
+// OpenSSL plays both and reports the numbers that Windows would, so that support reads one
 // language.
 #pragma once
 

@@ -76,9 +76,9 @@ public:
 
 private:
     void releaseModernKey() {
-        if (key)
+        if (key != nullptr)
             BCryptDestroyKey(key);
-        if (info)
+        if (info != nullptr)
             LocalFree(info);
         key = nullptr;
         info = nullptr;

@@ -21,7 +21,7 @@ bool isLong(const QMessageBox &box) {
 void letTextScroll(QMessageBox &box) {
     auto *grid = qobject_cast<QGridLayout *>(box.layout());
     auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_label"));
-    if (!grid || !label)
+    if (grid == nullptr || label == nullptr)
         return; // a platform with a box of its own shows long texts in its own way
     auto *pane = new QPlainTextEdit(box.text(), &box);
     pane->setReadOnly(true);

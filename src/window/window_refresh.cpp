@@ -137,7 +137,7 @@ void LauncherWindow::retranslateUi() {
 
 namespace {
 
-// The format is named because the library otherwise loads every image plug-in to look at the content,
+// The format is named because Qt otherwise loads every image plug-in to look at the content,
 // which would hold up the start.
 QIcon languageIcon(const QString &language) {
     QIcon icon;

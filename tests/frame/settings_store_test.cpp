@@ -342,7 +342,7 @@ private Q_SLOTS:
 
 private:
     void readsDefaultsAndLosesWrites() {
-        const support::MessageCapture capture; // the library complains about each of them
+        const support::MessageCapture capture; // Qt complains about each of them
         QCOMPARE(store().value("key", "default"), QString("default"));
         store().setValue("key", "lost");
         QCOMPARE(store().value("key", "default"), QString("default"));

@@ -534,7 +534,7 @@ void TargetLaunchTest::theServiceEndsARunningTargetAndReportsIt() {
     waited.start();
     launcher.reset();
     QVERIFY(waited.elapsed() < 2000);
-    const int killed = support::onWindows ? 0xF291 : 9; // what the library ends a process with
+    const int killed = support::onWindows ? 0xF291 : 9; // what Qt ends a process with
     QCOMPARE(log.take(), exited(killed, "（进程崩溃）"));
     QCOMPARE(launchLines(),
              QStringList(QString("Target exited with code %1（进程崩溃）. Log: %2")

@@ -347,7 +347,7 @@ void ProjectFileTest::stampKeepsPermissionsAndLeavesNothingElse() {
 
 void ProjectFileTest::stampFollowsALinkToTheFile() {
     if (support::onWindows)
-        QSKIP("the library makes shortcuts there, which are no links");
+        QSKIP("Qt makes shortcuts there, which are no links");
     const ProjectFolder folder;
     const QString file = folder.write("real.yslib", "{}");
     QVERIFY(QFile::link(file, folder.path("line.yslib")));

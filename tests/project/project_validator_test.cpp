@@ -515,7 +515,7 @@ void ProjectValidatorTest::noFile() {
 
 void ProjectValidatorTest::filesThatMayNotBeRead() {
     if (support::onWindows)
-        QSKIP("the library cannot take the right to read away there");
+        QSKIP("Qt cannot take the right to read away there");
     const ProjectFolder folder;
     for (const auto &file : cleanFiles)
         folder.write(file.first, file.second);
@@ -605,7 +605,7 @@ void ProjectValidatorTest::everyRuleInItsOrder() {
 
 void ProjectValidatorTest::linksOnTheDisk() {
     if (support::onWindows)
-        QSKIP("the library makes shortcuts there, which are no links");
+        QSKIP("Qt makes shortcuts there, which are no links");
     const ProjectFolder folder;
     for (const auto &file : cleanFiles)
         folder.write(file.first, file.second);

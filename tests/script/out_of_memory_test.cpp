@@ -1,7 +1,7 @@
 // Memory that runs out while a script is read or parsed: the nth large allocation fails, for every
 // n until none does. The script then counts as one that cannot be read, and the check goes on.
 //
-// The small allocations are let through: most of them are the library's own, and what counts here
+// The small allocations are let through: most of them are Qt's own, and what counts here
 // grows with the script.
 
 #include "script/project_checks.h"

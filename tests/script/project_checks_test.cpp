@@ -270,7 +270,7 @@ void ProjectChecksTest::cycles() {
 
 void ProjectChecksTest::linkLoops() {
     if (support::onWindows)
-        QSKIP("the library makes shortcuts there, which are no links");
+        QSKIP("Qt makes shortcuts there, which are no links");
     const ProjectFolder folder;
     QVERIFY(QFile::link("loop.ys", folder.path("loop.ys")));
     folder.write("a.ys", "import \"loop.ys\"; global int a_b;");

@@ -11,7 +11,7 @@ using namespace ast;
 namespace {
 
 void report(QString *error, const QString &message, int line, int column) {
-    if (error)
+    if (error != nullptr)
         *error = message + " (at " + QString::number(line) + ":" + QString::number(column) + ")";
 }
 
@@ -126,7 +126,7 @@ std::vector<Token> tokenize(const QString &source, QString *error) {
         }
         const QString one(consume());
         if (!operators().contains(one)) {
-            if (error)
+            if (error != nullptr)
                 *error = "Unknown character '" + one + "' at " + QString::number(startLine) + ":" +
                          QString::number(startColumn);
             return {};
@@ -307,7 +307,7 @@ Expr parseExpressionText(const QString &text, QString *error) {
     QString lexError;
     const auto tokens = tokenize(text, &lexError);
     if (!lexError.isEmpty()) {
-        if (error)
+        if (error != nullptr)
             *error = lexError;
         return raw(text.trimmed());
     }
@@ -612,7 +612,7 @@ std::shared_ptr<Stmt> Parser::parseFor(QString *error) {
         QString lexError;
         const auto list = tokenize(initText, &lexError);
         if (!lexError.isEmpty()) {
-            if (error)
+            if (error != nullptr)
                 *error = lexError;
             return nullptr;
         }
@@ -624,11 +624,11 @@ std::shared_ptr<Stmt> Parser::parseFor(QString *error) {
         const Token type = parser.peek();
         parser.advance();
         result->init = parser.parseVarDecl(type, isStatic, isGlobal, error);
-        if (!result->init && error && error->contains("(at 1:"))
+        if (!result->init && error != nullptr && error->contains("(at 1:"))
             report(error, "for init: expected variable name", initAt);
     }
     if (!result->init) {
-        if (error && error->isEmpty())
+        if (error != nullptr && error->isEmpty())
             report(error, "for init parse failed", initAt);
         return nullptr;
     }
@@ -641,7 +641,7 @@ std::shared_ptr<Stmt> Parser::parseFor(QString *error) {
     const QString updateText = collectText(is(RParen));
     result->update = parseSimpleText(updateText, updateAt.line, updateAt.column, error);
     if (!result->update) {
-        if (error && error->isEmpty())
+        if (error != nullptr && error->isEmpty())
             report(error, "for update parse failed", updateAt);
         return nullptr;
     }
@@ -758,7 +758,7 @@ std::shared_ptr<Stmt> Parser::parseSimpleText(const QString &text, int line, int
     QString lexError;
     const auto list = tokenize(text, &lexError);
     if (!lexError.isEmpty()) {
-        if (error)
+        if (error != nullptr)
             *error = lexError;
         return nullptr;
     }

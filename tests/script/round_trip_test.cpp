@@ -81,7 +81,7 @@ private:
             return declaration(*variable);
         // A sign in front keeps a name that begins like a type from being taken for one.
         const auto *step = dynamic_cast<const IncDecStmt *>(tree.get());
-        return (step && !step->isPrefix ? "+ " : "") + simple(tree.get());
+        return (step != nullptr && !step->isPrefix ? "+ " : "") + simple(tree.get());
     }
 
     QString path(const QString &text) {
@@ -156,7 +156,7 @@ bool endsOpen(const QString &source) {
     const auto *last = program && !program->statements.empty()
                            ? dynamic_cast<const ExprStmt *>(program->statements.back().get())
                            : nullptr;
-    return !last || last->expr.text != ",";
+    return last == nullptr || last->expr.text != ",";
 }
 
 } // namespace

@@ -34,7 +34,7 @@ void hide(const QString &path) {
 }
 
 bool permissionsKeepOut() {
-    return false; // by their lists of rights alone, which the library does not write
+    return false; // by their lists of rights alone, which Qt does not write
 }
 
 } // namespace support

@@ -73,7 +73,7 @@ private:
     template<typename Statement>
     bool sameAs(const Stmt *a, const Stmt *b) const {
         const auto *own = dynamic_cast<const Statement *>(a);
-        return !own || fields(*own, static_cast<const Statement &>(*b));
+        return own == nullptr || fields(*own, static_cast<const Statement &>(*b));
     }
 
     bool same(const Expression &a, const Expression &b) const {

@@ -338,7 +338,7 @@ void CanonicalManifestTest::anySignedValueChangesIt() {
             canonicalManifestText(support::jsonText(support::fullManifest())));
 }
 
-// Half a pair cannot be UTF-8; the library keeps it apart from any other text by escaping it.
+// Half a pair cannot be UTF-8; Qt keeps it apart from any other text by escaping it.
 void CanonicalManifestTest::halfASurrogatePairStaysEscaped() {
     QCOMPARE(canonicalManifestText(R"({"publishedAt":"a\ud800b"})"),
              QStringLiteral(R"({"publishedAt":"a\ud800b"})"));

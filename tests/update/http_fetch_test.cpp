@@ -146,7 +146,7 @@ void HttpFetchTest::redirectsAreFollowed_data() {
     QTest::addColumn<QString>("requested");
     for (const int status : {301, 302, 303, 307, 308})
         QTest::newRow(qPrintable(QString::number(status))) << status << QByteArray("/b") << "/b";
-    // The library does not take this for a redirect; the header is read here.
+    // Qt does not take this for a redirect; the header is read here.
     QTest::newRow("300, from the raw header") << 300 << QByteArray("/b") << "/b";
     QTest::newRow("305, with blanks around the address") << 305 << QByteArray(" /b ") << "/b";
     QTest::newRow("relative to the folder") << 302 << QByteArray("b") << "/folder/b";
@@ -285,7 +285,7 @@ void HttpFetchTest::failures_data() {
         << ServerScript{support::send("HTTP/1.1 200 O")} << 0 << closed + " URL: URL";
     QTest::newRow("closed within the body")
         << ServerScript{support::send(head + "some")} << 200 << closed + " (HTTP 200) URL: URL";
-    // Wine forgets a reset that comes while the library changes what it wants to hear of.
+    // Wine forgets a reset that comes while Qt changes what it wants to hear of.
     if (!support::onWindows)
         QTest::newRow("reset before an answer")
             << ServerScript{support::reset()} << 0 << closed + " URL: URL";

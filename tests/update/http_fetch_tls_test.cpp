@@ -1,6 +1,6 @@
 // The fetch over TLS: one table of servers that misbehave, and what comes out.
 //
-// No external client is on the search path here, so the library's text stands in every row.
+// No external client is on the search path here, so Qt's text stands in every row.
 #include "support/certificate_maker.h"
 #include "support/scripted_server.h"
 #include "support/search_path.h"
@@ -140,7 +140,7 @@ void HttpFetchTlsTest::row(const char *name, const TlsSetup &tls, const ServerSc
     QTest::newRow(name) << tls << script << expected << reason;
 }
 
-// What the library holds against the certificate; a fetch says no more than that the handshake
+// What Qt holds against the certificate; a fetch says no more than that the handshake
 // failed.
 QStringList HttpFetchTlsTest::certificateErrors(const ScriptedServer &server) {
     QSslSocket socket;
@@ -352,7 +352,7 @@ void HttpFetchTlsTest::servers() {
     }
 }
 
-// The library has no word of its own for the end of TLS: an attacker may cut such a body.
+// Qt has no word of its own for the end of TLS: an attacker may cut such a body.
 // Packages and manifests are proved by hash and signature, which is why this may stand.
 void HttpFetchTlsTest::aBodyWithoutLengthCutShortIsTakenAsItIs() {
     ScriptedServer server(good());

@@ -428,7 +428,7 @@ void HttpsFallbackTest::theRealCurl() {
     const Fetched slow = fetchWith(curlFetch, server.url("/slow"), 1000);
     QVERIFY2(slow.error.startsWith("curl: (28)"), qPrintable(slow.error));
 
-    // The library does not trust the authority, curl does: together they fetch.
+    // Qt does not trust the authority, curl does: together they fetch.
     const FetchResult together = fetchUrl(server.url("/r"), timeout, 8);
     QCOMPARE(together.body, QByteArray("there"));
     QCOMPARE(together.statusCode, 203);

@@ -79,7 +79,7 @@ struct SeenBox {
 SeenBox closeBox(QWidget *widget) {
     SeenBox seen;
     auto *box = qobject_cast<QMessageBox *>(widget);
-    if (box)
+    if (box != nullptr)
         seen = {box->windowTitle(), box->text(),           box->icon(),
                 box->textFormat(),  box->buttons().size(), box->standardButtons(),
                 box->parentWidget()};

@@ -264,11 +264,11 @@ void UpdateTest::nothingTickedGivesAWarning() {
     QTimer look;
     connect(&look, &QTimer::timeout, &look, [&] {
         QWidget *modal = QApplication::activeModalWidget();
-        if (!modal)
+        if (modal == nullptr)
             return;
         ++modals;
         auto *box = qobject_cast<QMessageBox *>(modal);
-        if (!box) {
+        if (box == nullptr) {
             for (QCheckBox *item : boxesOf(modal))
                 item->setChecked(false);
             press(modal, QDialogButtonBox::Ok);
@@ -306,7 +306,7 @@ void UpdateTest::whatWasTickedIsAppliedItemByItem() {
     QTimer look;
     connect(&look, &QTimer::timeout, &look, [&] {
         QWidget *modal = QApplication::activeModalWidget();
-        if (!modal)
+        if (modal == nullptr)
             return;
         ++modals;
         if (qobject_cast<QMessageBox *>(modal)) {

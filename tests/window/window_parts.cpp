@@ -5,18 +5,18 @@
 namespace {
 
 QLayout *layoutAt(const QLayout *layout, int index) {
-    QLayoutItem *item = layout ? layout->itemAt(index) : nullptr;
-    return item ? item->layout() : nullptr;
+    QLayoutItem *item = layout != nullptr ? layout->itemAt(index) : nullptr;
+    return item != nullptr ? item->layout() : nullptr;
 }
 
 template<typename Widget>
 Widget *widgetAt(const QLayout *layout, int index) {
-    QLayoutItem *item = layout ? layout->itemAt(index) : nullptr;
-    return item ? qobject_cast<Widget *>(item->widget()) : nullptr;
+    QLayoutItem *item = layout != nullptr ? layout->itemAt(index) : nullptr;
+    return item != nullptr ? qobject_cast<Widget *>(item->widget()) : nullptr;
 }
 
 const QLayout *inside(const QWidget *panel) {
-    return panel ? panel->layout() : nullptr;
+    return panel != nullptr ? panel->layout() : nullptr;
 }
 
 } // namespace

@@ -15,7 +15,7 @@
 
 namespace {
 
-// A worker may outlive the service. It ends while there is an application: the library would wait
+// A worker may outlive the service. It ends while there is an application: Qt would wait
 // for it later too, but no event reaches a thread by then, so a fetch would never end.
 struct EndOfWorkers {
     ~EndOfWorkers() { QThreadPool::globalInstance()->waitForDone(); }

@@ -46,7 +46,7 @@ QString decode(const QByteArray &bytes) {
     return gbk == nullptr ? text : gbk->toUnicode(bytes);
 }
 
-// Null for more bytes than one array holds, which the library reads as none.
+// Null for more bytes than one array holds, which Qt reads as none.
 QString readOpenFile(QFile &file) {
     const QByteArray bytes = file.readAll();
     return bytes.isEmpty() && file.size() > 0 ? QString() : decode(bytes);

@@ -6,7 +6,7 @@ from harness.update_scenario import (FOUND, MANIFEST_REQUEST, NONE, PROMPT_ONLIN
 from harness.waiting import wait_for
 
 REQUEST = f"GET {MANIFEST_PATH} HTTP/1.1"
-# The library asks first, then the other client.
+# Qt asks first, then the other client.
 ASKED_BY_BOTH = 2
 
 

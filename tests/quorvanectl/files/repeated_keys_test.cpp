@@ -61,7 +61,7 @@ private Q_SLOTS:
     void keys() {
         QFETCH(QString, json);
         QFETCH(QStringList, expected);
-        // Not parsed here: the library leaks a repeated key's object or array.
+        // Not parsed here: Qt leaks a repeated key's object or array.
         QCOMPARE(found(json), expected);
     }
 

@@ -17,7 +17,7 @@ constexpr qint64 pieceSize = 1 << 20; // bytes
 
 enum class Likeness { Same, CutOff, Different };
 
-// The library copies to such a name first.
+// Qt copies to such a name first.
 bool isTemporary(const QString &name) {
     return name.startsWith(QLatin1String("qt_temp.")) && name.size() == 14;
 }
