@@ -75,283 +75,317 @@ class SettingsStoreTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QVERIFY(QDir().mkpath(AppPaths::dataDirectory())); }
-
-    void cleanup() {
-        QSqlDatabase::removeDatabase("quorvane");
-        QVERIFY(QDir(AppPaths::dataDirectory()).removeRecursively());
-    }
-
-    void newFileGetsTheWholeSchema() {
-        QVERIFY(store().open());
-        QCOMPARE(sql("SELECT version FROM schema_version"), QStringList("2"));
-        QStringList expected;
-        expected.append("CREATE TABLE schema_version (version INTEGER NOT NULL)");
-        expected.append("CREATE TABLE app_settings (key TEXT PRIMARY KEY, value TEXT)");
-        expected.append("CREATE TABLE recent_files (path TEXT PRIMARY KEY, last_opened TEXT, "
-                        "encoding TEXT)");
-        expected.append("CREATE TABLE debug_sessions (id INTEGER PRIMARY KEY AUTOINCREMENT,"
-                        "started_at TEXT, script_hash TEXT, status TEXT)");
-        expected.append("CREATE TABLE debug_messages (id INTEGER PRIMARY KEY AUTOINCREMENT,"
-                        "session_id INTEGER, ts TEXT, line_no INTEGER, message TEXT)");
-        expected.append("CREATE TABLE parameter_snapshots (id INTEGER PRIMARY KEY AUTOINCREMENT,"
-                        "session_id INTEGER, scope_id INTEGER, payload TEXT)");
-        expected.append(
-            "CREATE TABLE recent_projects (yslib_path TEXT PRIMARY KEY,display_name TEXT,"
-            "last_opened INTEGER NOT NULL)");
-        QCOMPARE(sql("SELECT sql FROM sqlite_master WHERE type='table' AND name NOT LIKE "
-                     "'sqlite_%' ORDER BY rowid"),
-                 expected);
-    }
-
-    void connectionIsNamed() {
-        QVERIFY(store().open());
-        QCOMPARE(QSqlDatabase::connectionNames(), QStringList("quorvane"));
-        const QSqlDatabase database = QSqlDatabase::database("quorvane");
-        QCOMPARE(database.driverName(), QString("QSQLITE"));
-        QCOMPARE(database.databaseName(), AppPaths::databasePath());
-        QVERIFY(database.isOpen());
-    }
-
-    void olderFileMigrates_data() {
-        QTest::addColumn<QStringList>("version"); // statements that fill schema_version
-        QTest::newRow("version 1") << QStringList("INSERT INTO schema_version VALUES(1)");
-        QTest::newRow("version 0 counts as 1")
-            << QStringList("INSERT INTO schema_version VALUES(0)");
-        QTest::newRow("a version below 0 counts as 1")
-            << QStringList("INSERT INTO schema_version VALUES(-3)");
-        QTest::newRow("a version that is no number counts as 1")
-            << QStringList("INSERT INTO schema_version VALUES('x')");
-        QTest::newRow("no row counts as 1") << QStringList();
-    }
-    void olderFileMigrates() {
-        QFETCH(QStringList, version);
-        run({"CREATE TABLE schema_version (version INTEGER NOT NULL)"});
-        run(version);
-        run({"CREATE TABLE app_settings (key TEXT PRIMARY KEY, value TEXT)",
-             "INSERT INTO app_settings VALUES('kept','yes')"});
-        QVERIFY(store().open());
-        QCOMPARE(sql("SELECT version FROM schema_version"), QStringList("2"));
-        QCOMPARE(tables(), allTables);
-        QCOMPARE(store().value("kept", "no"), QString("yes"));
-    }
-
-    void newerFileIsLeftAsItIs_data() {
-        QTest::addColumn<QString>("version");
-        QTest::newRow("version 2") << "2";
-        QTest::newRow("a version of the future") << "7";
-    }
-    void newerFileIsLeftAsItIs() {
-        QFETCH(QString, version);
-        QVERIFY(store().open());
-        run({"UPDATE schema_version SET version=" + version, "DROP TABLE recent_projects",
-             "INSERT INTO app_settings VALUES('a','b')"});
-        QVERIFY(store().open());
-        QCOMPARE(sql("SELECT version FROM schema_version"), QStringList(version));
-        QCOMPARE(sql("SELECT * FROM app_settings"), QStringList("a|b"));
-        QCOMPARE(tables(), allTables.mid(0, 6)); // no migration, so no recent projects
-        QCOMPARE(recentNames(10), QStringList());
-    }
-
-    void secondVersionIsMadeEvenWhenTheFirstFails() {
-        run({"CREATE TABLE schema_version (version INTEGER NOT NULL)",
-             "INSERT INTO schema_version VALUES(1)", "CREATE TABLE other (x)",
-             "CREATE INDEX recent_files ON other(x)"}); // in the way of a table
-        support::MessageCapture capture;
-        QVERIFY(!store().open());
-        QCOMPARE(sql("SELECT version FROM schema_version"), QStringList("2"));
-        QCOMPARE(tables(),
-                 QStringList({"schema_version", "other", "app_settings", "recent_projects"}));
-        QCOMPARE(capture.messages().size(), 1);
-        QVERIFY(capture.messages().constFirst().endsWith(
-            "CREATE TABLE IF NOT EXISTS recent_files (path TEXT PRIMARY KEY, last_opened TEXT, "
-            "encoding TEXT)"));
-    }
-
-    void failedMigrationKeepsItsVersion() {
-        run({"CREATE TABLE schema_version (version INTEGER NOT NULL)",
-             "INSERT INTO schema_version VALUES(1)", "CREATE TABLE other (x)",
-             "CREATE INDEX recent_projects ON other(x)"});
-        const support::MessageCapture capture;
-        QVERIFY(!store().open());
-        QCOMPARE(sql("SELECT version FROM schema_version"), QStringList("1"));
-        QCOMPARE(capture.messages().size(), 1);
-    }
-
-    void secondOpenReplacesTheConnectionInSilence() {
-        const support::MessageCapture capture;
-        QVERIFY(store().open());
-        store().setValue("a", "1");
-        QVERIFY(store().open());
-        QCOMPARE(store().value("a", ""), QString("1"));
-        QCOMPARE(QSqlDatabase::connectionNames(), QStringList("quorvane"));
-        QCOMPARE(capture.messages(), QStringList());
-    }
-
-    void fileThatIsNoDatabaseGivesDefaults() {
-        QFile file(AppPaths::databasePath());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("this is no database, though it is long enough to be looked at as one ........");
-        file.close();
-        const support::MessageCapture capture;
-        QVERIFY(!store().open());
-        QCOMPARE(capture.messages().size(), 1);
-        QVERIFY(capture.messages().constFirst().contains("file is not a database"));
-        readsDefaultsAndLosesWrites();
-    }
-
-    void fileThatCannotBeOpenedGivesDefaults() {
-        QVERIFY(QDir().mkpath(AppPaths::databasePath())); // a folder in its place
-        {
-            const support::MessageCapture capture;
-            QVERIFY(!store().open());
-            QCOMPARE(capture.messages().size(), 1);
-            QVERIFY(capture.messages().constFirst().startsWith("Database open failed: "));
-            QVERIFY(capture.messages().constFirst().contains("unable to open database file"));
-        }
-        readsDefaultsAndLosesWrites();
-    }
-
-    void storeThatWasNeverOpenedGivesDefaults() { readsDefaultsAndLosesWrites(); }
-
-    void valuesAreKept_data() {
-        QTest::addColumn<QString>("text");
-        QTest::newRow("a word") << "en";
-        QTest::newRow("the empty text") << "";
-        QTest::newRow("Chinese") << "产线 一";
-        QTest::newRow("quotes") << "a'b\"c;--";
-        QTest::newRow("per cent signs and question marks") << "%1 ? %20";
-    }
-    void valuesAreKept() {
-        QFETCH(QString, text);
-        QVERIFY(store().open());
-        store().setValue("key", "older");
-        store().setValue("key", text);
-        store().setValue(text, "other");
-        QVERIFY(store().open());
-        QCOMPARE(store().value("key", "default"), text);
-        QCOMPARE(store().value(text, "default"), QString("other"));
-        QCOMPARE(sql("SELECT COUNT(*) FROM app_settings"), QStringList("2"));
-    }
-
-    void missingKeyReadsAsTheDefault() {
-        QVERIFY(store().open());
-        QCOMPARE(store().value("none", "default"), QString("default"));
-        QCOMPARE(store().value("none", ""), QString());
-    }
-
-    void nullTextIsStoredAsEmpty() {
-        QVERIFY(store().open());
-        store().setValue("key", QString());
-        QCOMPARE(sql("SELECT value FROM app_settings"), QStringList(""));
-        QCOMPARE(store().value("key", "default"), QString());
-    }
-
-    void defaultProjectIsStoredInItsAbsoluteForm_data() {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("expected");
-        const QString current = QDir::currentPath();
-        QTest::newRow("an absolute path") << "/p/a.yslib"
-                                          << "/p/a.yslib";
-        QTest::newRow("a relative path") << "a.yslib" << current + "/a.yslib";
-        QTest::newRow("a path with dots") << "/p/./q/../a.yslib"
-                                          << "/p/a.yslib";
-        QTest::newRow("the empty path") << ""
-                                        << "";
-        QTest::newRow("a null path") << QString() << "";
-    }
-    void defaultProjectIsStoredInItsAbsoluteForm() {
-        QFETCH(QString, path);
-        QFETCH(QString, expected);
-        QVERIFY(store().open());
-        QCOMPARE(store().defaultProject(), QString());
-        store().setDefaultProject("/older.yslib");
-        store().setDefaultProject(path);
-        QCOMPARE(store().defaultProject(), support::rooted(expected));
-        QCOMPARE(sql("SELECT * FROM app_settings"),
-                 QStringList("default_project_path|" + support::rooted(expected)));
-    }
-
-    void recentProjectsComeNewestFirst() {
-        QVERIFY(store().open());
-        addRecent(touch("a.yslib"), "a", 10);
-        addRecent(touch("b.yslib"), "b", 30);
-        addRecent(touch("c.yslib"), "c", 20);
-        QCOMPARE(recentNames(10), QStringList({"b", "c", "a"}));
-        QCOMPARE(recentNames(2), QStringList({"b", "c"}));
-        QCOMPARE(recentNames(0), QStringList());
-        QCOMPARE(store().recentProjects(1).constFirst().path,
-                 QDir(support::stageRoot()).filePath("b.yslib"));
-    }
-
-    void openDropsProjectsWhoseFileIsGone() {
-        QVERIFY(store().open());
-        addRecent(touch("a.yslib"), "a", 1);
-        addRecent(support::rooted("/nowhere/gone.yslib"), "gone", 2);
-        addRecent(support::stageRoot(), "a folder is there too", 3);
-        QVERIFY(store().open());
-        QCOMPARE(recentNames(10), QStringList({"a folder is there too", "a"}));
-        QCOMPARE(sql("SELECT COUNT(*) FROM recent_projects"), QStringList("2"));
-    }
-
-    void openExaminesTheNewestHundred() {
-        QVERIFY(store().open());
-        const QString present = touch("a.yslib");
-        for (int i = 0; i < 99; ++i)
-            addRecent(support::rooted(QString("/nowhere/%1.yslib").arg(i)), "gone", 1000 + i);
-        addRecent(present, "present", 900);
-        addRecent(support::rooted("/nowhere/old.yslib"), "old", 800);
-        addRecent(support::rooted("/nowhere/older.yslib"), "older", 700);
-        QVERIFY(store().open());
-        QCOMPARE(recentNames(10), QStringList({"present", "old", "older"}));
-        QVERIFY(store().open()); // now they have come among the newest
-        QCOMPARE(recentNames(10), QStringList("present"));
-    }
-
-    // The row is looked for by the absolute form of its path.
-    void rowStoredInAnotherFormStays() {
-        QVERIFY(store().open());
-        addRecent("/nowhere/../gone.yslib", "dots", 2);
-        addRecent("gone.yslib", "relative", 1);
-        QVERIFY(store().open());
-        QCOMPARE(recentNames(10), QStringList({"dots", "relative"}));
-    }
-
-    void removingTakesTheAbsoluteForm() {
-        QVERIFY(store().open());
-        addRecent(QDir::currentPath() + "/a.yslib", "a", 1);
-        store().removeRecentProject("a.yslib");
-        QCOMPARE(recentNames(10), QStringList());
-    }
-
-    void processesLoseNoSetting() {
-        constexpr int count = 100;
-        QProcess one;
-        QProcess two;
-        for (QProcess *process : {&one, &two})
-            process->setProcessChannelMode(QProcess::MergedChannels);
-        one.start(FRAME_PROBE, {"settings", "one", QString::number(count)});
-        two.start(FRAME_PROBE, {"settings", "two", QString::number(count)});
-        QVERIFY(one.waitForFinished(120000) && two.waitForFinished(120000));
-        QCOMPARE(one.readAll(), QByteArray());
-        QCOMPARE(two.readAll(), QByteArray());
-        QCOMPARE(sql("SELECT COUNT(*) FROM app_settings"), QStringList(QString::number(2 * count)));
-        QCOMPARE(sql("SELECT DISTINCT version FROM schema_version"), QStringList("2"));
-        QCOMPARE(tables().size(), allTables.size());
-    }
+    void init();
+    void cleanup();
+    void newFileGetsTheWholeSchema();
+    void connectionIsNamed();
+    void olderFileMigrates_data();
+    void olderFileMigrates();
+    void newerFileIsLeftAsItIs_data();
+    void newerFileIsLeftAsItIs();
+    void secondVersionIsMadeEvenWhenTheFirstFails();
+    void failedMigrationKeepsItsVersion();
+    void secondOpenReplacesTheConnectionInSilence();
+    void fileThatIsNoDatabaseGivesDefaults();
+    void fileThatCannotBeOpenedGivesDefaults();
+    void storeThatWasNeverOpenedGivesDefaults();
+    void valuesAreKept_data();
+    void valuesAreKept();
+    void missingKeyReadsAsTheDefault();
+    void nullTextIsStoredAsEmpty();
+    void defaultProjectIsStoredInItsAbsoluteForm_data();
+    void defaultProjectIsStoredInItsAbsoluteForm();
+    void recentProjectsComeNewestFirst();
+    void openDropsProjectsWhoseFileIsGone();
+    void openExaminesTheNewestHundred();
+    void rowStoredInAnotherFormStays();
+    void removingTakesTheAbsoluteForm();
+    void processesLoseNoSetting();
 
 private:
-    void readsDefaultsAndLosesWrites() {
-        const support::MessageCapture capture; // Qt complains about each of them
-        QCOMPARE(store().value("key", "default"), QString("default"));
-        store().setValue("key", "lost");
-        QCOMPARE(store().value("key", "default"), QString("default"));
-        store().setDefaultProject("/p/a.yslib");
-        QCOMPARE(store().defaultProject(), QString());
-        store().removeRecentProject("/p/a.yslib");
-        QVERIFY(store().recentProjects(10).isEmpty());
-    }
+    void readsDefaultsAndLosesWrites();
 };
+
+void SettingsStoreTest::init() {
+    QVERIFY(QDir().mkpath(AppPaths::dataDirectory()));
+}
+
+void SettingsStoreTest::cleanup() {
+    QSqlDatabase::removeDatabase("quorvane");
+    QVERIFY(QDir(AppPaths::dataDirectory()).removeRecursively());
+}
+
+void SettingsStoreTest::newFileGetsTheWholeSchema() {
+    QVERIFY(store().open());
+    QCOMPARE(sql("SELECT version FROM schema_version"), QStringList("2"));
+    QStringList expected;
+    expected.append("CREATE TABLE schema_version (version INTEGER NOT NULL)");
+    expected.append("CREATE TABLE app_settings (key TEXT PRIMARY KEY, value TEXT)");
+    expected.append("CREATE TABLE recent_files (path TEXT PRIMARY KEY, last_opened TEXT, "
+                    "encoding TEXT)");
+    expected.append("CREATE TABLE debug_sessions (id INTEGER PRIMARY KEY AUTOINCREMENT,"
+                    "started_at TEXT, script_hash TEXT, status TEXT)");
+    expected.append("CREATE TABLE debug_messages (id INTEGER PRIMARY KEY AUTOINCREMENT,"
+                    "session_id INTEGER, ts TEXT, line_no INTEGER, message TEXT)");
+    expected.append("CREATE TABLE parameter_snapshots (id INTEGER PRIMARY KEY AUTOINCREMENT,"
+                    "session_id INTEGER, scope_id INTEGER, payload TEXT)");
+    expected.append("CREATE TABLE recent_projects (yslib_path TEXT PRIMARY KEY,display_name TEXT,"
+                    "last_opened INTEGER NOT NULL)");
+    QCOMPARE(sql("SELECT sql FROM sqlite_master WHERE type='table' AND name NOT LIKE "
+                 "'sqlite_%' ORDER BY rowid"),
+             expected);
+}
+
+void SettingsStoreTest::connectionIsNamed() {
+    QVERIFY(store().open());
+    QCOMPARE(QSqlDatabase::connectionNames(), QStringList("quorvane"));
+    const QSqlDatabase database = QSqlDatabase::database("quorvane");
+    QCOMPARE(database.driverName(), QString("QSQLITE"));
+    QCOMPARE(database.databaseName(), AppPaths::databasePath());
+    QVERIFY(database.isOpen());
+}
+
+void SettingsStoreTest::olderFileMigrates_data() {
+    QTest::addColumn<QStringList>("version"); // statements that fill schema_version
+    QTest::newRow("version 1") << QStringList("INSERT INTO schema_version VALUES(1)");
+    QTest::newRow("version 0 counts as 1") << QStringList("INSERT INTO schema_version VALUES(0)");
+    QTest::newRow("a version below 0 counts as 1")
+        << QStringList("INSERT INTO schema_version VALUES(-3)");
+    QTest::newRow("a version that is no number counts as 1")
+        << QStringList("INSERT INTO schema_version VALUES('x')");
+    QTest::newRow("no row counts as 1") << QStringList();
+}
+
+void SettingsStoreTest::olderFileMigrates() {
+    QFETCH(QStringList, version);
+    run({"CREATE TABLE schema_version (version INTEGER NOT NULL)"});
+    run(version);
+    run({"CREATE TABLE app_settings (key TEXT PRIMARY KEY, value TEXT)",
+         "INSERT INTO app_settings VALUES('kept','yes')"});
+    QVERIFY(store().open());
+    QCOMPARE(sql("SELECT version FROM schema_version"), QStringList("2"));
+    QCOMPARE(tables(), allTables);
+    QCOMPARE(store().value("kept", "no"), QString("yes"));
+}
+
+void SettingsStoreTest::newerFileIsLeftAsItIs_data() {
+    QTest::addColumn<QString>("version");
+    QTest::newRow("version 2") << "2";
+    QTest::newRow("a version of the future") << "7";
+}
+
+void SettingsStoreTest::newerFileIsLeftAsItIs() {
+    QFETCH(QString, version);
+    QVERIFY(store().open());
+    run({"UPDATE schema_version SET version=" + version, "DROP TABLE recent_projects",
+         "INSERT INTO app_settings VALUES('a','b')"});
+    QVERIFY(store().open());
+    QCOMPARE(sql("SELECT version FROM schema_version"), QStringList(version));
+    QCOMPARE(sql("SELECT * FROM app_settings"), QStringList("a|b"));
+    QCOMPARE(tables(), allTables.mid(0, 6)); // no migration, so no recent projects
+    QCOMPARE(recentNames(10), QStringList());
+}
+
+void SettingsStoreTest::secondVersionIsMadeEvenWhenTheFirstFails() {
+    run({"CREATE TABLE schema_version (version INTEGER NOT NULL)",
+         "INSERT INTO schema_version VALUES(1)", "CREATE TABLE other (x)",
+         "CREATE INDEX recent_files ON other(x)"}); // in the way of a table
+    support::MessageCapture capture;
+    QVERIFY(!store().open());
+    QCOMPARE(sql("SELECT version FROM schema_version"), QStringList("2"));
+    QCOMPARE(tables(), QStringList({"schema_version", "other", "app_settings", "recent_projects"}));
+    QCOMPARE(capture.messages().size(), 1);
+    QVERIFY(capture.messages().constFirst().endsWith(
+        "CREATE TABLE IF NOT EXISTS recent_files (path TEXT PRIMARY KEY, last_opened TEXT, "
+        "encoding TEXT)"));
+}
+
+void SettingsStoreTest::failedMigrationKeepsItsVersion() {
+    run({"CREATE TABLE schema_version (version INTEGER NOT NULL)",
+         "INSERT INTO schema_version VALUES(1)", "CREATE TABLE other (x)",
+         "CREATE INDEX recent_projects ON other(x)"});
+    const support::MessageCapture capture;
+    QVERIFY(!store().open());
+    QCOMPARE(sql("SELECT version FROM schema_version"), QStringList("1"));
+    QCOMPARE(capture.messages().size(), 1);
+}
+
+void SettingsStoreTest::secondOpenReplacesTheConnectionInSilence() {
+    const support::MessageCapture capture;
+    QVERIFY(store().open());
+    store().setValue("a", "1");
+    QVERIFY(store().open());
+    QCOMPARE(store().value("a", ""), QString("1"));
+    QCOMPARE(QSqlDatabase::connectionNames(), QStringList("quorvane"));
+    QCOMPARE(capture.messages(), QStringList());
+}
+
+void SettingsStoreTest::fileThatIsNoDatabaseGivesDefaults() {
+    QFile file(AppPaths::databasePath());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("this is no database, though it is long enough to be looked at as one ........");
+    file.close();
+    const support::MessageCapture capture;
+    QVERIFY(!store().open());
+    QCOMPARE(capture.messages().size(), 1);
+    QVERIFY(capture.messages().constFirst().contains("file is not a database"));
+    readsDefaultsAndLosesWrites();
+}
+
+void SettingsStoreTest::fileThatCannotBeOpenedGivesDefaults() {
+    QVERIFY(QDir().mkpath(AppPaths::databasePath())); // a folder in its place
+    {
+        const support::MessageCapture capture;
+        QVERIFY(!store().open());
+        QCOMPARE(capture.messages().size(), 1);
+        QVERIFY(capture.messages().constFirst().startsWith("Database open failed: "));
+        QVERIFY(capture.messages().constFirst().contains("unable to open database file"));
+    }
+    readsDefaultsAndLosesWrites();
+}
+
+void SettingsStoreTest::storeThatWasNeverOpenedGivesDefaults() {
+    readsDefaultsAndLosesWrites();
+}
+
+void SettingsStoreTest::valuesAreKept_data() {
+    QTest::addColumn<QString>("text");
+    QTest::newRow("a word") << "en";
+    QTest::newRow("the empty text") << "";
+    QTest::newRow("Chinese") << "产线 一";
+    QTest::newRow("quotes") << "a'b\"c;--";
+    QTest::newRow("per cent signs and question marks") << "%1 ? %20";
+}
+
+void SettingsStoreTest::valuesAreKept() {
+    QFETCH(QString, text);
+    QVERIFY(store().open());
+    store().setValue("key", "older");
+    store().setValue("key", text);
+    store().setValue(text, "other");
+    QVERIFY(store().open());
+    QCOMPARE(store().value("key", "default"), text);
+    QCOMPARE(store().value(text, "default"), QString("other"));
+    QCOMPARE(sql("SELECT COUNT(*) FROM app_settings"), QStringList("2"));
+}
+
+void SettingsStoreTest::missingKeyReadsAsTheDefault() {
+    QVERIFY(store().open());
+    QCOMPARE(store().value("none", "default"), QString("default"));
+    QCOMPARE(store().value("none", ""), QString());
+}
+
+void SettingsStoreTest::nullTextIsStoredAsEmpty() {
+    QVERIFY(store().open());
+    store().setValue("key", QString());
+    QCOMPARE(sql("SELECT value FROM app_settings"), QStringList(""));
+    QCOMPARE(store().value("key", "default"), QString());
+}
+
+void SettingsStoreTest::defaultProjectIsStoredInItsAbsoluteForm_data() {
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("expected");
+    const QString current = QDir::currentPath();
+    QTest::newRow("an absolute path") << "/p/a.yslib"
+                                      << "/p/a.yslib";
+    QTest::newRow("a relative path") << "a.yslib" << current + "/a.yslib";
+    QTest::newRow("a path with dots") << "/p/./q/../a.yslib"
+                                      << "/p/a.yslib";
+    QTest::newRow("the empty path") << ""
+                                    << "";
+    QTest::newRow("a null path") << QString() << "";
+}
+
+void SettingsStoreTest::defaultProjectIsStoredInItsAbsoluteForm() {
+    QFETCH(QString, path);
+    QFETCH(QString, expected);
+    QVERIFY(store().open());
+    QCOMPARE(store().defaultProject(), QString());
+    store().setDefaultProject("/older.yslib");
+    store().setDefaultProject(path);
+    QCOMPARE(store().defaultProject(), support::rooted(expected));
+    QCOMPARE(sql("SELECT * FROM app_settings"),
+             QStringList("default_project_path|" + support::rooted(expected)));
+}
+
+void SettingsStoreTest::recentProjectsComeNewestFirst() {
+    QVERIFY(store().open());
+    addRecent(touch("a.yslib"), "a", 10);
+    addRecent(touch("b.yslib"), "b", 30);
+    addRecent(touch("c.yslib"), "c", 20);
+    QCOMPARE(recentNames(10), QStringList({"b", "c", "a"}));
+    QCOMPARE(recentNames(2), QStringList({"b", "c"}));
+    QCOMPARE(recentNames(0), QStringList());
+    QCOMPARE(store().recentProjects(1).constFirst().path,
+             QDir(support::stageRoot()).filePath("b.yslib"));
+}
+
+void SettingsStoreTest::openDropsProjectsWhoseFileIsGone() {
+    QVERIFY(store().open());
+    addRecent(touch("a.yslib"), "a", 1);
+    addRecent(support::rooted("/nowhere/gone.yslib"), "gone", 2);
+    addRecent(support::stageRoot(), "a folder is there too", 3);
+    QVERIFY(store().open());
+    QCOMPARE(recentNames(10), QStringList({"a folder is there too", "a"}));
+    QCOMPARE(sql("SELECT COUNT(*) FROM recent_projects"), QStringList("2"));
+}
+
+void SettingsStoreTest::openExaminesTheNewestHundred() {
+    QVERIFY(store().open());
+    const QString present = touch("a.yslib");
+    for (int i = 0; i < 99; ++i)
+        addRecent(support::rooted(QString("/nowhere/%1.yslib").arg(i)), "gone", 1000 + i);
+    addRecent(present, "present", 900);
+    addRecent(support::rooted("/nowhere/old.yslib"), "old", 800);
+    addRecent(support::rooted("/nowhere/older.yslib"), "older", 700);
+    QVERIFY(store().open());
+    QCOMPARE(recentNames(10), QStringList({"present", "old", "older"}));
+    QVERIFY(store().open()); // now they have come among the newest
+    QCOMPARE(recentNames(10), QStringList("present"));
+}
+
+// The row is looked for by the absolute form of its path.
+void SettingsStoreTest::rowStoredInAnotherFormStays() {
+    QVERIFY(store().open());
+    addRecent("/nowhere/../gone.yslib", "dots", 2);
+    addRecent("gone.yslib", "relative", 1);
+    QVERIFY(store().open());
+    QCOMPARE(recentNames(10), QStringList({"dots", "relative"}));
+}
+
+void SettingsStoreTest::removingTakesTheAbsoluteForm() {
+    QVERIFY(store().open());
+    addRecent(QDir::currentPath() + "/a.yslib", "a", 1);
+    store().removeRecentProject("a.yslib");
+    QCOMPARE(recentNames(10), QStringList());
+}
+
+void SettingsStoreTest::processesLoseNoSetting() {
+    constexpr int count = 100;
+    QProcess one;
+    QProcess two;
+    for (QProcess *process : {&one, &two})
+        process->setProcessChannelMode(QProcess::MergedChannels);
+    one.start(FRAME_PROBE, {"settings", "one", QString::number(count)});
+    two.start(FRAME_PROBE, {"settings", "two", QString::number(count)});
+    QVERIFY(one.waitForFinished(120000) && two.waitForFinished(120000));
+    QCOMPARE(one.readAll(), QByteArray());
+    QCOMPARE(two.readAll(), QByteArray());
+    QCOMPARE(sql("SELECT COUNT(*) FROM app_settings"), QStringList(QString::number(2 * count)));
+    QCOMPARE(sql("SELECT DISTINCT version FROM schema_version"), QStringList("2"));
+    QCOMPARE(tables().size(), allTables.size());
+}
+
+void SettingsStoreTest::readsDefaultsAndLosesWrites() {
+    const support::MessageCapture capture; // Qt complains about each of them
+    QCOMPARE(store().value("key", "default"), QString("default"));
+    store().setValue("key", "lost");
+    QCOMPARE(store().value("key", "default"), QString("default"));
+    store().setDefaultProject("/p/a.yslib");
+    QCOMPARE(store().defaultProject(), QString());
+    store().removeRecentProject("/p/a.yslib");
+    QVERIFY(store().recentProjects(10).isEmpty());
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, SettingsStoreTest)
 #include "settings_store_test.moc"

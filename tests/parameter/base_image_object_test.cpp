@@ -7,20 +7,23 @@ class BaseImageObjectTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void hasTheOneSignal() {
-        QCOMPARE(support::ownMethods(BaseImageObject::staticMetaObject),
-                 QStringList("public signal void SendMessage(QString)"));
-        QCOMPARE(BaseImageObject::staticMetaObject.superClass(), &QObject::staticMetaObject);
-    }
-
-    void itsSignalCarriesTheText() {
-        BaseImageObject image;
-        QSignalSpy messages(&image, &BaseImageObject::SendMessage);
-        Q_EMIT image.SendMessage(QStringLiteral("文"));
-        QCOMPARE(messages.size(), 1);
-        QCOMPARE(messages.at(0).at(0).toString(), QStringLiteral("文"));
-    }
+    void hasTheOneSignal();
+    void itsSignalCarriesTheText();
 };
+
+void BaseImageObjectTest::hasTheOneSignal() {
+    QCOMPARE(support::ownMethods(BaseImageObject::staticMetaObject),
+             QStringList("public signal void SendMessage(QString)"));
+    QCOMPARE(BaseImageObject::staticMetaObject.superClass(), &QObject::staticMetaObject);
+}
+
+void BaseImageObjectTest::itsSignalCarriesTheText() {
+    BaseImageObject image;
+    QSignalSpy messages(&image, &BaseImageObject::SendMessage);
+    Q_EMIT image.SendMessage(QStringLiteral("文"));
+    QCOMPARE(messages.size(), 1);
+    QCOMPARE(messages.at(0).at(0).toString(), QStringLiteral("文"));
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, BaseImageObjectTest)
 #include "base_image_object_test.moc"

@@ -136,222 +136,238 @@ class SourceParameterThreadsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { qputenv("QT_NO_GLIB", "1"); }
-
-    void init() {
-        heard.clear();
-        storesDestroyed = 0;
-        threadsFinished = 0;
-    }
-
-    void threadedStoreLivesOnItsOwnThread() {
-        SourceParameter store(true);
-        QVERIFY(store.m_threaded);
-        QVERIFY(store.m_thread != nullptr);
-        QCOMPARE(store.thread(), store.m_thread);
-        QCOMPARE(store.m_thread->thread(), QThread::currentThread());
-        QVERIFY(store.m_thread->isRunning());
-        std::atomic<QThread *> worked{nullptr};
-        runOn(&store, [&worked] { worked = QThread::currentThread(); });
-        QCOMPARE(worked.load(), store.m_thread);
-    }
-
-    void everyWriteOfEveryWriterArrives() {
-        SourceParameter store(true);
-        join(startWriters([&store](int writer) {
-            write(&store, elementOf(writer, writesEach), -1);
-            for (int i = 0; i < writesEach; ++i)
-                write(&store, elementOf(writer, i), i);
-        }));
-        int names = 0;
-        int wrong = 0;
-        runOn(&store, [&] {
-            names = store.m_names.size();
-            for (int writer = 0; writer < writers; ++writer) {
-                const BaseParameter *const variable =
-                    store.m_parameters.value(store.m_names.indexOf(variableOf(writer)));
-                for (int i = 0; i < writesEach; ++i)
-                    wrong += variable->m_values.at(std::size_t(i)).value.toInt() != i;
-            }
-        });
-        freeVariables(&store);
-        QCOMPARE(names, writers);
-        QCOMPARE(wrong, 0);
-    }
-
-    // Every write but the first goes beyond its array, so each is told, in the order it is done.
-    void writesOfAWriterStayInOrder() {
-        SourceParameter store(true);
-        QObject::connect(&store, &SourceParameter::SendMessage, &store, &hear,
-                         Qt::DirectConnection);
-        join(startWriters([&store](int writer) {
-            write(&store, elementOf(writer, 1), 0);
-            for (int i = 1; i <= writesEach; ++i)
-                write(&store, elementOf(writer, i), i);
-        }));
-        freeVariables(&store);
-        const QRegularExpression form(
-            QStringLiteral("^修改参数:w(\\d+)\\[(\\d+)\\] 时,遇到了数组长度超限\\(0\\)问题。$"));
-        std::array<int, writers> last{};
-        int outOfOrder = 0;
-        for (const QString &message : whatWasHeard()) {
-            const QRegularExpressionMatch match = form.match(message);
-            QVERIFY2(match.hasMatch(), qPrintable(message));
-            int &previous = last.at(match.captured(1).toUInt());
-            outOfOrder += match.captured(2).toInt() != ++previous;
-        }
-        QCOMPARE(outOfOrder, 0);
-        for (const int count : last)
-            QCOMPARE(count, writesEach);
-    }
-
-    void allWritersMayWriteOneVariable() {
-        SourceParameter store(true);
-        join(startWriters([&store](int) {
-            for (int i = 1; i <= writesEach; ++i)
-                write(&store, QStringLiteral("shared"), i);
-        }));
-        QStringList names;
-        int value = 0;
-        runOn(&store, [&] {
-            names = store.m_names;
-            value = store.m_parameters.at(0)->m_values.at(0).value.toInt();
-        });
-        freeVariables(&store);
-        QCOMPARE(names, QStringList("shared"));
-        QCOMPARE(value, writesEach); // The last write of all was the last of some writer.
-    }
-
-    void messageReachesAListenerOnTheListenersThread() {
-        SourceParameter store(true);
-        QStringList messages;
-        QThread *listened = nullptr;
-        QObject listener;
-        QObject::connect(&store, &SourceParameter::SendMessage, &listener,
-                         [&](const QString &message) {
-                             messages.append(message);
-                             listened = QThread::currentThread();
-                         });
-        Q_EMIT store.ParaDeleteSigDate(QStringLiteral("a"));
-        QTRY_COMPARE(messages, QStringList(QStringLiteral("删除变量：a 时，变量未创建")));
-        QCOMPARE(listened, QThread::currentThread());
-    }
-
-    void threadDiagnosticNamesTheStoresThread() {
-        SourceParameter store(true);
-        QString id;
-        runOn(&store, [&id] { QDebug(&id).nospace() << QThread::currentThreadId(); });
-        const QtMessageHandler before = qInstallMessageHandler(hearDebugLine);
-        Q_EMIT store.PrintThreadIDSignals();
-        runOn(&store, [] {}); // The signal has been received,
-        runOn(&store, [] {}); // and what it posted has been done.
-        qInstallMessageHandler(before);
-        QCOMPARE(
-            whatWasHeard(),
-            QStringList(QStringLiteral("SourceParameter在新线程槽函数中的ID: %1 on %1").arg(id)));
-    }
-
-    // The ends.
-
-    // The end of the thread, which this waits for, must not delete the store once more.
-    void storeDeletedFromAnotherThreadIsDeletedOnce() {
-        SourceParameter *const store = makeStore();
-        const QPointer<QThread> thread = store->m_thread;
-        write(store, "a", 1);
-        freeVariables(store);
-        delete store;
-        QCOMPARE(storesDestroyed.load(), 1);
-        QCOMPARE(threadsFinished.load(), 1);
-        QVERIFY(thread.isNull());
-    }
-
-    void storeMayBeDeletedBeforeItsThreadIsUnderWay() {
-        for (int i = 0; i < 200; ++i)
-            delete makeStore();
-        QCOMPARE(storesDestroyed.load(), 200);
-        QCOMPARE(threadsFinished.load(), 200);
-    }
-
-    void storeMayBeDeletedByAThirdThread() {
-        SourceParameter *const store = makeStore();
-        const QPointer<QThread> thread = store->m_thread;
-        std::thread([store] { delete store; }).join();
-        QCOMPARE(storesDestroyed.load(), 1);
-        QCOMPARE(threadsFinished.load(), 1);
-        QVERIFY(thread.isNull());
-    }
-
-    void storeMayBeDeletedWithWritesStillQueued() {
-        SourceParameter *const store = makeStore();
-        const auto variables = makeVariables(store);
-        join(startWriters([store](int writer) {
-            for (int i = 0; i < 1000; ++i)
-                write(store, variableOf(writer), i);
-        }));
-        delete store;
-        QCOMPARE(storesDestroyed.load(), 1);
-        QCOMPARE(threadsFinished.load(), 1);
-    }
-
-    // The store is deleted on the ending thread itself, which must not wait for itself.
-    void endOfItsThreadDeletesTheStore() {
-        SourceParameter *const store = makeStore();
-        const QPointer<QThread> thread = store->m_thread;
-        store->m_thread->quit();
-        QTRY_VERIFY(thread.isNull());
-        QCOMPARE(storesDestroyed.load(), 1);
-        QCOMPARE(threadsFinished.load(), 1);
-    }
-
-    void deleteLaterEndsTheThread() {
-        SourceParameter *const store = makeStore();
-        const QPointer<QThread> thread = store->m_thread;
-        store->deleteLater();
-        QTRY_VERIFY(thread.isNull());
-        QCOMPARE(storesDestroyed.load(), 1);
-        QCOMPARE(threadsFinished.load(), 1);
-    }
-
-    void storeDeletedOnItsOwnThreadDoesNotWaitForItself() {
-        SourceParameter *const store = makeStore();
-        const QPointer<QThread> thread = store->m_thread;
-        auto *const neighbour = new QObject;
-        neighbour->moveToThread(store->m_thread);
-        QObject::connect(store->m_thread, &QThread::finished, neighbour, &QObject::deleteLater);
-        runOn(neighbour, [store] { delete store; });
-        QCOMPARE(storesDestroyed.load(), 1);
-        QTRY_VERIFY(thread.isNull());
-        QCOMPARE(threadsFinished.load(), 1);
-    }
-
-    void threadMayEndWhileWritersEmit() {
-        SourceParameter *const store = makeStore();
-        const auto variables = makeVariables(store);
-        QObject::disconnect(store->m_thread, &QThread::finished, store, nullptr);
-        std::atomic<int> underWay{0};
-        std::atomic<bool> ended{false};
-        std::vector<std::thread> threads = startWriters([&](int writer) {
-            for (int i = 0; i < 100; ++i)
-                write(store, variableOf(writer), i);
-            ++underWay;
-            while (!ended)
-                write(store, variableOf(writer), -1);
-            for (int i = 0; i < 100; ++i)
-                write(store, variableOf(writer), i);
-        });
-        while (underWay < writers)
-            std::this_thread::yield();
-        store->m_thread->quit();
-        store->m_thread->wait();
-        QCOMPARE(threadsFinished.load(), 1);
-        QCOMPARE(storesDestroyed.load(), 0);
-        ended = true;
-        join(std::move(threads));
-        QCOMPARE(store->m_names.size(), writers);
-        delete store;
-        QCOMPARE(storesDestroyed.load(), 1);
-    }
+    void initTestCase();
+    void init();
+    void threadedStoreLivesOnItsOwnThread();
+    void everyWriteOfEveryWriterArrives();
+    void writesOfAWriterStayInOrder();
+    void allWritersMayWriteOneVariable();
+    void messageReachesAListenerOnTheListenersThread();
+    void threadDiagnosticNamesTheStoresThread();
+    void storeDeletedFromAnotherThreadIsDeletedOnce();
+    void storeMayBeDeletedBeforeItsThreadIsUnderWay();
+    void storeMayBeDeletedByAThirdThread();
+    void storeMayBeDeletedWithWritesStillQueued();
+    void endOfItsThreadDeletesTheStore();
+    void deleteLaterEndsTheThread();
+    void storeDeletedOnItsOwnThreadDoesNotWaitForItself();
+    void threadMayEndWhileWritersEmit();
 };
+
+void SourceParameterThreadsTest::initTestCase() {
+    qputenv("QT_NO_GLIB", "1");
+}
+
+void SourceParameterThreadsTest::init() {
+    heard.clear();
+    storesDestroyed = 0;
+    threadsFinished = 0;
+}
+
+void SourceParameterThreadsTest::threadedStoreLivesOnItsOwnThread() {
+    SourceParameter store(true);
+    QVERIFY(store.m_threaded);
+    QVERIFY(store.m_thread != nullptr);
+    QCOMPARE(store.thread(), store.m_thread);
+    QCOMPARE(store.m_thread->thread(), QThread::currentThread());
+    QVERIFY(store.m_thread->isRunning());
+    std::atomic<QThread *> worked{nullptr};
+    runOn(&store, [&worked] { worked = QThread::currentThread(); });
+    QCOMPARE(worked.load(), store.m_thread);
+}
+
+void SourceParameterThreadsTest::everyWriteOfEveryWriterArrives() {
+    SourceParameter store(true);
+    join(startWriters([&store](int writer) {
+        write(&store, elementOf(writer, writesEach), -1);
+        for (int i = 0; i < writesEach; ++i)
+            write(&store, elementOf(writer, i), i);
+    }));
+    int names = 0;
+    int wrong = 0;
+    runOn(&store, [&] {
+        names = store.m_names.size();
+        for (int writer = 0; writer < writers; ++writer) {
+            const BaseParameter *const variable =
+                store.m_parameters.value(store.m_names.indexOf(variableOf(writer)));
+            for (int i = 0; i < writesEach; ++i)
+                wrong += variable->m_values.at(std::size_t(i)).value.toInt() != i;
+        }
+    });
+    freeVariables(&store);
+    QCOMPARE(names, writers);
+    QCOMPARE(wrong, 0);
+}
+
+// Every write but the first goes beyond its array, so each is told, in the order it is done.
+void SourceParameterThreadsTest::writesOfAWriterStayInOrder() {
+    SourceParameter store(true);
+    QObject::connect(&store, &SourceParameter::SendMessage, &store, &hear, Qt::DirectConnection);
+    join(startWriters([&store](int writer) {
+        write(&store, elementOf(writer, 1), 0);
+        for (int i = 1; i <= writesEach; ++i)
+            write(&store, elementOf(writer, i), i);
+    }));
+    freeVariables(&store);
+    const QRegularExpression form(
+        QStringLiteral("^修改参数:w(\\d+)\\[(\\d+)\\] 时,遇到了数组长度超限\\(0\\)问题。$"));
+    std::array<int, writers> last{};
+    int outOfOrder = 0;
+    for (const QString &message : whatWasHeard()) {
+        const QRegularExpressionMatch match = form.match(message);
+        QVERIFY2(match.hasMatch(), qPrintable(message));
+        int &previous = last.at(match.captured(1).toUInt());
+        outOfOrder += match.captured(2).toInt() != ++previous;
+    }
+    QCOMPARE(outOfOrder, 0);
+    for (const int count : last)
+        QCOMPARE(count, writesEach);
+}
+
+void SourceParameterThreadsTest::allWritersMayWriteOneVariable() {
+    SourceParameter store(true);
+    join(startWriters([&store](int) {
+        for (int i = 1; i <= writesEach; ++i)
+            write(&store, QStringLiteral("shared"), i);
+    }));
+    QStringList names;
+    int value = 0;
+    runOn(&store, [&] {
+        names = store.m_names;
+        value = store.m_parameters.at(0)->m_values.at(0).value.toInt();
+    });
+    freeVariables(&store);
+    QCOMPARE(names, QStringList("shared"));
+    QCOMPARE(value, writesEach); // The last write of all was the last of some writer.
+}
+
+void SourceParameterThreadsTest::messageReachesAListenerOnTheListenersThread() {
+    SourceParameter store(true);
+    QStringList messages;
+    QThread *listened = nullptr;
+    QObject listener;
+    QObject::connect(&store, &SourceParameter::SendMessage, &listener, [&](const QString &message) {
+        messages.append(message);
+        listened = QThread::currentThread();
+    });
+    Q_EMIT store.ParaDeleteSigDate(QStringLiteral("a"));
+    QTRY_COMPARE(messages, QStringList(QStringLiteral("删除变量：a 时，变量未创建")));
+    QCOMPARE(listened, QThread::currentThread());
+}
+
+void SourceParameterThreadsTest::threadDiagnosticNamesTheStoresThread() {
+    SourceParameter store(true);
+    QString id;
+    runOn(&store, [&id] { QDebug(&id).nospace() << QThread::currentThreadId(); });
+    const QtMessageHandler before = qInstallMessageHandler(hearDebugLine);
+    Q_EMIT store.PrintThreadIDSignals();
+    runOn(&store, [] {}); // The signal has been received,
+    runOn(&store, [] {}); // and what it posted has been done.
+    qInstallMessageHandler(before);
+    QCOMPARE(whatWasHeard(),
+             QStringList(QStringLiteral("SourceParameter在新线程槽函数中的ID: %1 on %1").arg(id)));
+}
+
+// The ends.
+
+// The end of the thread, which this waits for, must not delete the store once more.
+void SourceParameterThreadsTest::storeDeletedFromAnotherThreadIsDeletedOnce() {
+    SourceParameter *const store = makeStore();
+    const QPointer<QThread> thread = store->m_thread;
+    write(store, "a", 1);
+    freeVariables(store);
+    delete store;
+    QCOMPARE(storesDestroyed.load(), 1);
+    QCOMPARE(threadsFinished.load(), 1);
+    QVERIFY(thread.isNull());
+}
+
+void SourceParameterThreadsTest::storeMayBeDeletedBeforeItsThreadIsUnderWay() {
+    for (int i = 0; i < 200; ++i)
+        delete makeStore();
+    QCOMPARE(storesDestroyed.load(), 200);
+    QCOMPARE(threadsFinished.load(), 200);
+}
+
+void SourceParameterThreadsTest::storeMayBeDeletedByAThirdThread() {
+    SourceParameter *const store = makeStore();
+    const QPointer<QThread> thread = store->m_thread;
+    std::thread([store] { delete store; }).join();
+    QCOMPARE(storesDestroyed.load(), 1);
+    QCOMPARE(threadsFinished.load(), 1);
+    QVERIFY(thread.isNull());
+}
+
+void SourceParameterThreadsTest::storeMayBeDeletedWithWritesStillQueued() {
+    SourceParameter *const store = makeStore();
+    const auto variables = makeVariables(store);
+    join(startWriters([store](int writer) {
+        for (int i = 0; i < 1000; ++i)
+            write(store, variableOf(writer), i);
+    }));
+    delete store;
+    QCOMPARE(storesDestroyed.load(), 1);
+    QCOMPARE(threadsFinished.load(), 1);
+}
+
+// The store is deleted on the ending thread itself, which must not wait for itself.
+void SourceParameterThreadsTest::endOfItsThreadDeletesTheStore() {
+    SourceParameter *const store = makeStore();
+    const QPointer<QThread> thread = store->m_thread;
+    store->m_thread->quit();
+    QTRY_VERIFY(thread.isNull());
+    QCOMPARE(storesDestroyed.load(), 1);
+    QCOMPARE(threadsFinished.load(), 1);
+}
+
+void SourceParameterThreadsTest::deleteLaterEndsTheThread() {
+    SourceParameter *const store = makeStore();
+    const QPointer<QThread> thread = store->m_thread;
+    store->deleteLater();
+    QTRY_VERIFY(thread.isNull());
+    QCOMPARE(storesDestroyed.load(), 1);
+    QCOMPARE(threadsFinished.load(), 1);
+}
+
+void SourceParameterThreadsTest::storeDeletedOnItsOwnThreadDoesNotWaitForItself() {
+    SourceParameter *const store = makeStore();
+    const QPointer<QThread> thread = store->m_thread;
+    auto *const neighbour = new QObject;
+    neighbour->moveToThread(store->m_thread);
+    QObject::connect(store->m_thread, &QThread::finished, neighbour, &QObject::deleteLater);
+    runOn(neighbour, [store] { delete store; });
+    QCOMPARE(storesDestroyed.load(), 1);
+    QTRY_VERIFY(thread.isNull());
+    QCOMPARE(threadsFinished.load(), 1);
+}
+
+void SourceParameterThreadsTest::threadMayEndWhileWritersEmit() {
+    SourceParameter *const store = makeStore();
+    const auto variables = makeVariables(store);
+    QObject::disconnect(store->m_thread, &QThread::finished, store, nullptr);
+    std::atomic<int> underWay{0};
+    std::atomic<bool> ended{false};
+    std::vector<std::thread> threads = startWriters([&](int writer) {
+        for (int i = 0; i < 100; ++i)
+            write(store, variableOf(writer), i);
+        ++underWay;
+        while (!ended)
+            write(store, variableOf(writer), -1);
+        for (int i = 0; i < 100; ++i)
+            write(store, variableOf(writer), i);
+    });
+    while (underWay < writers)
+        std::this_thread::yield();
+    store->m_thread->quit();
+    store->m_thread->wait();
+    QCOMPARE(threadsFinished.load(), 1);
+    QCOMPARE(storesDestroyed.load(), 0);
+    ended = true;
+    join(std::move(threads));
+    QCOMPARE(store->m_names.size(), writers);
+    delete store;
+    QCOMPARE(storesDestroyed.load(), 1);
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, SourceParameterThreadsTest)
 #include "source_parameter_threads_test.moc"

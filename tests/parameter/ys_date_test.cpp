@@ -22,90 +22,103 @@ class YsDateTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { unregister(); }
-
-    void defaultIsNullOfKindFive() {
-        const YsDate made;
-        QVERIFY(!made.value.isValid());
-        QVERIFY(made.value.isNull());
-        QCOMPARE(made.kind, 5);
-        static_assert(std::is_same_v<decltype(made.kind), qint32>);
-    }
-
-    void makingOneRegistersNothing() {
-        YsDate made;
-        made.value = 1;
-        made.kind = 2;
-        QCOMPARE(registeredType(), int(QMetaType::UnknownType));
-    }
-
-    void makingAParameterOrAStoreRegistersNothing() {
-        const BaseParameter parameter;
-        const SourceParameter here(false);
-        const SourceParameter threaded(true);
-        QCOMPARE(registeredType(), int(QMetaType::UnknownType));
-    }
-
-    void copyConstructionRegisters() {
-        const YsDate made;
-        const YsDate copy(made); // NOLINT(performance-unnecessary-copy-initialization): its purpose
-        QCOMPARE(QByteArray(QMetaType::typeName(registeredType())), QByteArray("YsDate"));
-        QVERIFY(registeredType() >= QMetaType::User);
-        QCOMPARE(copy.kind, 5);
-    }
-
-    void copyAssignmentRegisters() {
-        const YsDate made;
-        YsDate copy;
-        copy = made;
-        QVERIFY(registeredType() >= QMetaType::User);
-    }
-
-    // There is no move that could slip past the registration.
-    void movingIsCopying() {
-        YsDate made;
-        made.value = QStringLiteral("stays");
-        const YsDate moved(std::move(made)); // NOLINT(performance-move-const-arg): shown here
-        QVERIFY(registeredType() >= QMetaType::User);
-        QCOMPARE(moved.value, QVariant(QStringLiteral("stays")));
-    }
-
-    void registeringAgainChangesNothing() {
-        const YsDate made;
-        YsDate copy;
-        copy = made;
-        const int id = registeredType();
-        copy = made;
-        const YsDate another(copy);
-        copy.kind = 7;
-        QCOMPARE(registeredType(), id);
-        QCOMPARE(another.kind, 5);
-    }
-
-    void copiesHoldValueAndKind() {
-        YsDate made;
-        made.value = QStringList{QStringLiteral("a"), QStringLiteral("b")};
-        made.kind = -7;
-        const YsDate constructed(made);
-        YsDate assigned;
-        assigned = made;
-        made.value = 0;
-        made.kind = 0;
-        for (const YsDate &copy : {constructed, assigned}) {
-            QCOMPARE(copy.value.toStringList().join(QLatin1Char(' ')), QStringLiteral("a b"));
-            QCOMPARE(copy.kind, -7);
-        }
-    }
-
-    void assigningItselfKeepsIt() {
-        YsDate made;
-        made.value = 42;
-        YsDate &same = made;
-        made = same;
-        QCOMPARE(made.value, QVariant(42));
-        QVERIFY(registeredType() >= QMetaType::User);
-    }
+    void init();
+    void defaultIsNullOfKindFive();
+    void makingOneRegistersNothing();
+    void makingAParameterOrAStoreRegistersNothing();
+    void copyConstructionRegisters();
+    void copyAssignmentRegisters();
+    void movingIsCopying();
+    void registeringAgainChangesNothing();
+    void copiesHoldValueAndKind();
+    void assigningItselfKeepsIt();
 };
+
+void YsDateTest::init() {
+    unregister();
+}
+
+void YsDateTest::defaultIsNullOfKindFive() {
+    const YsDate made;
+    QVERIFY(!made.value.isValid());
+    QVERIFY(made.value.isNull());
+    QCOMPARE(made.kind, 5);
+    static_assert(std::is_same_v<decltype(made.kind), qint32>);
+}
+
+void YsDateTest::makingOneRegistersNothing() {
+    YsDate made;
+    made.value = 1;
+    made.kind = 2;
+    QCOMPARE(registeredType(), int(QMetaType::UnknownType));
+}
+
+void YsDateTest::makingAParameterOrAStoreRegistersNothing() {
+    const BaseParameter parameter;
+    const SourceParameter here(false);
+    const SourceParameter threaded(true);
+    QCOMPARE(registeredType(), int(QMetaType::UnknownType));
+}
+
+void YsDateTest::copyConstructionRegisters() {
+    const YsDate made;
+    const YsDate copy(made); // NOLINT(performance-unnecessary-copy-initialization): its purpose
+    QCOMPARE(QByteArray(QMetaType::typeName(registeredType())), QByteArray("YsDate"));
+    QVERIFY(registeredType() >= QMetaType::User);
+    QCOMPARE(copy.kind, 5);
+}
+
+void YsDateTest::copyAssignmentRegisters() {
+    const YsDate made;
+    YsDate copy;
+    copy = made;
+    QVERIFY(registeredType() >= QMetaType::User);
+}
+
+// There is no move that could slip past the registration.
+void YsDateTest::movingIsCopying() {
+    YsDate made;
+    made.value = QStringLiteral("stays");
+    const YsDate moved(std::move(made)); // NOLINT(performance-move-const-arg): shown here
+    QVERIFY(registeredType() >= QMetaType::User);
+    QCOMPARE(moved.value, QVariant(QStringLiteral("stays")));
+}
+
+void YsDateTest::registeringAgainChangesNothing() {
+    const YsDate made;
+    YsDate copy;
+    copy = made;
+    const int id = registeredType();
+    copy = made;
+    const YsDate another(copy);
+    copy.kind = 7;
+    QCOMPARE(registeredType(), id);
+    QCOMPARE(another.kind, 5);
+}
+
+void YsDateTest::copiesHoldValueAndKind() {
+    YsDate made;
+    made.value = QStringList{QStringLiteral("a"), QStringLiteral("b")};
+    made.kind = -7;
+    const YsDate constructed(made);
+    YsDate assigned;
+    assigned = made;
+    made.value = 0;
+    made.kind = 0;
+    for (const YsDate &copy : {constructed, assigned}) {
+        QCOMPARE(copy.value.toStringList().join(QLatin1Char(' ')), QStringLiteral("a b"));
+        QCOMPARE(copy.kind, -7);
+    }
+}
+
+void YsDateTest::assigningItselfKeepsIt() {
+    YsDate made;
+    made.value = 42;
+    YsDate &same = made;
+    made = same;
+    QCOMPARE(made.value, QVariant(42));
+    QVERIFY(registeredType() >= QMetaType::User);
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, YsDateTest)
 #include "ys_date_test.moc"

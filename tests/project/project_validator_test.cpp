@@ -96,8 +96,7 @@ class ProjectValidatorTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QVERIFY(support::loadScriptVocabulary()); }
-
+    void init();
     void documents_data();
     void documents();
     void projects_data();
@@ -118,6 +117,10 @@ private Q_SLOTS:
     void errorsAndWarningsApart();
     void format();
 };
+
+void ProjectValidatorTest::init() {
+    QVERIFY(support::loadScriptVocabulary());
+}
 
 // Whole documents: what cannot be read as a project at all, and every encoding.
 void ProjectValidatorTest::documents_data() {

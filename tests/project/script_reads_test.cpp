@@ -66,13 +66,16 @@ class ScriptReadsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
-
+    void initTestCase();
     void validation_data();
     void validation();
     void everyCheckByItselfReadsAnew();
     void nothingIsKeptForTheNextValidation();
 };
+
+void ScriptReadsTest::initTestCase() {
+    QVERIFY(support::loadScriptVocabulary());
+}
 
 void ScriptReadsTest::validation_data() {
     QTest::addColumn<Files>("files");

@@ -101,8 +101,7 @@ class ProjectChecksTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QVERIFY(support::loadScriptVocabulary()); }
-
+    void init();
     void imports_data();
     void imports();
     void importsOfWhatIsNoScript();
@@ -122,6 +121,10 @@ private Q_SLOTS:
     void rootedPath_data();
     void rootedPath();
 };
+
+void ProjectChecksTest::init() {
+    QVERIFY(support::loadScriptVocabulary());
+}
 
 void ProjectChecksTest::imports_data() {
     QTest::addColumn<QString>("script");

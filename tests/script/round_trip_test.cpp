@@ -165,83 +165,91 @@ class RoundTripTest : public QObject {
     Q_OBJECT
 
 private:
-    // True if the script could be compared.
-    static bool roundTrip(const QString &source, bool *isSame) {
-        *isSame = true;
-        const Parsed first = parseScript(source);
-        if (!first.program || !first.error.isEmpty() || endsOpen(source))
-            return false;
-        Writer writer;
-        const QString written = writer.program(*first.program);
-        if (!writer.isWhole)
-            return false;
-        const Parsed second = parseScript(written);
-        *isSame =
-            second.error.isEmpty() && support::sameTree(first.program.get(), second.program.get(),
-                                                        support::Positions::Ignored);
-        if (!*isSame)
-            qWarning().noquote() << "source:" << source << "\nwritten:" << written
-                                 << "\nfirst:" << programToText(*first.program) << "\nsecond:"
-                                 << (second.program ? programToText(*second.program)
-                                                    : second.error);
-        return true;
-    }
+    static bool roundTrip(const QString &source, bool *isSame);
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
-
-    void scriptsFromTheGrammar() {
-        ScriptGenerator generator(11);
-        for (int i = 0; i < 10000; ++i) {
-            bool isSame = false;
-            QVERIFY(roundTrip(generator.script(), &isSame));
-            QVERIFY(isSame);
-        }
-    }
-
-    void mutations() {
-        ScriptGenerator generator(12);
-        int compared = 0;
-        for (int i = 0; i < 6000; ++i) {
-            bool isSame = false;
-            compared += int(roundTrip(generator.mutation(generator.script()), &isSame));
-            QVERIFY(isSame);
-        }
-        qInfo("%d of 6000 could be compared", compared);
-        QVERIFY(compared > 1500);
-    }
-
-    void noise() {
-        ScriptGenerator generator(13);
-        int compared = 0;
-        for (int i = 0; i < 6000; ++i) {
-            bool isSame = false;
-            compared += int(roundTrip(generator.noise(1 + generator.below(12)), &isSame));
-            QVERIFY(isSame);
-        }
-        qInfo("%d of 6000 could be compared", compared);
-        QVERIFY(compared > 300);
-    }
-
-    // Texts with unbalanced brackets stand last: nothing ends them but the end of the file.
-    void unbalancedTextsStandLast() {
-        for (const char *tail : {"a ) b", "f(a", "x = ]", "a = (b { c", "{ a", "g = \"x\\\\\""}) {
-            const QString source = QString("a = 1;\nif (b) { c; d }\n") + tail;
-            const Parsed first = parseScript(source);
-            QCOMPARE(int(first.program->statements.size()), 3);
-            const auto last = first.program->statements.back();
-            first.program->statements.pop_back();
-            QString written = Writer().program(*first.program);
-            const auto *assign = dynamic_cast<const AssignStmt *>(last.get());
-            written +=
-                assign ? assign->target + " = " + assign->value.text : as<ExprStmt>(last).expr.text;
-            first.program->statements.push_back(last);
-            QVERIFY2(support::sameTree(first.program.get(), parseScript(written).program.get(),
-                                       support::Positions::Ignored),
-                     tail);
-        }
-    }
+    void initTestCase();
+    void scriptsFromTheGrammar();
+    void mutations();
+    void noise();
+    void unbalancedTextsStandLast();
 };
+
+// True if the script could be compared.
+bool RoundTripTest::roundTrip(const QString &source, bool *isSame) {
+    *isSame = true;
+    const Parsed first = parseScript(source);
+    if (!first.program || !first.error.isEmpty() || endsOpen(source))
+        return false;
+    Writer writer;
+    const QString written = writer.program(*first.program);
+    if (!writer.isWhole)
+        return false;
+    const Parsed second = parseScript(written);
+    *isSame = second.error.isEmpty() && support::sameTree(first.program.get(), second.program.get(),
+                                                          support::Positions::Ignored);
+    if (!*isSame)
+        qWarning().noquote() << "source:" << source << "\nwritten:" << written
+                             << "\nfirst:" << programToText(*first.program) << "\nsecond:"
+                             << (second.program ? programToText(*second.program) : second.error);
+    return true;
+}
+
+void RoundTripTest::initTestCase() {
+    QVERIFY(support::loadScriptVocabulary());
+}
+
+void RoundTripTest::scriptsFromTheGrammar() {
+    ScriptGenerator generator(11);
+    for (int i = 0; i < 10000; ++i) {
+        bool isSame = false;
+        QVERIFY(roundTrip(generator.script(), &isSame));
+        QVERIFY(isSame);
+    }
+}
+
+void RoundTripTest::mutations() {
+    ScriptGenerator generator(12);
+    int compared = 0;
+    for (int i = 0; i < 6000; ++i) {
+        bool isSame = false;
+        compared += int(roundTrip(generator.mutation(generator.script()), &isSame));
+        QVERIFY(isSame);
+    }
+    qInfo("%d of 6000 could be compared", compared);
+    QVERIFY(compared > 1500);
+}
+
+void RoundTripTest::noise() {
+    ScriptGenerator generator(13);
+    int compared = 0;
+    for (int i = 0; i < 6000; ++i) {
+        bool isSame = false;
+        compared += int(roundTrip(generator.noise(1 + generator.below(12)), &isSame));
+        QVERIFY(isSame);
+    }
+    qInfo("%d of 6000 could be compared", compared);
+    QVERIFY(compared > 300);
+}
+
+// Texts with unbalanced brackets stand last: nothing ends them but the end of the file.
+void RoundTripTest::unbalancedTextsStandLast() {
+    for (const char *tail : {"a ) b", "f(a", "x = ]", "a = (b { c", "{ a", "g = \"x\\\\\""}) {
+        const QString source = QString("a = 1;\nif (b) { c; d }\n") + tail;
+        const Parsed first = parseScript(source);
+        QCOMPARE(int(first.program->statements.size()), 3);
+        const auto last = first.program->statements.back();
+        first.program->statements.pop_back();
+        QString written = Writer().program(*first.program);
+        const auto *assign = dynamic_cast<const AssignStmt *>(last.get());
+        written +=
+            assign ? assign->target + " = " + assign->value.text : as<ExprStmt>(last).expr.text;
+        first.program->statements.push_back(last);
+        QVERIFY2(support::sameTree(first.program.get(), parseScript(written).program.get(),
+                                   support::Positions::Ignored),
+                 tail);
+    }
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, RoundTripTest)
 #include "round_trip_test.moc"

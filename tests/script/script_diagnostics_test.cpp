@@ -11,8 +11,7 @@ class ScriptDiagnosticsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
-
+    void initTestCase();
     void finding_data();
     void finding();
     void passes_data();
@@ -27,6 +26,10 @@ private Q_SLOTS:
     void positionTakesNullPointers();
     void json();
 };
+
+void ScriptDiagnosticsTest::initTestCase() {
+    QVERIFY(support::loadScriptVocabulary());
+}
 
 // The printed form of the one finding.
 void ScriptDiagnosticsTest::finding_data() {

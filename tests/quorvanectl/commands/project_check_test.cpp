@@ -40,109 +40,113 @@ class ProjectCheckTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void asText_data() {
-        QTest::addColumn<FileTree>("files");
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("text");
+    void asText_data();
+    void asText();
+    void theLauncherSaysTheSame();
+    void asJson();
+    void whatCannotBeUsed_data();
+    void whatCannotBeUsed();
+    void aPathInChineseIsReadInAnyLocale();
+    void theDemoProjectIsClean();
+};
 
-        const FileTree clean{{"line.yslib", document()}, {"main.ys", "int a;\n"}};
-        const FileTree warned{
-            {"line.yslib", document()}, {"main.ys", "global int a;\n"}, {"other.ys", ""}};
-        const FileTree broken{{"line.yslib", document(R"(, "models": {"runner": "no.json"})")},
-                              {"main.ys", badCharacter},
-                              {"other.ys", ""}};
+void ProjectCheckTest::asText_data() {
+    QTest::addColumn<FileTree>("files");
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("text");
 
-        QTest::newRow("a clean project") << clean << "" << 0 << "line.yslib: clean\n";
-        QTest::newRow("warnings do not stop a line")
-            << warned << "" << 0
-            << "@warnings\n\nline.yslib: 0 errors, 2 warnings, 0 syntax errors\n";
-        QTest::newRow("errors first, then warnings, then scripts")
-            << broken << "" << 1
-            << "@errors\n@warnings\n\n" + heading + badLine +
-                   "\nline.yslib: 1 error, 1 warning, 1 syntax error\n";
-        QTest::newRow("a syntax error alone")
-            << FileTree{{"line.yslib", document()}, {"main.ys", badCharacter}} << "" << 1
-            << heading + badLine + "\nline.yslib: 0 errors, 0 warnings, 1 syntax error\n";
-        QTest::newRow("the core plug-in is missing, below the other errors")
-            << broken << "--core-plugin plugins" << 1
-            << "@errors\nCore plugin missing: plugins/CoreOperators.dll\n@warnings\n\n" + heading +
-                   badLine + "\nline.yslib: 2 errors, 1 warning, 1 syntax error\n";
-        QTest::newRow("the core plug-in is there")
-            << FileTree{{"line.yslib", document()},
-                        {"main.ys", ""},
-                        {"plugins/CoreOperators.dll", ""}}
-            << "--core-plugin plugins" << 0 << "line.yslib: clean\n";
-        QTest::newRow("a script registered twice is told once")
-            << FileTree{{"line.yslib",
-                         document("", R"({"id": "main", "path": "main.ys", "role": "main"},
+    const FileTree clean{{"line.yslib", document()}, {"main.ys", "int a;\n"}};
+    const FileTree warned{
+        {"line.yslib", document()}, {"main.ys", "global int a;\n"}, {"other.ys", ""}};
+    const FileTree broken{{"line.yslib", document(R"(, "models": {"runner": "no.json"})")},
+                          {"main.ys", badCharacter},
+                          {"other.ys", ""}};
+
+    QTest::newRow("a clean project") << clean << "" << 0 << "line.yslib: clean\n";
+    QTest::newRow("warnings do not stop a line")
+        << warned << "" << 0 << "@warnings\n\nline.yslib: 0 errors, 2 warnings, 0 syntax errors\n";
+    QTest::newRow("errors first, then warnings, then scripts")
+        << broken << "" << 1
+        << "@errors\n@warnings\n\n" + heading + badLine +
+               "\nline.yslib: 1 error, 1 warning, 1 syntax error\n";
+    QTest::newRow("a syntax error alone")
+        << FileTree{{"line.yslib", document()}, {"main.ys", badCharacter}} << "" << 1
+        << heading + badLine + "\nline.yslib: 0 errors, 0 warnings, 1 syntax error\n";
+    QTest::newRow("the core plug-in is missing, below the other errors")
+        << broken << "--core-plugin plugins" << 1
+        << "@errors\nCore plugin missing: plugins/CoreOperators.dll\n@warnings\n\n" + heading +
+               badLine + "\nline.yslib: 2 errors, 1 warning, 1 syntax error\n";
+    QTest::newRow("the core plug-in is there")
+        << FileTree{{"line.yslib", document()}, {"main.ys", ""}, {"plugins/CoreOperators.dll", ""}}
+        << "--core-plugin plugins" << 0 << "line.yslib: clean\n";
+    QTest::newRow("a script registered twice is told once")
+        << FileTree{{"line.yslib",
+                     document("", R"({"id": "main", "path": "main.ys", "role": "main"},
                                          {"id": "again", "path": "main.ys", "role": "sub"})")},
-                        {"main.ys", badCharacter}}
-            << "" << 1
-            << heading + badLine + "\nline.yslib: 0 errors, 0 warnings, 1 syntax error\n";
-        QTest::newRow("a script that is missing is an error of the project")
-            << FileTree{{"line.yslib", document()}} << "" << 1
-            << "@errors\n\nline.yslib: 1 error, 0 warnings, 0 syntax errors\n";
-    }
+                    {"main.ys", badCharacter}}
+        << "" << 1 << heading + badLine + "\nline.yslib: 0 errors, 0 warnings, 1 syntax error\n";
+    QTest::newRow("a script that is missing is an error of the project")
+        << FileTree{{"line.yslib", document()}} << "" << 1
+        << "@errors\n\nline.yslib: 1 error, 0 warnings, 0 syntax errors\n";
+}
 
-    // "@errors" and "@warnings" stand for the lines that the validator formats.
-    void asText() {
-        QFETCH(FileTree, files);
-        QFETCH(QString, options);
-        QFETCH(int, status);
-        QFETCH(QString, text);
-        const ProjectFolder folder;
-        write(folder, files);
-        QVector<ProjectIssue> errors;
-        QVector<ProjectIssue> warnings;
-        for (const ProjectIssue &issue : validateProjectFile(folder.path("line.yslib")))
-            (issue.severity == 0 ? errors : warnings).append(issue);
-        text.replace("@errors", formatProjectIssues(errors));
-        text.replace("@warnings", formatProjectIssues(warnings));
-        const Answer answer =
-            support::runLine("quorvanectl project check line.yslib " + options, folder.path(""));
-        QCOMPARE(answer.out, text);
-        QCOMPARE(answer.err, QString());
-        QCOMPARE(answer.status, status);
-    }
+// "@errors" and "@warnings" stand for the lines that the validator formats.
+void ProjectCheckTest::asText() {
+    QFETCH(FileTree, files);
+    QFETCH(QString, options);
+    QFETCH(int, status);
+    QFETCH(QString, text);
+    const ProjectFolder folder;
+    write(folder, files);
+    QVector<ProjectIssue> errors;
+    QVector<ProjectIssue> warnings;
+    for (const ProjectIssue &issue : validateProjectFile(folder.path("line.yslib")))
+        (issue.severity == 0 ? errors : warnings).append(issue);
+    text.replace("@errors", formatProjectIssues(errors));
+    text.replace("@warnings", formatProjectIssues(warnings));
+    const Answer answer =
+        support::runLine("quorvanectl project check line.yslib " + options, folder.path(""));
+    QCOMPARE(answer.out, text);
+    QCOMPARE(answer.err, QString());
+    QCOMPARE(answer.status, status);
+}
 
-    // What the launcher itself would say of the same project.
-    void theLauncherSaysTheSame() {
-        const ProjectFolder folder;
-        write(folder, {{"line.yslib", document(R"(, "models": {"runner": "a", "configs": [{}]},
+// What the launcher itself would say of the same project.
+void ProjectCheckTest::theLauncherSaysTheSame() {
+    const ProjectFolder folder;
+    write(folder, {{"line.yslib", document(R"(, "models": {"runner": "a", "configs": [{}]},
                                                   "processGroups": [{"aggregate": 1}])")},
-                       {"main.ys", ""}});
-        LauncherService service;
-        service.projectPath = folder.path("line.yslib");
-        const QString plugins = QCoreApplication::applicationDirPath() + "/plugins";
-        QDir().mkpath(plugins);
-        QSignalSpy refused(&service, &LauncherService::precheckFailed);
-        service.runStartFlow();
-        QCOMPARE(refused.size(), 1);
-        const QString said = refused.at(0).at(0).toString();
-        const Answer answer = support::runProgram(
-            {"project", "check", "--core-plugin", plugins, folder.path("line.yslib")},
-            folder.path(""));
-        const QStringList findings = said.split('\n');
-        // Between the launcher's first line and its last, which names its log.
-        QCOMPARE(answer.out.split('\n').mid(0, findings.size() - 2),
-                 findings.mid(1, findings.size() - 2));
-        QVERIFY(findings.contains("Core plugin missing: " + plugins + "/CoreOperators.dll"));
-    }
+                   {"main.ys", ""}});
+    LauncherService service;
+    service.projectPath = folder.path("line.yslib");
+    const QString plugins = QCoreApplication::applicationDirPath() + "/plugins";
+    QDir().mkpath(plugins);
+    QSignalSpy refused(&service, &LauncherService::precheckFailed);
+    service.runStartFlow();
+    QCOMPARE(refused.size(), 1);
+    const QString said = refused.at(0).at(0).toString();
+    const Answer answer = support::runProgram(
+        {"project", "check", "--core-plugin", plugins, folder.path("line.yslib")}, folder.path(""));
+    const QStringList findings = said.split('\n');
+    // Between the launcher's first line and its last, which names its log.
+    QCOMPARE(answer.out.split('\n').mid(0, findings.size() - 2),
+             findings.mid(1, findings.size() - 2));
+    QVERIFY(findings.contains("Core plugin missing: " + plugins + "/CoreOperators.dll"));
+}
 
-    void asJson() {
-        const ProjectFolder folder;
-        write(folder, {{"line.yslib", document(R"(, "processGroups": [{"aggregate": 1}])",
-                                               R"({"id": "main", "path": "main.ys", "role": "x"},
+void ProjectCheckTest::asJson() {
+    const ProjectFolder folder;
+    write(folder, {{"line.yslib", document(R"(, "processGroups": [{"aggregate": 1}])",
+                                           R"({"id": "main", "path": "main.ys", "role": "x"},
                                                   {"id": "sub", "path": "./sub.ys", "role": "sub"})")},
-                       {"main.ys", badCharacter},
-                       {"sub.ys", ""}});
-        const Answer answer = support::runLine(
-            "quorvanectl project check line.yslib --core-plugin . --format json", folder.path(""));
-        QCOMPARE(answer.status, 1);
-        QCOMPARE(answer.err, QString());
-        QCOMPARE(answer.out,
-                 QString(R"({
+                   {"main.ys", badCharacter},
+                   {"sub.ys", ""}});
+    const Answer answer = support::runLine(
+        "quorvanectl project check line.yslib --core-plugin . --format json", folder.path(""));
+    QCOMPARE(answer.status, 1);
+    QCOMPARE(answer.err, QString());
+    QCOMPARE(answer.out, QString(R"({
     "issues": [
         {
             "message": "script role 必须为 main、sub 或 module",
@@ -185,61 +189,59 @@ private Q_SLOTS:
     ]
 }
 )")
-                     .arg(validateProjectFile(folder.path("line.yslib")).at(1).message));
-    }
+                             .arg(validateProjectFile(folder.path("line.yslib")).at(1).message));
+}
 
-    void whatCannotBeUsed_data() {
-        QTest::addColumn<FileTree>("files");
-        QTest::addColumn<QString>("line");
+void ProjectCheckTest::whatCannotBeUsed_data() {
+    QTest::addColumn<FileTree>("files");
+    QTest::addColumn<QString>("line");
 
-        QTest::newRow("no JSON") << FileTree{{"line.yslib", "{ no"}}
-                                 << "line.yslib: JSON 无效：unterminated object (line 1, column 4)";
-        QTest::newRow("an empty file") << FileTree{{"line.yslib", ""}}
-                                       << "line.yslib: JSON 无效：illegal value (line 1, column 1)";
-        QTest::newRow("no object")
-            << FileTree{{"line.yslib", "[]"}} << "line.yslib: JSON 无效：no error occurred";
-        QTest::newRow("nested too deeply")
-            << FileTree{{"line.yslib", QByteArray(100000, '[')}}
-            << "line.yslib: JSON 无效：too deeply nested document (line 1, column 1026)";
-        QTest::newRow("a folder registered as a script")
-            << FileTree{{"line.yslib", document()}, {"main.ys/", ""}} << "main.ys: is a folder";
-    }
+    QTest::newRow("no JSON") << FileTree{{"line.yslib", "{ no"}}
+                             << "line.yslib: JSON 无效：unterminated object (line 1, column 4)";
+    QTest::newRow("an empty file") << FileTree{{"line.yslib", ""}}
+                                   << "line.yslib: JSON 无效：illegal value (line 1, column 1)";
+    QTest::newRow("no object") << FileTree{{"line.yslib", "[]"}}
+                               << "line.yslib: JSON 无效：no error occurred";
+    QTest::newRow("nested too deeply")
+        << FileTree{{"line.yslib", QByteArray(100000, '[')}}
+        << "line.yslib: JSON 无效：too deeply nested document (line 1, column 1026)";
+    QTest::newRow("a folder registered as a script")
+        << FileTree{{"line.yslib", document()}, {"main.ys/", ""}} << "main.ys: is a folder";
+}
 
-    void whatCannotBeUsed() {
-        QFETCH(FileTree, files);
-        QFETCH(QString, line);
-        const ProjectFolder folder;
-        write(folder, files);
-        const Answer answer =
-            support::runProgram({"project", "check", "line.yslib"}, folder.path(""));
-        const QString told =
-            answer.err.mid(0, answer.err.size() - 1).replace(folder.path("") + '/', "");
-        QCOMPARE(told.startsWith("quorvanectl: "), true);
-        QVERIFY2(told.endsWith(line), qPrintable(told));
-        QCOMPARE(answer.err.count('\n'), 1);
-        QCOMPARE(answer.out, QString());
-        QCOMPARE(answer.status, 2);
-    }
+void ProjectCheckTest::whatCannotBeUsed() {
+    QFETCH(FileTree, files);
+    QFETCH(QString, line);
+    const ProjectFolder folder;
+    write(folder, files);
+    const Answer answer = support::runProgram({"project", "check", "line.yslib"}, folder.path(""));
+    const QString told =
+        answer.err.mid(0, answer.err.size() - 1).replace(folder.path("") + '/', "");
+    QCOMPARE(told.startsWith("quorvanectl: "), true);
+    QVERIFY2(told.endsWith(line), qPrintable(told));
+    QCOMPARE(answer.err.count('\n'), 1);
+    QCOMPARE(answer.out, QString());
+    QCOMPARE(answer.status, 2);
+}
 
-    // A build server often runs in the locale "C".
-    void aPathInChineseIsReadInAnyLocale() {
-        const ProjectFolder folder;
-        write(folder, {{"产线 一/检测.yslib", document()}, {"产线 一/main.ys", ""}});
-        const Answer answer =
-            support::runLine((support::onWindows ? "" : "LC_ALL=C ") +
-                                 QStringLiteral("quorvanectl project check '产线 一/检测.yslib'"),
-                             folder.path(""));
-        QCOMPARE(answer.out, QString("产线 一/检测.yslib: clean\n"));
-        QCOMPARE(answer.status, 0);
-    }
+// A build server often runs in the locale "C".
+void ProjectCheckTest::aPathInChineseIsReadInAnyLocale() {
+    const ProjectFolder folder;
+    write(folder, {{"产线 一/检测.yslib", document()}, {"产线 一/main.ys", ""}});
+    const Answer answer =
+        support::runLine((support::onWindows ? "" : "LC_ALL=C ") +
+                             QStringLiteral("quorvanectl project check '产线 一/检测.yslib'"),
+                         folder.path(""));
+    QCOMPARE(answer.out, QString("产线 一/检测.yslib: clean\n"));
+    QCOMPARE(answer.status, 0);
+}
 
-    void theDemoProjectIsClean() {
-        const Answer answer = support::runProgram(
-            {"project", "check", "examples/projects/demo/demo.yslib"}, QUORVANE_SOURCE_TREE);
-        QCOMPARE(answer.out, QString("examples/projects/demo/demo.yslib: clean\n"));
-        QCOMPARE(answer.status, 0);
-    }
-};
+void ProjectCheckTest::theDemoProjectIsClean() {
+    const Answer answer = support::runProgram(
+        {"project", "check", "examples/projects/demo/demo.yslib"}, QUORVANE_SOURCE_TREE);
+    QCOMPARE(answer.out, QString("examples/projects/demo/demo.yslib: clean\n"));
+    QCOMPARE(answer.status, 0);
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, ProjectCheckTest)
 #include "project_check_test.moc"

@@ -41,8 +41,7 @@ class ScriptFindingsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
-
+    void initTestCase();
     void carets_data();
     void carets();
     void longLines_data();
@@ -55,6 +54,10 @@ private Q_SLOTS:
     void texts();
     void asJson();
 };
+
+void ScriptFindingsTest::initTestCase() {
+    QVERIFY(support::loadScriptVocabulary());
+}
 
 void ScriptFindingsTest::carets_data() {
     QTest::addColumn<QString>("line");

@@ -88,142 +88,153 @@ class SupportCollectTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void holdsWhatSupportAsksFor() {
-        const LinePc pc;
-        const Answer answer = pc.collect();
-        QCOMPARE(answer.err, QString());
-        QCOMPARE(answer.status, 0);
-        QVERIFY(answer.out.startsWith("s.zip: 6 files\n"));
-        const FileTree files = pc.archive();
-        QCOMPARE(files.keys(), (QStringList{"data.txt", "installation.txt", "launcher.log",
-                                            "projects.txt", "settings.json", "versions.json"}));
-        QCOMPARE(files["launcher.log"],
-                 QByteArray("2026-11-20 03:00:00 Precheck passed for ~/p/line3.yslib\n"));
-        const auto versions = QJsonDocument::fromJson(files["versions.json"]).object();
-        QCOMPARE(versions["runtime"].toString(), QString("1.2.3"));
-        QCOMPARE(versions["launcher"].toString(), QString());
-        QCOMPARE(QJsonDocument::fromJson(files["settings.json"]).object(),
-                 (QJsonObject{{"ui/locale", "en"},
-                              {"default_project_path", "~/p/line3.yslib"},
-                              {"recent_projects",
-                               QJsonArray{QJsonArray{"~/p/line3.yslib", "产线三", "7"}}}}));
-        const QByteArray hash =
-            QCryptographicHash::hash("CONTENT-OF-THE-PROJECT", QCryptographicHash::Sha256).toHex();
-        QVERIFY(files["projects.txt"].contains(hash + "           22 "));
-        QVERIFY(files["projects.txt"].contains("  line3/line3.yslib\n"));
-        QVERIFY(files["installation.txt"].contains("  config/private.pem\n"));
-        QVERIFY(files["data.txt"].startsWith("Data: ~/data\n"));
-        QVERIFY(files["data.txt"].contains("  update/cache/line3.zip\n"));
-    }
-
-    void holdsNothingElse() {
-        const LinePc pc;
-        QCOMPARE(pc.collect().status, 0);
-        FileTree files = pc.archive();
-        QFile zip(pc.dir.filePath("s.zip"));
-        QVERIFY(zip.open(QIODevice::ReadOnly));
-        files.insert("s.zip", zip.readAll());
-        for (auto file = files.begin(); file != files.end(); ++file) {
-            for (const QByteArray &secret : secrets)
-                QVERIFY2(!file.value().contains(secret), qPrintable(file.key() + ' ' + secret));
-            QVERIFY2(!file.value().contains("max muster"), qPrintable(file.key()));
-        }
-    }
-
-    void keepsHomePathsIfAsked() {
-        const LinePc pc;
-        QCOMPARE(pc.collect({"--with-home-paths"}).status, 0);
-        const FileTree files = pc.archive();
-        QVERIFY(files["settings.json"].contains((pc.home() + "/p/line3.yslib").toUtf8()));
-        QVERIFY(files["launcher.log"].contains(pc.home().toUtf8()));
-        for (const QByteArray &content : files) {
-            for (const QByteArray &secret : secrets)
-                QVERIFY2(!content.contains(secret), qPrintable(secret));
-        }
-    }
-
-    void changesNothing() {
-        const LinePc pc;
-        const FileTree before = support::readTree(pc.dir.path());
-        QCOMPARE(pc.collect().status, 0);
-        FileTree after = support::readTree(pc.dir.path());
-        QVERIFY(!after.take("s.zip").isEmpty());
-        QCOMPARE(after, before);
-    }
-
-    void overwritesOnlyWhenForced() {
-        const LinePc pc;
-        support::writeTree(pc.dir.path(), {{"s.zip", "mine"}});
-        const Answer refused = pc.collect();
-        QCOMPARE(refused.status, 2);
-        QVERIFY(refused.err.contains("s.zip"));
-        QCOMPARE(support::readTree(pc.dir.path())["s.zip"], QByteArray("mine"));
-        QCOMPARE(pc.collect({"--force"}).status, 0);
-        QCOMPARE(pc.archive().size(), 6);
-    }
-
-    void whatIsMissingIsSaid() {
-        const LinePc pc;
-        QVERIFY(QDir(pc.home() + "/data").removeRecursively() &&
-                QDir().mkpath(pc.home() + "/data"));
-        QCOMPARE(pc.collect().status, 0);
-        const FileTree files = pc.archive();
-        QVERIFY(files["launcher.log"].startsWith("(No such file"));
-        QVERIFY(QJsonDocument::fromJson(files["settings.json"]).object().contains("error"));
-        QVERIFY(!QFileInfo::exists(pc.home() + "/data/Quorvane.db"));
-    }
-
-    void longLogsAreCutAtALine() {
-        const LinePc pc;
-        QFile log(pc.home() + "/data/launcher.log");
-        QVERIFY(log.open(QIODevice::WriteOnly));
-        const QByteArray line = "2026-11-20 03:00:00 " + QByteArray(1003, 'x') + '\n'; // 1024 bytes
-        constexpr int lines = 33 * 1024;
-        for (int i = 0; i < lines; ++i)
-            log.write(line);
-        log.close();
-        QCOMPARE(pc.collect().status, 0);
-        QByteArray text = pc.archive()["launcher.log"];
-        QVERIFY(text.startsWith("(the last 33554432 bytes of 34603008)\n2026-11-20 "));
-        QCOMPARE(text.count('\n'), 32 * 1024);
-    }
-
-    void refusals() {
-        const LinePc pc;
-        const Answer noOut = support::runProgram({"support", "collect"}, pc.dir.path());
-        QCOMPARE(noOut.status, 2);
-        QCOMPARE(noOut.err, QString("quorvanectl: --out must name the archive to write\n"));
-        const Answer noData = support::runProgram(
-            {"support", "collect", "--out", "s.zip", "--data", "none"}, pc.dir.path());
-        QCOMPARE(noData.status, 2);
-        QVERIFY(!QFileInfo::exists(pc.dir.filePath("s.zip")));
-    }
-
-    void homePaths_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("a folder of Linux") << "at /home/max/p.yslib!"
-                                           << "at ~/p.yslib!";
-        QTest::newRow("of Windows") << R"(C:\Users\Max Muster\p.yslib)"
-                                    << R"(~\p.yslib)";
-        QTest::newRow("of Windows, in JSON") << R"("C:\\Users\\Max\\p")"
-                                             << R"("~\\p")";
-        QTest::newRow("of Windows, with slashes") << "d:/Users/张三/p"
-                                                  << "~/p";
-        QTest::newRow("an address") << "file:///home/max/p"
-                                    << "file://~/p";
-        QTest::newRow("at the end of a text") << "in /home/max"
-                                              << "in ~";
-        QTest::newRow("two in a line") << "/home/a/x /home/b/y"
-                                       << "~/x ~/y";
-        QTest::newRow("no such folder") << "/opt/home and C:\\UsersX"
-                                        << "/opt/home and C:\\UsersX";
-    }
-    void homePaths() {
-        QFETCH(QString, text);
-        QTEST(ctl::withoutHomePaths(text), "expected");
-    }
+    void holdsWhatSupportAsksFor();
+    void holdsNothingElse();
+    void keepsHomePathsIfAsked();
+    void changesNothing();
+    void overwritesOnlyWhenForced();
+    void whatIsMissingIsSaid();
+    void longLogsAreCutAtALine();
+    void refusals();
+    void homePaths_data();
+    void homePaths();
 };
+
+void SupportCollectTest::holdsWhatSupportAsksFor() {
+    const LinePc pc;
+    const Answer answer = pc.collect();
+    QCOMPARE(answer.err, QString());
+    QCOMPARE(answer.status, 0);
+    QVERIFY(answer.out.startsWith("s.zip: 6 files\n"));
+    const FileTree files = pc.archive();
+    QCOMPARE(files.keys(), (QStringList{"data.txt", "installation.txt", "launcher.log",
+                                        "projects.txt", "settings.json", "versions.json"}));
+    QCOMPARE(files["launcher.log"],
+             QByteArray("2026-11-20 03:00:00 Precheck passed for ~/p/line3.yslib\n"));
+    const auto versions = QJsonDocument::fromJson(files["versions.json"]).object();
+    QCOMPARE(versions["runtime"].toString(), QString("1.2.3"));
+    QCOMPARE(versions["launcher"].toString(), QString());
+    QCOMPARE(QJsonDocument::fromJson(files["settings.json"]).object(),
+             (QJsonObject{
+                 {"ui/locale", "en"},
+                 {"default_project_path", "~/p/line3.yslib"},
+                 {"recent_projects", QJsonArray{QJsonArray{"~/p/line3.yslib", "产线三", "7"}}}}));
+    const QByteArray hash =
+        QCryptographicHash::hash("CONTENT-OF-THE-PROJECT", QCryptographicHash::Sha256).toHex();
+    QVERIFY(files["projects.txt"].contains(hash + "           22 "));
+    QVERIFY(files["projects.txt"].contains("  line3/line3.yslib\n"));
+    QVERIFY(files["installation.txt"].contains("  config/private.pem\n"));
+    QVERIFY(files["data.txt"].startsWith("Data: ~/data\n"));
+    QVERIFY(files["data.txt"].contains("  update/cache/line3.zip\n"));
+}
+
+void SupportCollectTest::holdsNothingElse() {
+    const LinePc pc;
+    QCOMPARE(pc.collect().status, 0);
+    FileTree files = pc.archive();
+    QFile zip(pc.dir.filePath("s.zip"));
+    QVERIFY(zip.open(QIODevice::ReadOnly));
+    files.insert("s.zip", zip.readAll());
+    for (auto file = files.begin(); file != files.end(); ++file) {
+        for (const QByteArray &secret : secrets)
+            QVERIFY2(!file.value().contains(secret), qPrintable(file.key() + ' ' + secret));
+        QVERIFY2(!file.value().contains("max muster"), qPrintable(file.key()));
+    }
+}
+
+void SupportCollectTest::keepsHomePathsIfAsked() {
+    const LinePc pc;
+    QCOMPARE(pc.collect({"--with-home-paths"}).status, 0);
+    const FileTree files = pc.archive();
+    QVERIFY(files["settings.json"].contains((pc.home() + "/p/line3.yslib").toUtf8()));
+    QVERIFY(files["launcher.log"].contains(pc.home().toUtf8()));
+    for (const QByteArray &content : files) {
+        for (const QByteArray &secret : secrets)
+            QVERIFY2(!content.contains(secret), qPrintable(secret));
+    }
+}
+
+void SupportCollectTest::changesNothing() {
+    const LinePc pc;
+    const FileTree before = support::readTree(pc.dir.path());
+    QCOMPARE(pc.collect().status, 0);
+    FileTree after = support::readTree(pc.dir.path());
+    QVERIFY(!after.take("s.zip").isEmpty());
+    QCOMPARE(after, before);
+}
+
+void SupportCollectTest::overwritesOnlyWhenForced() {
+    const LinePc pc;
+    support::writeTree(pc.dir.path(), {{"s.zip", "mine"}});
+    const Answer refused = pc.collect();
+    QCOMPARE(refused.status, 2);
+    QVERIFY(refused.err.contains("s.zip"));
+    QCOMPARE(support::readTree(pc.dir.path())["s.zip"], QByteArray("mine"));
+    QCOMPARE(pc.collect({"--force"}).status, 0);
+    QCOMPARE(pc.archive().size(), 6);
+}
+
+void SupportCollectTest::whatIsMissingIsSaid() {
+    const LinePc pc;
+    QVERIFY(QDir(pc.home() + "/data").removeRecursively() && QDir().mkpath(pc.home() + "/data"));
+    QCOMPARE(pc.collect().status, 0);
+    const FileTree files = pc.archive();
+    QVERIFY(files["launcher.log"].startsWith("(No such file"));
+    QVERIFY(QJsonDocument::fromJson(files["settings.json"]).object().contains("error"));
+    QVERIFY(!QFileInfo::exists(pc.home() + "/data/Quorvane.db"));
+}
+
+void SupportCollectTest::longLogsAreCutAtALine() {
+    const LinePc pc;
+    QFile log(pc.home() + "/data/launcher.log");
+    QVERIFY(log.open(QIODevice::WriteOnly));
+    const QByteArray line = "2026-11-20 03:00:00 " + QByteArray(1003, 'x') + '\n'; // 1024 bytes
+    constexpr int lines = 33 * 1024;
+    for (int i = 0; i < lines; ++i)
+        log.write(line);
+    log.close();
+    QCOMPARE(pc.collect().status, 0);
+    QByteArray text = pc.archive()["launcher.log"];
+    QVERIFY(text.startsWith("(the last 33554432 bytes of 34603008)\n2026-11-20 "));
+    QCOMPARE(text.count('\n'), 32 * 1024);
+}
+
+void SupportCollectTest::refusals() {
+    const LinePc pc;
+    const Answer noOut = support::runProgram({"support", "collect"}, pc.dir.path());
+    QCOMPARE(noOut.status, 2);
+    QCOMPARE(noOut.err, QString("quorvanectl: --out must name the archive to write\n"));
+    const Answer noData = support::runProgram(
+        {"support", "collect", "--out", "s.zip", "--data", "none"}, pc.dir.path());
+    QCOMPARE(noData.status, 2);
+    QVERIFY(!QFileInfo::exists(pc.dir.filePath("s.zip")));
+}
+
+void SupportCollectTest::homePaths_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("a folder of Linux") << "at /home/max/p.yslib!"
+                                       << "at ~/p.yslib!";
+    QTest::newRow("of Windows") << R"(C:\Users\Max Muster\p.yslib)"
+                                << R"(~\p.yslib)";
+    QTest::newRow("of Windows, in JSON") << R"("C:\\Users\\Max\\p")"
+                                         << R"("~\\p")";
+    QTest::newRow("of Windows, with slashes") << "d:/Users/张三/p"
+                                              << "~/p";
+    QTest::newRow("an address") << "file:///home/max/p"
+                                << "file://~/p";
+    QTest::newRow("at the end of a text") << "in /home/max"
+                                          << "in ~";
+    QTest::newRow("two in a line") << "/home/a/x /home/b/y"
+                                   << "~/x ~/y";
+    QTest::newRow("no such folder") << "/opt/home and C:\\UsersX"
+                                    << "/opt/home and C:\\UsersX";
+}
+
+void SupportCollectTest::homePaths() {
+    QFETCH(QString, text);
+    QTEST(ctl::withoutHomePaths(text), "expected");
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, SupportCollectTest)
 #include "support_collect_test.moc"

@@ -35,45 +35,49 @@ class CompletionTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void words_data() {
-        QTest::addColumn<QStringList>("words");
-        QTest::addColumn<QStringList>("offers");
-
-        const auto row = [](const char *name, const QStringList &words, const QString &offers) {
-            QTest::newRow(name) << words << offers.split(' ', Qt::SkipEmptyParts);
-        };
-        row("a family", {"pro"}, "project");
-        row("an option of the program", {"--v"}, "--version");
-        row("a command", {"script", "t"}, "tokens tree");
-        row("all commands of a family", {"script", ""}, "--help check tokens tree");
-        row("a command that is not there", {"script", "x"}, "");
-        row("a family that is not there", {"scirpt", ""}, "--help");
-        row("an option", {"project", "check", "--co"}, "--core-plugin");
-        row("all options of a command", {"script", "check", "-"}, "--format --help --library");
-        row("the formats of a command", {"project", "check", "--format", ""}, "json sarif text");
-        row("a format", {"script", "check", "--format", "j"}, "json");
-        row("a file", {"project", "check", "a"}, "a.yslib");
-        row("a file with a blank", {"project", "check", "li"}, "line");
-        row("the value of an option", {"script", "check", "--library", "a"}, "a.yslib");
-    }
-
-    void words() {
-        QFETCH(QStringList, words);
-        const support::ProjectFolder folder;
-        folder.write("a.yslib", "");
-        QVERIFY(QDir(folder.path("")).mkdir("line"));
-        QTEST(offered(words, folder), "offers");
-    }
-
-    void everyCommandIsOffered() {
-        const support::ProjectFolder folder;
-        for (const ctl::Command &command : ctl::allCommands()) {
-            QVERIFY(offered({command.family}, folder).contains(command.family));
-            QVERIFY2(offered({command.family, ""}, folder).contains(command.name),
-                     qPrintable(command.name));
-        }
-    }
+    void words_data();
+    void words();
+    void everyCommandIsOffered();
 };
+
+void CompletionTest::words_data() {
+    QTest::addColumn<QStringList>("words");
+    QTest::addColumn<QStringList>("offers");
+
+    const auto row = [](const char *name, const QStringList &words, const QString &offers) {
+        QTest::newRow(name) << words << offers.split(' ', Qt::SkipEmptyParts);
+    };
+    row("a family", {"pro"}, "project");
+    row("an option of the program", {"--v"}, "--version");
+    row("a command", {"script", "t"}, "tokens tree");
+    row("all commands of a family", {"script", ""}, "--help check tokens tree");
+    row("a command that is not there", {"script", "x"}, "");
+    row("a family that is not there", {"scirpt", ""}, "--help");
+    row("an option", {"project", "check", "--co"}, "--core-plugin");
+    row("all options of a command", {"script", "check", "-"}, "--format --help --library");
+    row("the formats of a command", {"project", "check", "--format", ""}, "json sarif text");
+    row("a format", {"script", "check", "--format", "j"}, "json");
+    row("a file", {"project", "check", "a"}, "a.yslib");
+    row("a file with a blank", {"project", "check", "li"}, "line");
+    row("the value of an option", {"script", "check", "--library", "a"}, "a.yslib");
+}
+
+void CompletionTest::words() {
+    QFETCH(QStringList, words);
+    const support::ProjectFolder folder;
+    folder.write("a.yslib", "");
+    QVERIFY(QDir(folder.path("")).mkdir("line"));
+    QTEST(offered(words, folder), "offers");
+}
+
+void CompletionTest::everyCommandIsOffered() {
+    const support::ProjectFolder folder;
+    for (const ctl::Command &command : ctl::allCommands()) {
+        QVERIFY(offered({command.family}, folder).contains(command.family));
+        QVERIFY2(offered({command.family, ""}, folder).contains(command.name),
+                 qPrintable(command.name));
+    }
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, CompletionTest)
 #include "completion_test.moc"

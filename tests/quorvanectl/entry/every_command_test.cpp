@@ -124,154 +124,181 @@ class EveryCommandTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { support::provideUnpacking(); }
-
-    void theExampleRuns_data() { addCommands(); }
-
-    void theExampleRuns() {
-        QFETCH(QString, example);
-        const ProjectFolder folder;
-        layOut(folder);
-        const Answer answer = support::runLine(example, folder.path(""));
-        QVERIFY2(answer.status == ctl::Clean || answer.status == ctl::Findings,
-                 qPrintable(answer.err));
-        QVERIFY(!answer.out.isEmpty());
-    }
-
-    void theManPageNamesEveryKeyOfTheJson_data() { addCommands(); }
-
-    void theManPageNamesEveryKeyOfTheJson() {
-        QFETCH(QString, example);
-        const ProjectFolder folder;
-        layOut(folder);
-        const Answer answer = support::runLine(example + " --format json", folder.path(""));
-        if (answer.err.contains("Unknown option 'format'") || example.contains(" script t"))
-            return; // a tree has the fields of its nodes, tokens have none
-        const QJsonDocument json = QJsonDocument::fromJson(answer.out.toUtf8());
-        QVERIFY2(json.isObject(), qPrintable(answer.out + answer.err));
-        QFile man(QUORVANE_SOURCE_TREE "/tools/quorvanectl/quorvanectl.1");
-        QVERIFY(man.open(QIODevice::ReadOnly));
-        const QString page = QString::fromUtf8(man.readAll());
-        for (const QString &key : keysOf(json.object()))
-            QVERIFY2(page.contains('"' + key + '"'), qPrintable(key));
-    }
-
-    void nothingIsOverwritten_data() { addCommands(); }
-
-    // A command that wrote files refuses to write them again, and does it with --force.
-    void nothingIsOverwritten() {
-        QFETCH(QString, example);
-        const ProjectFolder folder;
-        layOut(folder);
-        const auto before = contentsOf(folder);
-        (void)support::runLine(example, folder.path(""));
-        const auto after = contentsOf(folder);
-        for (auto file = before.begin(); file != before.end(); ++file)
-            QCOMPARE(after.value(file.key()), file.value());
-        if (after == before)
-            return;
-        const Answer again = support::runLine(example, folder.path(""));
-        QCOMPARE(again.status, int(ctl::Refused));
-        QCOMPARE(again.err.count('\n'), 1);
-        QCOMPARE(contentsOf(folder), after);
-        const Answer forced = support::runLine(example + " --force", folder.path(""));
-        if (!forced.err.contains("Unknown option 'force'"))
-            QVERIFY2(forced.status != ctl::Refused, qPrintable(forced.err));
-        else
-            QCOMPARE(contentsOf(folder), after);
-    }
-
-    void aFullDiskLeavesNothingHalf_data() { addCommands(); }
-
-    // A command that writes files says which one it could not write, and leaves none behind.
-    void aFullDiskLeavesNothingHalf() {
-        if (!support::canMountPrivately())
-            QSKIP("no private mounts on this system");
-        QFETCH(QString, example);
-        const ProjectFolder folder;
-        layOut(folder);
-        const auto before = contentsOf(folder);
-        const ProjectFolder other;
-        layOut(other);
-        (void)support::runLine(example, other.path(""));
-        if (contentsOf(other).keys() == before.keys())
-            return;
-        folder.write("on_full_disk.sh",
-                     "mount -t tmpfs -o size=8M none disk && cp -a [!d]* demo* disk\n"
-                     "cd disk && cat /dev/zero 2>/dev/null >full\n"
-                     "find . -type f >../before\n" +
-                         example.toUtf8() +
-                         "\n"
-                         "status=$?\nfind . -type f >../after\nexit $status\n");
-        QVERIFY(QDir(folder.path("")).mkdir("disk"));
-        const Answer answer = support::runLine(
-            QLatin1String(support::privately) + "sh on_full_disk.sh", folder.path(""));
-        QCOMPARE(answer.status, int(ctl::Refused));
-        QCOMPARE(answer.out, QString());
-        const QString said = answer.err.section('\n', -2, -2); // progress may come before it
-        QVERIFY2(said.startsWith("quorvanectl: "), qPrintable(answer.err));
-        QVERIFY2(said.contains("No space left on device") || said.contains("cannot write"),
-                 qPrintable(said));
-        QCOMPARE(folder.read("after"), folder.read("before"));
-    }
-
-    void hasAFileNamedAfterIt_data() { addCommands(); }
-
-    void hasAFileNamedAfterIt() {
-        QFETCH(QString, example);
-        const QString name = example.section(' ', 1, 2).replace(' ', '_');
-        QFile file(QString(QUORVANE_SOURCE_TREE "/tools/quorvanectl/commands/%1.cpp").arg(name));
-        QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
-        QVERIFY(file.readAll().startsWith("// " + example.section(' ', 0, 2).toUtf8()));
-    }
-
-    void badInputIsRefused_data() {
-        QTest::addColumn<QString>("example");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("fault");
-
-        for (const ctl::Command &command : ctl::allCommands()) {
-            const QString title = command.family + ' ' + command.name;
-            for (const QString &file : filesOf(command.example)) {
-                QStringList faults{"missing"};
-                // The same reader refuses them under Wine, where a start takes long: file_access.
-                if (!support::onWindows)
-                    faults.append({"a folder", "huge"});
-                if (support::permissionsKeepOut())
-                    faults.append("closed");
-                if (!takesAnyText(title, file))
-                    faults.append("malformed");
-                for (const QString &fault : faults)
-                    QTest::newRow(qPrintable(title + ": " + file + " is " + fault))
-                        << command.example << file << fault;
-            }
-        }
-    }
-
-    void badInputIsRefused() {
-        QFETCH(QString, example);
-        QFETCH(QString, file);
-        QFETCH(QString, fault);
-        const ProjectFolder folder;
-        layOut(folder);
-        makeBad(folder, file, fault);
-        const auto before = contentsOf(folder).keys();
-        const Answer answer = support::runLine(example, folder.path(""));
-        QCOMPARE(answer.status, int(ctl::Refused));
-        QCOMPARE(answer.out, QString());
-        QVERIFY2(answer.err.count('\n') == 1, qPrintable(answer.err));
-        QVERIFY2(answer.err.startsWith("quorvanectl: ") && answer.err.contains(file),
-                 qPrintable(answer.err));
-        QCOMPARE(contentsOf(folder).keys(), before);
-    }
+    void initTestCase();
+    void theExampleRuns_data();
+    void theExampleRuns();
+    void theManPageNamesEveryKeyOfTheJson_data();
+    void theManPageNamesEveryKeyOfTheJson();
+    void nothingIsOverwritten_data();
+    void nothingIsOverwritten();
+    void aFullDiskLeavesNothingHalf_data();
+    void aFullDiskLeavesNothingHalf();
+    void hasAFileNamedAfterIt_data();
+    void hasAFileNamedAfterIt();
+    void badInputIsRefused_data();
+    void badInputIsRefused();
 
 private:
-    void addCommands() {
-        QTest::addColumn<QString>("example");
-        for (const ctl::Command &command : ctl::allCommands())
-            QTest::newRow(qPrintable(command.family + ' ' + command.name)) << command.example;
-    }
+    void addCommands();
 };
+
+void EveryCommandTest::initTestCase() {
+    support::provideUnpacking();
+}
+
+void EveryCommandTest::theExampleRuns_data() {
+    addCommands();
+}
+
+void EveryCommandTest::theExampleRuns() {
+    QFETCH(QString, example);
+    const ProjectFolder folder;
+    layOut(folder);
+    const Answer answer = support::runLine(example, folder.path(""));
+    QVERIFY2(answer.status == ctl::Clean || answer.status == ctl::Findings, qPrintable(answer.err));
+    QVERIFY(!answer.out.isEmpty());
+}
+
+void EveryCommandTest::theManPageNamesEveryKeyOfTheJson_data() {
+    addCommands();
+}
+
+void EveryCommandTest::theManPageNamesEveryKeyOfTheJson() {
+    QFETCH(QString, example);
+    const ProjectFolder folder;
+    layOut(folder);
+    const Answer answer = support::runLine(example + " --format json", folder.path(""));
+    if (answer.err.contains("Unknown option 'format'") || example.contains(" script t"))
+        return; // a tree has the fields of its nodes, tokens have none
+    const QJsonDocument json = QJsonDocument::fromJson(answer.out.toUtf8());
+    QVERIFY2(json.isObject(), qPrintable(answer.out + answer.err));
+    QFile man(QUORVANE_SOURCE_TREE "/tools/quorvanectl/quorvanectl.1");
+    QVERIFY(man.open(QIODevice::ReadOnly));
+    const QString page = QString::fromUtf8(man.readAll());
+    for (const QString &key : keysOf(json.object()))
+        QVERIFY2(page.contains('"' + key + '"'), qPrintable(key));
+}
+
+void EveryCommandTest::nothingIsOverwritten_data() {
+    addCommands();
+}
+
+// A command that wrote files refuses to write them again, and does it with --force.
+void EveryCommandTest::nothingIsOverwritten() {
+    QFETCH(QString, example);
+    const ProjectFolder folder;
+    layOut(folder);
+    const auto before = contentsOf(folder);
+    (void)support::runLine(example, folder.path(""));
+    const auto after = contentsOf(folder);
+    for (auto file = before.begin(); file != before.end(); ++file)
+        QCOMPARE(after.value(file.key()), file.value());
+    if (after == before)
+        return;
+    const Answer again = support::runLine(example, folder.path(""));
+    QCOMPARE(again.status, int(ctl::Refused));
+    QCOMPARE(again.err.count('\n'), 1);
+    QCOMPARE(contentsOf(folder), after);
+    const Answer forced = support::runLine(example + " --force", folder.path(""));
+    if (!forced.err.contains("Unknown option 'force'"))
+        QVERIFY2(forced.status != ctl::Refused, qPrintable(forced.err));
+    else
+        QCOMPARE(contentsOf(folder), after);
+}
+
+void EveryCommandTest::aFullDiskLeavesNothingHalf_data() {
+    addCommands();
+}
+
+// A command that writes files says which one it could not write, and leaves none behind.
+void EveryCommandTest::aFullDiskLeavesNothingHalf() {
+    if (!support::canMountPrivately())
+        QSKIP("no private mounts on this system");
+    QFETCH(QString, example);
+    const ProjectFolder folder;
+    layOut(folder);
+    const auto before = contentsOf(folder);
+    const ProjectFolder other;
+    layOut(other);
+    (void)support::runLine(example, other.path(""));
+    if (contentsOf(other).keys() == before.keys())
+        return;
+    folder.write("on_full_disk.sh",
+                 "mount -t tmpfs -o size=8M none disk && cp -a [!d]* demo* disk\n"
+                 "cd disk && cat /dev/zero 2>/dev/null >full\n"
+                 "find . -type f >../before\n" +
+                     example.toUtf8() +
+                     "\n"
+                     "status=$?\nfind . -type f >../after\nexit $status\n");
+    QVERIFY(QDir(folder.path("")).mkdir("disk"));
+    const Answer answer =
+        support::runLine(QLatin1String(support::privately) + "sh on_full_disk.sh", folder.path(""));
+    QCOMPARE(answer.status, int(ctl::Refused));
+    QCOMPARE(answer.out, QString());
+    const QString said = answer.err.section('\n', -2, -2); // progress may come before it
+    QVERIFY2(said.startsWith("quorvanectl: "), qPrintable(answer.err));
+    QVERIFY2(said.contains("No space left on device") || said.contains("cannot write"),
+             qPrintable(said));
+    QCOMPARE(folder.read("after"), folder.read("before"));
+}
+
+void EveryCommandTest::hasAFileNamedAfterIt_data() {
+    addCommands();
+}
+
+void EveryCommandTest::hasAFileNamedAfterIt() {
+    QFETCH(QString, example);
+    const QString name = example.section(' ', 1, 2).replace(' ', '_');
+    QFile file(QString(QUORVANE_SOURCE_TREE "/tools/quorvanectl/commands/%1.cpp").arg(name));
+    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
+    QVERIFY(file.readAll().startsWith("// " + example.section(' ', 0, 2).toUtf8()));
+}
+
+void EveryCommandTest::badInputIsRefused_data() {
+    QTest::addColumn<QString>("example");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("fault");
+
+    for (const ctl::Command &command : ctl::allCommands()) {
+        const QString title = command.family + ' ' + command.name;
+        for (const QString &file : filesOf(command.example)) {
+            QStringList faults{"missing"};
+            // The same reader refuses them under Wine, where a start takes long: file_access.
+            if (!support::onWindows)
+                faults.append({"a folder", "huge"});
+            if (support::permissionsKeepOut())
+                faults.append("closed");
+            if (!takesAnyText(title, file))
+                faults.append("malformed");
+            for (const QString &fault : faults)
+                QTest::newRow(qPrintable(title + ": " + file + " is " + fault))
+                    << command.example << file << fault;
+        }
+    }
+}
+
+void EveryCommandTest::badInputIsRefused() {
+    QFETCH(QString, example);
+    QFETCH(QString, file);
+    QFETCH(QString, fault);
+    const ProjectFolder folder;
+    layOut(folder);
+    makeBad(folder, file, fault);
+    const auto before = contentsOf(folder).keys();
+    const Answer answer = support::runLine(example, folder.path(""));
+    QCOMPARE(answer.status, int(ctl::Refused));
+    QCOMPARE(answer.out, QString());
+    QVERIFY2(answer.err.count('\n') == 1, qPrintable(answer.err));
+    QVERIFY2(answer.err.startsWith("quorvanectl: ") && answer.err.contains(file),
+             qPrintable(answer.err));
+    QCOMPARE(contentsOf(folder).keys(), before);
+}
+
+void EveryCommandTest::addCommands() {
+    QTest::addColumn<QString>("example");
+    for (const ctl::Command &command : ctl::allCommands())
+        QTest::newRow(qPrintable(command.family + ' ' + command.name)) << command.example;
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, EveryCommandTest)
 #include "every_command_test.moc"

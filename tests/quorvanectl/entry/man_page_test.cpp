@@ -27,35 +27,39 @@ class ManPageTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyCommandIsThere_data() {
-        QTest::addColumn<QString>("family");
-        QTest::addColumn<QString>("name");
-        for (const ctl::Command &command : ctl::allCommands())
-            QTest::newRow(qPrintable(command.family + ' ' + command.name))
-                << command.family << command.name;
-    }
-
-    // Title, summary, each option with its text, and the example stand in this order.
-    void everyCommandIsThere() {
-        QFETCH(QString, family);
-        QFETCH(QString, name);
-        const QString help = support::runTool({family, name, "--help"}).out.simplified();
-        static const QRegularExpression form(
-            "^Usage: quorvanectl (\\S+ \\S+) \\[options\\] ?(.*) Options: (.*) "
-            "-h, --help Shows this help. Example: (.*)$");
-        const QRegularExpressionMatch match = form.match(help);
-        QVERIFY2(match.hasMatch(), qPrintable(help));
-        QString told =
-            QStringList{match.captured(1), match.captured(2), match.captured(3), match.captured(4)}
-                .join(' ');
-        told.replace(QRegularExpression("(--[a-z-]+) <([^>]+)>"), "\\1 \\2");
-        QVERIFY2(readPage().contains(told.simplified()), qPrintable(told));
-    }
-
-    void noOtherCommandIsThere() {
-        QCOMPARE(readPage().count("$ quorvanectl "), int(ctl::allCommands().size()));
-    }
+    void everyCommandIsThere_data();
+    void everyCommandIsThere();
+    void noOtherCommandIsThere();
 };
+
+void ManPageTest::everyCommandIsThere_data() {
+    QTest::addColumn<QString>("family");
+    QTest::addColumn<QString>("name");
+    for (const ctl::Command &command : ctl::allCommands())
+        QTest::newRow(qPrintable(command.family + ' ' + command.name))
+            << command.family << command.name;
+}
+
+// Title, summary, each option with its text, and the example stand in this order.
+void ManPageTest::everyCommandIsThere() {
+    QFETCH(QString, family);
+    QFETCH(QString, name);
+    const QString help = support::runTool({family, name, "--help"}).out.simplified();
+    static const QRegularExpression form(
+        "^Usage: quorvanectl (\\S+ \\S+) \\[options\\] ?(.*) Options: (.*) "
+        "-h, --help Shows this help. Example: (.*)$");
+    const QRegularExpressionMatch match = form.match(help);
+    QVERIFY2(match.hasMatch(), qPrintable(help));
+    QString told =
+        QStringList{match.captured(1), match.captured(2), match.captured(3), match.captured(4)}
+            .join(' ');
+    told.replace(QRegularExpression("(--[a-z-]+) <([^>]+)>"), "\\1 \\2");
+    QVERIFY2(readPage().contains(told.simplified()), qPrintable(told));
+}
+
+void ManPageTest::noOtherCommandIsThere() {
+    QCOMPARE(readPage().count("$ quorvanectl "), int(ctl::allCommands().size()));
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, ManPageTest)
 #include "man_page_test.moc"

@@ -21,24 +21,12 @@ class FolderContentTest : public QObject {
 private:
     QScopedPointer<QTemporaryDir> folder;
 
-    QString path(const QString &name) const { return folder->filePath(name); }
-
-    FolderContent contentOf(const QString &name) const {
-        FolderContent content;
-        QString error;
-        if (!ctl::readContent(path(name), &content, &error))
-            qFatal("%s", qPrintable(error));
-        return content;
-    }
-
-    FolderContent laid(const QString &name, const FileTree &tree) const {
-        support::writeTree(path(name), tree);
-        return contentOf(name);
-    }
+    QString path(const QString &name) const;
+    FolderContent contentOf(const QString &name) const;
+    FolderContent laid(const QString &name, const FileTree &tree) const;
 
 private Q_SLOTS:
-    void init() { folder.reset(new QTemporaryDir); }
-
+    void init();
     void entries_data();
     void entries();
     void linksAreNotEntered();
@@ -53,6 +41,27 @@ private Q_SLOTS:
     void largeFiles();
     void aFileThatHasGoneMeanwhileIsNoPart();
 };
+
+QString FolderContentTest::path(const QString &name) const {
+    return folder->filePath(name);
+}
+
+FolderContent FolderContentTest::contentOf(const QString &name) const {
+    FolderContent content;
+    QString error;
+    if (!ctl::readContent(path(name), &content, &error))
+        qFatal("%s", qPrintable(error));
+    return content;
+}
+
+FolderContent FolderContentTest::laid(const QString &name, const FileTree &tree) const {
+    support::writeTree(path(name), tree);
+    return contentOf(name);
+}
+
+void FolderContentTest::init() {
+    folder.reset(new QTemporaryDir);
+}
 
 void FolderContentTest::entries_data() {
     QTest::addColumn<FileTree>("tree");

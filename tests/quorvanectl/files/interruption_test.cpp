@@ -48,38 +48,41 @@ class InterruptionTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void nothingHalfWrittenIsLeft_data() {
-        QTest::addColumn<int>("signal");
-        QTest::addColumn<bool>("over"); // a file that is there
-
-        QTest::newRow("Ctrl-C") << SIGINT << false;
-        QTest::newRow("Ctrl-C while a file is overwritten") << SIGINT << true;
-        QTest::newRow("a request to end") << SIGTERM << false;
-    }
-
-    void nothingHalfWrittenIsLeft() {
-        QFETCH(int, signal);
-        QFETCH(bool, over);
-        const ProjectFolder folder;
-        layOut(folder);
-        if (over)
-            folder.write("out/line-1.0.0.zip", "old");
-        const QStringList before = contentsOf(folder.path("out"));
-        QProcess pack;
-        pack.setWorkingDirectory(folder.path(""));
-        pack.start(QUORVANE_TOOL,
-                   {"update", "pack", "line", "--version", "1.0.0", "--out", "out", "--force"});
-        QVERIFY(pack.waitForStarted());
-        const qint64 process = pack.processId();
-        QTRY_VERIFY_WITH_TIMEOUT(isWriting(process, folder.path("out/")), 30000);
-        QCOMPARE(kill(pid_t(process), signal), 0);
-        QVERIFY(pack.waitForFinished(30000));
-        QVERIFY(pack.exitStatus() != QProcess::NormalExit || pack.exitCode() == 2);
-        QCOMPARE(contentsOf(folder.path("out")), before);
-        if (over)
-            QCOMPARE(folder.read("out/line-1.0.0.zip"), QByteArray("old"));
-    }
+    void nothingHalfWrittenIsLeft_data();
+    void nothingHalfWrittenIsLeft();
 };
+
+void InterruptionTest::nothingHalfWrittenIsLeft_data() {
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<bool>("over"); // a file that is there
+
+    QTest::newRow("Ctrl-C") << SIGINT << false;
+    QTest::newRow("Ctrl-C while a file is overwritten") << SIGINT << true;
+    QTest::newRow("a request to end") << SIGTERM << false;
+}
+
+void InterruptionTest::nothingHalfWrittenIsLeft() {
+    QFETCH(int, signal);
+    QFETCH(bool, over);
+    const ProjectFolder folder;
+    layOut(folder);
+    if (over)
+        folder.write("out/line-1.0.0.zip", "old");
+    const QStringList before = contentsOf(folder.path("out"));
+    QProcess pack;
+    pack.setWorkingDirectory(folder.path(""));
+    pack.start(QUORVANE_TOOL,
+               {"update", "pack", "line", "--version", "1.0.0", "--out", "out", "--force"});
+    QVERIFY(pack.waitForStarted());
+    const qint64 process = pack.processId();
+    QTRY_VERIFY_WITH_TIMEOUT(isWriting(process, folder.path("out/")), 30000);
+    QCOMPARE(kill(pid_t(process), signal), 0);
+    QVERIFY(pack.waitForFinished(30000));
+    QVERIFY(pack.exitStatus() != QProcess::NormalExit || pack.exitCode() == 2);
+    QCOMPARE(contentsOf(folder.path("out")), before);
+    if (over)
+        QCOMPARE(folder.read("out/line-1.0.0.zip"), QByteArray("old"));
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, InterruptionTest)
 #include "interruption_test.moc"

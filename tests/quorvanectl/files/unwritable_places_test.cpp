@@ -17,7 +17,7 @@ class UnwritablePlacesTest : public QObject {
 private:
     QTemporaryDir folder; // what all commands read
 
-    QString path(const QString &name) const { return folder.filePath(name); }
+    QString path(const QString &name) const;
 
 private Q_SLOTS:
     void initTestCase();
@@ -26,6 +26,10 @@ private Q_SLOTS:
     void wherePathsAreWrong_data();
     void wherePathsAreWrong();
 };
+
+QString UnwritablePlacesTest::path(const QString &name) const {
+    return folder.filePath(name);
+}
 
 void UnwritablePlacesTest::initTestCase() {
     support::writeTree(path("line3"), support::smallProject());

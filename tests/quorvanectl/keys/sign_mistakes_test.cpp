@@ -18,7 +18,7 @@ class SignMistakesTest : public QObject {
 private:
     QTemporaryDir folder;
 
-    QString path(const QString &name) const { return folder.filePath(name); }
+    QString path(const QString &name) const;
 
 private Q_SLOTS:
     void initTestCase();
@@ -31,6 +31,10 @@ private Q_SLOTS:
     void aKeyForAllToReadIsTold_data();
     void aKeyForAllToReadIsTold();
 };
+
+QString SignMistakesTest::path(const QString &name) const {
+    return folder.filePath(name);
+}
 
 void SignMistakesTest::initTestCase() {
     QByteArray key;

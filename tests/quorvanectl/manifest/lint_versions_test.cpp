@@ -13,19 +13,8 @@ class LintVersionsTest : public QObject {
     Q_OBJECT
 
 private:
-    static QString linesOf(const QVector<LintFinding> &findings) {
-        QStringList lines;
-        for (const LintFinding &finding : findings)
-            lines += ctl::lintLine(finding);
-        return lines.join('\n');
-    }
-
-    static QJsonObject object(const QByteArray &text) {
-        const QJsonDocument document = QJsonDocument::fromJson(text);
-        if (!document.isObject())
-            qFatal("%s", text.constData());
-        return document.object();
-    }
+    static QString linesOf(const QVector<LintFinding> &findings);
+    static QJsonObject object(const QByteArray &text);
 
 private Q_SLOTS:
     void components_data();
@@ -37,6 +26,20 @@ private Q_SLOTS:
     void thePreviousManifestMayBeAnything_data();
     void thePreviousManifestMayBeAnything();
 };
+
+QString LintVersionsTest::linesOf(const QVector<LintFinding> &findings) {
+    QStringList lines;
+    for (const LintFinding &finding : findings)
+        lines += ctl::lintLine(finding);
+    return lines.join('\n');
+}
+
+QJsonObject LintVersionsTest::object(const QByteArray &text) {
+    const QJsonDocument document = QJsonDocument::fromJson(text);
+    if (!document.isObject())
+        qFatal("%s", text.constData());
+    return document.object();
+}
 
 void LintVersionsTest::components_data() {
     QTest::addColumn<QByteArray>("record");

@@ -25,65 +25,72 @@ private:
     QString keyPath;
 
 private Q_SLOTS:
-    void initTestCase() {
-        keyPath = folder.filePath("update.pub");
-        support::writeBytes(keyPath, key.publicPem().toUtf8());
-    }
-
-    void aGoodSignature() {
-        const VerifyReport report = verifyReport(manifest, keyPath);
-        QVERIFY(report.ok);
-        QCOMPARE(report.message, QString("signature verified"));
-        QCOMPARE(report.details, QString("BCryptVerifySignature direct"));
-        QCOMPARE(report.signatureBytes, 256);
-        const QByteArray canonical = canonicalManifestText(manifest).toUtf8();
-        QCOMPARE(report.canonicalSha256,
-                 QString(QCryptographicHash::hash(canonical, QCryptographicHash::Sha256).toHex()));
-    }
-
-    void aReversedSignature() {
-        QJsonObject root = QJsonDocument::fromJson(manifest.toUtf8()).object();
-        QByteArray signature = QByteArray::fromBase64(root["signature"].toString().toLatin1());
-        std::reverse(signature.begin(), signature.end());
-        root["signature"] = QString(signature.toBase64());
-        QCOMPARE(verifyReport(support::jsonText(root), keyPath).details,
-                 QString("BCryptVerifySignature reversed-bytes"));
-    }
-
-    void anotherKeysSignature() {
-        const QString foreign =
-            support::signedManifest(support::fullManifest(), support::KeyPair::rsa(2048));
-        const VerifyReport report = verifyReport(foreign, keyPath);
-        QVERIFY(!report.ok);
-        QCOMPARE(support::withWindowsNumbers(report.details),
-                 QString("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
-                         "reversed=0xFFFFFFFFC000A000; CryptVerifySignature direct=2148073478 "
-                         "reversed=2148073478"));
-        QVERIFY(report.message.contains("canonical_sha256=" + report.canonicalSha256));
-    }
-
-    void noSignature() {
-        const VerifyReport report =
-            verifyReport(support::jsonText(support::fullManifest()), keyPath);
-        QCOMPARE(report.message, QString("signature is empty"));
-        QCOMPARE(report.details, QString());
-        QCOMPARE(report.signatureBytes, 0);
-        QCOMPARE(report.canonicalSha256.size(), 64);
-    }
-
-    void noManifest() {
-        const VerifyReport report = verifyReport("[]", keyPath);
-        QCOMPARE(report.message, QString("manifest JSON is invalid"));
-        QCOMPARE(report.canonicalSha256, QString());
-    }
-
-    void theKeysOfTheJson() {
-        const QByteArray json =
-            QJsonDocument(ctl::toJson(VerifyReport())).toJson(QJsonDocument::Compact);
-        QCOMPARE(json, QByteArray(R"({"canonical_sha256":"","details":"","message":"","ok":false,)"
-                                  R"("sig_bytes":0})"));
-    }
+    void initTestCase();
+    void aGoodSignature();
+    void aReversedSignature();
+    void anotherKeysSignature();
+    void noSignature();
+    void noManifest();
+    void theKeysOfTheJson();
 };
+
+void ManifestVerifyTest::initTestCase() {
+    keyPath = folder.filePath("update.pub");
+    support::writeBytes(keyPath, key.publicPem().toUtf8());
+}
+
+void ManifestVerifyTest::aGoodSignature() {
+    const VerifyReport report = verifyReport(manifest, keyPath);
+    QVERIFY(report.ok);
+    QCOMPARE(report.message, QString("signature verified"));
+    QCOMPARE(report.details, QString("BCryptVerifySignature direct"));
+    QCOMPARE(report.signatureBytes, 256);
+    const QByteArray canonical = canonicalManifestText(manifest).toUtf8();
+    QCOMPARE(report.canonicalSha256,
+             QString(QCryptographicHash::hash(canonical, QCryptographicHash::Sha256).toHex()));
+}
+
+void ManifestVerifyTest::aReversedSignature() {
+    QJsonObject root = QJsonDocument::fromJson(manifest.toUtf8()).object();
+    QByteArray signature = QByteArray::fromBase64(root["signature"].toString().toLatin1());
+    std::reverse(signature.begin(), signature.end());
+    root["signature"] = QString(signature.toBase64());
+    QCOMPARE(verifyReport(support::jsonText(root), keyPath).details,
+             QString("BCryptVerifySignature reversed-bytes"));
+}
+
+void ManifestVerifyTest::anotherKeysSignature() {
+    const QString foreign =
+        support::signedManifest(support::fullManifest(), support::KeyPair::rsa(2048));
+    const VerifyReport report = verifyReport(foreign, keyPath);
+    QVERIFY(!report.ok);
+    QCOMPARE(support::withWindowsNumbers(report.details),
+             QString("BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
+                     "reversed=0xFFFFFFFFC000A000; CryptVerifySignature direct=2148073478 "
+                     "reversed=2148073478"));
+    QVERIFY(report.message.contains("canonical_sha256=" + report.canonicalSha256));
+}
+
+void ManifestVerifyTest::noSignature() {
+    const VerifyReport report = verifyReport(support::jsonText(support::fullManifest()), keyPath);
+    QCOMPARE(report.message, QString("signature is empty"));
+    QCOMPARE(report.details, QString());
+    QCOMPARE(report.signatureBytes, 0);
+    QCOMPARE(report.canonicalSha256.size(), 64);
+}
+
+void ManifestVerifyTest::noManifest() {
+    const VerifyReport report = verifyReport("[]", keyPath);
+    QCOMPARE(report.message, QString("manifest JSON is invalid"));
+    QCOMPARE(report.canonicalSha256, QString());
+}
+
+void ManifestVerifyTest::theKeysOfTheJson() {
+    const QByteArray json =
+        QJsonDocument(ctl::toJson(VerifyReport())).toJson(QJsonDocument::Compact);
+    QCOMPARE(json, QByteArray(R"({"canonical_sha256":"","details":"","message":"","ok":false,)"
+                              R"("sig_bytes":0})"));
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, ManifestVerifyTest)
 #include "manifest_verify_test.moc"

@@ -20,22 +20,12 @@ class PackMistakesTest : public QObject {
 private:
     QScopedPointer<QTemporaryDir> folder;
 
-    QString path(const QString &name) const { return folder->filePath(name); }
-
-    Answer pack(const QString &project, const QStringList &more = {}) const {
-        return support::runTool(
-            QStringList{"update", "pack", project, "--version", "1.2.0", "--out", path("out"),
-                        "--library", QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini"} +
-            more);
-    }
-
-    static FileTree changed(const FileTree &change) {
-        return support::laidOver(support::smallProject(), change);
-    }
+    QString path(const QString &name) const;
+    Answer pack(const QString &project, const QStringList &more = {}) const;
+    static FileTree changed(const FileTree &change);
 
 private Q_SLOTS:
-    void init() { folder.reset(new QTemporaryDir); }
-
+    void init();
     void namesThatWindowsHasNot_data();
     void namesThatWindowsHasNot();
     void findingsAreSorted();
@@ -51,6 +41,25 @@ private Q_SLOTS:
     void aFolderInThePackagesPlace();
     void intoTheProjectItself();
 };
+
+QString PackMistakesTest::path(const QString &name) const {
+    return folder->filePath(name);
+}
+
+Answer PackMistakesTest::pack(const QString &project, const QStringList &more) const {
+    return support::runTool(QStringList{"update", "pack", project, "--version", "1.2.0", "--out",
+                                        path("out"), "--library",
+                                        QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini"} +
+                            more);
+}
+
+FileTree PackMistakesTest::changed(const FileTree &change) {
+    return support::laidOver(support::smallProject(), change);
+}
+
+void PackMistakesTest::init() {
+    folder.reset(new QTemporaryDir);
+}
 
 void PackMistakesTest::namesThatWindowsHasNot_data() {
     QTest::addColumn<QString>("name");

@@ -24,21 +24,14 @@ class ProjectPackageTest : public QObject {
 private:
     QScopedPointer<QTemporaryDir> folder;
 
-    QString path(const QString &name) const { return folder->filePath(name); }
-
-    ProjectPackage inspect(const QByteArray &zip) const {
-        support::writeTree(folder->path(), {{"a.zip", zip}});
-        return ctl::inspectPackage(path("a.zip"));
-    }
-
-    static FileTree changed(const FileTree &change) {
-        return support::laidOver(support::smallProject(), change);
-    }
+    QString path(const QString &name) const;
+    ProjectPackage inspect(const QByteArray &zip) const;
+    static FileTree changed(const FileTree &change);
 
 private Q_SLOTS:
     void initTestCase();
-    void init() { folder.reset(new QTemporaryDir); }
 
+    void init();
     void aWholePackage();
     void packagesThatALauncherMisreads_data();
     void packagesThatALauncherMisreads();
@@ -54,6 +47,23 @@ private Q_SLOTS:
     void sizes_data();
     void sizes();
 };
+
+QString ProjectPackageTest::path(const QString &name) const {
+    return folder->filePath(name);
+}
+
+ProjectPackage ProjectPackageTest::inspect(const QByteArray &zip) const {
+    support::writeTree(folder->path(), {{"a.zip", zip}});
+    return ctl::inspectPackage(path("a.zip"));
+}
+
+FileTree ProjectPackageTest::changed(const FileTree &change) {
+    return support::laidOver(support::smallProject(), change);
+}
+
+void ProjectPackageTest::init() {
+    folder.reset(new QTemporaryDir);
+}
 
 void ProjectPackageTest::initTestCase() {
     QVERIFY(support::loadScriptVocabulary());

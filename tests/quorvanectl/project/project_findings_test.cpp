@@ -37,8 +37,7 @@ class ProjectFindingsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(support::loadScriptVocabulary()); }
-
+    void initTestCase();
     void scripts_data();
     void scripts();
     void scriptsThatCannotBeRead_data();
@@ -50,6 +49,10 @@ private Q_SLOTS:
     void theCorePluginStandsLast();
     void counts();
 };
+
+void ProjectFindingsTest::initTestCase() {
+    QVERIFY(support::loadScriptVocabulary());
+}
 
 void ProjectFindingsTest::scripts_data() {
     QTest::addColumn<QStringList>("listed");

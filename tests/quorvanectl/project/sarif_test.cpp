@@ -96,170 +96,179 @@ class SarifTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        layOut(projectFolder);
-        const support::Answer answer =
-            support::runProgram({"project", "check", "产线 #1/检测 100%.yslib", "--core-plugin",
-                                 "plugins", "--format", "sarif"},
-                                projectFolder.path(""));
-        QCOMPARE(answer.status, 1);
-        QCOMPARE(answer.err, QString());
-        QJsonParseError error;
-        sarif = QJsonDocument::fromJson(answer.out.toUtf8(), &error).object();
-        QCOMPARE(error.error, QJsonParseError::NoError);
-        firstRun = sarif["runs"].toArray().at(0).toObject();
-    }
-
-    void theLogAndItsRun() {
-        checked("log", sarif);
-        QCOMPARE(sarif["version"].toString(), QString("2.1.0"));
-        QVERIFY(QUrl(sarif["$schema"].toString(), QUrl::StrictMode).isValid());
-        QVERIFY(sarif["$schema"].toString().endsWith("sarif-schema-2.1.0.json"));
-        QCOMPARE(sarif["runs"].toArray().size(), 1);
-        checked("run", firstRun);
-        QCOMPARE(firstRun["columnKind"].toString(), QString("utf16CodeUnits"));
-        const QJsonObject driver = checked("driver", checked("tool", firstRun["tool"])["driver"]);
-        QCOMPARE(driver["name"].toString(), QString("quorvanectl"));
-        QCOMPARE(nonEmpty(driver["version"]).count('.'), 2);
-    }
-
-    void theRules() {
-        QSet<QString> ids;
-        const QJsonArray rules =
-            firstRun["tool"].toObject()["driver"].toObject()["rules"].toArray();
-        for (const QJsonValue &value : rules) {
-            const QJsonObject rule = checked("rule", value);
-            QVERIFY(!ids.contains(nonEmpty(rule["id"])));
-            ids.insert(rule["id"].toString());
-            nonEmpty(checked("description", rule["shortDescription"])["text"]);
-        }
-        QCOMPARE(ids, (QSet<QString>{"project", "core-plugin", "YS100", "YS200"}));
-    }
-
-    void everyResultIsComplete() {
-        const QJsonArray rules =
-            firstRun["tool"].toObject()["driver"].toObject()["rules"].toArray();
-        const QJsonArray results = firstRun["results"].toArray();
-        QVERIFY(results.size() > 5);
-        for (const QJsonValue &value : results) {
-            const QJsonObject result = checked("result", value);
-            nonEmpty(checked("message", result["message"])["text"]);
-            QVERIFY(QStringList({"none", "note", "warning", "error"})
-                        .contains(result["level"].toString()));
-            QCOMPARE(rules.at(result["ruleIndex"].toInt(-1)).toObject()["id"], result["ruleId"]);
-            QCOMPARE(result["locations"].toArray().size(), 1);
-            checkLocation(result["locations"].toArray().at(0));
-        }
-    }
-
-    void thePlaceOfTheProjectIsAnAbsoluteFolder() {
-        const QJsonObject bases = firstRun["originalUriBaseIds"].toObject();
-        QCOMPARE(bases.keys(), QStringList("PROJECT"));
-        const QString uri = checked("base", bases["PROJECT"])["uri"].toString();
-        QVERIFY(isUri(uri));
-        QVERIFY(uri.startsWith("file:///") && uri.endsWith('/'));
-        QCOMPARE(QUrl(uri).toLocalFile(), projectFolder.path("产线 #1/"));
-    }
-
-    void theResults_data() {
-        QTest::addColumn<QString>("text"); // ruleId level uri line:column-end logical name
-        QTest::newRow("a script that is missing")
-            << "project error %E6%A3%80%E6%B5%8B%20100%25.yslib scripts[3].path";
-        QTest::newRow("a script that is not registered")
-            << "project warning %E6%A3%80%E6%B5%8B%20100%25.yslib scripts";
-        QTest::newRow("a name in a script") << "project warning bad.ys";
-        QTest::newRow("the core plug-in") << "core-plugin error %E6%A3%80%E6%B5%8B%20100%25.yslib";
-        QTest::newRow("a syntax error, to the end of its line")
-            << "YS200 error scripts/%E4%B8%BB%20%E7%A8%8B%E5%BA%8F.ys 1:4-8";
-        if (!support::onWindows) // no file has one in its name there
-            QTest::newRow("a colon in a name") << "YS200 error a%3Ab.ys 1:1";
-        QTest::newRow("behind a character of two units") << "YS100 error bad.ys 1:10-11";
-    }
-
-    void theResults() {
-        QFETCH(QString, text);
-        QStringList all;
-        const QJsonArray results = firstRun["results"].toArray();
-        for (const QJsonValue &result : results)
-            all.append(summary(result.toObject()));
-        QVERIFY2(all.contains(text), qPrintable(all.join('\n')));
-    }
-
-    // A stray brace has no text of its own, and a message must have one.
-    void aMessageIsNeverEmpty() {
-        ctl::ProjectFindings findings;
-        findings.projectPath = projectFolder.path("line.yslib");
-        ast::ScriptDiagnostic finding;
-        finding.code = "YS200";
-        ctl::ScriptReport report;
-        report.path = "a.ys";
-        report.result.diagnostics.push_back(finding);
-        findings.scripts.push_back(report);
-        const QJsonObject run = ctl::sarifLog(findings)["runs"].toArray().at(0).toObject();
-        const QJsonObject result = run["results"].toArray().at(0).toObject();
-        QCOMPARE(result["message"].toObject()["text"].toString(),
-                 QString("The script has a syntax error."));
-    }
-
-    void aCleanProjectHasNoResults() {
-        const support::Answer answer = support::runProgram(
-            {"project", "check", "examples/projects/demo/demo.yslib", "--format", "sarif"},
-            QUORVANE_SOURCE_TREE);
-        QCOMPARE(answer.status, 0);
-        const QJsonObject log = QJsonDocument::fromJson(answer.out.toUtf8()).object();
-        const QJsonObject run = log["runs"].toArray().at(0).toObject();
-        QVERIFY(run["results"].isArray());
-        QVERIFY(run["results"].toArray().isEmpty());
-    }
+    void initTestCase();
+    void theLogAndItsRun();
+    void theRules();
+    void everyResultIsComplete();
+    void thePlaceOfTheProjectIsAnAbsoluteFolder();
+    void theResults_data();
+    void theResults();
+    void aMessageIsNeverEmpty();
+    void aCleanProjectHasNoResults();
 
 private:
-    // A URI reference: nothing in it but what the standard for URIs allows.
-    static bool isUri(const QString &text) {
-        static const QRegularExpression form("^([A-Za-z0-9._~/:-]|%[0-9A-F]{2})+$");
-        return form.match(text).hasMatch() && QUrl(text, QUrl::StrictMode).isValid();
-    }
-
-    static void checkLocation(const QJsonValue &value) {
-        const QJsonObject location = checked("location", value);
-        const QJsonObject place = checked("physicalLocation", location["physicalLocation"]);
-        const QJsonObject artifact = checked("artifactLocation", place["artifactLocation"]);
-        QVERIFY(isUri(artifact["uri"].toString()));
-        QVERIFY(QUrl(artifact["uri"].toString()).isRelative());
-        QCOMPARE(artifact["uriBaseId"].toString(), QString("PROJECT"));
-        if (place.contains("region")) {
-            const QJsonObject region = checked("region", place["region"]);
-            QVERIFY(region["startLine"].toInt() >= 1);
-            QVERIFY(region["startColumn"].toInt() >= 1);
-            QVERIFY(!region.contains("endColumn") ||
-                    region["endColumn"].toInt() > region["startColumn"].toInt());
-        }
-        const QJsonArray logical = location["logicalLocations"].toArray();
-        for (const QJsonValue &name : logical)
-            nonEmpty(checked("logicalLocation", name)["fullyQualifiedName"]);
-    }
-
-    static QString summary(const QJsonObject &result) {
-        const QJsonObject location = result["locations"].toArray().at(0).toObject();
-        const QJsonObject place = location["physicalLocation"].toObject();
-        QStringList words{result["ruleId"].toString(), result["level"].toString(),
-                          place["artifactLocation"].toObject()["uri"].toString()};
-        const QJsonObject region = place["region"].toObject();
-        if (!region.isEmpty())
-            words.append(QString("%1:%2")
-                             .arg(region["startLine"].toInt())
-                             .arg(region["startColumn"].toInt()) +
-                         (region.contains("endColumn")
-                              ? QString("-%1").arg(region["endColumn"].toInt())
-                              : QString()));
-        for (const QJsonValue &name : location["logicalLocations"].toArray())
-            words.append(name.toObject()["fullyQualifiedName"].toString());
-        return words.join(' ');
-    }
-
+    static bool isUri(const QString &text);
+    static void checkLocation(const QJsonValue &value);
+    static QString summary(const QJsonObject &result);
     ProjectFolder projectFolder;
     QJsonObject sarif;
     QJsonObject firstRun;
 };
+
+void SarifTest::initTestCase() {
+    layOut(projectFolder);
+    const support::Answer answer =
+        support::runProgram({"project", "check", "产线 #1/检测 100%.yslib", "--core-plugin",
+                             "plugins", "--format", "sarif"},
+                            projectFolder.path(""));
+    QCOMPARE(answer.status, 1);
+    QCOMPARE(answer.err, QString());
+    QJsonParseError error;
+    sarif = QJsonDocument::fromJson(answer.out.toUtf8(), &error).object();
+    QCOMPARE(error.error, QJsonParseError::NoError);
+    firstRun = sarif["runs"].toArray().at(0).toObject();
+}
+
+void SarifTest::theLogAndItsRun() {
+    checked("log", sarif);
+    QCOMPARE(sarif["version"].toString(), QString("2.1.0"));
+    QVERIFY(QUrl(sarif["$schema"].toString(), QUrl::StrictMode).isValid());
+    QVERIFY(sarif["$schema"].toString().endsWith("sarif-schema-2.1.0.json"));
+    QCOMPARE(sarif["runs"].toArray().size(), 1);
+    checked("run", firstRun);
+    QCOMPARE(firstRun["columnKind"].toString(), QString("utf16CodeUnits"));
+    const QJsonObject driver = checked("driver", checked("tool", firstRun["tool"])["driver"]);
+    QCOMPARE(driver["name"].toString(), QString("quorvanectl"));
+    QCOMPARE(nonEmpty(driver["version"]).count('.'), 2);
+}
+
+void SarifTest::theRules() {
+    QSet<QString> ids;
+    const QJsonArray rules = firstRun["tool"].toObject()["driver"].toObject()["rules"].toArray();
+    for (const QJsonValue &value : rules) {
+        const QJsonObject rule = checked("rule", value);
+        QVERIFY(!ids.contains(nonEmpty(rule["id"])));
+        ids.insert(rule["id"].toString());
+        nonEmpty(checked("description", rule["shortDescription"])["text"]);
+    }
+    QCOMPARE(ids, (QSet<QString>{"project", "core-plugin", "YS100", "YS200"}));
+}
+
+void SarifTest::everyResultIsComplete() {
+    const QJsonArray rules = firstRun["tool"].toObject()["driver"].toObject()["rules"].toArray();
+    const QJsonArray results = firstRun["results"].toArray();
+    QVERIFY(results.size() > 5);
+    for (const QJsonValue &value : results) {
+        const QJsonObject result = checked("result", value);
+        nonEmpty(checked("message", result["message"])["text"]);
+        QVERIFY(
+            QStringList({"none", "note", "warning", "error"}).contains(result["level"].toString()));
+        QCOMPARE(rules.at(result["ruleIndex"].toInt(-1)).toObject()["id"], result["ruleId"]);
+        QCOMPARE(result["locations"].toArray().size(), 1);
+        checkLocation(result["locations"].toArray().at(0));
+    }
+}
+
+void SarifTest::thePlaceOfTheProjectIsAnAbsoluteFolder() {
+    const QJsonObject bases = firstRun["originalUriBaseIds"].toObject();
+    QCOMPARE(bases.keys(), QStringList("PROJECT"));
+    const QString uri = checked("base", bases["PROJECT"])["uri"].toString();
+    QVERIFY(isUri(uri));
+    QVERIFY(uri.startsWith("file:///") && uri.endsWith('/'));
+    QCOMPARE(QUrl(uri).toLocalFile(), projectFolder.path("产线 #1/"));
+}
+
+void SarifTest::theResults_data() {
+    QTest::addColumn<QString>("text"); // ruleId level uri line:column-end logical name
+    QTest::newRow("a script that is missing")
+        << "project error %E6%A3%80%E6%B5%8B%20100%25.yslib scripts[3].path";
+    QTest::newRow("a script that is not registered")
+        << "project warning %E6%A3%80%E6%B5%8B%20100%25.yslib scripts";
+    QTest::newRow("a name in a script") << "project warning bad.ys";
+    QTest::newRow("the core plug-in") << "core-plugin error %E6%A3%80%E6%B5%8B%20100%25.yslib";
+    QTest::newRow("a syntax error, to the end of its line")
+        << "YS200 error scripts/%E4%B8%BB%20%E7%A8%8B%E5%BA%8F.ys 1:4-8";
+    if (!support::onWindows) // no file has one in its name there
+        QTest::newRow("a colon in a name") << "YS200 error a%3Ab.ys 1:1";
+    QTest::newRow("behind a character of two units") << "YS100 error bad.ys 1:10-11";
+}
+
+void SarifTest::theResults() {
+    QFETCH(QString, text);
+    QStringList all;
+    const QJsonArray results = firstRun["results"].toArray();
+    for (const QJsonValue &result : results)
+        all.append(summary(result.toObject()));
+    QVERIFY2(all.contains(text), qPrintable(all.join('\n')));
+}
+
+// A stray brace has no text of its own, and a message must have one.
+void SarifTest::aMessageIsNeverEmpty() {
+    ctl::ProjectFindings findings;
+    findings.projectPath = projectFolder.path("line.yslib");
+    ast::ScriptDiagnostic finding;
+    finding.code = "YS200";
+    ctl::ScriptReport report;
+    report.path = "a.ys";
+    report.result.diagnostics.push_back(finding);
+    findings.scripts.push_back(report);
+    const QJsonObject run = ctl::sarifLog(findings)["runs"].toArray().at(0).toObject();
+    const QJsonObject result = run["results"].toArray().at(0).toObject();
+    QCOMPARE(result["message"].toObject()["text"].toString(),
+             QString("The script has a syntax error."));
+}
+
+void SarifTest::aCleanProjectHasNoResults() {
+    const support::Answer answer = support::runProgram(
+        {"project", "check", "examples/projects/demo/demo.yslib", "--format", "sarif"},
+        QUORVANE_SOURCE_TREE);
+    QCOMPARE(answer.status, 0);
+    const QJsonObject log = QJsonDocument::fromJson(answer.out.toUtf8()).object();
+    const QJsonObject run = log["runs"].toArray().at(0).toObject();
+    QVERIFY(run["results"].isArray());
+    QVERIFY(run["results"].toArray().isEmpty());
+}
+
+// A URI reference: nothing in it but what the standard for URIs allows.
+bool SarifTest::isUri(const QString &text) {
+    static const QRegularExpression form("^([A-Za-z0-9._~/:-]|%[0-9A-F]{2})+$");
+    return form.match(text).hasMatch() && QUrl(text, QUrl::StrictMode).isValid();
+}
+
+void SarifTest::checkLocation(const QJsonValue &value) {
+    const QJsonObject location = checked("location", value);
+    const QJsonObject place = checked("physicalLocation", location["physicalLocation"]);
+    const QJsonObject artifact = checked("artifactLocation", place["artifactLocation"]);
+    QVERIFY(isUri(artifact["uri"].toString()));
+    QVERIFY(QUrl(artifact["uri"].toString()).isRelative());
+    QCOMPARE(artifact["uriBaseId"].toString(), QString("PROJECT"));
+    if (place.contains("region")) {
+        const QJsonObject region = checked("region", place["region"]);
+        QVERIFY(region["startLine"].toInt() >= 1);
+        QVERIFY(region["startColumn"].toInt() >= 1);
+        QVERIFY(!region.contains("endColumn") ||
+                region["endColumn"].toInt() > region["startColumn"].toInt());
+    }
+    const QJsonArray logical = location["logicalLocations"].toArray();
+    for (const QJsonValue &name : logical)
+        nonEmpty(checked("logicalLocation", name)["fullyQualifiedName"]);
+}
+
+QString SarifTest::summary(const QJsonObject &result) {
+    const QJsonObject location = result["locations"].toArray().at(0).toObject();
+    const QJsonObject place = location["physicalLocation"].toObject();
+    QStringList words{result["ruleId"].toString(), result["level"].toString(),
+                      place["artifactLocation"].toObject()["uri"].toString()};
+    const QJsonObject region = place["region"].toObject();
+    if (!region.isEmpty())
+        words.append(
+            QString("%1:%2").arg(region["startLine"].toInt()).arg(region["startColumn"].toInt()) +
+            (region.contains("endColumn") ? QString("-%1").arg(region["endColumn"].toInt())
+                                          : QString()));
+    for (const QJsonValue &name : location["logicalLocations"].toArray())
+        words.append(name.toObject()["fullyQualifiedName"].toString());
+    return words.join(' ');
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, SarifTest)
 #include "sarif_test.moc"

@@ -32,30 +32,14 @@ class ProjectRecoveryTest : public QObject {
 private:
     QScopedPointer<QTemporaryDir> folder;
 
-    QString path(const QString &name) const { return folder->filePath(name); }
-
-    // With a whole backup, and whatever the row has laid.
-    UpdateRemains remainsOf(Recovery recovery) const {
-        UpdateRemains remains;
-        remains.recovery = recovery;
-        remains.project.folder = path("line");
-        remains.project.projectFile = path("line/line.yslib");
-        remains.backup.folder = path("backup");
-        remains.backup.projectFile = path("backup/line.yslib");
-        QString error;
-        if (!ctl::readContent(path("backup"), &remains.backup.content, &error))
-            qFatal("%s", qPrintable(error));
-        return remains;
-    }
-
-    QStringList names() const {
-        return QDir(folder->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
-    }
+    QString path(const QString &name) const;
+    UpdateRemains remainsOf(Recovery recovery) const;
+    QStringList names() const;
 
 private Q_SLOTS:
     void initTestCase();
-    void init() { folder.reset(new QTemporaryDir); }
 
+    void init();
     void aWholeProjectStays();
     void theBackupTakesThePlace_data();
     void theBackupTakesThePlace();
@@ -67,6 +51,32 @@ private Q_SLOTS:
     void packagesWithoutTheProjectFile_data();
     void packagesWithoutTheProjectFile();
 };
+
+QString ProjectRecoveryTest::path(const QString &name) const {
+    return folder->filePath(name);
+}
+
+// With a whole backup, and whatever the row has laid.
+UpdateRemains ProjectRecoveryTest::remainsOf(Recovery recovery) const {
+    UpdateRemains remains;
+    remains.recovery = recovery;
+    remains.project.folder = path("line");
+    remains.project.projectFile = path("line/line.yslib");
+    remains.backup.folder = path("backup");
+    remains.backup.projectFile = path("backup/line.yslib");
+    QString error;
+    if (!ctl::readContent(path("backup"), &remains.backup.content, &error))
+        qFatal("%s", qPrintable(error));
+    return remains;
+}
+
+QStringList ProjectRecoveryTest::names() const {
+    return QDir(folder->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+void ProjectRecoveryTest::init() {
+    folder.reset(new QTemporaryDir);
+}
 
 void ProjectRecoveryTest::initTestCase() {
     QVERIFY(support::loadScriptVocabulary());

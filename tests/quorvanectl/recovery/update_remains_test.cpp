@@ -49,21 +49,13 @@ class UpdateRemainsTest : public QObject {
 private:
     QScopedPointer<QTemporaryDir> folder;
 
-    QString path(const QString &name) const { return folder->filePath(name); }
-
-    UpdateRemains look(const QString &package = QString()) const {
-        UpdateRemains remains;
-        QString error;
-        if (!ctl::lookAtRemains({path("line/line.yslib"), path("data"), package}, &remains,
-                                &error))
-            qWarning("%s", qPrintable(error));
-        return remains;
-    }
+    QString path(const QString &name) const;
+    UpdateRemains look(const QString &package = QString()) const;
 
 private Q_SLOTS:
     void initTestCase();
-    void init() { folder.reset(new QTemporaryDir); }
 
+    void init();
     void verdicts_data();
     void verdicts();
     void backupsThatCount_data();
@@ -77,6 +69,22 @@ private Q_SLOTS:
     void errorsOfTheValidator_data();
     void errorsOfTheValidator();
 };
+
+QString UpdateRemainsTest::path(const QString &name) const {
+    return folder->filePath(name);
+}
+
+UpdateRemains UpdateRemainsTest::look(const QString &package) const {
+    UpdateRemains remains;
+    QString error;
+    if (!ctl::lookAtRemains({path("line/line.yslib"), path("data"), package}, &remains, &error))
+        qWarning("%s", qPrintable(error));
+    return remains;
+}
+
+void UpdateRemainsTest::init() {
+    folder.reset(new QTemporaryDir);
+}
 
 void UpdateRemainsTest::initTestCase() {
     QVERIFY(support::loadScriptVocabulary());
@@ -263,8 +271,7 @@ void UpdateRemainsTest::earlierRemainsAreForgotten() {
     support::writeTree(folder->path(), whole("line", "1.0"));
     UpdateRemains remains = look();
     QString error;
-    QVERIFY(
-        ctl::lookAtRemains({path("none/line.yslib"), path("data"), {}}, &remains, &error));
+    QVERIFY(ctl::lookAtRemains({path("none/line.yslib"), path("data"), {}}, &remains, &error));
     QCOMPARE(remains.recovery, Recovery::Impossible);
     QCOMPARE(remains.reason, QString());
     QCOMPARE(remains.project.projectFile, QString());

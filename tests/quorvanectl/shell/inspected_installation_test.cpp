@@ -18,11 +18,10 @@ class InspectedInstallationTest : public QObject {
 private:
     QScopedPointer<QTemporaryDir> folder;
 
-    QString path(const QString &name) const { return folder->filePath(name); }
+    QString path(const QString &name) const;
 
 private Q_SLOTS:
-    void init() { folder.reset(new QTemporaryDir); }
-
+    void init();
     void installations_data();
     void installations();
     void noInstallations_data();
@@ -31,6 +30,14 @@ private Q_SLOTS:
     void aCommandRefusesIt();
     void aCommandRunsOnABareOne();
 };
+
+QString InspectedInstallationTest::path(const QString &name) const {
+    return folder->filePath(name);
+}
+
+void InspectedInstallationTest::init() {
+    folder.reset(new QTemporaryDir);
+}
 
 void InspectedInstallationTest::installations_data() {
     QTest::addColumn<FileTree>("tree");

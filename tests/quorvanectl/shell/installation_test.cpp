@@ -21,11 +21,10 @@ class InstallationTest : public QObject {
 private:
     QScopedPointer<QTemporaryDir> folder;
 
-    QString path(const QString &name) const { return folder->filePath(name); }
+    QString path(const QString &name) const;
 
 private Q_SLOTS:
-    void init() { folder.reset(new QTemporaryDir); }
-
+    void init();
     void unusableLibraries_data();
     void unusableLibraries();
     void whateverIsTextIsALibrary_data();
@@ -35,6 +34,14 @@ private Q_SLOTS:
     void withoutOneCommandsSayWhereItShouldLie();
     void nothingIsMadeInAnInstallationThatHasNone();
 };
+
+QString InstallationTest::path(const QString &name) const {
+    return folder->filePath(name);
+}
+
+void InstallationTest::init() {
+    folder.reset(new QTemporaryDir);
+}
 
 void InstallationTest::unusableLibraries_data() {
     QTest::addColumn<QString>("name");

@@ -29,45 +29,48 @@ class ProgressTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void shortWorkTellsNothing() {
-        QBuffer err;
-        err.open(QIODevice::WriteOnly);
-        ctl::Console console;
-        console.err = &err;
-        { const ctl::Progress progress(console, "a.zip"); }
-        QCOMPARE(err.data(), QByteArray());
-    }
-
-    void theResultOfTheWorkIsHandedOn() {
-        QBuffer err;
-        err.open(QIODevice::WriteOnly);
-        ctl::Console console;
-        console.err = &err;
-        QCOMPARE(ctl::whileTelling(console, "a.zip", [] { return QString("done"); }),
-                 QString("done"));
-    }
-
-    // The one test that has to let time pass: time is what is tested.
-    void longWorkIsTold_data() {
-        QTest::addColumn<bool>("onTerminal");
-        QTest::addColumn<qint64>("done");
-        QTest::addColumn<QByteArray>("told");
-
-        QTest::newRow("a part of it, in a line")
-            << false << qint64(50) << QByteArray("a.zip: 25 %\n");
-        QTest::newRow("of unknown length, in a line")
-            << false << qint64(-1) << QByteArray("a.zip: 1 s\n");
-        QTest::newRow("on a terminal, wiped at the end")
-            << true << qint64(200) << QByteArray("\ra.zip: 100 %\x1b[K\r\x1b[K");
-    }
-
-    void longWorkIsTold() {
-        QFETCH(bool, onTerminal);
-        QFETCH(qint64, done);
-        QFETCH(QByteArray, told);
-        QCOMPARE(toldOf(onTerminal, done, 1), told);
-    }
+    void shortWorkTellsNothing();
+    void theResultOfTheWorkIsHandedOn();
+    void longWorkIsTold_data();
+    void longWorkIsTold();
 };
+
+void ProgressTest::shortWorkTellsNothing() {
+    QBuffer err;
+    err.open(QIODevice::WriteOnly);
+    ctl::Console console;
+    console.err = &err;
+    { const ctl::Progress progress(console, "a.zip"); }
+    QCOMPARE(err.data(), QByteArray());
+}
+
+void ProgressTest::theResultOfTheWorkIsHandedOn() {
+    QBuffer err;
+    err.open(QIODevice::WriteOnly);
+    ctl::Console console;
+    console.err = &err;
+    QCOMPARE(ctl::whileTelling(console, "a.zip", [] { return QString("done"); }), QString("done"));
+}
+
+// The one test that has to let time pass: time is what is tested.
+void ProgressTest::longWorkIsTold_data() {
+    QTest::addColumn<bool>("onTerminal");
+    QTest::addColumn<qint64>("done");
+    QTest::addColumn<QByteArray>("told");
+
+    QTest::newRow("a part of it, in a line") << false << qint64(50) << QByteArray("a.zip: 25 %\n");
+    QTest::newRow("of unknown length, in a line")
+        << false << qint64(-1) << QByteArray("a.zip: 1 s\n");
+    QTest::newRow("on a terminal, wiped at the end")
+        << true << qint64(200) << QByteArray("\ra.zip: 100 %\x1b[K\r\x1b[K");
+}
+
+void ProgressTest::longWorkIsTold() {
+    QFETCH(bool, onTerminal);
+    QFETCH(qint64, done);
+    QFETCH(QByteArray, told);
+    QCOMPARE(toldOf(onTerminal, done, 1), told);
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, ProgressTest)
 #include "progress_test.moc"

@@ -23,30 +23,10 @@ class SupportFilesTest : public QObject {
 private:
     QScopedPointer<QTemporaryDir> folder;
 
-    QString path(const QString &name) const { return folder->filePath(name); }
-
-    FileTree files(bool keepHomePaths = false) const {
-        AppPaths::inspect(path("pc/bin"));
-        FileTree found;
-        for (const ctl::SupportFile &file : ctl::supportFiles({path("data"), keepHomePaths}))
-            found.insert(file.name, file.content);
-        return found;
-    }
-
-    QJsonObject settings() const {
-        return QJsonDocument::fromJson(files().value("settings.json")).object();
-    }
-
-    void runSql(const QStringList &statements) const {
-        {
-            QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "test");
-            database.setDatabaseName(path("data/Quorvane.db"));
-            QVERIFY(database.open());
-            for (const QString &statement : statements)
-                QVERIFY2(QSqlQuery(database).exec(statement), qPrintable(statement));
-        }
-        QSqlDatabase::removeDatabase("test");
-    }
+    QString path(const QString &name) const;
+    FileTree files(bool keepHomePaths = false) const;
+    QJsonObject settings() const;
+    void runSql(const QStringList &statements) const;
 
 private Q_SLOTS:
     void init();
@@ -66,6 +46,33 @@ private Q_SLOTS:
     void thisUsersFolderWhereverItLies_data();
     void thisUsersFolderWhereverItLies();
 };
+
+QString SupportFilesTest::path(const QString &name) const {
+    return folder->filePath(name);
+}
+
+FileTree SupportFilesTest::files(bool keepHomePaths) const {
+    AppPaths::inspect(path("pc/bin"));
+    FileTree found;
+    for (const ctl::SupportFile &file : ctl::supportFiles({path("data"), keepHomePaths}))
+        found.insert(file.name, file.content);
+    return found;
+}
+
+QJsonObject SupportFilesTest::settings() const {
+    return QJsonDocument::fromJson(files().value("settings.json")).object();
+}
+
+void SupportFilesTest::runSql(const QStringList &statements) const {
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "test");
+        database.setDatabaseName(path("data/Quorvane.db"));
+        QVERIFY(database.open());
+        for (const QString &statement : statements)
+            QVERIFY2(QSqlQuery(database).exec(statement), qPrintable(statement));
+    }
+    QSqlDatabase::removeDatabase("test");
+}
 
 void SupportFilesTest::init() {
     folder.reset(new QTemporaryDir);
