@@ -1,3 +1,5 @@
+// Where a program takes its folders to be, in each layout it can lie in, and what the first start
+// makes: a copied probe tells its own paths from made-up machines.
 #include "frame/app_paths.h"
 
 #include "support/platform.h"

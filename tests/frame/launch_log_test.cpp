@@ -1,3 +1,5 @@
+// The launch log: the bytes of a line, the view of one run, and that neither threads nor processes
+// lose a line; one that cannot be written is lost in silence.
 #include "frame/launch_log.h"
 
 #include "frame/app_paths.h"

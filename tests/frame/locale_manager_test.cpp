@@ -1,3 +1,5 @@
+// Which language is in force after each saved value, with and without the translation's file, and
+// that every widget hears of a change before the call returns.
 #include "frame/locale_manager.h"
 
 #include "frame/app_paths.h"

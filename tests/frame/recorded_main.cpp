@@ -1,3 +1,5 @@
+// The launcher's main once more, with the recorder's names in the place of the frame's, so that a
+// test sees what it calls and in which order.
 #include "main_recorder.h"
 
 #define main launcherMain

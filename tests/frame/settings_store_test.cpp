@@ -1,3 +1,5 @@
+// The settings' file: its schema, older and newer versions of it, and defaults where it cannot be
+// used; a second connection looks at what was really stored.
 #include "frame/settings_store.h"
 
 #include "frame/app_paths.h"

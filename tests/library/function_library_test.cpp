@@ -1,3 +1,5 @@
+// The reader of the function library: lists, function lines, arguments and call templates, with
+// lines that lie about their number of arguments and loads that fail.
 #include "library/function_library.h"
 
 #include "support/library_file.h"

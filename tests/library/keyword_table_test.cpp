@@ -1,3 +1,5 @@
+// Which words are keywords and of which kind: the built-in ones, and what each list of the
+// library's file adds or takes away.
 #include "library/function_library.h"
 
 #include "support/library_file.h"

@@ -1,3 +1,4 @@
+// The image object has its one signal and nothing else, and the signal carries its text.
 #include "parameter/base_image_object.h"
 
 #include "parameter_support.h"

@@ -1,3 +1,5 @@
+// One parameter: legal names, creation, and writes to scalars and elements, with the text of each
+// refusal; an array too large for memory meets an allocator that says no.
 #include "parameter/base_parameter.h"
 
 #include "parameter/reserved_words.h"

@@ -1,3 +1,5 @@
+// The cell of a parameter: its defaults, and that copying one registers its type while making one
+// does not; each test begins with the type unregistered.
 #include "parameter/ys_date.h"
 
 #include "parameter/base_parameter.h"

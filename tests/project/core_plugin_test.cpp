@@ -1,3 +1,4 @@
+// The core plug-in is found in its folder, and a missing one is named with its path.
 #include "project/core_plugin.h"
 
 #include "support/project_folder.h"

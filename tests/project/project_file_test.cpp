@@ -1,3 +1,5 @@
+// What is read from a project's file and its sidecar, broken ones too, and that a stamp replaces
+// the file whole; a second name of the old file shows that nothing was written in it.
 #include "project/project_file.h"
 
 #include "support/platform.h"

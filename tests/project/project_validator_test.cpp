@@ -1,3 +1,5 @@
+// Every finding of the validator, word for word and in its order: a clean project on the disk draws
+// nothing, and each row changes one thing in it.
 #include "project/project_validator.h"
 
 #include "support/library_file.h"

@@ -1,3 +1,4 @@
+// A publisher where the tool neither signs nor packs: the key and the archive are the tests' own.
 #include "publisher.h"
 
 #include "support/file_tree.h"

@@ -1,3 +1,5 @@
+// The tree of an expression: how operators bind, what broken and cut-off texts give, and where each
+// node stands; the trees are compared in their printed form.
 #include "script/expression_parser.h"
 
 #include "script/lexer.h"

@@ -1,3 +1,5 @@
+// The tokens of a script with kind, text and place, and the characters that end a lexing; equal
+// spellings share one string.
 #include "script/lexer.h"
 
 #include "support/library_file.h"

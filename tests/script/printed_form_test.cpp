@@ -1,3 +1,5 @@
+// Tokens and trees as text and JSON: every field in its order, null where nothing is, and JSON that
+// can be read back whatever script a generator makes.
 #include "script/printed_form.h"
 
 #include "parse_helpers.h"

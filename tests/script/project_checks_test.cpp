@@ -1,3 +1,5 @@
+// Imports, cycles of imports and globals that several scripts declare: small projects on the disk,
+// and the search of a graph held to the recursive rule on random ones.
 #include "script/project_checks.h"
 
 #include "support/library_file.h"

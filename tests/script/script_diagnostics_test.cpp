@@ -1,3 +1,5 @@
+// The one finding of a broken script, with its marks and its text, the scripts that pass though
+// broken, and which messages of the parser get a friendlier text.
 #include "script/script_diagnostics.h"
 
 #include "support/library_file.h"

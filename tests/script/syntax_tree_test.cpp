@@ -1,3 +1,5 @@
+// The records of the tree: their defaults, which of their parts may be null, and that dropping a
+// deep tree frees its innermost node; several threads may drop theirs at once.
 #include "script/syntax_tree.h"
 
 #include "parse_helpers.h"

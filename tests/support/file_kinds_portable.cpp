@@ -1,3 +1,5 @@
+// Links and pipes by the system's own calls; a name's dot hides it, so nothing is left to do for
+// that.
 #include "support/file_kinds.h"
 
 #include <QFile>

@@ -1,3 +1,4 @@
+// Links and hidden files by the system's own calls; there are no pipes in folders here.
 #include "support/file_kinds.h"
 
 #include <QDir>

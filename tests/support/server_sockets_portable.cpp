@@ -1,3 +1,4 @@
+// The scripted server's sockets as Linux has them; no program that is started inherits them.
 #include "support/server_sockets.h"
 
 #include <arpa/inet.h>

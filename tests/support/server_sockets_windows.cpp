@@ -1,3 +1,4 @@
+// The scripted server's sockets as Windows has them; no program that is started inherits them.
 #include "support/server_sockets.h"
 
 #include <winsock2.h>

@@ -1,3 +1,4 @@
+// The server's side of TLS, ready to be weaker than any client should accept.
 #include "support/server_tls.h"
 
 #include <openssl/err.h>

@@ -1,3 +1,4 @@
+// No TLS for the scripted server: the first to ask for it ends the program.
 #include "support/server_tls.h"
 
 namespace support {

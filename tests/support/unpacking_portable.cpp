@@ -1,3 +1,4 @@
+// The program unpacks by itself, so nothing is provided.
 #include "support/unpacking.h"
 
 void support::provideUnpacking() {}

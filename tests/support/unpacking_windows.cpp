@@ -1,3 +1,4 @@
+// Puts the unpacker beside the program, under the name of the one that Windows has.
 #include "support/unpacking.h"
 
 #include <QCoreApplication>

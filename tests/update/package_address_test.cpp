@@ -1,3 +1,4 @@
+// Which addresses of a package are URLs, and the file's name at the end of each.
 #include "update/package_address.h"
 
 #include "support/staged_main.h"

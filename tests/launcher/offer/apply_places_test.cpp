@@ -1,3 +1,4 @@
+// The names of what an apply leaves: a prefix and a time, and nothing that only looks like it.
 #include "launcher/offer/apply_places.h"
 
 #include "support/staged_main.h"

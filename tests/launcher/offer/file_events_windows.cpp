@@ -1,3 +1,4 @@
+// Hears of nothing and says so: here a program's own functions do not come before the system's.
 #include "file_events.h"
 
 namespace file_events {

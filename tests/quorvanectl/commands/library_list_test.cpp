@@ -1,3 +1,5 @@
+// library list: one small library as text and as JSON, whole, and the installation's own where none
+// is given.
 #include "run_tool.h"
 #include "support/platform.h"
 #include "support/project_folder.h"

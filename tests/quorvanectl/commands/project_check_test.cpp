@@ -1,3 +1,5 @@
+// project check: its text, JSON and status for clean, warned and broken projects, and that it finds
+// what the launcher itself says at a start.
 #include "launcher/launcher_service.h"
 #include "project/project_validator.h"
 #include "run_tool.h"

@@ -1,3 +1,5 @@
+// script check, tokens and tree: what they print and refuse, that the demo's tokens put back
+// together say the same, and deep trees on a small stack.
 #include "run_tool.h"
 #include "support/platform.h"
 #include "support/project_folder.h"

@@ -1,3 +1,5 @@
+// The command line: one line and one status for each wrong usage, help that shows every command,
+// and output that cannot be written.
 #include "quorvanectl/entry/command_line.h"
 
 #include "quorvanectl/commands/commands.h"

@@ -1,3 +1,5 @@
+// How the tool reads and writes files: the reason for each that it refuses, and that a file shows
+// under its name only once it is whole.
 #include "quorvanectl/files/file_access.h"
 
 #include "support/file_kinds.h"

@@ -1,3 +1,5 @@
+// The findings of a project as a log for code scanners: each object has the names it must and may
+// have, and each finding its rule and its place, under names that need encoding.
 #include "quorvanectl/project/sarif.h"
 
 #include "run_tool.h"

@@ -1,3 +1,5 @@
+// Short work tells nothing of its progress, and long work does: in lines, or on a terminal in one
+// line that is wiped at the end.
 #include "quorvanectl/shell/progress.h"
 
 #include "support/staged_main.h"

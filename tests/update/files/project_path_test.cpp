@@ -1,3 +1,5 @@
+// Paths as a project writes them: either kind of separator, their cleaned form, and where their
+// files lie.
 #include "update/files/project_path.h"
 
 #include "support/platform.h"

@@ -1,3 +1,5 @@
+// Files of text in UTF-8 and GBK, read and written, and their hashes: any bytes have a text, and
+// what cannot be read is null and has a reason.
 #include "update/files/text_file.h"
 
 #include "support/platform.h"

@@ -1,3 +1,5 @@
+// Versions as people write them: their normal form, their order, where one hides in a file's name,
+// and which stand for none.
 #include "update/files/version_text.h"
 
 #include "support/staged_main.h"
