@@ -22,12 +22,22 @@ const bool isInstalled = QInternal::registerCallback(QInternal::EventNotifyCallb
 
 } // namespace
 
-// In the place of Qt's own function, which this test program finds here first; Qt's own road to it
-// begins at registerType().
-int QMetaType::registerNormalizedType(const QByteArray &name, Destructor destructor,
-                                      Constructor constructor, int size, TypeFlags flags,
-                                      const QMetaObject *metaObject) {
+// QMetaType::registerNormalizedType, the overload that takes a name and a type's functions, under the
+// names that the linker's --wrap gives to it and to what stands in for it.
+#define WRAPPED                                                                                    \
+    "_ZN9QMetaType22registerNormalizedTypeERK10QByteArrayPFvPvEPFS3_S3_PKvEi6QFlagsINS_"           \
+    "8TypeFlagEE"                                                                                  \
+    "PK11QMetaObject"
+int registerInQt(const QByteArray &name, QMetaType::Destructor destructor,
+                 QMetaType::Constructor constructor, int size, QMetaType::TypeFlags flags,
+                 const QMetaObject *metaObject) asm("__real_" WRAPPED);
+int registerHere(const QByteArray &name, QMetaType::Destructor destructor,
+                 QMetaType::Constructor constructor, int size, QMetaType::TypeFlags flags,
+                 const QMetaObject *metaObject) asm("__wrap_" WRAPPED);
+
+int registerHere(const QByteArray &name, QMetaType::Destructor destructor,
+                 QMetaType::Constructor constructor, int size, QMetaType::TypeFlags flags,
+                 const QMetaObject *metaObject) {
     __tsan_release(&queue);
-    return QMetaType::registerType(name.constData(), destructor, constructor, size, flags,
-                                   metaObject);
+    return registerInQt(name, destructor, constructor, size, flags, metaObject);
 }
