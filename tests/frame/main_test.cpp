@@ -127,37 +127,40 @@ class MainTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void buildsInOrderAndTearsDownInReverse() {
-        char program[] = "Quorvaner";
-        char *arguments[] = {program, nullptr};
-        QCOMPARE(launcherMain(1, arguments), 0);
-        QVERIFY(qApp == nullptr);
-        QVERIFY(recorder::workerHasEnded);
-        const QStringList expected{"folders for Quorvane Quorvaner",
-                                   "settings in a folder that exists",
-                                   "locale en",
-                                   "library FunctionLib.ini without a text",
-                                   "store on a thread",
-                                   "store on the main thread",
-                                   "service",
-                                   "initialize",
-                                   "window",
-                                   "shown",
-                                   "start",
-                                   "countdown 5 seen",
-                                   "countdown 5 seen",
-                                   "window ends",
-                                   "service ends"};
-        for (int i = 0; i < qMin(expected.size(), recorder::notes.size()); ++i)
-            QCOMPARE(recorder::notes[i], expected[i]);
-        QCOMPARE(recorder::notes.size(), expected.size());
-    }
-
-    void highDensityScreensAreAskedFor() {
-        QVERIFY(QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling));
-        QVERIFY(QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps));
-    }
+    void buildsInOrderAndTearsDownInReverse();
+    void highDensityScreensAreAskedFor();
 };
+
+void MainTest::buildsInOrderAndTearsDownInReverse() {
+    char program[] = "Quorvaner";
+    char *arguments[] = {program, nullptr};
+    QCOMPARE(launcherMain(1, arguments), 0);
+    QVERIFY(qApp == nullptr);
+    QVERIFY(recorder::workerHasEnded);
+    const QStringList expected{"folders for Quorvane Quorvaner",
+                               "settings in a folder that exists",
+                               "locale en",
+                               "library FunctionLib.ini without a text",
+                               "store on a thread",
+                               "store on the main thread",
+                               "service",
+                               "initialize",
+                               "window",
+                               "shown",
+                               "start",
+                               "countdown 5 seen",
+                               "countdown 5 seen",
+                               "window ends",
+                               "service ends"};
+    for (int i = 0; i < qMin(expected.size(), recorder::notes.size()); ++i)
+        QCOMPARE(recorder::notes[i], expected[i]);
+    QCOMPARE(recorder::notes.size(), expected.size());
+}
+
+void MainTest::highDensityScreensAreAskedFor() {
+    QVERIFY(QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling));
+    QVERIFY(QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps));
+}
 
 // The application is launcherMain's to make.
 int main(int argc, char **argv) {

@@ -54,69 +54,79 @@ private:
     HANDLE myTurn = nullptr;
 
 private Q_SLOTS:
-    void init() {
-        logPath = folder.filePath("Lines.log");
-        QFile::remove(logPath);
-        myTurn = CreateMutexW(nullptr, FALSE, turnName(logPath).c_str());
-        QVERIFY(myTurn);
-    }
-
+    void init();
     void cleanup() { CloseHandle(myTurn); }
 
-    void theTurnIsGivenBack() {
-        QVERIFY(appendToFile(logPath, "one\n"));
-        QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0));
-        QVERIFY(!appendToFile(folder.filePath("none/Lines.log"), "lost\n"));
-        QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0));
-    }
-
-    void theTurnIsTheSameHoweverThePathIsWritten() {
-        std::thread([&] {
-            WaitForSingleObject(myTurn, INFINITE); // and leaves it abandoned
-        }).join();
-        QVERIFY(appendToFile(logPath.toUpper().replace('/', '\\'), "one\n"));
-        QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0));
-    }
-
-    void aTurnThatItsOwnerTookToTheGraveIsTaken() {
-        std::thread([&] { WaitForSingleObject(myTurn, INFINITE); }).join();
-        QVERIFY(appendToFile(logPath, "one\n"));
-        QCOMPARE(bytesOf(logPath), QByteArray("one\r\n"));
-        QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0)); // no longer abandoned
-    }
+    void theTurnIsGivenBack();
+    void theTurnIsTheSameHoweverThePathIsWritten();
+    void aTurnThatItsOwnerTookToTheGraveIsTaken();
 
     // After the longest wait, and without taking the turn from its owner.
-    void aTurnThatIsNotGivenBackCostsNoLine() {
-        QCOMPARE(WaitForSingleObject(myTurn, INFINITE), DWORD(WAIT_OBJECT_0));
-        bool appended = false;
-        std::thread([&] { appended = appendToFile(logPath, "one\n"); }).join();
-        QVERIFY(appended);
-        QCOMPARE(bytesOf(logPath), QByteArray("one\r\n"));
-        QCOMPARE(askForTurn(myTurn), DWORD(WAIT_TIMEOUT));
-        QVERIFY(ReleaseMutex(myTurn));
-    }
+    void aTurnThatIsNotGivenBackCostsNoLine();
 
     // Under the turn's name lies something that is no turn.
-    void aNameThatIsTakenCostsNoLine() {
-        const QString path = folder.filePath("taken.log");
-        const HANDLE taken = CreateEventW(nullptr, TRUE, FALSE, turnName(path).c_str());
-        QVERIFY(taken);
-        QVERIFY(appendToFile(path, "one\n"));
-        QCOMPARE(bytesOf(path), QByteArray("one\r\n"));
-        CloseHandle(taken);
-    }
-
-    void noHandleIsKept() {
-        QVERIFY(appendToFile(logPath, "one\n"));
-        const quintptr before = nextHandle();
-        for (int i = 0; i < 50; ++i)
-            QVERIFY(appendToFile(logPath, "one\n"));
-        QVERIFY(nextHandle() < before + 50);
-        for (int i = 0; i < 50; ++i)
-            QVERIFY(!appendToFile(folder.filePath("none/Lines.log"), "lost\n"));
-        QVERIFY(nextHandle() < before + 50);
-    }
+    void aNameThatIsTakenCostsNoLine();
+    void noHandleIsKept();
 };
+
+void LogAppendTest::init() {
+    logPath = folder.filePath("Lines.log");
+    QFile::remove(logPath);
+    myTurn = CreateMutexW(nullptr, FALSE, turnName(logPath).c_str());
+    QVERIFY(myTurn);
+}
+
+void LogAppendTest::theTurnIsGivenBack() {
+    QVERIFY(appendToFile(logPath, "one\n"));
+    QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0));
+    QVERIFY(!appendToFile(folder.filePath("none/Lines.log"), "lost\n"));
+    QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0));
+}
+
+void LogAppendTest::theTurnIsTheSameHoweverThePathIsWritten() {
+    std::thread([&] {
+        WaitForSingleObject(myTurn, INFINITE); // and leaves it abandoned
+    }).join();
+    QVERIFY(appendToFile(logPath.toUpper().replace('/', '\\'), "one\n"));
+    QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0));
+}
+
+void LogAppendTest::aTurnThatItsOwnerTookToTheGraveIsTaken() {
+    std::thread([&] { WaitForSingleObject(myTurn, INFINITE); }).join();
+    QVERIFY(appendToFile(logPath, "one\n"));
+    QCOMPARE(bytesOf(logPath), QByteArray("one\r\n"));
+    QCOMPARE(askForTurn(myTurn), DWORD(WAIT_OBJECT_0)); // no longer abandoned
+}
+
+void LogAppendTest::aTurnThatIsNotGivenBackCostsNoLine() {
+    QCOMPARE(WaitForSingleObject(myTurn, INFINITE), DWORD(WAIT_OBJECT_0));
+    bool appended = false;
+    std::thread([&] { appended = appendToFile(logPath, "one\n"); }).join();
+    QVERIFY(appended);
+    QCOMPARE(bytesOf(logPath), QByteArray("one\r\n"));
+    QCOMPARE(askForTurn(myTurn), DWORD(WAIT_TIMEOUT));
+    QVERIFY(ReleaseMutex(myTurn));
+}
+
+void LogAppendTest::aNameThatIsTakenCostsNoLine() {
+    const QString path = folder.filePath("taken.log");
+    const HANDLE taken = CreateEventW(nullptr, TRUE, FALSE, turnName(path).c_str());
+    QVERIFY(taken);
+    QVERIFY(appendToFile(path, "one\n"));
+    QCOMPARE(bytesOf(path), QByteArray("one\r\n"));
+    CloseHandle(taken);
+}
+
+void LogAppendTest::noHandleIsKept() {
+    QVERIFY(appendToFile(logPath, "one\n"));
+    const quintptr before = nextHandle();
+    for (int i = 0; i < 50; ++i)
+        QVERIFY(appendToFile(logPath, "one\n"));
+    QVERIFY(nextHandle() < before + 50);
+    for (int i = 0; i < 50; ++i)
+        QVERIFY(!appendToFile(folder.filePath("none/Lines.log"), "lost\n"));
+    QVERIFY(nextHandle() < before + 50);
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, LogAppendTest)
 #include "log_append_test.moc"

@@ -25,80 +25,89 @@ class ProgramTest : public QObject {
 private:
     HMODULE programFile = nullptr;
 
-    QString versionText(const QString &name) const {
-        const std::wstring path = QStringLiteral(LAUNCHER).toStdWString();
-        QByteArray block(int(GetFileVersionInfoSizeW(path.c_str(), nullptr)), '\0');
-        if (!GetFileVersionInfoW(path.c_str(), 0, DWORD(block.size()), block.data()))
-            return QStringLiteral("(no version)");
-        void *text = nullptr;
-        UINT length = 0;
-        const std::wstring key = ("\\StringFileInfo\\040904B0\\" + name).toStdWString();
-        if (!VerQueryValueW(block.constData(), key.c_str(), &text, &length))
-            return QStringLiteral("(none)");
-        return QString::fromWCharArray(static_cast<const wchar_t *>(text));
-    }
+    QString versionText(const QString &name) const;
 
 private Q_SLOTS:
-    void initTestCase() {
-        programFile = LoadLibraryExW(QStringLiteral(LAUNCHER).toStdWString().c_str(), nullptr,
-                                     LOAD_LIBRARY_AS_DATAFILE);
-        QVERIFY(programFile);
-    }
-
-    void itHasNoConsole() {
-        QFile file(QStringLiteral(LAUNCHER));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray head = file.read(4096);
-        const int header = numberAt(head, 0x3C);
-        QCOMPARE(head.mid(header, 4), QByteArray("PE\0\0", 4));
-        QCOMPARE(numberAt(head, header + 4), 0x8664);    // x86-64
-        QCOMPARE(numberAt(head, header + 24 + 68), 0x2); // IMAGE_SUBSYSTEM_WINDOWS_GUI
-    }
+    void initTestCase();
+    void itHasNoConsole();
 
     // One set of pictures, in the sizes that Windows draws at any scale of the screen.
-    void itsIcon() {
-        const HRSRC group = FindResourceW(programFile, L"IDI_ICON1", MAKEINTRESOURCEW(14));
-        QVERIFY(group);
-        const QByteArray directory = bytesOf(programFile, group);
-        QList<int> widths;
-        for (int i = 0; i < numberAt(directory, 4); ++i)
-            widths.append(quint8(directory.at(6 + i * 14))); // 0 stands for 256
-        QCOMPARE(widths, QList<int>({16, 20, 24, 32, 40, 48, 64, 128, 0}));
-    }
-
-    void itsVersion_data() {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("whose it is") << "CompanyName"
-                                     << "Quorvane";
-        QTest::newRow("what it is") << "FileDescription"
-                                    << "Quorvaner, the launcher of a production line";
-        QTest::newRow("its name") << "ProductName"
-                                  << "Quorvaner";
-        QTest::newRow("its file's name") << "OriginalFilename"
-                                         << "Quorvaner.exe";
-        QTest::newRow("its version") << "ProductVersion" << QUORVANE_VERSION;
-        QTest::newRow("its file's version") << "FileVersion" << QUORVANE_VERSION ".0";
-    }
-
-    void itsVersion() {
-        QFETCH(QString, name);
-        QTEST(versionText(name), "text");
-    }
-
-    void itsManifest() {
-        const HRSRC resource =
-            FindResourceW(programFile, MAKEINTRESOURCEW(1), MAKEINTRESOURCEW(24));
-        QVERIFY(resource);
-        const QByteArray manifest = bytesOf(programFile, resource);
-        QVERIFY(manifest.contains(">PerMonitorV2, PerMonitor</dpiAwareness>"));
-        QVERIFY(manifest.contains(">true/pm</dpiAware>"));
-        QVERIFY(manifest.contains("level=\"asInvoker\" uiAccess=\"false\""));
-        QVERIFY(manifest.contains(">true</longPathAware>"));
-        QVERIFY(!manifest.contains("<activeCodePage"));
-        QCOMPARE(manifest.count("requestedExecutionLevel"), 1);
-    }
+    void itsIcon();
+    void itsVersion_data();
+    void itsVersion();
+    void itsManifest();
 };
+
+QString ProgramTest::versionText(const QString &name) const {
+    const std::wstring path = QStringLiteral(LAUNCHER).toStdWString();
+    QByteArray block(int(GetFileVersionInfoSizeW(path.c_str(), nullptr)), '\0');
+    if (!GetFileVersionInfoW(path.c_str(), 0, DWORD(block.size()), block.data()))
+        return QStringLiteral("(no version)");
+    void *text = nullptr;
+    UINT length = 0;
+    const std::wstring key = ("\\StringFileInfo\\040904B0\\" + name).toStdWString();
+    if (!VerQueryValueW(block.constData(), key.c_str(), &text, &length))
+        return QStringLiteral("(none)");
+    return QString::fromWCharArray(static_cast<const wchar_t *>(text));
+}
+
+void ProgramTest::initTestCase() {
+    programFile = LoadLibraryExW(QStringLiteral(LAUNCHER).toStdWString().c_str(), nullptr,
+                                 LOAD_LIBRARY_AS_DATAFILE);
+    QVERIFY(programFile);
+}
+
+void ProgramTest::itHasNoConsole() {
+    QFile file(QStringLiteral(LAUNCHER));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray head = file.read(4096);
+    const int header = numberAt(head, 0x3C);
+    QCOMPARE(head.mid(header, 4), QByteArray("PE\0\0", 4));
+    QCOMPARE(numberAt(head, header + 4), 0x8664);    // x86-64
+    QCOMPARE(numberAt(head, header + 24 + 68), 0x2); // IMAGE_SUBSYSTEM_WINDOWS_GUI
+}
+
+void ProgramTest::itsIcon() {
+    const HRSRC group = FindResourceW(programFile, L"IDI_ICON1", MAKEINTRESOURCEW(14));
+    QVERIFY(group);
+    const QByteArray directory = bytesOf(programFile, group);
+    QList<int> widths;
+    for (int i = 0; i < numberAt(directory, 4); ++i)
+        widths.append(quint8(directory.at(6 + i * 14))); // 0 stands for 256
+    QCOMPARE(widths, QList<int>({16, 20, 24, 32, 40, 48, 64, 128, 0}));
+}
+
+void ProgramTest::itsVersion_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("whose it is") << "CompanyName"
+                                 << "Quorvane";
+    QTest::newRow("what it is") << "FileDescription"
+                                << "Quorvaner, the launcher of a production line";
+    QTest::newRow("its name") << "ProductName"
+                              << "Quorvaner";
+    QTest::newRow("its file's name") << "OriginalFilename"
+                                     << "Quorvaner.exe";
+    QTest::newRow("its version") << "ProductVersion" << QUORVANE_VERSION;
+    QTest::newRow("its file's version") << "FileVersion" << QUORVANE_VERSION ".0";
+}
+
+void ProgramTest::itsVersion() {
+    QFETCH(QString, name);
+    QTEST(versionText(name), "text");
+}
+
+void ProgramTest::itsManifest() {
+    const HRSRC resource = FindResourceW(programFile, MAKEINTRESOURCEW(1), MAKEINTRESOURCEW(24));
+    QVERIFY(resource);
+    const QByteArray manifest = bytesOf(programFile, resource);
+    QVERIFY(manifest.contains(">PerMonitorV2, PerMonitor</dpiAwareness>"));
+    QVERIFY(manifest.contains(">true/pm</dpiAware>"));
+    QVERIFY(manifest.contains("level=\"asInvoker\" uiAccess=\"false\""));
+    QVERIFY(manifest.contains(">true</longPathAware>"));
+    QVERIFY(!manifest.contains("<activeCodePage"));
+    QCOMPARE(manifest.count("requestedExecutionLevel"), 1);
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, ProgramTest)
 #include "program_test.moc"

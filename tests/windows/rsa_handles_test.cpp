@@ -208,74 +208,79 @@ private:
     const QByteArray signedBytes = "the canonical text";
 
 private Q_SLOTS:
-    void initTestCase() {
-        watchModernInterface();
-        watchLegacyInterface();
-    }
-
-    void aStepFails_data() {
-        QTest::addColumn<QString>("step");
-        QTest::addColumn<int>("goodBefore");
-        QTest::addColumn<QString>("details");
-        const QString modern = "BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
-                               "reversed=0xFFFFFFFFC000A000; ";
-        const QString both = modern + "CryptVerifySignature direct=4711 reversed=4711";
-        QTest::newRow("the key is not decoded")
-            << "CryptDecodeObjectEx" << 0 << "CryptDecodeObjectEx failed: 4711";
-        QTest::newRow("CNG does not take the key")
-            << "CryptImportPublicKeyInfoEx2" << 0 << "CryptImportPublicKeyInfoEx2 failed: 4711";
-        QTest::newRow("there is no CryptoAPI")
-            << "CryptAcquireContextW" << 0 << modern + "CryptAcquireContext failed: 4711";
-        QTest::newRow("the key is not decoded again")
-            << "CryptDecodeObjectEx" << 1 << modern + "CryptDecodeObjectEx(legacy) failed: 4711";
-        QTest::newRow("CryptoAPI does not take the key")
-            << "CryptImportPublicKeyInfo" << 0 << modern + "CryptImportPublicKeyInfo failed: 4711";
-        QTest::newRow("no hash is made") << "CryptCreateHash" << 0 << both;
-        QTest::newRow("the data is not hashed") << "CryptHashData" << 0 << both;
-        QTest::newRow("the signature is not verified") << "CryptVerifySignatureA" << 0 << both;
-        QTest::newRow("only the reversed signature is not verified")
-            << "CryptVerifySignatureA" << 1
-            << modern + "CryptVerifySignature direct=2148073478 reversed=4711";
-    }
-
-    void aStepFails() {
-        QFETCH(QString, step);
-        QFETCH(int, goodBefore);
-        failing = step;
-        before = goodBefore;
-        modernFails = false;
-        QString details;
-        QVERIFY(
-            !verifyRsaSha256(signer.publicDer(), "other data", signer.sign(signedBytes), &details));
-        details = support::withWindowsNumbers(details);
-        QTEST(details, "details");
-        QCOMPARE(leftOver(), QStringList());
-    }
-
-    void anAttemptSucceeds_data() {
-        QTest::addColumn<bool>("modern");
-        QTest::addColumn<bool>("asMade");
-        QTest::addColumn<QString>("details");
-        QTest::newRow("the first") << true << true << "BCryptVerifySignature direct";
-        QTest::newRow("the second") << true << false << "BCryptVerifySignature reversed-bytes";
-        QTest::newRow("the third") << false << false << "CryptVerifySignature direct";
-        QTest::newRow("the fourth") << false << true << "CryptVerifySignature reversed-bytes";
-    }
-
-    void anAttemptSucceeds() {
-        QFETCH(bool, modern);
-        QFETCH(bool, asMade);
-        failing.clear();
-        modernFails = !modern;
-        QByteArray signature = signer.sign(signedBytes);
-        if (!asMade)
-            std::reverse(signature.begin(), signature.end());
-        QString details;
-        QVERIFY(verifyRsaSha256(signer.publicDer(), signedBytes, signature, &details));
-        QTEST(details, "details");
-        QCOMPARE(leftOver(), QStringList());
-    }
+    void initTestCase();
+    void aStepFails_data();
+    void aStepFails();
+    void anAttemptSucceeds_data();
+    void anAttemptSucceeds();
 };
+
+void RsaHandlesTest::initTestCase() {
+    watchModernInterface();
+    watchLegacyInterface();
+}
+
+void RsaHandlesTest::aStepFails_data() {
+    QTest::addColumn<QString>("step");
+    QTest::addColumn<int>("goodBefore");
+    QTest::addColumn<QString>("details");
+    const QString modern = "BCryptVerifySignature direct=0xFFFFFFFFC000A000 "
+                           "reversed=0xFFFFFFFFC000A000; ";
+    const QString both = modern + "CryptVerifySignature direct=4711 reversed=4711";
+    QTest::newRow("the key is not decoded")
+        << "CryptDecodeObjectEx" << 0 << "CryptDecodeObjectEx failed: 4711";
+    QTest::newRow("CNG does not take the key")
+        << "CryptImportPublicKeyInfoEx2" << 0 << "CryptImportPublicKeyInfoEx2 failed: 4711";
+    QTest::newRow("there is no CryptoAPI")
+        << "CryptAcquireContextW" << 0 << modern + "CryptAcquireContext failed: 4711";
+    QTest::newRow("the key is not decoded again")
+        << "CryptDecodeObjectEx" << 1 << modern + "CryptDecodeObjectEx(legacy) failed: 4711";
+    QTest::newRow("CryptoAPI does not take the key")
+        << "CryptImportPublicKeyInfo" << 0 << modern + "CryptImportPublicKeyInfo failed: 4711";
+    QTest::newRow("no hash is made") << "CryptCreateHash" << 0 << both;
+    QTest::newRow("the data is not hashed") << "CryptHashData" << 0 << both;
+    QTest::newRow("the signature is not verified") << "CryptVerifySignatureA" << 0 << both;
+    QTest::newRow("only the reversed signature is not verified")
+        << "CryptVerifySignatureA" << 1
+        << modern + "CryptVerifySignature direct=2148073478 reversed=4711";
+}
+
+void RsaHandlesTest::aStepFails() {
+    QFETCH(QString, step);
+    QFETCH(int, goodBefore);
+    failing = step;
+    before = goodBefore;
+    modernFails = false;
+    QString details;
+    QVERIFY(!verifyRsaSha256(signer.publicDer(), "other data", signer.sign(signedBytes), &details));
+    details = support::withWindowsNumbers(details);
+    QTEST(details, "details");
+    QCOMPARE(leftOver(), QStringList());
+}
+
+void RsaHandlesTest::anAttemptSucceeds_data() {
+    QTest::addColumn<bool>("modern");
+    QTest::addColumn<bool>("asMade");
+    QTest::addColumn<QString>("details");
+    QTest::newRow("the first") << true << true << "BCryptVerifySignature direct";
+    QTest::newRow("the second") << true << false << "BCryptVerifySignature reversed-bytes";
+    QTest::newRow("the third") << false << false << "CryptVerifySignature direct";
+    QTest::newRow("the fourth") << false << true << "CryptVerifySignature reversed-bytes";
+}
+
+void RsaHandlesTest::anAttemptSucceeds() {
+    QFETCH(bool, modern);
+    QFETCH(bool, asMade);
+    failing.clear();
+    modernFails = !modern;
+    QByteArray signature = signer.sign(signedBytes);
+    if (!asMade)
+        std::reverse(signature.begin(), signature.end());
+    QString details;
+    QVERIFY(verifyRsaSha256(signer.publicDer(), signedBytes, signature, &details));
+    QTEST(details, "details");
+    QCOMPARE(leftOver(), QStringList());
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, RsaHandlesTest)
 #include "rsa_handles_test.moc"

@@ -28,156 +28,172 @@ private:
 
     QString stick() const { return update->path("stick"); }
 
-    void sign() const {
-        const QString text = QString::fromUtf8(ctl::manifestBytes(update->manifest));
-        const QByteArray signature = key.sign(canonicalManifestText(text).toUtf8());
-        support::writeBytes(update->path("site/manifest.json"),
-                            ctl::withSignature(text, signature).toUtf8());
-        support::writeBytes(update->path("update.pub"), key.publicPem().toUtf8());
-    }
-
-    StickResult layOut(bool overwrite = false, const QString &keyName = "update.pub") const {
-        return layOutStick(update->site(), stick(),
-                           keyName.isEmpty() ? QString() : update->path(keyName), overwrite,
-                           nobody);
-    }
+    void sign() const;
+    StickResult layOut(bool overwrite = false, const QString &keyName = "update.pub") const;
 
 private Q_SLOTS:
-    void initTestCase() {
-        QVERIFY(support::loadScriptVocabulary());
-        support::provideUnpacking();
-    }
-
-    void init() {
-        update.reset(new support::PublishedUpdate);
-        QVERIFY(QDir().mkpath(stick()));
-        sign();
-    }
-
-    void theWholeUpdateAndNothingElse() {
-        support::writeBytes(update->path("site/notes.txt"), "not for the stick");
-        const StickResult result = layOut();
-        QVERIFY2(result.ok, qPrintable(result.error + result.findings.join('|')));
-        FileTree expected = support::readTree(update->site());
-        expected.remove("notes.txt");
-        QCOMPARE(support::below(support::readTree(stick()), "QuorvanerUpdate"), expected);
-        QCOMPARE(support::readTree(stick()).size(), 4);
-        QCOMPARE(result.manifestPath, stick() + "/QuorvanerUpdate/manifest.json");
-        QCOMPARE(result.packages,
-                 QStringList({"packages/runtime-setup-1.3.0.exe",
-                              "packages/launcher-setup-1.4.0.exe", "packages/产线三-1.2.0.zip"}));
-        QVERIFY(!result.isVolume);
-    }
-
-    void aMountedFolderIsAVolume() {
-        QTemporaryDir inMemory("/dev/shm/stick-XXXXXX");
-        if (!inMemory.isValid())
-            QSKIP("no file system in memory here");
-        QVERIFY(!layOutStick(update->site(), inMemory.path(), QString(), false, nobody).isVolume);
-        // The root of one is not ours to write to: the test of the whole road mounts one.
-    }
-
-    void progressEndsWithAllBytes() {
-        qint64 last = 0;
-        qint64 whole = -1;
-        const StickResult result =
-            layOutStick(update->site(), stick(), QString(), false, [&](qint64 done, qint64 total) {
-                QVERIFY(done > last);
-                last = done;
-                whole = total;
-            });
-        QVERIFY(result.ok);
-        QCOMPARE(last, whole);
-    }
-
-    void refusals_data() {
-        QTest::addColumn<Edit>("change");
-        QTest::addColumn<QString>("finding");
-        const auto setUrl = [](const QString &url) -> Edit {
-            return [url](QJsonObject &root) {
-                QJsonObject runtime = root["runtime"].toObject();
-                runtime["setupUrl"] = url;
-                root["runtime"] = runtime;
-            };
-        };
-        QTest::newRow("a package on a server")
-            << setUrl("https://cdn.example/setup-1.3.0.exe")
-            << "runtime: https://cdn.example/setup-1.3.0.exe is no path beside the manifest; on a "
-               "stick nothing else is found";
-        QTest::newRow("a package elsewhere on this machine")
-            << setUrl("/etc/hostname")
-            << "runtime: /etc/hostname is no path beside the manifest; on a stick nothing else is "
-               "found";
-        QTest::newRow("a package above the folder")
-            << setUrl("packages/../../x.exe")
-            << "runtime: packages/../../x.exe leads out of the manifest's folder";
-        QTest::newRow("a package that is not there")
-            << setUrl("packages/none-1.3.0.exe") << "runtime: there is no file ";
-        QTest::newRow("another package than the manifest names")
-            << setUrl("packages/launcher-setup-1.4.0.exe") << "runtime: SHA256 mismatch for ";
-    }
-
-    void refusals() {
-        QFETCH(Edit, change);
-        QFETCH(QString, finding);
-        change(update->manifest);
-        sign();
-        const StickResult result = layOut();
-        QVERIFY(!result.ok);
-        QCOMPARE(result.findings.join('|').left(finding.size()), finding);
-        QVERIFY(support::readTree(stick()).isEmpty());
-    }
-
-    void anUnsignedManifest() {
-        update->writeManifest();
-        QCOMPARE(layOut(false, QString()).findings, QStringList("the manifest is not signed"));
-        QCOMPARE(layOut().findings, QStringList("signature is empty"));
-        QVERIFY(support::readTree(stick()).isEmpty());
-    }
-
-    void aManifestOfAnotherKey() {
-        support::writeBytes(update->path("other.pub"),
-                            support::KeyPair::rsa(2048).publicPem().toUtf8());
-        const StickResult result = layOut(false, "other.pub");
-        QVERIFY(result.findings.first().startsWith("RSA signature verification failed"));
-    }
-
-    void anUpdateThatIsThereIsReplacedOnlyWhenAsked() {
-        QVERIFY(layOut().ok);
-        const FileTree first = support::readTree(stick());
-        update->manifest["publishedAt"] = "2026-11-21T06:00:00Z";
-        sign();
-        QCOMPARE(layOut().error,
-                 stick() + "/QuorvanerUpdate/manifest.json: exists; --force overwrites it");
-        QCOMPARE(support::readTree(stick()), first);
-        QVERIFY(layOut(true).ok);
-        QVERIFY(support::readTree(stick()) != first);
-    }
+    void initTestCase();
+    void init();
+    void theWholeUpdateAndNothingElse();
+    void aMountedFolderIsAVolume();
+    void progressEndsWithAllBytes();
+    void refusals_data();
+    void refusals();
+    void anUnsignedManifest();
+    void aManifestOfAnotherKey();
+    void anUpdateThatIsThereIsReplacedOnlyWhenAsked();
 
     // Whoever pulls the stick out before the end finds no update on it, not even the old one.
-    void theManifestComesLast() {
-        QVERIFY(layOut().ok);
-        const QString manifest = stick() + "/QuorvanerUpdate/manifest.json";
-        const QString last = stick() + "/QuorvanerUpdate/packages/产线三-1.2.0.zip";
-        QVERIFY(QFile::remove(last));
-        QVERIFY(QDir().mkpath(last)); // a folder in the way
-        const StickResult result = layOut(true);
-        QVERIFY(!result.ok);
-        QVERIFY2(result.error.startsWith(last + ": "), qPrintable(result.error));
-        QVERIFY(!QFileInfo::exists(manifest));
-    }
-
-    void whatIsNoFolder() {
-        const QString none = update->path("none");
-        QCOMPARE(layOutStick(update->site(), none, QString(), false, nobody).error,
-                 none + ": is no folder");
-        QCOMPARE(layOutStick(none, stick(), QString(), false, nobody).error,
-                 none + "/manifest.json: no such file");
-        support::writeBytes(update->path("site/manifest.json"), "[]");
-        QCOMPARE(layOutStick(update->site(), stick(), QString(), false, nobody).error,
-                 update->path("site/manifest.json") + ": is no JSON object");
-    }
+    void theManifestComesLast();
+    void whatIsNoFolder();
 };
+
+void StickLayoutTest::sign() const {
+    const QString text = QString::fromUtf8(ctl::manifestBytes(update->manifest));
+    const QByteArray signature = key.sign(canonicalManifestText(text).toUtf8());
+    support::writeBytes(update->path("site/manifest.json"),
+                        ctl::withSignature(text, signature).toUtf8());
+    support::writeBytes(update->path("update.pub"), key.publicPem().toUtf8());
+}
+
+StickResult StickLayoutTest::layOut(bool overwrite, const QString &keyName) const {
+    return layOutStick(update->site(), stick(),
+                       keyName.isEmpty() ? QString() : update->path(keyName), overwrite, nobody);
+}
+
+void StickLayoutTest::initTestCase() {
+    QVERIFY(support::loadScriptVocabulary());
+    support::provideUnpacking();
+}
+
+void StickLayoutTest::init() {
+    update.reset(new support::PublishedUpdate);
+    QVERIFY(QDir().mkpath(stick()));
+    sign();
+}
+
+void StickLayoutTest::theWholeUpdateAndNothingElse() {
+    support::writeBytes(update->path("site/notes.txt"), "not for the stick");
+    const StickResult result = layOut();
+    QVERIFY2(result.ok, qPrintable(result.error + result.findings.join('|')));
+    FileTree expected = support::readTree(update->site());
+    expected.remove("notes.txt");
+    QCOMPARE(support::below(support::readTree(stick()), "QuorvanerUpdate"), expected);
+    QCOMPARE(support::readTree(stick()).size(), 4);
+    QCOMPARE(result.manifestPath, stick() + "/QuorvanerUpdate/manifest.json");
+    QCOMPARE(result.packages,
+             QStringList({"packages/runtime-setup-1.3.0.exe", "packages/launcher-setup-1.4.0.exe",
+                          "packages/产线三-1.2.0.zip"}));
+    QVERIFY(!result.isVolume);
+}
+
+void StickLayoutTest::aMountedFolderIsAVolume() {
+    QTemporaryDir inMemory("/dev/shm/stick-XXXXXX");
+    if (!inMemory.isValid())
+        QSKIP("no file system in memory here");
+    QVERIFY(!layOutStick(update->site(), inMemory.path(), QString(), false, nobody).isVolume);
+    // The root of one is not ours to write to: the test of the whole road mounts one.
+}
+
+void StickLayoutTest::progressEndsWithAllBytes() {
+    qint64 last = 0;
+    qint64 whole = -1;
+    const StickResult result =
+        layOutStick(update->site(), stick(), QString(), false, [&](qint64 done, qint64 total) {
+            QVERIFY(done > last);
+            last = done;
+            whole = total;
+        });
+    QVERIFY(result.ok);
+    QCOMPARE(last, whole);
+}
+
+void StickLayoutTest::refusals_data() {
+    QTest::addColumn<Edit>("change");
+    QTest::addColumn<QString>("finding");
+    const auto setUrl = [](const QString &url) -> Edit {
+        return [url](QJsonObject &root) {
+            QJsonObject runtime = root["runtime"].toObject();
+            runtime["setupUrl"] = url;
+            root["runtime"] = runtime;
+        };
+    };
+    QTest::newRow("a package on a server")
+        << setUrl("https://cdn.example/setup-1.3.0.exe")
+        << "runtime: https://cdn.example/setup-1.3.0.exe is no path beside the manifest; on a "
+           "stick nothing else is found";
+    QTest::newRow("a package elsewhere on this machine")
+        << setUrl("/etc/hostname")
+        << "runtime: /etc/hostname is no path beside the manifest; on a stick nothing else is "
+           "found";
+    QTest::newRow("a package above the folder")
+        << setUrl("packages/../../x.exe")
+        << "runtime: packages/../../x.exe leads out of the manifest's folder";
+    QTest::newRow("a package that is not there")
+        << setUrl("packages/none-1.3.0.exe") << "runtime: there is no file ";
+    QTest::newRow("another package than the manifest names")
+        << setUrl("packages/launcher-setup-1.4.0.exe") << "runtime: SHA256 mismatch for ";
+}
+
+void StickLayoutTest::refusals() {
+    QFETCH(Edit, change);
+    QFETCH(QString, finding);
+    change(update->manifest);
+    sign();
+    const StickResult result = layOut();
+    QVERIFY(!result.ok);
+    QCOMPARE(result.findings.join('|').left(finding.size()), finding);
+    QVERIFY(support::readTree(stick()).isEmpty());
+}
+
+void StickLayoutTest::anUnsignedManifest() {
+    update->writeManifest();
+    QCOMPARE(layOut(false, QString()).findings, QStringList("the manifest is not signed"));
+    QCOMPARE(layOut().findings, QStringList("signature is empty"));
+    QVERIFY(support::readTree(stick()).isEmpty());
+}
+
+void StickLayoutTest::aManifestOfAnotherKey() {
+    support::writeBytes(update->path("other.pub"),
+                        support::KeyPair::rsa(2048).publicPem().toUtf8());
+    const StickResult result = layOut(false, "other.pub");
+    QVERIFY(result.findings.first().startsWith("RSA signature verification failed"));
+}
+
+void StickLayoutTest::anUpdateThatIsThereIsReplacedOnlyWhenAsked() {
+    QVERIFY(layOut().ok);
+    const FileTree first = support::readTree(stick());
+    update->manifest["publishedAt"] = "2026-11-21T06:00:00Z";
+    sign();
+    QCOMPARE(layOut().error,
+             stick() + "/QuorvanerUpdate/manifest.json: exists; --force overwrites it");
+    QCOMPARE(support::readTree(stick()), first);
+    QVERIFY(layOut(true).ok);
+    QVERIFY(support::readTree(stick()) != first);
+}
+
+void StickLayoutTest::theManifestComesLast() {
+    QVERIFY(layOut().ok);
+    const QString manifest = stick() + "/QuorvanerUpdate/manifest.json";
+    const QString last = stick() + "/QuorvanerUpdate/packages/产线三-1.2.0.zip";
+    QVERIFY(QFile::remove(last));
+    QVERIFY(QDir().mkpath(last)); // a folder in the way
+    const StickResult result = layOut(true);
+    QVERIFY(!result.ok);
+    QVERIFY2(result.error.startsWith(last + ": "), qPrintable(result.error));
+    QVERIFY(!QFileInfo::exists(manifest));
+}
+
+void StickLayoutTest::whatIsNoFolder() {
+    const QString none = update->path("none");
+    QCOMPARE(layOutStick(update->site(), none, QString(), false, nobody).error,
+             none + ": is no folder");
+    QCOMPARE(layOutStick(none, stick(), QString(), false, nobody).error,
+             none + "/manifest.json: no such file");
+    support::writeBytes(update->path("site/manifest.json"), "[]");
+    QCOMPARE(layOutStick(update->site(), stick(), QString(), false, nobody).error,
+             update->path("site/manifest.json") + ": is no JSON object");
+}
 
 QUORVANE_TEST_MAIN(QCoreApplication, StickLayoutTest)
 #include "stick_layout_test.moc"
