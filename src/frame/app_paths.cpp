@@ -225,7 +225,7 @@ QString AppPaths::functionLibraryPath() {
 }
 
 QString AppPaths::updatePublicKeyPath() {
-    return configFile(QStringLiteral("update.pub"));
+    return configFile(QLatin1String(updatePublicKeyName));
 }
 
 QStringList AppPaths::translationFiles() {

@@ -9,6 +9,10 @@
 #include <QString>
 #include <QStringList>
 
+// The key that proves updates, in the folder of an installation's configuration; a publisher's new key is
+// written under this name.
+inline constexpr char updatePublicKeyName[] = "update.pub";
+
 class AppPaths {
 public:
     // Finds the root, makes the folders that the program writes to and seeds the demo project.

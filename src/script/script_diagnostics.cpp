@@ -36,7 +36,7 @@ bool refuse(const ScriptDiagnostic &finding, ScriptCheckResult *result) {
 
 // A bad character is marked alone.
 bool refuseCharacter(ScriptCheckContext &context, const QString &error) {
-    ScriptDiagnostic finding = locatedError(QStringLiteral("YS100"), error);
+    ScriptDiagnostic finding = locatedError(QLatin1String(lexicalErrorCode), error);
     const qint32 behind =
         finding.column < std::numeric_limits<qint32>::max() ? finding.column + 1 : finding.column;
     finding.endColumn = qMin(lineLength(context, finding.line), behind);
@@ -45,7 +45,7 @@ bool refuseCharacter(ScriptCheckContext &context, const QString &error) {
 
 // A syntax error is marked to the end of its line.
 bool refuseSyntax(ScriptCheckContext &context, const QString &error) {
-    ScriptDiagnostic finding = locatedError(QStringLiteral("YS200"), error);
+    ScriptDiagnostic finding = locatedError(QLatin1String(syntaxErrorCode), error);
     finding.endColumn = lineLength(context, finding.line);
     return refuse(finding, &context.result);
 }

@@ -19,6 +19,9 @@
 
 namespace ast {
 
+inline constexpr char lexicalErrorCode[] = "YS100";
+inline constexpr char syntaxErrorCode[] = "YS200";
+
 // One finding. Lines and columns count from 1, columns in UTF-16 code units.
 struct ScriptDiagnostic {
     qint32 line = 1;

@@ -20,7 +20,7 @@ int run(const QCommandLineParser &parser, Console &console) {
         if (!lexicalError.isEmpty()) {
             ast::ScriptDiagnostic fault;
             ast::extractPosition(lexicalError, &fault.line, &fault.column);
-            fault.code = QStringLiteral("YS100");
+            fault.code = QLatin1String(ast::lexicalErrorCode);
             fault.message = ast::friendlyMessage(lexicalError);
             *error = faultLine(script, fault);
             return false;

@@ -1,5 +1,6 @@
 #include "quorvanectl/keys/key_files.h"
 
+#include "frame/app_paths.h"
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/interruption.h"
 #include "quorvanectl/keys/signing_key.h"
@@ -84,7 +85,7 @@ QString fingerprintOf(const QByteArray &publicPem) {
 KeyFiles makeKeyFiles(const QString &folder, const Passphrase *passphrase) {
     KeyFiles files;
     files.privatePath = QDir(folder).filePath(QStringLiteral("private.pem"));
-    files.publicPath = QDir(folder).filePath(QStringLiteral("update.pub"));
+    files.publicPath = QDir(folder).filePath(QLatin1String(updatePublicKeyName));
     if (!isFree(files.privatePath, &files.error) || !isFree(files.publicPath, &files.error))
         return files;
     const SigningKey key = SigningKey::make(&files.error);

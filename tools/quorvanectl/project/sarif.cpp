@@ -1,5 +1,6 @@
 #include "quorvanectl/project/sarif.h"
 
+#include "script/script_diagnostics.h"
 #include "update/files/project_path.h"
 
 #include <QCoreApplication>
@@ -22,8 +23,8 @@ struct Rule {
 const Rule rules[] = {
     {"project", "The project does not follow the rules of a project file."},
     {"core-plugin", "The core plug-in is missing."},
-    {"YS100", "The script holds a character that the language does not know."},
-    {"YS200", "The script has a syntax error."},
+    {ast::lexicalErrorCode, "The script holds a character that the language does not know."},
+    {ast::syntaxErrorCode, "The script has a syntax error."},
 };
 
 int ruleIndex(const QString &id) {
