@@ -5,7 +5,6 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-set(CMAKE_AUTOMOC ON)
 
 find_program(QUORVANE_CCACHE ccache)
 if(QUORVANE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
@@ -28,6 +27,13 @@ target_compile_definitions(
               QT_NO_FOREACH
               QT_NO_KEYWORDS
               QT_MESSAGELOGCONTEXT)
+
+# Two hundred programs of tests, each with most of Qt's symbols: this linker takes a tenth of the time.
+# What ships is linked by the system's own.
+find_program(QUORVANE_LLD ld.lld)
+if(QUORVANE_LLD AND NOT CMAKE_CROSSCOMPILING)
+    add_link_options($<$<CONFIG:Debug>:-fuse-ld=lld>)
+endif()
 
 if(QUORVANE_SANITIZE)
     # No recovery: a finding ends the test.

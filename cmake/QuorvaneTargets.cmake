@@ -4,7 +4,7 @@
 #
 # quorvane_add_precompiled(<name> HEADERS <header>... LINKS <target>... [DEFINITIONS <name>...])
 # makes the target quorvane_<name>_headers; quorvane_use_precompiled(<target> <name>) gives them to
-# a target, but for the file of meta-object code, which is mostly empty.
+# a target, but for the file of meta-object code.
 function(quorvane_add_precompiled name)
     cmake_parse_arguments(ARG "" "" "HEADERS;LINKS;DEFINITIONS" ${ARGN})
     if(NOT QUORVANE_PRECOMPILED)
@@ -13,7 +13,6 @@ function(quorvane_add_precompiled name)
     set(source "${CMAKE_BINARY_DIR}/precompiled/${name}.cpp")
     file(CONFIGURE OUTPUT "${source}" CONTENT "// Made by CMake: something to compile beside the headers.\n")
     add_library(quorvane_${name}_headers OBJECT "${source}")
-    set_target_properties(quorvane_${name}_headers PROPERTIES AUTOMOC OFF)
     target_link_libraries(quorvane_${name}_headers PRIVATE quorvane_options ${ARG_LINKS})
     target_compile_definitions(quorvane_${name}_headers PRIVATE ${ARG_DEFINITIONS})
     if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
@@ -32,15 +31,16 @@ function(quorvane_use_precompiled target name)
 endfunction()
 
 # quorvane_add_library(<folder> SOURCES <file>... [LINKS <target>...] [NAME <name>] [IN <folder>]
-#                      [HEADERS <file>...])
+#                      [HEADERS <file>...] [META_OBJECTS])
 #
 # The static library of one room: <folder> is its path in src, or in the folder IN. It is called
 # quorvane_<name>, by default after the last part of <folder>. Headers are included by their path,
 # "folder/header.h". Each library exports an include folder that holds nothing but a link to its own
 # folder (with HEADERS: links to these alone, where two libraries share a folder), so an include
-# compiles only where the library is linked: an upward include cannot build.
+# compiles only where the library is linked: an upward include cannot build. META_OBJECTS: one of its
+# headers has Q_OBJECT.
 function(quorvane_add_library folder)
-    cmake_parse_arguments(ARG "" "NAME;IN" "SOURCES;LINKS;HEADERS" ${ARGN})
+    cmake_parse_arguments(ARG "META_OBJECTS" "NAME;IN" "SOURCES;LINKS;HEADERS" ${ARGN})
     get_filename_component(name "${folder}" NAME)
     if(ARG_NAME)
         set(name "${ARG_NAME}")
@@ -65,7 +65,37 @@ function(quorvane_add_library folder)
     target_include_directories(quorvane_${name} PUBLIC "${include_root}")
     target_compile_definitions(quorvane_${name} PRIVATE QT_NO_CAST_FROM_ASCII)
     target_link_libraries(quorvane_${name} PUBLIC ${ARG_LINKS} PRIVATE quorvane_options)
+    set_target_properties(quorvane_${name} PROPERTIES AUTOMOC ${ARG_META_OBJECTS})
     quorvane_use_precompiled(quorvane_${name} product)
+endfunction()
+
+# quorvane_add_mocs(<target> <source>...)
+#
+# For each <name>_test.cpp makes the <name>_test.moc that it includes: one short command a file, where
+# AUTOMOC would add a run of CMake and an empty object to every program. No header is read for it, so what
+# a class declares may depend on the platform alone.
+function(quorvane_add_mocs target)
+    if(WIN32)
+        set(platform Q_OS_WIN)
+    else()
+        set(platform Q_OS_UNIX)
+    endif()
+    foreach(source IN LISTS ARGN)
+        if(NOT source MATCHES "_test\\.cpp$")
+            continue()
+        endif()
+        string(REGEX REPLACE "cpp$" "moc" moc "${CMAKE_CURRENT_BINARY_DIR}/${source}")
+        get_filename_component(moc_folder "${moc}" DIRECTORY)
+        file(MAKE_DIRECTORY "${moc_folder}")
+        add_custom_command(
+            OUTPUT "${moc}"
+            COMMAND Qt5::moc -D${platform} -o "${moc}" "${CMAKE_CURRENT_SOURCE_DIR}/${source}"
+            DEPENDS "${source}"
+            COMMENT "Meta-object code of ${source}"
+            VERBATIM)
+        set_property(SOURCE "${source}" APPEND PROPERTY OBJECT_DEPENDS "${moc}")
+        target_include_directories(${target} PRIVATE "${moc_folder}")
+    endforeach()
 endfunction()
 
 # quorvane_add_test(<folder>/<name> SOURCES <file>... [LINKS <target>...] [LABELS <label>...]
@@ -83,6 +113,7 @@ function(quorvane_add_test test)
     add_executable(${target} ${ARG_SOURCES})
     target_link_libraries(${target} PRIVATE quorvane_options quorvane_test_support ${ARG_LINKS}
                                             Qt5::Test)
+    quorvane_add_mocs(${target} ${ARG_SOURCES})
     quorvane_use_precompiled(${target} test)
     if(NOT TARGET tests_${folder})
         add_custom_target(tests_${folder})
