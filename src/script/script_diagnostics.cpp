@@ -121,8 +121,11 @@ QString friendlyMessage(const QString &message) {
 bool extractPosition(const QString &message, qint32 *line, qint32 *column) {
     static const QRegularExpression position(QStringLiteral("(?:\\(at|at)\\s+(\\d+):(\\d+)\\)?"));
     // An unknown character may be half of a surrogate pair, and a text with such a half matches
-    // nothing. On the way through UTF-8 a question mark or the like takes its place.
-    const QRegularExpressionMatch match = position.match(QString::fromUtf8(message.toUtf8()));
+    // nothing. On the way through UTF-8 a question mark or the like takes its place. Given the size,
+    // the decoder does not stop at a NUL, which may be the unknown character too.
+    const QByteArray utf8 = message.toUtf8();
+    const QRegularExpressionMatch match =
+        position.match(QString::fromUtf8(utf8.constData(), utf8.size()));
     if (!match.hasMatch())
         return false;
     if (line != nullptr)
