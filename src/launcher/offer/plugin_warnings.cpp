@@ -11,8 +11,9 @@
 
 namespace {
 
+// A manifest means the same on every system, so a backslash separates on each.
 QString withoutLeadingDot(QString path) {
-    path = QDir::fromNativeSeparators(path);
+    path.replace(QLatin1Char('\\'), QLatin1Char('/'));
     while (path.startsWith(QLatin1String("./")))
         path.remove(0, 2);
     return path;

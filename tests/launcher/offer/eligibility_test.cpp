@@ -394,6 +394,10 @@ void VersionCandidatesTest::collectPluginWarnings_data() {
         << QJsonArray{plugin("plugins/a.dll")} << QStringList();
     QTest::newRow("leading dots are dropped, however many")
         << QJsonArray{plugin(" ././plugins/a.dll ")} << QStringList();
+    QTest::newRow("a backslash separates on every system")
+        << QJsonArray{plugin(".\\.\\plugins\\a.dll"), plugin("BIN\\above.dll"),
+                      plugin("plugins\\none.dll")}
+        << missing("%a/plugins/none.dll");
     QTest::newRow("one that is missing")
         << QJsonArray{plugin("plugins/none.dll")} << missing("%a/plugins/none.dll");
     QTest::newRow("bin is looked for beside the program's folder first")
