@@ -48,13 +48,15 @@ QString kindMessage(const QString &name) {
 
 } // namespace
 
-bool BaseParameter::ParaNameIsLegal(const QString &name) {
+// NOLINTBEGIN(performance-unnecessary-value-param): a copy is meant, everyWriteToAParameterRegisters
+
+bool BaseParameter::ParaNameIsLegal(QString name) {
     // The dollar also matches before a final line feed, so a name may end in one.
     static const QRegularExpression form(QStringLiteral("^[a-zA-Z_][a-zA-Z0-9_]*$"));
     return form.match(name).hasMatch() && !isReserved(name);
 }
 
-void BaseParameter::ParaCreate(const QString &name, const YsDate &value) {
+void BaseParameter::ParaCreate(QString name, YsDate value) {
     if (isCreated()) {
         (void)ParaModify(name, value); // A refusal has been told by its message.
         return;
@@ -68,7 +70,7 @@ void BaseParameter::ParaCreate(const QString &name, const YsDate &value) {
     m_values = {value};
 }
 
-void BaseParameter::ParaCreateArray(const QString &name, const YsDate &value, qint32 number) {
+void BaseParameter::ParaCreateArray(QString name, YsDate value, qint32 number) {
     if (isCreated()) {
         (void)ParaModifyElement(name, value, number); // As above.
         return;
@@ -87,7 +89,7 @@ void BaseParameter::ParaCreateArray(const QString &name, const YsDate &value, qi
     m_values = std::move(elements);
 }
 
-bool BaseParameter::ParaModify(const QString &name, const YsDate &value) {
+bool BaseParameter::ParaModify(QString name, YsDate value) {
     if (!isCreated())
         return refuse(notCreatedMessage(name));
     // An array of no elements holds no kind that could differ. Of the others the first element
@@ -98,7 +100,7 @@ bool BaseParameter::ParaModify(const QString &name, const YsDate &value) {
     return false;
 }
 
-bool BaseParameter::ParaModifyElement(const QString &name, const YsDate &value, qint32 index) {
+bool BaseParameter::ParaModifyElement(QString name, YsDate value, qint32 index) {
     if (!isCreated())
         return refuse(notCreatedMessage(name));
     if (index < 0 || std::size_t(index) >= m_values.size())
@@ -109,6 +111,8 @@ bool BaseParameter::ParaModifyElement(const QString &name, const YsDate &value, 
     element = value;
     return false;
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 bool BaseParameter::isCreated() const {
     return m_name != QLatin1String("m_m_nullname");

@@ -4,7 +4,8 @@
 // leaves it as it was and is one SendMessage; nothing throws.
 //
 // The name given to a write only serves its message and, on creation, becomes the variable's name.
-// It carries no index.
+// It carries no index. Arguments come by value: the copy of the cell registers its type
+// (parameter/ys_date.h), also where the write is refused.
 //
 // Threads: no lock; belongs to the thread of the store that holds it.
 #pragma once
@@ -23,20 +24,20 @@ public:
     BaseParameter() = default;
 
     // Creates a scalar, or modifies a variable that exists.
-    void ParaCreate(const QString &name, const YsDate &value);
+    void ParaCreate(QString name, YsDate value);
 
     // Creates an array of `number` copies of the value (none for a number below 1), or modifies the
     // element `number` of a variable that exists. A size that memory cannot hold is refused.
-    void ParaCreateArray(const QString &name, const YsDate &value, qint32 number);
+    void ParaCreateArray(QString name, YsDate value, qint32 number);
 
     // Makes the value the variable's only one. True if it was REFUSED.
-    [[nodiscard]] bool ParaModify(const QString &name, const YsDate &value);
+    [[nodiscard]] bool ParaModify(QString name, YsDate value);
 
     // Replaces one element. True if it was REFUSED.
-    [[nodiscard]] bool ParaModifyElement(const QString &name, const YsDate &value, qint32 index);
+    [[nodiscard]] bool ParaModifyElement(QString name, YsDate value, qint32 index);
 
     // True if the name may be a parameter's. Usable from any thread.
-    [[nodiscard]] static bool ParaNameIsLegal(const QString &name);
+    [[nodiscard]] static bool ParaNameIsLegal(QString name);
 
     // To be read and written on the store's thread only.
     std::vector<YsDate> m_values;

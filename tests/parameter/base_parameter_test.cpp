@@ -13,6 +13,7 @@
 #include <limits>
 #include <new>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 // One request for memory above a gibibyte fails here, whatever the machine would have promised.
@@ -65,6 +66,7 @@ class BaseParameterTest : public QObject {
 
 private Q_SLOTS:
     void hasTheOneSignal();
+    void operationsTakeTheirArgumentsByValue();
     void startsUncreated();
     void fieldsStandInTheirOrder();
     void nameIsLegal_data();
@@ -103,6 +105,18 @@ void BaseParameterTest::hasTheOneSignal() {
     QCOMPARE(support::ownMethods(BaseParameter::staticMetaObject),
              QStringList("public signal void SendMessage(QString)"));
     QCOMPARE(BaseParameter::staticMetaObject.superClass(), &QObject::staticMetaObject);
+}
+
+void BaseParameterTest::operationsTakeTheirArgumentsByValue() {
+    using Create = void (BaseParameter::*)(QString, YsDate);
+    using CreateArray = void (BaseParameter::*)(QString, YsDate, qint32);
+    using Modify = bool (BaseParameter::*)(QString, YsDate);
+    using ModifyElement = bool (BaseParameter::*)(QString, YsDate, qint32);
+    QVERIFY((std::is_same_v<decltype(&BaseParameter::ParaCreate), Create>));
+    QVERIFY((std::is_same_v<decltype(&BaseParameter::ParaCreateArray), CreateArray>));
+    QVERIFY((std::is_same_v<decltype(&BaseParameter::ParaModify), Modify>));
+    QVERIFY((std::is_same_v<decltype(&BaseParameter::ParaModifyElement), ModifyElement>));
+    QVERIFY((std::is_same_v<decltype(&BaseParameter::ParaNameIsLegal), bool (*)(QString)>));
 }
 
 void BaseParameterTest::startsUncreated() {

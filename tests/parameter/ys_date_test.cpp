@@ -1,10 +1,14 @@
-// The cell of a parameter: its defaults, and that copying one registers its type while making one
-// does not; each test begins with the type unregistered.
+// The cell of a parameter: its defaults, and that copying one registers its type, a write to a
+// parameter too, while making one does not; each test begins with the type unregistered.
 #include "parameter/ys_date.h"
 
 #include "parameter/base_parameter.h"
 #include "parameter/source_parameter.h"
 #include "support/staged_main.h"
+
+#include <functional>
+
+Q_DECLARE_METATYPE(std::function<void(BaseParameter &, const YsDate &)>)
 
 namespace {
 
@@ -31,6 +35,8 @@ private Q_SLOTS:
     void copyConstructionRegisters();
     void copyAssignmentRegisters();
     void movingIsCopying();
+    void everyWriteToAParameterRegisters_data();
+    void everyWriteToAParameterRegisters();
     void registeringAgainChangesNothing();
     void copiesHoldValueAndKind();
     void assigningItselfKeepsIt();
@@ -84,6 +90,33 @@ void YsDateTest::movingIsCopying() {
     const YsDate moved(std::move(made)); // NOLINT(performance-move-const-arg): shown here
     QVERIFY(registeredType() >= QMetaType::User);
     QCOMPARE(moved.value, QVariant(QStringLiteral("stays")));
+}
+
+// They take the cell by value; a refused write, which keeps nothing of it, shows that.
+void YsDateTest::everyWriteToAParameterRegisters_data() {
+    using Write = std::function<void(BaseParameter &, const YsDate &)>;
+    QTest::addColumn<Write>("write");
+    const auto row = [](const char *name, const Write &write) { QTest::newRow(name) << write; };
+    row("ParaCreate",
+        [](BaseParameter &parameter, const YsDate &cell) { parameter.ParaCreate("1", cell); });
+    row("ParaCreateArray", [](BaseParameter &parameter, const YsDate &cell) {
+        parameter.ParaCreateArray("1", cell, 2);
+    });
+    row("ParaModify", [](BaseParameter &parameter, const YsDate &cell) {
+        QVERIFY(parameter.ParaModify("1", cell));
+    });
+    row("ParaModifyElement", [](BaseParameter &parameter, const YsDate &cell) {
+        QVERIFY(parameter.ParaModifyElement("1", cell, 0));
+    });
+}
+
+void YsDateTest::everyWriteToAParameterRegisters() {
+    QFETCH(std::function<void(BaseParameter &, const YsDate &)>, write);
+    BaseParameter parameter;
+    const YsDate made;
+    write(parameter, made);
+    QVERIFY(parameter.m_values.empty());
+    QVERIFY(registeredType() >= QMetaType::User);
 }
 
 void YsDateTest::registeringAgainChangesNothing() {
