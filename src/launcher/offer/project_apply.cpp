@@ -196,6 +196,7 @@ bool resolveUpdateZip(const UpdateSnapshot &snapshot, QString *zipPath, QString 
 QString findProjectFile(const QString &folder) {
     const QDir place(QDir(folder).absolutePath());
     const QFileInfo named(place.filePath(place.dirName() + QStringLiteral(".yslib")));
-    return named.isFile() ? named.absoluteFilePath()
+    // A folder of that name is taken for it too. Meant: findProjectFile.
+    return named.exists() ? named.absoluteFilePath()
                           : findFileBySuffix(folder, QStringLiteral(".yslib"));
 }

@@ -24,6 +24,6 @@
                                     QString *error = nullptr,
                                     const CancelFlag *cancelRef = nullptr);
 
-// The project file of a folder: the one that bears the folder's name, else the first found anywhere
-// below; empty if there is none.
+// The project file of a folder: what bears the folder's name there, be it a folder, else the first
+// file found anywhere below; empty if there is none.
 [[nodiscard]] QString findProjectFile(const QString &folder);

@@ -929,8 +929,10 @@ void ProjectApplyTest::findProjectFile_data() {
                                                                                   "y.txt",
                                                                                   "b/folder.yslib"}
                                                                    << "b/folder.yslib";
-    QTest::newRow("a folder of that name is no project file")
-        << QStringList{"folder.yslib/x.txt", "b.yslib"} << "b.yslib";
+    QTest::newRow("a folder that bears the folder's name is taken for it")
+        << QStringList{"folder.yslib/x.txt", "b.yslib"} << "folder.yslib";
+    QTest::newRow("a folder of another name is not")
+        << QStringList{"a.yslib/x.txt", "c/b.yslib"} << "c/b.yslib";
 }
 
 void ProjectApplyTest::findProjectFile() {
