@@ -5,6 +5,7 @@
 #include "update/files/version_text.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -53,15 +54,24 @@ QString orRecorded(const QString &version, const QString &projectPath) {
     return recorded.isEmpty() ? QString() : recorded;
 }
 
+// Nothing is created: the system may refuse that for a file of another user's that is there. Nothing
+// is cut off before the new text stands: a full disk leaves the old one as it is.
+bool writeOver(const QString &path, const QByteArray &content) {
+    QFile file(path);
+    return file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Text) &&
+           file.write(content) == content.size() && file.flush() && file.resize(file.pos());
+}
+
 // No moment without a whole project file: the new text takes the place of the old one once it lies
-// on the disk. Where no file can be made beside it, it is written over.
+// on the disk. Where no file can be made beside it, it is written over; so it is where none can take
+// its place, since a reader holds it on Windows, or it is another user's in a sticky folder.
 bool replaceContent(const QString &path, const QByteArray &content) {
     QSaveFile file(path);
     file.setDirectWriteFallback(true);
-    return file.open(QIODevice::WriteOnly | QIODevice::Text) &&
-           file.write(content) == content.size() &&
-           file.flush() && // commit() does not look at what its own flush comes to
-           file.commit();
+    const bool written = file.open(QIODevice::WriteOnly | QIODevice::Text) &&
+                         file.write(content) == content.size() &&
+                         file.flush(); // commit() does not look at what its own flush comes to
+    return written && (file.commit() || writeOver(path, content));
 }
 
 bool stampProjectFile(const QString &projectPath, const QString &version) {

@@ -55,6 +55,7 @@ private Q_SLOTS:
     void stampOfAFileThatCannotBeWrittenGoesToTheSidecar();
     void stampFailsWhereNothingCanBeWritten();
     void stampNeverWritesInTheOldFile();
+    void stampReachesAFileThatAReaderHolds();
     void stampKeepsPermissionsAndLeavesNothingElse();
     void stampFollowsALinkToTheFile();
 };
@@ -330,6 +331,18 @@ void ProjectFileTest::stampNeverWritesInTheOldFile() {
     QVERIFY(stampProjectVersion(file, "1.0"));
     QCOMPARE(folder.read("old.yslib"), QByteArray("{}"));
     QCOMPARE(readProjectVersion(file), QStringLiteral("1.0"));
+}
+
+// On Windows nothing can take the place of a file that is open.
+void ProjectFileTest::stampReachesAFileThatAReaderHolds() {
+    const ProjectFolder folder;
+    QFile reader(folder.write("line.yslib", "{}"));
+    QVERIFY(reader.open(QIODevice::ReadOnly));
+    QVERIFY(stampProjectVersion(reader.fileName(), "1.0"));
+    QCOMPARE(readProjectVersion(reader.fileName()), QStringLiteral("1.0"));
+    QCOMPARE(
+        QDir(folder.path("")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+        (QStringList{sidecarName, "line.yslib"}));
 }
 
 void ProjectFileTest::stampKeepsPermissionsAndLeavesNothingElse() {

@@ -1,6 +1,7 @@
 // The folder operations where the user lacks a right, and where a name is no text.
 #include "support/file_kinds.h"
 #include "support/file_tree.h"
+#include "support/ordinary_user.h"
 #include "support/staged_main.h"
 #include "update/files/file_operations.h"
 
@@ -11,36 +12,7 @@
 #include <unistd.h>
 
 using support::FileTree;
-
-namespace {
-
-// Root may do anything. As long as this lives, the test is somebody else, to whom the folder belongs.
-class OrdinaryUser {
-public:
-    explicit OrdinaryUser(const QString &folder)
-        : isOne(::geteuid() != 0) {
-        const uid_t nobody = 65534;
-        const QByteArray name = QFile::encodeName(folder);
-        if (isOne || ::chown(name.constData(), nobody, static_cast<gid_t>(-1)) != 0 ||
-            ::seteuid(nobody) != 0)
-            return;
-        becameOne = true;
-        isOne = ::euidaccess(name.constData(), W_OK | X_OK) == 0;
-    }
-    ~OrdinaryUser() {
-        if (becameOne && ::seteuid(0) != 0)
-            qFatal("cannot be root again");
-    }
-    OrdinaryUser(const OrdinaryUser &) = delete;
-    OrdinaryUser &operator=(const OrdinaryUser &) = delete;
-
-    bool isOne;
-
-private:
-    bool becameOne = false;
-};
-
-} // namespace
+using support::OrdinaryUser;
 
 class FileRightsTest : public QObject {
     Q_OBJECT
