@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <vector>
 
 namespace {
 
@@ -88,34 +89,47 @@ bool copyEntry(const QFileInfo &info, const QString &destination, QString *error
            fail(QStringLiteral("unable to create directory: %1").arg(destination), error);
 }
 
-bool listOrFail(const QString &folder, QFileInfoList *entries, QString *error) {
-    QString unreadable;
-    return listFolder(folder, entries, &unreadable) || failCopying(unreadable, error);
+// A folder, and whether it or one above it in the project is hidden.
+struct Inside {
+    QString path;
+    bool hidden;
+};
+
+// Of a folder that cannot be listed only its removal tells whether it is empty. If it was, one that
+// can be listed takes its place, for the copies to come.
+bool isEmptyWhenRemoved(const QString &folder) {
+    return QDir().rmdir(folder) && QDir().mkdir(folder);
 }
 
-// Nothing has been changed yet. A project of which an entry cannot be read could neither be backed up
-// nor removed whole, and one that something cannot be taken out of would be left in parts.
+// The project is still whole. One of which a file could not be copied could not be backed up whole,
+// and one that something cannot be taken out of would be left in parts. What is hidden is not copied.
 bool canBeTakenApart(const QString &target, QString *error) {
     const bool targetIsLink = isLink(QFileInfo(target)); // all of it that is removed
     bool removable =
         mayTakeFrom(QFileInfo(QDir::cleanPath(target)).absolutePath()) && !isHeld(target);
-    QStringList folders{target};
-    for (int i = 0; i < folders.size(); ++i) {
-        const QString folder = folders.at(i);
+    std::vector<Inside> folders{{target, false}};
+    QStringList unlisted;
+    for (std::size_t i = 0; i < folders.size(); ++i) {
+        const Inside folder = folders[i];
         QFileInfoList entries;
-        if (!listOrFail(folder, &entries, error))
-            return false;
+        if (!listFolder(folder.path, &entries))
+            unlisted.append(folder.path);
         if (!targetIsLink)
-            removable =
-                removable && !isMountPoint(folder) && (entries.isEmpty() || mayTakeFrom(folder));
+            removable = removable && !isMountPoint(folder.path) &&
+                        (entries.isEmpty() || mayTakeFrom(folder.path));
         for (const QFileInfo &info : qAsConst(entries)) {
-            if (info.isFile() && !info.isHidden() && !mayRead(info.filePath()))
+            const bool hidden = folder.hidden || info.isHidden();
+            if (info.isFile() && !hidden && !mayRead(info.filePath()))
                 return failCopying(info.filePath(), error);
             removable = removable && (targetIsLink || !isHeld(info.filePath()));
             if (info.isDir() && !isLink(info))
-                folders.append(info.filePath());
+                folders.push_back({info.filePath(), hidden});
         }
     }
+    // What a link leads to stays as it is.
+    removable = removable &&
+                (targetIsLink ? unlisted.isEmpty()
+                              : std::all_of(unlisted.begin(), unlisted.end(), isEmptyWhenRemoved));
     return removable || fail(QStringLiteral("unable to remove directory: %1").arg(target), error);
 }
 
@@ -228,8 +242,9 @@ bool copyDirectory(const QString &source, const QString &target, QString *error)
     for (int i = 0; i < folders.size(); ++i) {
         const QString below = folders.at(i);
         QFileInfoList entries;
-        if (!listOrFail(source + QLatin1Char('/') + below, &entries, error))
-            return false;
+        QString unreadable;
+        if (!listFolder(source + QLatin1Char('/') + below, &entries, &unreadable))
+            return failCopying(unreadable, error);
         for (const QFileInfo &info : qAsConst(entries)) {
             const QString relative = below + info.fileName();
             if (!info.isHidden() && !copyEntry(info, QDir(target).filePath(relative), error))

@@ -24,8 +24,8 @@
 // Puts the folder `staging` in the place of `target`, through a copy of the old one at `backup`
 // (blank: `target` with ".apply_backup" behind it) that is gone after a success. The folders named
 // in `preservedNames` are first copied from `target` into `staging`, where their files win. Refuses
-// a target that is empty, the root of a file system, holds staging, backup or the program, or of
-// which a folder cannot be read.
+// a target that is empty, the root of a file system, holds staging, backup or the program, or that is
+// seen beforehand to hold a file that cannot be copied, or something that cannot be removed.
 [[nodiscard]] bool replaceDirectory(const QString &staging, const QString &target,
                                     const QStringList &preservedNames, const QString &backup,
                                     QString *error = nullptr);

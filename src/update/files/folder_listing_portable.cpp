@@ -8,15 +8,19 @@
 
 bool listFolder(const QString &folder, QFileInfoList *entries, QString *unreadable) {
     namespace fs = std::filesystem;
+    QString unseen;
     std::error_code failure;
     fs::directory_iterator entry(fs::u8path(folder.toUtf8().constData()), failure);
     while (!failure && entry != fs::directory_iterator()) {
         const std::string name = entry->path().u8string();
         const QString path = QString::fromUtf8(name.c_str());
-        if (path.toUtf8() != name.c_str())
-            return fail(path, unreadable);
-        entries->append(QFileInfo(path));
+        if (path.toUtf8() == name.c_str())
+            entries->append(QFileInfo(path));
+        else if (unseen.isNull())
+            unseen = path;
         entry.increment(failure);
     }
-    return !failure || fail(folder, unreadable);
+    if (failure)
+        unseen = folder;
+    return unseen.isNull() || fail(unseen, unreadable);
 }

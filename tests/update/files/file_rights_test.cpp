@@ -22,6 +22,7 @@ private Q_SLOTS:
     void aLinkThatCannotBeRemovedLeavesWhatItLeadsToAsItIs();
     void aFolderThatCannotBeTakenApartIsLeftAlone_data();
     void aFolderThatCannotBeTakenApartIsLeftAlone();
+    void whatALinkedProjectHoldsStaysAsItIs();
     void aNameThatIsNoUtf8LeavesTheFolderAlone();
 };
 
@@ -41,7 +42,7 @@ void FileRightsTest::aFolderThatCannotBeLookedAtIsNotTakenForGone() {
     ::chmod(QFile::encodeName(closed), 0700);
     QVERIFY(!removed && !replaced);
     QCOMPARE(error, "unable to remove directory: " + closed + "/d");
-    QCOMPARE(told, "unable to copy file: " + closed + "/d");
+    QCOMPARE(told, "unable to remove directory: " + closed + "/d");
     QCOMPARE(support::readTree(closed), FileTree({{"d/file", "x"}}));
     QVERIFY(!QFileInfo::exists(folder.filePath("backup")));
 }
@@ -62,32 +63,40 @@ void FileRightsTest::aLinkThatCannotBeRemovedLeavesWhatItLeadsToAsItIs() {
     QCOMPARE(after.st_mode & 0777, 0400U);
 }
 
-// Seen beforehand: the copy, or the removal, would leave parts of it.
+// Seen beforehand: the copy, or the removal, would leave parts of it. The text is the one that the
+// replacement would have ended with.
 void FileRightsTest::aFolderThatCannotBeTakenApartIsLeftAlone_data() {
-    QTest::addColumn<QString>("spoilt");
+    QTest::addColumn<QStringList>("spoilt");
     QTest::addColumn<int>("mode");
     QTest::addColumn<QString>("error"); // none: it is replaced all the same
     const QString stays = "unable to remove directory: BASE/in/target";
-    const auto row = [](const char *name, const QString &spoilt, int mode, const QString &error) {
-        QTest::newRow(name) << spoilt << mode << error;
-    };
-    row("a folder that cannot be listed", "in/target/b", 0300,
-        "unable to copy file: BASE/in/target/b");
-    row("a hidden one too", "in/target/.c", 0300, "unable to copy file: BASE/in/target/.c");
-    row("a file that cannot be read", "in/target/b/file", 0,
-        "unable to copy file: BASE/in/target/b/file");
-    row("a folder that nothing can be taken out of", "in/target/b", 0500, stays);
-    row("one whose entries can be listed and no more", "in/target/b", 0600, stays);
-    row("the project's folder itself", "in/target", 0500, stays);
-    row("the folder that it lies in", "in", 0500, stays);
-    row("a file that may not be written to", "in/target/b/file", 0400, "");
-    row("a hidden file that cannot be read", "in/target/.hidden", 0, "");
-    row("an empty folder that may not be written to", "in/target/empty", 0500, "");
-    row("what a link leads to", "outside", 0500, "");
+    const QString uncopied = "unable to copy file: BASE/in/target/b/file";
+    const auto row = [](const char *name, const QStringList &spoilt, int mode,
+                        const QString &error) { QTest::newRow(name) << spoilt << mode << error; };
+    row("a folder that cannot be listed", {"in/target/b"}, 0300, stays);
+    row("a hidden one too", {"in/target/.c"}, 0300, stays);
+    row("one below a hidden one", {"in/target/.c/sub"}, 0300, stays);
+    row("an empty folder that cannot be listed", {"in/target/empty"}, 0300, "");
+    row("an empty one that nothing may be done with", {"in/target/empty"}, 0, "");
+    row("an empty one beside another that is not", {"in/target/empty", "in/target/b"}, 0300, stays);
+    row("the project's folder itself, unlisted", {"in/target"}, 0300, stays);
+    row("a file that cannot be read", {"in/target/b/file"}, 0, uncopied);
+    row("one beside a folder that cannot be listed", {"in/target/a", "in/target/b/file"}, 0200,
+        uncopied);
+    row("a folder that nothing can be taken out of", {"in/target/b"}, 0500, stays);
+    row("one whose entries can be listed and no more", {"in/target/b"}, 0600, stays);
+    row("the project's folder itself", {"in/target"}, 0500, stays);
+    row("the folder that it lies in", {"in"}, 0500, stays);
+    row("a file that may not be written to", {"in/target/b/file"}, 0400, "");
+    row("a hidden file that cannot be read", {"in/target/.hidden"}, 0, "");
+    row("a file below a hidden folder that cannot be read", {"in/target/.c/file"}, 0, "");
+    row("a file further below one", {"in/target/.c/sub/file"}, 0, "");
+    row("an empty folder that may not be written to", {"in/target/empty"}, 0500, "");
+    row("what a link leads to", {"outside"}, 0500, "");
 }
 
 void FileRightsTest::aFolderThatCannotBeTakenApartIsLeftAlone() {
-    QFETCH(QString, spoilt);
+    QFETCH(QStringList, spoilt);
     QFETCH(int, mode);
     QFETCH(QString, error);
     const QTemporaryDir folder;
@@ -97,23 +106,45 @@ void FileRightsTest::aFolderThatCannotBeTakenApartIsLeftAlone() {
     support::writeTree(folder.path(), {{"in/target/a/file", "x"},
                                        {"in/target/b/file", "x"},
                                        {"in/target/.c/file", "x"},
+                                       {"in/target/.c/sub/file", "x"},
                                        {"in/target/.hidden", "x"},
                                        {"in/target/empty/", ""},
                                        {"outside/file", "x"},
                                        {"staging/new", "x"}});
     QVERIFY(support::makeLink(folder.filePath("outside"), folder.filePath("in/target/way")));
     const FileTree before = support::readTree(folder.filePath("in"));
-    QCOMPARE(::chmod(QFile::encodeName(folder.filePath(spoilt)), static_cast<mode_t>(mode)), 0);
+    for (const QString &name : spoilt)
+        QCOMPARE(::chmod(QFile::encodeName(folder.filePath(name)), static_cast<mode_t>(mode)), 0);
     QString told;
     const bool replaced = replaceDirectory(folder.filePath("staging"), folder.filePath("in/target"),
                                            {}, folder.filePath("backup"), &told);
-    ::chmod(QFile::encodeName(folder.filePath(spoilt)), 0700);
+    for (const QString &name : spoilt)
+        ::chmod(QFile::encodeName(folder.filePath(name)), 0700);
     QCOMPARE(told, error.replace("BASE", folder.path()));
     QCOMPARE(replaced, error.isEmpty());
     QCOMPARE(support::readTree(folder.filePath("in")),
              error.isEmpty() ? FileTree({{"target/new", "x"}}) : before);
     QVERIFY(!QFileInfo::exists(folder.filePath("backup")));
     QCOMPARE(support::readTree(folder.filePath("outside")), FileTree({{"file", "x"}}));
+}
+
+void FileRightsTest::whatALinkedProjectHoldsStaysAsItIs() {
+    const QTemporaryDir folder;
+    const OrdinaryUser user(folder.path());
+    if (!user.isOne)
+        QSKIP("root may do anything, and cannot become anybody else here");
+    support::writeTree(folder.path(), {{"outside/empty/", ""}, {"new/file", "x"}});
+    QVERIFY(support::makeLink(folder.filePath("outside"), folder.filePath("project")));
+    const QByteArray closed = QFile::encodeName(folder.filePath("outside/empty"));
+    QCOMPARE(::chmod(closed.constData(), 0300), 0);
+    QString error;
+    QVERIFY(!replaceDirectory(folder.filePath("new"), folder.filePath("project"), {},
+                              folder.filePath("backup"), &error));
+    QCOMPARE(error, "unable to remove directory: " + folder.filePath("project"));
+    struct stat after {};
+    QCOMPARE(::stat(closed.constData(), &after), 0);
+    ::chmod(closed.constData(), 0700);
+    QCOMPARE(after.st_mode & 0777, 0300U);
 }
 
 void FileRightsTest::aNameThatIsNoUtf8LeavesTheFolderAlone() {
@@ -123,16 +154,17 @@ void FileRightsTest::aNameThatIsNoUtf8LeavesTheFolderAlone() {
     const int descriptor = ::open(name.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
     QVERIFY(descriptor >= 0);
     ::close(descriptor);
-    const QString start = "unable to copy file: " + folder.filePath("old/sub/");
     QString error;
     QVERIFY(!replaceDirectory(folder.filePath("new"), folder.filePath("old"), {},
                               folder.filePath("backup"), &error));
-    QVERIFY2(error.startsWith(start) && error.endsWith(".log"), qPrintable(error));
+    QCOMPARE(error, "unable to remove directory: " + folder.filePath("old"));
     QVERIFY(support::readTree(folder.filePath("old")).contains("sub/file"));
     QVERIFY(!QFileInfo::exists(folder.filePath("backup")));
     QVERIFY(!copyDirectory(folder.filePath("old"), folder.filePath("copy"),
                            &error)); // nor is it left out of a copy
-    QVERIFY2(error.startsWith(start), qPrintable(error));
+    QVERIFY2(error.startsWith("unable to copy file: " + folder.filePath("old/sub/")) &&
+                 error.endsWith(".log"),
+             qPrintable(error));
     QCOMPARE(::unlink(name.constData()), 0); // the folder's own removal could not
 }
 
