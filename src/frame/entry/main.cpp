@@ -5,6 +5,7 @@
 #include "frame/locale_manager.h"
 #include "frame/settings_store.h"
 #include "launcher/launcher_service.h"
+#include "launcher/offer/stick_search.h"
 #include "library/function_library.h"
 #include "parameter/source_parameter.h"
 #include "window/launcher_window.h"
@@ -12,6 +13,8 @@
 #include <QApplication>
 #include <QList>
 #include <QThreadPool>
+
+#include <cstdlib>
 
 namespace {
 
@@ -31,9 +34,7 @@ void makeSourceParameters() {
     sourceParameters.append(new SourceParameter(false));
 }
 
-} // namespace
-
-int main(int argc, char **argv) {
+int runLauncher(int argc, char **argv) {
     // Line PCs have screens of any density. These two only count before there is an application.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
@@ -55,4 +56,14 @@ int main(int argc, char **argv) {
     window.show();
     service.start(); // only now: the first countdownChanged must reach a window that is shown
     return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    const int status = runLauncher(argc, argv);
+    // All that is ours has ended. What is left to destroy may still be in use.
+    if (isStickSearchLeftBehind())
+        std::_Exit(status);
+    return status;
 }

@@ -1,14 +1,14 @@
 // The update check: a manifest is found, proved genuine, and weighed for this project and this
 // installation. No failure of it stops the launch.
+#include "launcher/offer/stick_search.h"
+#include "launcher/offer/stick_walk.h"
 #include "launcher/offer/update_component.h"
 #include "launcher/offer/update_context.h"
 
-#include "frame/app_paths.h"
 #include "frame/launch_log.h"
 #include "project/project_file.h"
 #include "update/default_manifest_url.h"
 #include "update/files/failure.h"
-#include "update/files/text_file.h"
 #include "update/http_fetch.h"
 #include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
@@ -48,13 +48,22 @@ QJsonObject recordOf(const QJsonArray &projects, const QString &projectName,
 } // namespace
 
 bool UpdateContext::runUpdateCheck(QString *summary) {
-    return runUpdateCheck(AppPaths::findUsbManifest(), summary);
+    return runUpdateCheck(searchStick(findStickManifest, stickLimitMs, cancelRef), summary);
 }
 
 bool UpdateContext::runUpdateCheck(const QString &stickManifest, QString *summary,
                                    OfferWeighing *weighed) {
+    return runUpdateCheck({readStickManifest(stickManifest), false}, summary, weighed);
+}
+
+bool UpdateContext::runUpdateCheck(const StickSearch &stick, QString *summary,
+                                   OfferWeighing *weighed) {
     snapshot = UpdateSnapshot();
-    QString text = readStickManifest(stickManifest);
+    if (stick.outOfTime)
+        appendLaunchLog(QStringLiteral("No answer from the mounted volumes within %1 ms: the check "
+                                       "goes on without a stick")
+                            .arg(stickLimitMs));
+    QString text = takeStickManifest(stick.manifest);
     if (text.isEmpty()) {
         QString error;
         text = fetchOnlineManifest(&error);
@@ -92,27 +101,24 @@ bool UpdateContext::weighManifest(const QString &text, QString *summary, OfferWe
     return evaluateManifest(*proof.manifest, summary, weighed);
 }
 
-// Empty without a stick, and for one that cannot be read: the network is tried then.
-QString UpdateContext::readStickManifest(const QString &path) {
-    if (path.isEmpty())
+// Empty without a stick, and for one that could not be read: the network is tried then.
+QString UpdateContext::takeStickManifest(const StickManifest &stick) {
+    if (stick.path.isEmpty())
         return QString();
-    QString error;
-    const QString text = readTextFile(path, &error);
-    if (text.isEmpty()) {
-        appendLaunchLog(
-            UpdateContext::tr("U 盘 manifest 无法读取，尝试在线更新：%1 (%2)").arg(path, error));
+    if (stick.text.isEmpty()) {
+        appendLaunchLog(UpdateContext::tr("U 盘 manifest 无法读取，尝试在线更新：%1 (%2)")
+                            .arg(stick.path, stick.error));
         return QString();
     }
-    snapshot.source = path;
-    snapshot.baseLocation = QFileInfo(path).absolutePath();
+    snapshot.source = stick.path;
+    snapshot.baseLocation = QFileInfo(stick.path).absolutePath();
     snapshot.fromUsb = true;
-    const QString hash = fileSha256Hex(path, &error);
-    appendLaunchLog(
-        hash.isEmpty()
-            ? UpdateContext::tr("已读取 U 盘 manifest：%1（文件 SHA256 计算失败：%2）")
-                  .arg(path, error)
-            : UpdateContext::tr("已读取 U 盘 manifest：%1（file_sha256=%2）").arg(path, hash));
-    return text;
+    appendLaunchLog(stick.hash.isEmpty()
+                        ? UpdateContext::tr("已读取 U 盘 manifest：%1（文件 SHA256 计算失败：%2）")
+                              .arg(stick.path, stick.error)
+                        : UpdateContext::tr("已读取 U 盘 manifest：%1（file_sha256=%2）")
+                              .arg(stick.path, stick.hash));
+    return stick.text;
 }
 
 QString UpdateContext::fetchOnlineManifest(QString *error) {

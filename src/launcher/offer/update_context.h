@@ -80,6 +80,8 @@ struct ComponentSetupResult {
 };
 
 struct OfferWeighing;
+struct StickManifest;
+struct StickSearch;
 
 // The four fields, and the operations that read them. Those that take no context are pure reads of
 // files and JSON. Texts are translated in the context of LauncherService. Any thread, on its own
@@ -139,12 +141,14 @@ struct UpdateContext {
     // update_check.cpp: the check, and where packages lie.
 
     // Looks for a manifest on a stick, else online, proves it genuine and evaluates it. Blocks for
-    // seconds, and on volumes that do not answer: only ever on a worker. True when something can
-    // be offered; `summary` receives lines for the user in all cases.
+    // seconds: only ever on a worker. True when something can be offered; `summary` receives lines
+    // for the user in all cases.
     [[nodiscard]] bool runUpdateCheck(QString *summary);
-    // The same with the stick's manifest already looked for; empty: there is no stick.
-    // `weighed`, here and below, receives the weighing if there was one.
+    // The same with the stick's manifest already found, and with the search over; an empty path:
+    // there is no stick. `weighed`, here and below, receives the weighing if there was one.
     [[nodiscard]] bool runUpdateCheck(const QString &stickManifest, QString *summary,
+                                      OfferWeighing *weighed = nullptr);
+    [[nodiscard]] bool runUpdateCheck(const StickSearch &stick, QString *summary,
                                       OfferWeighing *weighed = nullptr);
     // The rest of the check for a manifest that was fetched from `url`.
     [[nodiscard]] bool weighOnlineManifest(const QUrl &url, const QByteArray &body,
@@ -175,7 +179,7 @@ struct UpdateContext {
 
 private:
     // update_check.cpp: the steps of the check.
-    [[nodiscard]] QString readStickManifest(const QString &path);
+    [[nodiscard]] QString takeStickManifest(const StickManifest &stick);
     [[nodiscard]] QString fetchOnlineManifest(QString *error);
     [[nodiscard]] QString takeOnlineManifest(const QUrl &url, const QByteArray &body);
     [[nodiscard]] bool weighManifest(const QString &text, QString *summary, OfferWeighing *weighed);

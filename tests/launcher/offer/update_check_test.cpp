@@ -2,6 +2,7 @@
 // what it offers.
 #include "installation.h"
 #include "launcher/launcher_service.h"
+#include "launcher/offer/stick_search.h"
 #include "support/manifest_maker.h"
 #include "support/platform.h"
 #include "support/scripted_server.h"
@@ -79,6 +80,7 @@ private Q_SLOTS:
     void aStickThatCannotBeReadLeadsToTheNetwork();
     void aStickThatProvesFalseDoesNotLeadToTheNetwork();
     void theNetworkServesWithoutAStick();
+    void volumesThatDoNotAnswerLeadToTheNetwork();
     void theNetworkFails_data();
     void theNetworkFails();
     void anOnlineManifestIsRefused_data();
@@ -339,6 +341,21 @@ void UpdateCheckTest::theNetworkServesWithoutAStick() {
     QCOMPARE(context.snapshot.baseLocation, server.url("/Quorvaner/Update/").toString());
     QCOMPARE(installation::takeLog(),
              QStringList("已读取在线 manifest：" + onlineUrl) + summary.split('\n'));
+}
+
+// As if there were no stick, with the one line that says why.
+void UpdateCheckTest::volumesThatDoNotAnswerLeadToTheNetwork() {
+    support::ScriptedServer server;
+    serve(server, signedRuntime());
+    UpdateContext context;
+    QString summary;
+    QVERIFY(context.runUpdateCheck(StickSearch{StickManifest(), true}, &summary));
+    QCOMPARE(summary, found(onlineUrl, false, "Runtime -> 1.2.0"));
+    QCOMPARE(installation::takeLog(),
+             QStringList({"No answer from the mounted volumes within 5000 ms: the check goes on "
+                          "without a stick",
+                          "已读取在线 manifest：" + onlineUrl}) +
+                 summary.split('\n'));
 }
 
 void UpdateCheckTest::theNetworkFails_data() {
