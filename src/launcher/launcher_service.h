@@ -73,7 +73,8 @@ public:
     void enterRepairMode();
 
     // Takes any text that names a file. Forgets what was known of updates when the project really
-    // changes. The choice is for this run and is not stored.
+    // changes. The choice is for this run and is not stored. It stands: a check that is under way is
+    // then taken for cancelled, and an update stores no default and starts no target.
     void selectProject(const QString &path);
 
     void setSkipCorePluginPrecheck(bool skip);
@@ -139,6 +140,7 @@ public:
     bool launchAfterCheck = false; // launch when the running check ends
     bool resumeCountdownAfterCheck = false; // the running check started during the countdown
     bool launchAfterSetup = false;          // launch when the component setup ends
+    bool selectedDuringUpdate = false;      // another project, while the last apply or setup ran
     qint64 lastCheckStartMs = 0;            // milliseconds since the epoch
     QString taskId;                         // of the current or the last update task
     const std::shared_ptr<TaskLink> taskLink;

@@ -45,6 +45,8 @@ void LauncherService::selectProject(const QString &path) {
     if (chosen == projectPath)
         return;
     forgetUpdates();
+    if (!applyWatcher.isFinished() || !setupWatcher.isFinished())
+        selectedDuringUpdate = true;
     Q_EMIT updatePromptChanged(UpdatePromptMode::None);
     projectPath = chosen;
     setStatus(tr("已选项目：%1").arg(chosen));

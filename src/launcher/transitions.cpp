@@ -27,7 +27,7 @@ constexpr Transition::Reach byNobody = Transition::Reach::Nobody;
 
 } // namespace
 
-constexpr std::array<Transition, 54> transitions{{
+constexpr std::array<Transition, 56> transitions{{
     // The entry
     {idle, "initialize", "", State::Idle, byWindow},
     {any & ~idle, "initialize", "", State::Idle, byCallers},
@@ -105,6 +105,10 @@ constexpr std::array<Transition, 54> transitions{{
     {any & ~(applyingUpdate | failed), "setup cancelled", "", State::RepairMode, byCallers},
     {applyingUpdate | failed, "setup ended", "to launch", State::Launch, byWindow},
     {any & ~(applyingUpdate | launch | failed), "setup ended", "to launch", State::Launch,
+     byCallers},
+    {applyingUpdate | failed, "setup ended", "another project selected", State::RepairMode,
+     byWindow},
+    {any & ~(applyingUpdate | failed), "setup ended", "another project selected", State::RepairMode,
      byCallers},
     {any, "setup ended", "not to launch", State::RepairMode, byNobody},
 }};

@@ -24,7 +24,7 @@ struct Transition {
     Reach reach;
 };
 
-extern const std::array<Transition, 54> transitions;
+extern const std::array<Transition, 56> transitions;
 
 [[nodiscard]] constexpr bool holds(StateSet states, LauncherService::State state) {
     return ((states >> unsigned(state)) & 1U) != 0;

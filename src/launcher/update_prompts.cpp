@@ -179,7 +179,9 @@ void LauncherService::onUpdateCheckFinished() {
 
 // True when the flow now waits for the user.
 bool LauncherService::takeCheckResult(const UpdateCheckResult &result) {
-    if (result.cancelled) {
+    // What was found out about another project than the one that is selected now is no offer for
+    // this one: it would be replaced by the other's package. Meant: aCheckOfAnotherProject.
+    if (result.cancelled || result.projectPath != projectPath) {
         // updateCheckDone stays as it was, a later request checks again. Meant: aCancelledCheck.
         setStatus(tr("更新检查已取消。"));
         return false;

@@ -35,6 +35,7 @@ UpdateCheckResult checkForUpdates(UpdateContext context, const std::shared_ptr<T
         // Out of memory: as if nothing had been found. Nothing may leave the thread.
         result = UpdateCheckResult();
     }
+    result.projectPath = context.projectPath;
     result.cancelled = context.cancelRequested();
     return result;
 }
@@ -70,9 +71,12 @@ ComponentSetupResult setUpComponents(const UpdateContext &context, const QString
 
 } // namespace
 
+// A watcher calls itself finished once it has told so, not when its worker ends. A request between
+// the two is refused like one before: a new worker in the watcher would take the end of the old one
+// away. Meant: aRequestBeforeTheEndIsToldIsRefused.
 bool LauncherService::isUpdateTaskActive() const {
-    return checkInFlight || checkWatcher.isRunning() || applyWatcher.isRunning() ||
-           setupWatcher.isRunning();
+    return checkInFlight || !checkWatcher.isFinished() || !applyWatcher.isFinished() ||
+           !setupWatcher.isFinished();
 }
 
 QString LauncherService::beginUpdateTask(const QString &kind) {
@@ -138,6 +142,7 @@ void LauncherService::applyChosenUpdate() {
     if (isUpdateTaskActive())
         return setStatus(tr("更新任务正在进行中..."));
     cancelFlag = 0;
+    selectedDuringUpdate = false;
     if (!choosesAnything(selection))
         return refuse(tr("未选择任何更新内容。"));
     if (!selection.project) {
@@ -173,7 +178,7 @@ void LauncherService::onProjectApplyFinished() {
                             ? result.message
                             : QStringLiteral("[%1] %2").arg(result.errorClass, result.message));
     }
-    if (!result.projectPath.isEmpty())
+    if (!result.projectPath.isEmpty() && !selectedDuringUpdate)
         projectPath = result.projectPath;
     reloadModelsOnLaunch = true;
     logTaskPhase(QStringLiteral("apply"), 0, result.message);
@@ -189,7 +194,7 @@ void LauncherService::endApply(const QString &why) {
 }
 
 void LauncherService::startComponentSetup(bool launchAfter, bool keepTask) {
-    if (setupWatcher.isRunning())
+    if (!setupWatcher.isFinished())
         return;
     launchAfterSetup = launchAfter;
     setState(State::ApplyingUpdate);
@@ -204,7 +209,9 @@ void LauncherService::startComponentSetup(bool launchAfter, bool keepTask) {
 
 void LauncherService::onComponentSetupFinished() {
     const ComponentSetupResult result = setupWatcher.result();
-    const bool launch = std::exchange(launchAfterSetup, false);
+    // Who selected another project meanwhile keeps it, for this run alone, and starts it by hand.
+    // Meant: aProjectSelectedDuringAnUpdateStays.
+    const bool launch = std::exchange(launchAfterSetup, false) && !selectedDuringUpdate;
     if (result.cancelled) {
         const QString text = tr("组件更新任务已取消。");
         setState(State::RepairMode);
@@ -214,7 +221,8 @@ void LauncherService::onComponentSetupFinished() {
         return;
     }
     const QString details = setupDetails(result);
-    SettingsStore::instance().setDefaultProject(projectPath);
+    if (!selectedDuringUpdate)
+        SettingsStore::instance().setDefaultProject(projectPath);
     appendLaunchLog(details);
     logTaskPhase(QStringLiteral("setup"), 0, QString());
     updateAvailable = false;

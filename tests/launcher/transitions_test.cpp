@@ -69,6 +69,7 @@ void endTarget(LauncherService &service) {
 void endCheck(LauncherService &service, bool finds) {
     UpdateCheckResult result;
     result.found = result.snapshot.fromUsb = finds;
+    result.projectPath = service.projectPath;
     service.checkWatcher.setFuture(ended(result));
     Q_EMIT service.checkWatcher.finished();
 }
@@ -219,6 +220,13 @@ const QMap<QString, Drive> &drives() {
          [](LauncherService &s) {
              s.launchAfterSetup = true;
              endSetup(s, false);
+         }},
+        {"setup ended, another project selected",
+         [](LauncherService &s) {
+             s.launchAfterSetup = true;
+             s.setupWatcher.setFuture(ended(ComponentSetupResult()));
+             s.selectProject(installation::addRunnableProject("other"));
+             Q_EMIT s.setupWatcher.finished();
          }},
         {"setup ended, not to launch", [](LauncherService &s) { endSetup(s, false); }},
     };

@@ -139,6 +139,12 @@ private Q_SLOTS:
     void theApplyEnds_data();
     void theApplyEnds();
     void aCancelDuringTheSetup();
+    void aProjectSelectedDuringAnUpdateStays_data();
+    void aProjectSelectedDuringAnUpdateStays();
+    void aProjectSelectedBeforeTheRequestIsAsAnyOther();
+    void aRequestBeforeTheEndIsToldIsRefused_data();
+    void aRequestBeforeTheEndIsToldIsRefused();
+    void twoEndsInOneTurnAreEachTold();
     void theEndIsReportedOnce_data();
     void theEndIsReportedOnce();
     void aWindowThatClosesEndsTheWorkerAndReportsNothing();
@@ -384,7 +390,127 @@ void UpdateApplyTest::aCancelDuringTheSetup() {
     QVERIFY(!launcher.service.updatesHandled);
 }
 
+// --- Another project meanwhile --------------------------------------------------------------
+
+void UpdateApplyTest::aProjectSelectedDuringAnUpdateStays_data() {
+    QTest::addColumn<bool>("withProject");
+    QTest::addColumn<bool>("late"); // during the setup that follows the project
+    QTest::addColumn<bool>("andBack");
+    QTest::newRow("while the project is replaced") << true << false << false;
+    QTest::newRow("while its components are set up") << true << true << false;
+    QTest::newRow("while components alone are set up") << false << false << false;
+    QTest::newRow("and the first one again: it is selected by hand too") << true << false << true;
+}
+
+// The update is carried out, but the operator's choice stands, and only he starts it.
+void UpdateApplyTest::aProjectSelectedDuringAnUpdateStays() {
+    QFETCH(bool, withProject);
+    QFETCH(bool, late);
+    QFETCH(bool, andBack);
+    support::FileTree package = runnable("1.9");
+    package.insert("new.yslib", package.take("demo.yslib"));
+    const Offer renaming(package);
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    service.snapshot = renaming.snapshot;
+    if (!withProject)
+        launcher.chooseRuntime();
+    service.selection.project = withProject;
+    const QString before = installation::addRunnableProject("before");
+    const QString other = andBack ? launcher.project : installation::addRunnableProject("other");
+    SettingsStore::instance().setDefaultProject(before);
+    const auto select = [&] {
+        if (andBack)
+            service.selectProject(before);
+        service.selectProject(other);
+    };
+    int setups = 0; // the worker's report is the second one
+    connect(&service, &LauncherService::updateTaskProgressChanged, this,
+            [&](const QString &, const QString &phase) {
+                if (late && phase == "setup" && ++setups == 2)
+                    select();
+            });
+    service.applyChosenUpdate();
+    if (!late)
+        select();
+    launcher.waitForEnd();
+    QCoreApplication::processEvents();
+    const QStringList told = launcher.log.take();
+    const QStringList end{"status 已处理所选更新内容，正在启动…", "active false",
+                          "state RepairMode"};
+    QCOMPARE(told.mid(told.size() - 4).filter(QRegularExpression("^(status|active|state) ")), end);
+    QCOMPARE(endsIn(told), 1);
+    QVERIFY(told.value(told.size() - 3)
+                .startsWith(withProject ? "applied 项目更新已完成。" : "applied 已跳过项目更新。"));
+    QCOMPARE(service.state, State::RepairMode);
+    QCOMPARE(service.projectPath, other);
+    QCOMPARE(SettingsStore::instance().defaultProject(), before);
+    QVERIFY(service.updatesHandled && !service.updateAvailable);
+    QCOMPARE(support::readTree(update_offer::projectFolder()).contains("new.yslib"), withProject);
+    QVERIFY(logLines().filter("Launching ").isEmpty());
+    QCOMPARE(installation::targetSaw(), QStringList());
+}
+
+void UpdateApplyTest::aProjectSelectedBeforeTheRequestIsAsAnyOther() {
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    service.projectPath = installation::addRunnableProject("before");
+    service.selectProject(launcher.project);
+    service.snapshot = launcher.offer.snapshot;
+    service.updateAvailable = true;
+    service.applyChosenUpdate();
+    launcher.waitForEnd();
+    QCOMPARE(service.state, State::Monitor);
+    QCOMPARE(SettingsStore::instance().defaultProject(), launcher.project);
+}
+
 // --- Whatever comes together ----------------------------------------------------------------
+
+void UpdateApplyTest::aRequestBeforeTheEndIsToldIsRefused_data() {
+    QTest::addColumn<bool>("withProject");
+    QTest::newRow("of a project") << true;
+    QTest::newRow("of components") << false;
+}
+
+// The worker has ended and its end waits in the queue.
+void UpdateApplyTest::aRequestBeforeTheEndIsToldIsRefused() {
+    QFETCH(bool, withProject);
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    launcher.chooseRuntime();
+    service.selection.project = withProject;
+    service.applyChosenUpdate();
+    QVERIFY(QThreadPool::globalInstance()->waitForDone());
+    const QString task = service.taskId;
+    (void)launcher.log.take();
+    QVERIFY(service.isUpdateTaskActive());
+    service.applyChosenUpdate();
+    service.enterRepairMode();
+    QCOMPARE(
+        launcher.log.take(),
+        QStringList({"status 更新任务正在进行中...",
+                     "status 更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。"}));
+    QCOMPARE(service.taskId, task);
+    launcher.waitForEnd();
+    QCoreApplication::processEvents();
+    QCOMPARE(endsIn(launcher.log.entries()), 1);
+    QVERIFY(!service.isUpdateTaskActive());
+    QTRY_COMPARE(installers::ran(), QStringList("runtime 0"));
+}
+
+void UpdateApplyTest::twoEndsInOneTurnAreEachTold() {
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    service.updateAvailable = false;
+    UpdateCheckResult nothing;
+    nothing.projectPath = service.projectPath;
+    nothing.summary = "nothing";
+    service.checkWatcher.setFuture(ended(nothing));
+    service.applyWatcher.setFuture(ended(failed("why", "")));
+    launcher.waitForEnd();
+    QCOMPARE(launcher.log.take(), QStringList({"status nothing", "active true", "status why",
+                                               "not applied why", "active false"}));
+}
 
 void UpdateApplyTest::theEndIsReportedOnce_data() {
     QTest::addColumn<QString>("outcome");

@@ -147,6 +147,9 @@ private Q_SLOTS:
     void twoChecksNeverOverlap();
     void aCancelledCheck_data();
     void aCancelledCheck();
+    void aCheckOfAnotherProject_data();
+    void aCheckOfAnotherProject();
+    void aCheckOfAProjectThatIsSelectedAgainCounts();
     void theEndOfACheckIsToldOnce_data();
     void theEndOfACheckIsToldOnce();
     void f8ChecksOnceAndReturnsToRepairMode();
@@ -429,6 +432,71 @@ void UpdatePromptsTest::aCancelledCheck() {
                  QStringList("active false"));
     QVERIFY(!launcher.service.updateCheckDone && !launcher.service.updateAvailable);
     QCOMPARE(taskLines().value(1), QString("[task check_ID] cancel requested by user"));
+}
+
+void UpdatePromptsTest::aCheckOfAnotherProject_data() {
+    QTest::addColumn<State>("waitsIn");
+    QTest::addColumn<QString>("other");
+    QTest::addColumn<QStringList>("end");
+    const QStringList countsOn{"countdown 5", "countdown 5"};
+    QTest::newRow("in the countdown, which runs on") << State::Countdown << "other" << countsOn;
+    QTest::newRow("of another letter case") << State::Countdown << "LINE" << countsOn;
+    QTest::newRow("after a precheck that failed") << State::RepairMode << "other" << QStringList();
+    QTest::newRow("after F8") << State::UpdateCheck << "other" << QStringList("state RepairMode");
+    QTest::newRow("that the flow waits for: it launches")
+        << State::Precheck << "other" << started();
+}
+
+// What was found out about the project before is no offer for the one that is selected now: its
+// folder would be replaced by the other's package.
+void UpdatePromptsTest::aCheckOfAnotherProject() {
+    QFETCH(State, waitsIn);
+    QFETCH(QString, other);
+    QFETCH(QStringList, end);
+    offer("9.0.0");
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    const QString selected = installation::addRunnableProject(other, "1.0");
+    if (waitsIn == State::UpdateCheck)
+        service.enterRepairMode();
+    else
+        service.start();
+    processPosted();
+    if (waitsIn == State::RepairMode)
+        QVERIFY(QFile::remove(service.projectPath));
+    if (waitsIn == State::RepairMode || waitsIn == State::Precheck)
+        service.runStartFlow();
+    QCOMPARE(service.state, waitsIn);
+    service.selectProject(selected);
+    (void)launcher.log.take();
+    launcher.waitForCheck();
+    QCOMPARE(launcher.log.take(),
+             QStringList("status 更新检查已取消。") + end + QStringList("active false"));
+    QCOMPARE(service.projectPath, selected);
+    QVERIFY(!service.updateCheckDone && !service.updateAvailable);
+    QVERIFY(service.snapshot.manifestText.isEmpty() && service.updateSummary.isEmpty());
+    QCOMPARE(service.promptMode, Prompt::None);
+    QCOMPARE(taskLines().value(1), QString("[task check_ID] phase=check elapsedMs=0 found"));
+    service.applyChosenUpdate();
+    QCOMPARE(launcher.log.take(), QStringList("not applied 当前没有可应用的已验证更新。"));
+    // The next flow looks for this project's updates.
+    service.runStartFlow();
+    launcher.waitForCheck();
+    QVERIFY(service.updateCheckDone && service.updateAvailable);
+    QVERIFY(service.updateSummary.contains(selected));
+}
+
+void UpdatePromptsTest::aCheckOfAProjectThatIsSelectedAgainCounts() {
+    offer("9.0.0");
+    Launcher launcher;
+    const QString project = launcher.service.projectPath;
+    launcher.service.start();
+    processPosted();
+    launcher.service.selectProject(installation::addRunnableProject("other"));
+    launcher.service.selectProject(project);
+    launcher.waitForCheck();
+    QVERIFY(launcher.service.updateCheckDone && launcher.service.updateAvailable);
+    QCOMPARE(launcher.service.promptMode, Prompt::OnlineBanner);
 }
 
 // Whatever comes together, a check that was started is told to have ended exactly once.

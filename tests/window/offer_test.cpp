@@ -9,7 +9,9 @@
 #include "window_scene.h"
 
 #include <QDialogButtonBox>
+#include <QFileDialog>
 #include <QMessageBox>
+#include <QSemaphore>
 
 using State = LauncherService::State;
 using PromptMode = LauncherService::UpdatePromptMode;
@@ -67,6 +69,7 @@ private Q_SLOTS:
     void f8IsRefusedWhileTheCheckRuns();
     void theLanguageChangesWhileTheCheckRuns();
     void aCancelledCheckLetsTheCountdownRunOn();
+    void anotherProjectIsNotOfferedWhatWasFound();
     void theBannerStopsTheFlow();
     void theLanguageOfTheBannerFollows();
     void remindingLaterResumesTheCountdown();
@@ -148,6 +151,44 @@ void OfferTest::aCancelledCheckLetsTheCountdownRunOn() {
     QCOMPARE(run.service.state, State::Countdown);
     QVERIFY(!run.parts.taskPanel->isVisible());
     QVERIFY(run.parts.countdownLabel->isVisible());
+}
+
+// The operator selects it while the check is still under way, after the precheck has failed.
+void OfferTest::anotherProjectIsNotOfferedWhatWasFound() {
+    QSemaphore selected;
+    server->on(manifestPath, support::ServerScript{support::call(
+                                 [&selected] { (void)selected.tryAcquire(1, 10000); })} +
+                                 support::answer(200, manifest()));
+    const QString other = installation::addRunnableProject("other", "1.0");
+    Run run;
+    QVERIFY(QFile::remove(run.service.projectPath));
+    run.startCheck();
+    QVERIFY(duringModal(
+        [&] {
+            for (int i = 0; i < 5; ++i)
+                run.service.tickCountdown();
+        },
+        [](QWidget *box) { box->close(); }));
+    QCOMPARE(run.service.state, State::RepairMode);
+    QVERIFY(run.service.isUpdateTaskActive());
+    QVERIFY(run.parts.browseButton->isVisible() && run.parts.browseButton->isEnabled());
+    QVERIFY(duringModal([&] { run.parts.browseButton->click(); },
+                        [&](QWidget *widget) {
+                            auto *dialog = qobject_cast<QFileDialog *>(widget);
+                            QVERIFY(dialog);
+                            dialog->selectFile(other);
+                            QMetaObject::invokeMethod(dialog, "accept");
+                        }));
+    selected.release(2); // this check and the next
+    QTRY_VERIFY(!run.service.isUpdateTaskActive());
+    QCOMPARE(run.service.projectPath, other);
+    QCOMPARE(run.parts.statusLabel->text(), QString("更新检查已取消。"));
+    QVERIFY(!run.parts.bannerPanel->isVisible());
+    QVERIFY(!run.parts.hasUpdateButton->isVisible());
+    // The next start looks anew.
+    run.parts.launchButton->click();
+    QTRY_VERIFY(run.parts.bannerPanel->isVisible());
+    QVERIFY(run.parts.bannerLabel->text().contains(other));
 }
 
 void OfferTest::theBannerStopsTheFlow() {

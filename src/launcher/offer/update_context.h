@@ -60,7 +60,8 @@ struct UpdateCheckResult {
     bool found = false;     // at least one item is eligible
     bool cancelled = false; // the cancel flag was up when the worker ended
     UpdateSnapshot snapshot;
-    QString summary; // lines for the user, in all cases
+    QString summary;     // lines for the user, in all cases
+    QString projectPath; // the project that it was made for, or empty
 };
 
 // The end of a project apply.
