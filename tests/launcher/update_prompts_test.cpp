@@ -150,9 +150,13 @@ private Q_SLOTS:
     void aCheckOfAnotherProject_data();
     void aCheckOfAnotherProject();
     void aCheckOfAProjectThatIsSelectedAgainCounts();
+    void aCheckThatEndsWhereNothingMoves_data();
+    void aCheckThatEndsWhereNothingMoves();
     void theEndOfACheckIsToldOnce_data();
     void theEndOfACheckIsToldOnce();
     void f8ChecksOnceAndReturnsToRepairMode();
+    void f8AsksForACheckInEveryState_data();
+    void f8AsksForACheckInEveryState();
     void f8IsRefusedWhileTheCheckRuns();
     void aSecondCheckWithinTheWindowIsThrottled_data();
     void aSecondCheckWithinTheWindowIsThrottled();
@@ -160,6 +164,8 @@ private Q_SLOTS:
     void everyAnswerInEveryState_data();
     void everyAnswerInEveryState();
     void aPauseWithoutSecondsLeftIsNotResumed();
+    void aPauseWithOneSecondLeftIsResumed();
+    void aCheckThatEndsInTheLastSecondTellsIt();
     void skippingForGoodIsRememberedAndLogged();
     void anOfferWithoutAFingerprintIsNotRemembered();
     void answersWithoutAnUpdateDoNothing();
@@ -499,6 +505,40 @@ void UpdatePromptsTest::aCheckOfAProjectThatIsSelectedAgainCounts() {
     QCOMPARE(launcher.service.promptMode, Prompt::OnlineBanner);
 }
 
+void UpdatePromptsTest::aCheckThatEndsWhereNothingMoves_data() {
+    QTest::addColumn<State>("state");
+    QTest::addColumn<bool>("finds");
+    QTest::newRow("a banner while the target runs") << State::Monitor << true;
+    QTest::newRow("a banner after the run failed") << State::Failed << true;
+    QTest::newRow("a banner in repair mode") << State::RepairMode << true;
+    QTest::newRow("nothing after the run failed") << State::Failed << false;
+    QTest::newRow("nothing in repair mode") << State::RepairMode << false;
+}
+
+// The check began in the countdown, whose seconds are not used up. The state is not the check's any
+// more: neither a banner nor the seconds that are left take it.
+void UpdatePromptsTest::aCheckThatEndsWhereNothingMoves() {
+    QFETCH(State, state);
+    QFETCH(bool, finds);
+    answer(finds ? manifestWith("9.0.0") : QString("no manifest"));
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    service.start();
+    processPosted();
+    QVERIFY(service.resumeCountdownAfterCheck);
+    service.countdownTimer.stop();
+    service.state = state;
+    (void)launcher.log.take();
+    launcher.waitForCheck();
+    const QStringList none("status " + service.statusText);
+    QCOMPARE(launcher.log.take(),
+             (finds ? launcher.offer("OnlineBanner") + QStringList(prompt()) : none) +
+                 QStringList("active false"));
+    QCOMPARE(service.state, state);
+    QVERIFY(!service.countdownTimer.isActive() && !service.countdownPaused);
+    QVERIFY(!service.resumeCountdownAfterCheck);
+}
+
 // Whatever comes together, a check that was started is told to have ended exactly once.
 void UpdatePromptsTest::theEndOfACheckIsToldOnce_data() {
     QTest::addColumn<bool>("finds");
@@ -568,6 +608,41 @@ void UpdatePromptsTest::f8ChecksOnceAndReturnsToRepairMode() {
     processPosted();
     QCOMPARE(launcher.log.take(), QStringList(repairText()));
     QVERIFY(!launcher.service.isUpdateTaskActive());
+}
+
+void UpdatePromptsTest::f8AsksForACheckInEveryState_data() {
+    QTest::addColumn<State>("from");
+    QTest::addColumn<bool>("throttled");
+    for (const State from :
+         {State::Idle, State::Countdown, State::Monitor, State::RepairMode, State::Failed}) {
+        const QString name = SignalLog::name(from);
+        QTest::addRow("%s: it begins", qPrintable(name)) << from << false;
+        QTest::addRow("%s: it is throttled", qPrintable(name)) << from << true;
+    }
+}
+
+void UpdatePromptsTest::f8AsksForACheckInEveryState() {
+    QFETCH(State, from);
+    QFETCH(bool, throttled);
+    Launcher launcher;
+    launcher.service.state = from;
+    if (throttled)
+        launcher.service.lastCheckStartMs = QDateTime::currentMSecsSinceEpoch();
+    launcher.service.enterRepairMode();
+    QCOMPARE(launcher.log.take(),
+             (from == State::RepairMode ? QStringList() : QStringList("state RepairMode")) +
+                 QStringList(repairText()));
+    processPosted();
+    if (throttled) {
+        QCOMPARE(launcher.log.take(), QStringList());
+        QCOMPARE(installation::takeLog(),
+                 QStringList("修复模式下更新检查命中节流窗口（30 秒），跳过重复请求。"));
+        return;
+    }
+    QCOMPARE(launcher.log.take(), QStringList({"active false", "state UpdateCheck",
+                                               "progress check -1 detail:fetch-manifest"}));
+    launcher.waitForCheck();
+    QCOMPARE(launcher.service.state, State::RepairMode);
 }
 
 void UpdatePromptsTest::f8IsRefusedWhileTheCheckRuns() {
@@ -705,6 +780,35 @@ void UpdatePromptsTest::aPauseWithoutSecondsLeftIsNotResumed() {
              QStringList({"status 已设为下次启动再提醒。本次可继续启动。", "prompt BadgeOnly"}));
     QVERIFY(!launcher.service.countdownPaused);
     QCOMPARE(launcher.service.state, State::RepairMode);
+}
+
+void UpdatePromptsTest::aPauseWithOneSecondLeftIsResumed() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.state = State::RepairMode;
+    launcher.service.countdownPaused = true;
+    launcher.service.countdownSeconds = 1;
+    launcher.service.remindUpdateLater();
+    QCOMPARE(launcher.log.take(),
+             QStringList({"status 已设为下次启动再提醒。本次可继续启动。", "prompt BadgeOnly",
+                          "state Countdown", "countdown 1"}) +
+                 launcher.offer("BadgeOnly") + QStringList("countdown 1"));
+    QVERIFY(launcher.service.countdownTimer.isActive());
+}
+
+void UpdatePromptsTest::aCheckThatEndsInTheLastSecondTellsIt() {
+    answer("no manifest");
+    Launcher launcher;
+    launcher.service.start();
+    processPosted();
+    for (int i = 0; i < 4; ++i)
+        launcher.service.tickCountdown();
+    launcher.service.countdownTimer.stop();
+    (void)launcher.log.take();
+    launcher.waitForCheck();
+    QCOMPARE(launcher.log.take().mid(1),
+             QStringList({"countdown 1", "countdown 1", "active false"}));
+    QVERIFY(launcher.service.countdownTimer.isActive());
 }
 
 void UpdatePromptsTest::skippingForGoodIsRememberedAndLogged() {
