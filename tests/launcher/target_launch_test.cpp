@@ -86,6 +86,8 @@ private Q_SLOTS:
     void theNonceIsHexadecimalAndNew();
     void theNonceFileHoldsNonceAndTime();
     void aNonceFileThatCannotBeWrittenIsPassedOver();
+    void nonceFilesStay_data();
+    void nonceFilesStay();
     void buildLaunchArguments_data();
     void buildLaunchArguments();
     void aStartedTargetIsMonitored();
@@ -258,6 +260,36 @@ void TargetLaunchTest::aNonceFileThatCannotBeWrittenIsPassedOver() {
     QCOMPARE(launcher.log.take(), started());
     QTRY_COMPARE(launcher.service.state, State::Failed);
     QVERIFY(QDir(noncePath()).removeRecursively());
+}
+
+void TargetLaunchTest::nonceFilesStay_data() {
+    QTest::addColumn<bool>("ends");
+    QTest::newRow("when the target ends") << true;
+    QTest::newRow("when the launcher ends it") << false;
+}
+
+// The launcher's own and that of an earlier run: it writes them and never takes one away.
+void TargetLaunchTest::nonceFilesStay() {
+    QFETCH(bool, ends);
+    const QString earlier = AppPaths::dataDirectory() + "/launch_nonce_4711.txt";
+    QVERIFY(installation::write(earlier, "earlier\n"));
+    QVERIFY(installation::addTarget("wait exit 0"));
+    QString written;
+    {
+        Launcher launcher;
+        launcher.service.initialize();
+        launcher.launch();
+        written = readTextFile(noncePath());
+        QCOMPARE(nonceOnDisk().size(), 32);
+        if (ends) {
+            installation::release();
+            QTRY_COMPARE(launcher.service.state, State::Failed);
+            QCOMPARE(readTextFile(noncePath()), written);
+        }
+    }
+    QCOMPARE(readTextFile(noncePath()), written);
+    QCOMPARE(readTextFile(earlier), QString("earlier\n"));
+    QVERIFY(QFile::remove(earlier));
 }
 
 void TargetLaunchTest::buildLaunchArguments_data() {
