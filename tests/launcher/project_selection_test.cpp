@@ -55,6 +55,7 @@ private Q_SLOTS:
     void initializePicks();
     void aDefaultOfAnotherInstallationMovesHere();
     void aStaleRecentProjectStays();
+    void aPathWithoutAFileStaysThroughInitialize();
     void initializeWorksInEveryState_data();
     void initializeWorksInEveryState();
     void initializeBringsUpFoldersAndDatabase();
@@ -62,6 +63,7 @@ private Q_SLOTS:
     void selectProject();
     void anotherProjectForgetsWhatWasKnownOfUpdates();
     void theSameProjectKeepsWhatIsKnownOfUpdates();
+    void aProjectOfAnotherLetterCaseIsAnother();
 };
 
 void ProjectSelectionTest::init() {
@@ -217,6 +219,26 @@ void ProjectSelectionTest::aDefaultOfAnotherInstallationMovesHere() {
 // the precheck says in its own words that it is gone.
 void ProjectSelectionTest::aStaleRecentProjectStays() {
     QVERIFY(!installation::addProject("demo").isEmpty());
+    const auto gone = [](int opened) {
+        return support::rooted(QString("/gone/%1.yslib").arg(opened));
+    };
+    QSqlDatabase database = QSqlDatabase::database("quorvane");
+    QVERIFY(database.transaction());
+    for (int opened = 1; opened <= 101; ++opened)
+        addRecent(gone(opened), opened);
+    QVERIFY(database.commit());
+    LauncherService service;
+    SignalLog log(service);
+    service.initialize();
+    QCOMPARE(service.projectPath, gone(1));
+    QCOMPARE(log.take(), QStringList("status 就绪，即将启动：" + gone(1)));
+    service.updatesHandled = true;
+    service.runStartFlow();
+    QVERIFY(service.statusText.startsWith("Project file not found: " + gone(1)));
+}
+
+void ProjectSelectionTest::aPathWithoutAFileStaysThroughInitialize() {
+    QVERIFY(!installation::addProject("demo").isEmpty());
     LauncherService service;
     service.projectPath = "/gone/before.yslib";
     service.initialize();
@@ -324,6 +346,20 @@ void ProjectSelectionTest::theSameProjectKeepsWhatIsKnownOfUpdates() {
     service.selectProject(projects() + "/line/./demo.yslib");
     QVERIFY(service.updateAvailable);
     QCOMPARE(log.take(), QStringList());
+}
+
+// On a system that tells cases apart these are two projects; elsewhere they are taken for two.
+void ProjectSelectionTest::aProjectOfAnotherLetterCaseIsAnother() {
+    const QString path = support::rooted("/no/such/line.yslib");
+    const QString other = support::rooted("/no/such/LINE.yslib");
+    LauncherService service;
+    service.projectPath = path;
+    service.updateAvailable = true;
+    SignalLog log(service);
+    service.selectProject(other);
+    QCOMPARE(service.projectPath, other);
+    QVERIFY(!service.updateAvailable);
+    QCOMPARE(log.take(), QStringList({"prompt None", "status 已选项目：" + other}));
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, ProjectSelectionTest)
