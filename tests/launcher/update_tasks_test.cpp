@@ -12,6 +12,8 @@
 #include <QThreadPool>
 #include <QtConcurrent>
 
+#include <optional>
+
 using State = LauncherService::State;
 
 namespace {
@@ -40,8 +42,10 @@ private Q_SLOTS:
     void aReportOfAnotherTaskIsDropped();
     void reportsOfAWorkerArriveQueuedAndInOrder();
     void aReportAfterTheServiceIsDropped();
+    void aServiceInThePlaceOfAnotherHearsNothingOfItsTasks();
     void theSetupEnds_data();
     void theSetupEnds();
+    void theEndIsToldWhenAllIsDone();
     void theSetupIsCancelled();
     void everyWorkerMakesATaskActive_data();
     void everyWorkerMakesATaskActive();
@@ -101,6 +105,23 @@ void UpdateTasksTest::aReportAfterTheServiceIsDropped() {
     QCOMPARE(link->cancelFlag.load(), 1);
 }
 
+// The memory of a service that is gone may hold another one: it hears nothing of the tasks of the
+// first.
+void UpdateTasksTest::aServiceInThePlaceOfAnotherHearsNothingOfItsTasks() {
+    std::optional<LauncherService> service;
+    service.emplace();
+    const LauncherService *const place = &*service;
+    const std::shared_ptr<TaskLink> link = service->taskLink;
+    service.reset();
+    service.emplace();
+    QCOMPARE(&*service, place);
+    service->taskId = "t";
+    SignalLog log(*service);
+    link->reportProgress("t", "download", -1, "d");
+    QCoreApplication::processEvents();
+    QCOMPARE(log.take(), QStringList());
+}
+
 void UpdateTasksTest::theSetupEnds_data() {
     QTest::addColumn<bool>("project");
     QTest::addColumn<QString>("summary");
@@ -143,6 +164,31 @@ void UpdateTasksTest::theSetupEnds() {
     QCOMPARE(SettingsStore::instance().defaultProject(), path);
     QCOMPARE(installation::takeLog().mid(0, details.count('\n') + 2),
              details.split('\n') + QStringList("[task setup_1] phase=setup elapsedMs=0"));
+}
+
+// Whoever shows the end in a box reads what stands behind it.
+void UpdateTasksTest::theEndIsToldWhenAllIsDone() {
+    const QString path = installation::addProject("line");
+    LauncherService service;
+    service.projectPath = path;
+    service.state = State::ApplyingUpdate;
+    service.taskId = "setup_1";
+    service.updateAvailable = service.launchAfterSetup = true;
+    bool told = false;
+    connect(&service, &LauncherService::applyUpdateFinished, this, [&] {
+        told = true;
+        QCOMPARE(SettingsStore::instance().defaultProject(), path);
+        QCOMPARE(installation::takeLog(),
+                 QStringList({"项目更新已完成。", "s", "[task setup_1] phase=setup elapsedMs=0"}));
+        QVERIFY(service.updatesHandled);
+        QVERIFY(!service.updateAvailable);
+        QVERIFY(!service.launchAfterSetup);
+        QVERIFY(!service.isUpdateTaskActive());
+        QCOMPARE(service.statusText, QString("已处理所选更新内容，正在启动…"));
+        QCOMPARE(service.state, State::ApplyingUpdate);
+    });
+    service.setupWatcher.setFuture(ended(ComponentSetupResult{true, "s", QString(), false}));
+    QTRY_VERIFY(told);
 }
 
 void UpdateTasksTest::theSetupIsCancelled() {
