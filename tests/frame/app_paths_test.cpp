@@ -61,7 +61,11 @@ public:
 
     // The paths that a program in `folder` prints, from the machine's top.
     QVariantMap parsed(const QString &folder, const QStringList &arguments) const {
-        QVariantMap paths = QJsonDocument::fromJson(run(folder, arguments)).object().toVariantMap();
+        return parsed(run(folder, arguments));
+    }
+
+    QVariantMap parsed(const QByteArray &line) const {
+        QVariantMap paths = QJsonDocument::fromJson(line).object().toVariantMap();
         for (QVariant &value : paths) {
             if (value.type() == QVariant::String)
                 value = relative(value.toString());
@@ -105,12 +109,15 @@ class AppPathsTest : public QObject {
 
 private Q_SLOTS:
     void dataPathsFollowTheDataFolder();
+    void dataPathsFollowADataFolderThatMoves();
     void findsTheRoot_data();
     void findsTheRoot();
     void onlyTwoOperationsInitialise_data();
     void onlyTwoOperationsInitialise();
     void findsFoldersInEachLayout_data();
     void findsFoldersInEachLayout();
+    void everyAnswerIsBuiltAfresh_data();
+    void everyAnswerIsBuiltAfresh();
     void initialisingMakesAllFolders();
     void foldersThatCannotBeMadeDoNotStopIt();
     void movedInstallationFindsItsNewPlace();
@@ -140,6 +147,28 @@ void AppPathsTest::dataPathsFollowTheDataFolder() {
              support::rootedBeside(inData(""), "/abs/a.zip"));
     QCOMPARE(AppPaths::updateBackupDirectory(), inData("/update/backup"));
     QCOMPARE(AppPaths::updateCacheDirectory(), inData("/update/cache"));
+}
+
+void AppPathsTest::dataPathsFollowADataFolderThatMoves() {
+    if (support::onWindows)
+        QSKIP("the system's folder is not told by the environment there");
+    const auto paths = [] {
+        return QStringList{AppPaths::dataDirectory(),         AppPaths::databasePath(),
+                           AppPaths::launchLogPath(),         AppPaths::dumpsDirectory(),
+                           AppPaths::launchNoncePath(1),      AppPaths::updateTempPath("a"),
+                           AppPaths::updateBackupDirectory(), AppPaths::updateCacheDirectory()};
+    };
+    const QStringList before = paths();
+    const QByteArray folder = qgetenv("XDG_DATA_HOME");
+    const QTemporaryDir other;
+    qputenv("XDG_DATA_HOME", other.path().toLocal8Bit());
+    const QStringList after = paths();
+    qputenv("XDG_DATA_HOME", folder);
+    QStringList expected = before;
+    expected.replaceInStrings(support::stageRoot() + "/data", other.path());
+    QVERIFY(expected != before);
+    QCOMPARE(after, expected);
+    QCOMPARE(paths(), before);
 }
 
 void AppPathsTest::findsTheRoot_data() {
@@ -260,6 +289,52 @@ void AppPathsTest::findsFoldersInEachLayout() {
     const Machine machine;
     machine.make(present);
     QTEST(machine.paths(folder)[operation].toString(), "expected");
+}
+
+void AppPathsTest::everyAnswerIsBuiltAfresh_data() {
+    QTest::addColumn<QStringList>("present");
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("comes"); // while the program runs
+    QTest::addColumn<QString>("then");
+    const auto row = [](const char *name, const QStringList &present, const QString &folder,
+                        const QString &operation, const QString &first, const QString &comes,
+                        const QString &then) {
+        QTest::newRow(name) << present << folder << operation << first << comes << then;
+    };
+    const QStringList tree{"tree/Quorvane.pro", "tree/examples/projects/"};
+    row("the user folder", tree, "tree/build/bin", "user", "tree/USER", "tree/build/USER/",
+        "tree/build/USER");
+    row("the projects follow it", tree, "tree/build/bin", "projects", "tree/USER/projects",
+        "tree/build/USER/", "tree/build/USER/projects");
+    row("the install root", tree, "tree/build/dev/bin", "install", "tree", "tree/build/dev/python/",
+        "tree/build/dev");
+    row("the layout", {"tree/src/"}, "tree/bin", "repository", "false", "tree/Quorvane.pro",
+        "true");
+    row("the plug-ins", {"tree/src/"}, "tree/bin", "plugins", "tree/plugins", "tree/bin/plugins/",
+        "tree/bin/plugins");
+    row("the configuration", {"tree/src/"}, "tree/bin", "config", "tree/bin/config",
+        "tree/resources/config/FunctionLib.ini", "tree/resources/config");
+    row("the function library", {}, "app/bin", "library",
+        "app/bin/resources/config/FunctionLib.ini", "app/bin/config/FunctionLib.ini",
+        "app/bin/config/FunctionLib.ini");
+    row("the public key", {}, "app/bin", "key", "app/bin/resources/config/update.pub",
+        "app/bin/config/update.pub", "app/bin/config/update.pub");
+}
+
+void AppPathsTest::everyAnswerIsBuiltAfresh() {
+    QFETCH(QStringList, present);
+    QFETCH(QString, folder);
+    QFETCH(QString, operation);
+    QFETCH(QString, comes);
+    const Machine machine;
+    machine.make(present);
+    const QList<QByteArray> lines =
+        machine.run(folder, {"changes", machine.path(comes)}).split('\n');
+    QCOMPARE(lines.size(), 2);
+    QTEST(machine.parsed(lines.first())[operation].toString(), "first");
+    QTEST(machine.parsed(lines.last())[operation].toString(), "then");
 }
 
 void AppPathsTest::initialisingMakesAllFolders() {

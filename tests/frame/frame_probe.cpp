@@ -2,6 +2,8 @@
 //
 //   frame_probe paths                 initialises twice and prints every path as one JSON object
 //   frame_probe inspect <folder>      the same about an installation that is only looked at
+//   frame_probe changes <path>... prints them, makes each path (a folder if it ends in a slash, else
+//                                 an empty file) and prints them again on a second line
 //   frame_probe first <operation>     calls one operation of an uninitialised AppPaths, prints the root
 //   frame_probe log <word> <count>    writes that many lines to the launch log
 //   frame_probe settings <word> <count>  opens the store and sets that many keys
@@ -10,16 +12,18 @@
 #include "frame/settings_store.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
 
 void printPaths() {
-    AppPaths::initialize();
-    AppPaths::initialize();
     const QJsonObject paths{
         {"program", AppPaths::applicationDirectory()},
         {"launcher", AppPaths::applicationFile()},
@@ -35,6 +39,13 @@ void printPaths() {
         {"data", AppPaths::dataDirectory()},
     };
     std::puts(QJsonDocument(paths).toJson(QJsonDocument::Compact).constData());
+}
+
+bool make(const QString &path) {
+    if (path.endsWith('/'))
+        return QDir().mkpath(path);
+    QFile file(path);
+    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly);
 }
 
 void printRootAfter(const QString &operation) {
@@ -72,15 +83,23 @@ int main(int argc, char **argv) {
     const QString command = arguments.value(1);
     if (command == "inspect")
         AppPaths::inspect(arguments.value(2));
-    if (command == "paths" || command == "inspect")
+    if (command == "paths" || command == "inspect" || command == "changes") {
+        AppPaths::initialize();
+        AppPaths::initialize();
         printPaths();
-    else if (command == "first")
+    }
+    if (command == "changes") {
+        const QStringList paths = arguments.mid(2);
+        if (!std::all_of(paths.begin(), paths.end(), make))
+            return 2;
+        printPaths();
+    }
+    if (command == "first")
         printRootAfter(arguments.value(2));
-    else if (command == "log")
+    if (command == "log")
         writeLines(arguments.value(2), arguments.value(3).toInt());
-    else if (command == "settings")
+    if (command == "settings")
         writeSettings(arguments.value(2), arguments.value(3).toInt());
-    else
-        return 2;
-    return 0;
+    const QStringList known{"paths", "inspect", "changes", "first", "log", "settings"};
+    return known.contains(command) ? 0 : 2;
 }
