@@ -4,6 +4,7 @@
 #include "window_scene.h"
 
 #include <QDialogButtonBox>
+#include <QFutureInterface>
 #include <QMessageBox>
 #include <QTranslator>
 #include <QVBoxLayout>
@@ -29,6 +30,8 @@ private Q_SLOTS:
     void nothingTickedGivesAWarning();
     void whatWasTickedIsAppliedItemByItem_data();
     void whatWasTickedIsAppliedItemByItem();
+    void aTaskThatBeginsWhileTheDialogIsOpen_data();
+    void aTaskThatBeginsWhileTheDialogIsOpen();
     void theThreeWaysIntoTheDialog();
 
     void phaseAndDetail_data();
@@ -327,6 +330,50 @@ void UpdateTest::whatWasTickedIsAppliedItemByItem() {
              bit);
     QCOMPARE(log.take(), QStringList("not applied 当前没有可应用的已验证更新。"));
     QCOMPARE(modals, 2);
+}
+
+void UpdateTest::aTaskThatBeginsWhileTheDialogIsOpen_data() {
+    QTest::addColumn<QString>("task");
+    QTest::newRow("a check") << "check";
+    QTest::newRow("a project") << "apply";
+    QTest::newRow("components") << "setup";
+}
+
+// The seconds and the service go on behind the dialog: the request is refused by the status, and what
+// was ticked is kept.
+void UpdateTest::aTaskThatBeginsWhileTheDialogIsOpen() {
+    QFETCH(QString, task);
+    WindowScene scene;
+    withOffer(scene);
+    LauncherService &service = scene.service;
+    service.taskId = task + "_1";
+    SignalLog log(service);
+    QFutureInterface<ApplyResult> apply;
+    QFutureInterface<ComponentSetupResult> setup;
+    QVERIFY(duringModal([&] { scene.parts.bannerUpdateButton->click(); },
+                        [&](QWidget *dialog) {
+                            for (QCheckBox *box : boxesOf(dialog))
+                                box->setChecked(box->text().contains("Runtime"));
+                            if (task == "check") {
+                                service.checkInFlight = true;
+                            } else if (task == "apply") {
+                                apply.reportStarted();
+                                service.applyWatcher.setFuture(apply.future());
+                            } else {
+                                setup.reportStarted();
+                                service.setupWatcher.setFuture(setup.future());
+                            }
+                            press(dialog, QDialogButtonBox::Ok);
+                        }));
+    QCOMPARE(log.take(), QStringList("status 更新任务正在进行中..."));
+    QCOMPARE(service.taskId, task + "_1");
+    QVERIFY(service.selection.runtime && !service.selection.project);
+    QVERIFY(!scene.parts.taskPanel->isHidden());
+    QVERIFY(scene.parts.bannerPanel->isHidden());
+    QCOMPARE(scene.parts.statusLabel->text(), QString("更新任务正在进行中..."));
+    service.checkInFlight = false;
+    apply.reportFinished();
+    setup.reportFinished();
 }
 
 void UpdateTest::theThreeWaysIntoTheDialog() {
