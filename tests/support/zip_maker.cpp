@@ -34,7 +34,6 @@ QByteArray rawDeflate(const QByteArray &bytes) {
 struct Stored {
     QByteArray data;
     quint16 method;
-    QByteArray common; // the fields that both headers share, from "version needed" to the sizes
     QByteArray extra;
 };
 
@@ -42,16 +41,23 @@ Stored store(const ZipEntry &entry, bool zip64) {
     Stored stored;
     stored.data = entry.deflated ? rawDeflate(entry.content) : entry.content;
     stored.method = quint16(entry.method >= 0 ? entry.method : entry.deflated ? 8 : 0);
-    const auto packed = quint32(stored.data.size());
-    const auto full = quint32(entry.content.size());
     if (zip64) {
-        stored.extra = le<quint16>(1) + le<quint16>(16) + le<quint64>(full) + le<quint64>(packed);
+        stored.extra = le<quint16>(1) + le<quint16>(16) +
+                       le<quint64>(quint64(entry.content.size())) +
+                       le<quint64>(quint64(stored.data.size()));
     }
-    stored.common = le<quint16>(zip64 ? 45 : 20) + le<quint16>(entry.flags) +
-                    le<quint16>(stored.method) + le<quint32>(0x5A210000U) +
-                    le<quint32>(crc32(entry.content) ^ entry.crcChange) +
-                    le<quint32>(zip64 ? inExtra32 : packed) + le<quint32>(zip64 ? inExtra32 : full);
     return stored;
+}
+
+// The fields that both headers have, from "version needed" to the sizes.
+QByteArray commonFields(const ZipEntry &entry, const Stored &stored, bool zip64, bool inDirectory) {
+    const bool otherMethod = inDirectory && entry.methodInDirectory >= 0;
+    const quint32 packed = quint32(stored.data.size()) ^ (inDirectory ? entry.packedSizeChange : 0);
+    const quint32 full = quint32(entry.content.size()) ^ (inDirectory ? entry.sizeChange : 0);
+    return le<quint16>(zip64 ? 45 : 20) + le<quint16>(entry.flags) +
+           le<quint16>(otherMethod ? quint16(entry.methodInDirectory) : stored.method) +
+           le<quint32>(0x5A210000U) + le<quint32>(crc32(entry.content) ^ entry.crcChange) +
+           le<quint32>(zip64 ? inExtra32 : packed) + le<quint32>(zip64 ? inExtra32 : full);
 }
 
 } // namespace
@@ -63,13 +69,16 @@ QByteArray makeZipAs(const ZipWish &wish) {
         const Stored stored = store(entry, wish.zip64);
         const QByteArray listed =
             entry.nameInDirectory.isEmpty() ? entry.name : entry.nameInDirectory;
-        directory += "PK\x01\x02" + le<quint16>(entry.mode != 0 ? 0x031E : 0x0014) + stored.common +
+        directory += "PK\x01\x02" + le<quint16>(entry.mode != 0 ? 0x031E : 0x0014) +
+                     commonFields(entry, stored, wish.zip64, true) +
                      le<quint16>(quint16(listed.size())) +
                      le<quint16>(quint16(stored.extra.size())) + QByteArray(6, '\0') +
                      le<quint32>(quint32(entry.mode) << 16) + le<quint32>(quint32(zip.size())) +
                      listed + stored.extra;
-        zip += "PK\x03\x04" + stored.common + le<quint16>(quint16(entry.name.size())) +
-               le<quint16>(quint16(stored.extra.size())) + entry.name + stored.extra + stored.data;
+        const QByteArray extra = stored.extra + entry.extra;
+        zip += "PK\x03\x04" + commonFields(entry, stored, wish.zip64, false) +
+               le<quint16>(quint16(entry.name.size())) + le<quint16>(quint16(extra.size())) +
+               entry.name + extra + stored.data;
     }
     const auto at = quint32(zip.size());
     const auto size = quint32(directory.size());

@@ -15,6 +15,10 @@ struct ZipEntry {
     int method = -1;       // to claim another than the true one
     quint32 crcChange = 0; // laid over the true checksum
     QByteArray nameInDirectory = QByteArray(); // where it differs from `name`
+    int methodInDirectory = -1;                // where it differs from `method`
+    quint32 sizeChange = 0;                    // laid over the size in the directory alone
+    quint32 packedSizeChange = 0;              // the same for the packed size
+    QByteArray extra = QByteArray();           // further fields before the data
 };
 
 struct ZipWish {

@@ -1,8 +1,8 @@
 // Unpacking a zip archive, whole or not at all if it is unsafe.
 //
-// An archive with an entry that would leave the target is refused before anything is written.
-// Windows unpacks with PowerShell and .NET, other systems with libarchive; PowerShell's command
-// line is common code. Blocks its thread; any thread.
+// An archive with an entry that would leave the target is refused before anything is written; so is, but on
+// Windows, one whose two halves disagree. Windows unpacks with PowerShell and .NET, other systems with
+// libzip; PowerShell's command line is common code. Blocks its thread; any thread.
 #pragma once
 
 #include <QString>

@@ -1,152 +1,55 @@
-// libarchive reads; the files are written here, so that no link, device or permission of an entry
-// ever takes effect.
+// ZipReader reads; the files are written here, so that no link, device or permission of an entry ever
+// takes effect.
 #include "update/files/zip_extract.h"
 
 #include "update/files/failure.h"
 #include "update/files/zip_names.h"
+#include "update/files/zip_reader.h"
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
-#include <QTextCodec>
-
-#include <archive.h>
-#include <archive_entry.h>
-#include <clocale>
-
-#include <memory>
 
 namespace {
-
-constexpr size_t readSize = 65536; // bytes, of the archive at a time
-
-struct ReadFree {
-    void operator()(archive *reader) const { archive_read_free(reader); }
-};
-using Reader = std::unique_ptr<archive, ReadFree>;
-
-// libarchive converts names to the locale's encoding and would spoil Chinese ones in the plain
-// locale that a service may run in. Only this thread is touched.
-class Utf8Names {
-public:
-    Utf8Names()
-        : locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
-        if (locale != nullptr)
-            before = uselocale(locale);
-    }
-    ~Utf8Names() {
-        if (locale != nullptr) {
-            uselocale(before);
-            freelocale(locale);
-        }
-    }
-    Utf8Names(const Utf8Names &) = delete;
-    Utf8Names &operator=(const Utf8Names &) = delete;
-
-private:
-    locale_t locale;
-    locale_t before = nullptr;
-};
-
-bool failReading(archive *reader, ZipFailure *failure) {
-    const char *const text = archive_error_string(reader);
-    return fail(
-        text != nullptr
-            ? QString::fromLocal8Bit(text)
-            : QStringLiteral("zip extraction failed with exit code %1").arg(archive_errno(reader)),
-        &failure->reason);
-}
-
-bool timedOut(ZipFailure *failure) {
-    return fail(QStringLiteral("zip extraction timed out"), &failure->reason);
-}
 
 bool unsafe(const QString &name, ZipFailure *failure) {
     failure->isUnsafe = true;
     return failAbout(unsafeNameMark(), name, &failure->reason);
 }
 
-// An old archive does not say what its names are in: UTF-8 if they can be, else GBK.
-QString decodedName(const char *bytes) {
-    QString text = QString::fromUtf8(bytes);
-    QTextCodec *const gbk = QTextCodec::codecForName("GBK");
-    if (gbk != nullptr && text.contains(QChar::ReplacementCharacter))
-        text = gbk->toUnicode(bytes);
-    return text.replace(QLatin1Char('\\'), QLatin1Char('/'));
-}
-
-QString nameOf(archive_entry *entry) {
-    const char *const name = archive_entry_pathname(entry);
-    return name != nullptr ? decodedName(name) : QString();
-}
-
-bool isFolderEntry(archive_entry *entry, const QString &name) {
-    return archive_entry_filetype(entry) == AE_IFDIR || name.endsWith(QLatin1Char('/'));
-}
-
-bool checkEntry(archive_entry *entry, ZipFailure *failure) {
-    const QString name = nameOf(entry);
-    if (name.isEmpty() || isUnsafeZipName(name) || hasControlCharacter(name))
-        return unsafe(name, failure);
-    if (archive_entry_is_encrypted(entry) != 0)
-        return fail(QStringLiteral("encrypted zip entry: %1").arg(name), &failure->reason);
+bool checkItem(const ZipItem &item, ZipFailure *failure) {
+    if (item.name.isEmpty() || isUnsafeZipName(item.name) || hasControlCharacter(item.name))
+        return unsafe(item.name, failure);
+    if (item.isEncrypted)
+        return fail(QStringLiteral("encrypted zip entry: %1").arg(item.name), &failure->reason);
+    if (!item.isReadable)
+        return failAbout(item.name, QStringLiteral("the compression is not supported"),
+                         &failure->reason);
+    if (item.isFolder && item.size > 0)
+        return failAbout(item.name, QStringLiteral("a folder cannot have content"),
+                         &failure->reason);
     return true;
-}
-
-Reader openArchive(const QString &zipPath, ZipFailure *failure) {
-    Reader reader(archive_read_new());
-    archive_read_support_format_zip_seekable(reader.get());
-    if (archive_read_open_filename(reader.get(), QFile::encodeName(zipPath).constData(),
-                                   readSize) == ARCHIVE_OK)
-        return reader;
-    (void)failReading(reader.get(), failure);
-    return nullptr;
-}
-
-// Calls `take` with each entry, in the archive's order; its failure ends the walk.
-template<typename Take>
-bool forEachEntry(const QString &zipPath, const QDeadlineTimer &deadline, ZipFailure *failure,
-                  Take take) {
-    const Reader reader = openArchive(zipPath, failure);
-    if (!reader)
-        return false;
-    for (;;) {
-        archive_entry *entry = nullptr;
-        const int outcome = archive_read_next_header(reader.get(), &entry);
-        if (outcome == ARCHIVE_EOF)
-            return true;
-        if (outcome != ARCHIVE_OK) // a warning too: a name that cannot be read
-            return failReading(reader.get(), failure);
-        if (deadline.hasExpired())
-            return timedOut(failure);
-        if (!take(reader.get(), entry))
-            return false;
-    }
 }
 
 // Writes entries below one folder.
 class EntryWriter {
 public:
-    EntryWriter(const QString &targetFolder, const QDeadlineTimer &until, ZipFailure *told)
+    EntryWriter(const QString &targetFolder, ZipFailure *told)
         : root(QDir::cleanPath(QFileInfo(targetFolder).absoluteFilePath()))
-        , deadline(until)
         , failure(told) {
         folders.insert(root);
     }
 
-    bool write(archive *reader, archive_entry *entry) {
-        if (!checkEntry(entry, failure)) // the file may have changed since it was checked
-            return false;
-        const QString name = nameOf(entry);
-        const QString path = QDir::cleanPath(root + QLatin1Char('/') + name);
-        if (isFolderEntry(entry, name))
-            return makeFolder(path, name);
+    bool write(ZipReader &reader, qint64 index) {
+        const ZipItem item = reader.item(index);
+        const QString path = QDir::cleanPath(root + QLatin1Char('/') + item.name);
+        if (item.isFolder)
+            return makeFolder(path, item.name);
         if (!path.startsWith(root + QLatin1Char('/')))
-            return unsafe(name, failure);
-        return makeFolder(path.left(path.lastIndexOf(QLatin1Char('/'))), name) &&
-               writeFile(reader, entry, path);
+            return unsafe(item.name, failure);
+        return makeFolder(path.left(path.lastIndexOf(QLatin1Char('/'))), item.name) &&
+               writeFile(reader, index, path);
     }
 
 private:
@@ -170,32 +73,16 @@ private:
         return true;
     }
 
-    bool writeFile(archive *reader, archive_entry *entry, const QString &path) {
+    // A link's content is its text.
+    bool writeFile(ZipReader &reader, qint64 index, const QString &path) {
         QFile file(path);
         // Never over an existing file, and so never through a link.
         if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
             return failWriting(file);
-        if (const char *const linkTarget = archive_entry_symlink(entry))
-            return writeBlock(file, linkTarget, qint64(qstrlen(linkTarget))) ||
-                   failWriting(file); // a link's content is its text
-        return writeBlocks(reader, file);
-    }
-
-    bool writeBlocks(archive *reader, QFile &file) {
-        for (;;) {
-            const void *block = nullptr;
-            size_t size = 0;
-            la_int64_t offset = 0;
-            const int outcome = archive_read_data_block(reader, &block, &size, &offset);
-            if (outcome == ARCHIVE_EOF)
-                return true;
-            if (outcome != ARCHIVE_OK) // a warning too: a wrong checksum
-                return failReading(reader, failure);
-            if (!writeBlock(file, static_cast<const char *>(block), qint64(size)))
-                return failWriting(file);
-            if (deadline.hasExpired())
-                return timedOut(failure);
-        }
+        const auto take = [this, &file](const char *block, qint64 size) {
+            return writeBlock(file, block, size) || failWriting(file);
+        };
+        return reader.read(index, take, failure);
     }
 
     // The rest of a block that a full disk takes in part is tried again: only then is the reason told.
@@ -216,7 +103,6 @@ private:
     }
 
     QString root;
-    QDeadlineTimer deadline;
     ZipFailure *failure;
     QSet<QString> folders; // known to be there and to be no links
 };
@@ -225,18 +111,21 @@ private:
 
 bool unpackZip(const QString &zipPath, const QString &targetFolder, int limitMs,
                ZipFailure *failure) {
-    if (isEmptyArchive(zipPath))
-        return true;
     const QDeadlineTimer deadline(limitMs);
-    const Utf8Names utf8Names;
-    const auto check = [failure](archive *, archive_entry *entry) {
-        return checkEntry(entry, failure);
-    };
-    failure->isUnsafe = !checkStoredNames(zipPath, deadline, &failure->reason);
-    if (failure->isUnsafe || !forEachEntry(zipPath, deadline, failure, check))
+    ZipReader reader(zipPath, deadline);
+    if (!reader.open(failure))
         return false;
-    EntryWriter writer(targetFolder, deadline, failure);
-    return forEachEntry(
-        zipPath, deadline, failure,
-        [&writer](archive *reader, archive_entry *entry) { return writer.write(reader, entry); });
+    const qint64 count = reader.count();
+    for (qint64 i = 0; i < count; ++i) {
+        if (!checkItem(reader.item(i), failure))
+            return false;
+    }
+    EntryWriter writer(targetFolder, failure);
+    for (qint64 i = 0; i < count; ++i) {
+        if (deadline.hasExpired())
+            return fail(QStringLiteral("zip extraction timed out"), &failure->reason);
+        if (!writer.write(reader, i))
+            return false;
+    }
+    return true;
 }

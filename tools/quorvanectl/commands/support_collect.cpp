@@ -14,6 +14,8 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <memory>
+
 namespace ctl {
 namespace {
 
@@ -37,9 +39,9 @@ bool pack(QSaveFile &file, const QVector<SupportFile> &files, QString *error) {
     ZipWriter zip(&file);
     bool packed = true;
     for (const SupportFile &entry : files) {
-        QBuffer content;
-        content.setData(entry.content);
-        packed = packed && content.open(QIODevice::ReadOnly) && zip.addFile(entry.name, &content);
+        auto content = std::make_unique<QBuffer>();
+        content->setData(entry.content);
+        packed = packed && zip.addFile(entry.name, std::move(content));
     }
     if (packed && zip.finish())
         return true;

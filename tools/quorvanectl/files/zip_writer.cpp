@@ -2,88 +2,237 @@
 
 #include "quorvanectl/files/interruption.h"
 
-#include <archive.h>
-#include <archive_entry.h>
+#include <sys/stat.h>
+#include <zip.h>
+
+#include <cerrno>
 
 namespace ctl {
 namespace {
 
-constexpr qint64 pieceSize = 1 << 20; // bytes
-const __LA_MODE_T plainFile = 0644;
-const __LA_MODE_T plainFolder = 0755;
-
-la_ssize_t writeTo(archive *, void *device, const void *bytes, size_t size) {
-    return static_cast<QIODevice *>(device)->write(static_cast<const char *>(bytes), qint64(size));
-}
-
-struct EntryFree {
-    void operator()(archive_entry *entry) const { archive_entry_free(entry); }
-};
+constexpr quint32 plainFile = S_IFREG | 0644;
+constexpr quint32 plainFolder = S_IFDIR | 0755;
+constexpr zip_uint16_t earliestDate = 0x21; // 1980-01-01, as the format writes it
+constexpr zip_uint32_t packing = 6;         // of 9: more takes long and gains little
 
 } // namespace
 
-void ZipWriter::Free::operator()(archive *writer) const {
-    archive_write_free(writer);
+// The archive that is written, as libzip asks for it.
+class ZipWriter::Output {
+public:
+    explicit Output(QIODevice *to)
+        : device(to) {
+        zip_error_init(&error);
+    }
+    ~Output() { zip_error_fini(&error); }
+    Output(const Output &) = delete;
+    Output &operator=(const Output &) = delete;
+
+    static zip_int64_t answer(void *output, void *data, zip_uint64_t size,
+                              zip_source_cmd_t command) {
+        return static_cast<Output *>(output)->carryOut(command, data, size);
+    }
+
+private:
+    zip_int64_t carryOut(zip_source_cmd_t command, void *data, zip_uint64_t size) {
+        switch (command) {
+        case ZIP_SOURCE_SUPPORTS:
+            return ZIP_SOURCE_SUPPORTS_WRITABLE;
+        case ZIP_SOURCE_STAT: // there is no archive yet
+            return fail(ZIP_ER_READ, ENOENT);
+        case ZIP_SOURCE_WRITE:
+            return write(static_cast<const char *>(data), qint64(size));
+        case ZIP_SOURCE_SEEK_WRITE:
+            return seek(data, size);
+        case ZIP_SOURCE_TELL_WRITE:
+            return device->pos();
+        case ZIP_SOURCE_ERROR:
+            return zip_error_to_data(&error, data, size);
+        case ZIP_SOURCE_BEGIN_WRITE:
+        case ZIP_SOURCE_COMMIT_WRITE:
+        case ZIP_SOURCE_ROLLBACK_WRITE: // whoever owns the device drops it
+        case ZIP_SOURCE_REMOVE:
+        case ZIP_SOURCE_FREE:
+            return 0;
+        default: // reading
+            return fail(ZIP_ER_OPNOTSUPP, 0);
+        }
+    }
+
+    zip_int64_t fail(int reason, int systemReason) {
+        zip_error_set(&error, reason, systemReason);
+        return -1;
+    }
+
+    zip_int64_t write(const char *data, qint64 size) {
+        errno = 0;
+        return device->write(data, size) == size ? size : fail(ZIP_ER_WRITE, errno);
+    }
+
+    zip_int64_t seek(void *data, zip_uint64_t size) {
+        const zip_int64_t to = zip_source_seek_compute_offset(
+            zip_uint64_t(device->pos()), zip_uint64_t(device->size()), data, size, &error);
+        if (to < 0)
+            return -1;
+        return device->seek(to) ? 0 : fail(ZIP_ER_SEEK, EIO);
+    }
+
+    QIODevice *device;
+    zip_error_t error = {};
+};
+
+// The content of one entry, as libzip asks for it. libzip frees it.
+class ZipWriter::Content {
+public:
+    Content(QString entryName, std::unique_ptr<QIODevice> from, ZipWriter *owner)
+        : name(std::move(entryName))
+        , device(std::move(from))
+        , writer(owner) {
+        zip_error_init(&error);
+    }
+    ~Content() { zip_error_fini(&error); }
+    Content(const Content &) = delete;
+    Content &operator=(const Content &) = delete;
+
+    static zip_int64_t answer(void *content, void *data, zip_uint64_t size,
+                              zip_source_cmd_t command) {
+        auto *const self = static_cast<Content *>(content);
+        if (command != ZIP_SOURCE_FREE)
+            return self->carryOut(command, data, size);
+        delete self;
+        return 0;
+    }
+
+private:
+    zip_int64_t carryOut(zip_source_cmd_t command, void *data, zip_uint64_t size) {
+        switch (command) {
+        case ZIP_SOURCE_SUPPORTS:
+            return ZIP_SOURCE_SUPPORTS_READABLE;
+        case ZIP_SOURCE_STAT:
+            return tellSize(static_cast<zip_stat_t *>(data));
+        case ZIP_SOURCE_OPEN:
+            left = device->size();
+            return device->isOpen() || device->open(QIODevice::ReadOnly) ? 0 : failReading();
+        case ZIP_SOURCE_READ:
+            return read(static_cast<char *>(data), qint64(size));
+        case ZIP_SOURCE_CLOSE:
+            device->close();
+            return 0;
+        case ZIP_SOURCE_ERROR:
+            return zip_error_to_data(&error, data, size);
+        default:
+            return fail(QStringLiteral("the package cannot be written"));
+        }
+    }
+
+    // libzip then knows beforehand whether the entry needs the large form.
+    zip_int64_t tellSize(zip_stat_t *stat) {
+        zip_stat_init(stat);
+        stat->size = zip_uint64_t(device->size());
+        stat->valid = ZIP_STAT_SIZE;
+        return 0;
+    }
+
+    zip_int64_t read(char *data, qint64 size) {
+        if (left == 0)
+            return 0;
+        const qint64 got = device->read(data, qMin(size, left));
+        if (got <= 0)
+            return failReading();
+        if (interrupted())
+            return fail(QStringLiteral("interrupted"));
+        left -= got;
+        return got;
+    }
+
+    zip_int64_t fail(const QString &text) {
+        zip_error_set(&error, ZIP_ER_READ, EIO);
+        writer->fail(text);
+        return -1;
+    }
+
+    zip_int64_t failReading() {
+        return fail(QStringLiteral("cannot read %1: %2").arg(name, device->errorString()));
+    }
+
+    QString name;
+    std::unique_ptr<QIODevice> device;
+    ZipWriter *writer;
+    qint64 left = 0;
+    zip_error_t error = {};
+};
+
+void ZipWriter::Discard::operator()(zip *archive) const {
+    zip_discard(archive);
 }
 
 ZipWriter::ZipWriter(QIODevice *out)
-    : writer(archive_write_new()) {
-    archive_write_set_format_zip(writer.get());
-    archive_write_set_format_option(writer.get(), "zip", "hdrcharset", "UTF-8");
-    archive_write_set_bytes_in_last_block(writer.get(), 1); // no padding
-    if (archive_write_open(writer.get(), out, nullptr, writeTo, nullptr) != ARCHIVE_OK)
-        failWriting();
+    : output(std::make_unique<Output>(out)) {
+    zip_error_t error = {};
+    zip_error_init(&error);
+    zip_source_t *const target = zip_source_function_create(&Output::answer, output.get(), &error);
+    if (target != nullptr)
+        archive.reset(zip_open_from_source(target, ZIP_CREATE | ZIP_EXCL, &error));
+    if (!archive) {
+        fail(QString::fromUtf8(zip_error_strerror(&error)));
+        zip_source_free(target);
+    }
+    zip_error_fini(&error);
 }
+
+ZipWriter::~ZipWriter() = default;
 
 bool ZipWriter::addFolder(const QString &name) {
-    return addHeader(name + QLatin1Char('/'), 0, true);
+    if (!reason.isEmpty())
+        return false;
+    return add(name + QLatin1Char('/'), zip_source_buffer(archive.get(), nullptr, 0, 0),
+               plainFolder);
 }
 
-bool ZipWriter::addFile(const QString &name, QIODevice *content) {
-    if (!addHeader(name, content->size(), false))
+bool ZipWriter::addFile(const QString &name, std::unique_ptr<QIODevice> content) {
+    if (!reason.isEmpty())
         return false;
-    qint64 left = content->size();
-    while (left > 0) {
-        const QByteArray piece = content->read(qMin(left, pieceSize));
-        if (piece.isEmpty())
-            return fail(QStringLiteral("cannot read %1: %2").arg(name, content->errorString()));
-        if (interrupted())
-            return fail(QStringLiteral("interrupted"));
-        const auto size = size_t(piece.size());
-        if (archive_write_data(writer.get(), piece.constData(), size) !=
-            static_cast<la_ssize_t>(size))
-            return failWriting();
-        left -= piece.size();
+    auto entry = std::make_unique<Content>(name, std::move(content), this);
+    zip_source_t *const source = zip_source_function(archive.get(), &Content::answer, entry.get());
+    if (source != nullptr)
+        (void)entry.release(); // the source frees it
+    return add(name, source, plainFile);
+}
+
+bool ZipWriter::add(const QString &name, zip_source *source, quint32 mode) {
+    if (source == nullptr)
+        return failWriting();
+    const zip_int64_t added =
+        zip_file_add(archive.get(), name.toUtf8().constData(), source, ZIP_FL_ENC_UTF_8);
+    if (added < 0) {
+        zip_source_free(source);
+        return failWriting();
     }
-    return true;
+    const auto index = zip_uint64_t(added);
+    const bool set =
+        zip_set_file_compression(archive.get(), index, ZIP_CM_DEFAULT, packing) == 0 &&
+        zip_file_set_dostime(archive.get(), index, 0, earliestDate, 0) == 0 &&
+        zip_file_set_external_attributes(archive.get(), index, 0, ZIP_OPSYS_UNIX, mode << 16) == 0;
+    return set || failWriting();
 }
 
 bool ZipWriter::finish() {
-    return archive_write_close(writer.get()) == ARCHIVE_OK || failWriting();
-}
-
-bool ZipWriter::addHeader(const QString &name, qint64 size, bool isFolder) {
     if (!reason.isEmpty())
         return false;
-    // A time is left out: the format then stores its earliest, whatever the time zone.
-    const std::unique_ptr<archive_entry, EntryFree> entry(archive_entry_new());
-    archive_entry_set_pathname_utf8(entry.get(), name.toUtf8().constData());
-    archive_entry_set_filetype(entry.get(), isFolder ? AE_IFDIR : AE_IFREG);
-    archive_entry_set_perm(entry.get(), isFolder ? plainFolder : plainFile);
-    archive_entry_set_size(entry.get(), size);
-    // A warning too: a name that could not be stored as it is.
-    return archive_write_header(writer.get(), entry.get()) == ARCHIVE_OK || failWriting();
+    if (zip_close(archive.get()) != 0)
+        return failWriting();
+    (void)archive.release(); // closing has freed it
+    return true;
 }
 
 bool ZipWriter::fail(const QString &text) {
-    reason = text;
+    if (reason.isEmpty())
+        reason = text;
     return false;
 }
 
 bool ZipWriter::failWriting() {
-    const char *const text = archive_error_string(writer.get());
-    return fail(text != nullptr ? QString::fromLocal8Bit(text)
-                                : QStringLiteral("the package cannot be written"));
+    return fail(QString::fromUtf8(zip_strerror(archive.get())));
 }
 
 } // namespace ctl

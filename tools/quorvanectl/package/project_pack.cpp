@@ -22,6 +22,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 namespace ctl {
 namespace {
@@ -115,11 +116,11 @@ bool writeZip(const Content &content, const QString &zipPath, QString *error) {
         return fail(zip.errorString(), error);
     ZipWriter writer(&zip);
     for (auto entry = content.begin(); entry != content.end(); ++entry) {
-        const bool isFolder = entry.value().isEmpty();
-        QFile file(entry.value());
-        if (!isFolder && !file.open(QIODevice::ReadOnly))
-            return failAbout(entry.key(), file.errorString(), error);
-        if (!(isFolder ? writer.addFolder(entry.key()) : writer.addFile(entry.key(), &file)))
+        const bool added =
+            entry.value().isEmpty()
+                ? writer.addFolder(entry.key())
+                : writer.addFile(entry.key(), std::make_unique<QFile>(entry.value()));
+        if (!added)
             return fail(writer.error(), error);
     }
     if (!writer.finish())

@@ -1,0 +1,24 @@
+// The names in a zip archive byte by byte, before libzip reads them. Not on Windows.
+#pragma once
+
+#include "update/files/zip_extract.h"
+
+#include <QDeadlineTimer>
+#include <QFile>
+
+// Looks at what libzip leaves out, so these few fields of the format are read here:
+// - It shows a NUL in a name as a blank, and takes both for the same.
+// - It keeps to itself whether a name is said to be UTF-8.
+// - It chooses among several ends of the directory, where other readers choose another.
+// - It enters all names in a table before a caller can say a word, which takes hours where they are made
+//   to be alike there.
+//
+// False if a name holds a NUL, differs between the directory and the place before the entry's data, or
+// is not the UTF-8 that it is said to be; if the archive has two ends; or if it has too many names.
+// `entries` receives how many there are. An archive that cannot be followed passes: libzip refuses it.
+[[nodiscard]] bool checkStoredNames(QFile &file, const QDeadlineTimer &deadline, qint64 *entries,
+                                    ZipFailure *failure);
+
+// What an archive of such a directory is refused with.
+[[nodiscard]] QString tooLargeDirectory();
+[[nodiscard]] QString inconsistentArchive();
