@@ -11,6 +11,9 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+#include <cstdio>
+#include <sys/stat.h>
+
 using support::Answer;
 using support::FileTree;
 
@@ -28,6 +31,8 @@ private Q_SLOTS:
     void init();
     void namesThatWindowsHasNot_data();
     void namesThatWindowsHasNot();
+    void namesThatAreNoText_data();
+    void namesThatAreNoText();
     void findingsAreSorted();
     void projectsThatAreNone_data();
     void projectsThatAreNone();
@@ -107,6 +112,41 @@ void PackMistakesTest::namesThatWindowsHasNot() {
     support::writeTree(path("line3"), changed({{name, "x"}}));
     const Answer answer = pack(path("line3"));
     QCOMPARE(answer.out.section('\n', -2), shown + ": " + fault + "\n");
+    QCOMPARE(answer.err, QString());
+    QCOMPARE(answer.status, 1);
+    QVERIFY(!QFileInfo::exists(path("out")));
+}
+
+void PackMistakesTest::namesThatAreNoText_data() {
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QString>("out");
+    QTest::newRow("a file in GBK")
+        << QByteArray("\xCE\xC4.ys")
+        << QStringLiteral("\uFFFD\uFFFD.ys: it is not readable as text\n");
+    QTest::newRow("a file in a folder")
+        << QByteArray("scripts/a\xFF.ys")
+        << QStringLiteral("scripts/a\uFFFD.ys: it is not readable as text\n");
+    QTest::newRow("a folder") << QByteArray("a\xFF/")
+                              << QStringLiteral("a\uFFFD: it is not readable as text\n");
+    QTest::newRow("the only thing in a folder")
+        << QByteArray("empty/\xFF") << QStringLiteral("empty/\uFFFD: it is not readable as text\n");
+}
+
+void PackMistakesTest::namesThatAreNoText() {
+    QFETCH(QByteArray, name);
+    QFETCH(QString, out);
+    support::writeTree(path("line3"), changed({{"empty/", ""}}));
+    const QByteArray place = QFile::encodeName(path("line3/")) + name;
+    if (name.endsWith('/')) {
+        QCOMPARE(::mkdir(place.constData(), 0755), 0);
+    } else {
+        std::FILE *const file = std::fopen(place.constData(), "w");
+        QVERIFY(file != nullptr);
+        QCOMPARE(std::fclose(file), 0);
+    }
+    const Answer answer = pack(path("line3"));
+    QCOMPARE(std::remove(place.constData()), 0); // Qt would not find it
+    QCOMPARE(answer.out, out);
     QCOMPARE(answer.err, QString());
     QCOMPARE(answer.status, 1);
     QVERIFY(!QFileInfo::exists(path("out")));

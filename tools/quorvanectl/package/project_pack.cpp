@@ -9,11 +9,11 @@
 #include "quorvanectl/package/project_package.h"
 #include "quorvanectl/package/version_fault.h"
 #include "update/files/failure.h"
+#include "update/files/folder_listing.h"
 #include "update/files/text_file.h"
 #include "update/files/version_text.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 #include <QMap>
 #include <QRegularExpression>
@@ -50,30 +50,49 @@ QString entryFault(const QFileInfo &info, const QString &name) {
     return nameFault(name);
 }
 
-Content contentOf(const QString &folder, QStringList *findings) {
-    Content content;
+// False if a folder cannot be listed whole: what lies in it would be left out without a word.
+bool list(const QString &folder, const QDir &root, QFileInfoList *entries, QStringList *findings) {
+    QString unreadable;
+    if (listFolder(folder, entries, &unreadable))
+        return true;
+    *findings += QStringLiteral("%1: %2").arg(root.relativeFilePath(unreadable),
+                                              unreadable == folder
+                                                  ? QStringLiteral("it cannot be read")
+                                                  : QStringLiteral("it is not readable as text"));
+    return false;
+}
+
+void take(const QFileInfo &info, const QString &name, Content *content, QStringList *folders,
+          QStringList *findings) {
+    const QString fault = entryFault(info, name);
+    if (!fault.isEmpty())
+        *findings += QStringLiteral("%1: %2").arg(name, fault);
+    else if (info.isFile())
+        content->insert(name, info.filePath());
+    if (info.isDir() && !info.isSymLink() && info.isReadable())
+        folders->append(info.filePath());
+}
+
+// False if not all of it can be seen.
+bool contentOf(const QString &folder, Content *content, QStringList *findings) {
     const QDir root(QDir(folder).absolutePath()); // relative paths are taken from no other
-    QDirIterator walk(root.path(),
-                      QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
-                      QDirIterator::Subdirectories);
-    while (walk.hasNext()) {
-        const QString name = root.relativeFilePath(walk.next());
-        if (isLeftOut(name))
-            continue;
-        const QFileInfo info = walk.fileInfo();
-        const QString fault = entryFault(info, name);
-        if (!fault.isEmpty())
-            *findings += QStringLiteral("%1: %2").arg(name, fault);
-        else if (info.isFile())
-            content.insert(name, info.filePath());
-        else if (QDir(info.filePath())
-                     .isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden |
-                              QDir::System))
-            content.insert(name, QString());
+    QStringList folders{root.path()};
+    bool isWhole = true;
+    while (!folders.isEmpty()) {
+        const QString place = folders.takeLast();
+        QFileInfoList entries;
+        isWhole = list(place, root, &entries, findings) && isWhole;
+        if (entries.isEmpty() && place != root.path())
+            content->insert(root.relativeFilePath(place), QString());
+        for (const QFileInfo &info : qAsConst(entries)) {
+            const QString name = root.relativeFilePath(info.filePath());
+            if (!isLeftOut(name))
+                take(info, name, content, &folders, findings);
+        }
     }
     findings->sort();
-    *findings += sameNameFaults(content.keys());
-    return content;
+    *findings += sameNameFaults(content->keys());
+    return isWhole;
 }
 
 // The one project file, at the top: elsewhere the launcher would find it, but the project would move.
@@ -185,7 +204,9 @@ PackResult packProject(const QString &folder, const QString &version, const QStr
         result.error = QStringLiteral("%1: is no folder").arg(folder);
         return result;
     }
-    Content content = contentOf(folder, &result.findings);
+    Content content;
+    if (!contentOf(folder, &content, &result.findings))
+        return result;
     const QString projectFile = projectFileOf(content, &result.findings);
     if (!projectFile.isEmpty())
         result.issues = validateProjectFile(projectFile);
