@@ -94,18 +94,24 @@ QByteArray decodePemBody(const QString &pemText) {
 }
 
 VerifyResult verifyFileSha256(const QString &path, const QString &expectedHex) {
+    return verifyFileSha256(path, expectedHex, path);
+}
+
+VerifyResult verifyFileSha256(const QString &path, const QString &expectedHex,
+                              const QString &toldPath) {
     const QString expected = expectedHex.trimmed();
     if (expected.isEmpty())
         return refused("expected SHA256 is empty");
     QString error;
     const QString actual = fileSha256Hex(path, &error);
     if (actual.isEmpty()) {
-        return refused(error.isEmpty() ? QStringLiteral("unable to compute SHA256 for %1").arg(path)
-                                       : error);
+        return refused(error.isEmpty()
+                           ? QStringLiteral("unable to compute SHA256 for %1").arg(toldPath)
+                           : error);
     }
     if (actual.compare(expected, Qt::CaseInsensitive) != 0) {
         return refused(QStringLiteral("SHA256 mismatch for %1 (expected %2, got %3)")
-                           .arg(path, expected, actual));
+                           .arg(toldPath, expected, actual));
     }
     return {true, QStringLiteral("SHA256 verified")};
 }

@@ -46,3 +46,7 @@ struct ManifestProof {
 // Whether the file's SHA-256 is `expectedHex`, in either case, with blanks around it forgiven. The
 // file is read in pieces, so a large installer is not held in memory.
 [[nodiscard]] VerifyResult verifyFileSha256(const QString &path, const QString &expectedHex);
+
+// The same for a copy of the file `toldPath`, which the message names.
+[[nodiscard]] VerifyResult verifyFileSha256(const QString &path, const QString &expectedHex,
+                                            const QString &toldPath);

@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 
 namespace apply_places {
 
@@ -19,6 +20,13 @@ namespace apply_places {
 // this project's folder in the folder `backup`.
 [[nodiscard]] QString stagingPrefix();
 [[nodiscard]] QString backupPrefix(const QString &projectFolder);
+
+// The folder in `temp` that a stick's package is copied to: what stands before a number in hexadecimal
+// digits, and the lock that lies beside it as long as it is in use. Then all of them, those of which
+// nothing but the lock is there too.
+[[nodiscard]] QString packagePrefix();
+[[nodiscard]] QString packageLock(const QString &packageFolder);
+[[nodiscard]] QStringList packageFolders(const QString &temp);
 
 // The lock that an apply holds, in the folder `temp`.
 [[nodiscard]] QString lockName();

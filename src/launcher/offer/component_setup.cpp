@@ -8,6 +8,7 @@
 #include "frame/app_paths.h"
 #include "frame/launch_log.h"
 #include "update/files/failure.h"
+#include "update/files/held_file.h"
 #include "update/http_fetch.h"
 #include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
@@ -20,6 +21,7 @@
 #include <QUrl>
 
 #include <array>
+#include <optional>
 
 namespace {
 
@@ -89,12 +91,22 @@ bool passesCheck(const Installer &installer, const QString &sha256, const Cancel
     return false;
 }
 
+// A download lacks the right to be run where the system asks for one. If it cannot be given, the start
+// fails and says so.
+void giveRightToRun(const Installer &installer) {
+    const QFile::Permissions rights = QFile::permissions(installer.path);
+    if (!(rights & QFile::ExeOwner))
+        (void)QFile::setPermissions(installer.path, rights | QFile::ExeOwner);
+}
+
+// What lies on a stick can be exchanged between its proof and its start.
+bool isStillProved(const Installer &installer, const HeldFile &proved, const QString &sha256,
+                   QString *why) {
+    return proved.isUnchanged() || passesCheck(installer, sha256, nullptr, why);
+}
+
 // As a process of its own that outlives the launcher.
 bool startInstaller(const Installer &installer) {
-    // A download lacks the right to be run where the system asks for one. If it cannot be given,
-    // the start fails and says so.
-    (void)QFile::setPermissions(installer.path,
-                                QFile::permissions(installer.path) | QFile::ExeOwner);
     return QProcess::startDetached(installer.path, {});
 }
 
@@ -144,6 +156,9 @@ QString UpdateContext::setupComponent(const QJsonObject &record, const QString &
     const Installer installer = installerOf(snapshot, label, setupUrl);
     const QString sha256 = record.value(manifest_keys::setupSha256).toString();
     QString why;
+    std::optional<HeldFile> proved; // until the installer has been started
+    if (snapshot.fromUsb && !sha256.isEmpty())
+        proved.emplace(installer.path);
     // Without a hash the installer goes unchecked: the publisher's choice.
     if (!makePresent(installer, snapshot.fromUsb, cancelRef, &why) ||
         (!sha256.isEmpty() && !passesCheck(installer, sha256, cancelRef, &why)))
@@ -153,6 +168,9 @@ QString UpdateContext::setupComponent(const QJsonObject &record, const QString &
             UpdateContext::tr("%1 安装包已就绪：%2（请在关闭 Launcher 后手动执行该安装包）")
                 .arg(label, installer.path));
     }
+    giveRightToRun(installer); // on a stick it is another file then, and proved again
+    if (proved && !isStillProved(installer, *proved, sha256, &why))
+        return leaveOut(report(why));
     if (!startInstaller(installer)) {
         return leaveOut(report(UpdateContext::tr("%1 安装包启动失败：%2，请稍后手动执行。")
                                    .arg(label, installer.path)));

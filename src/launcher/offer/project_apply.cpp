@@ -3,6 +3,7 @@
 #include "frame/app_paths.h"
 #include "launcher/offer/apply_places.h"
 #include "launcher/offer/project_location.h"
+#include "launcher/offer/stick_package.h"
 #include "project/project_file.h"
 #include "project/project_validator.h"
 #include "update/files/failure.h"
@@ -28,14 +29,19 @@ struct ProjectApply {
     const UpdateSnapshot &snapshot;
     const QString &projectPath;
     const CancelFlag *cancelRef;
+    const LockWait &wait;
     ApplyResult result = {};
-    QString zip = {};
+    QString zip = {}; // as it is told
     QString staging = {};
+    StickPackage copy = {};
+    bool copyFailed = false;
     QLockFile turn{AppPaths::updateTempPath(apply_places::lockName())};
 
     [[nodiscard]] bool goesOn();
     [[nodiscard]] bool trustManifest();
     [[nodiscard]] bool getPackage();
+    [[nodiscard]] bool knowsHash();
+    [[nodiscard]] bool copyPackage();
     [[nodiscard]] bool checkPackage();
     [[nodiscard]] bool takeTurn();
     void clearStaging();
@@ -47,6 +53,11 @@ private:
     [[nodiscard]] QString record(QLatin1String key) const {
         return snapshot.projectEntry.value(key).toString();
     }
+    [[nodiscard]] QString expectedHash() const {
+        return record(manifest_keys::zipSha256).trimmed();
+    }
+    [[nodiscard]] QString readFrom() const { return copy.path().isEmpty() ? zip : copy.path(); }
+    [[nodiscard]] bool failToUnpack(QString error);
     bool fail(const QString &message, const QString &errorClass = QString());
 };
 
@@ -80,12 +91,24 @@ bool ProjectApply::getPackage() {
                 cancelled ? cancelledText() : QStringLiteral("network"));
 }
 
+bool ProjectApply::knowsHash() {
+    return !expectedHash().isEmpty() ||
+           fail(QStringLiteral("zipSha256 is required in manifest."), QStringLiteral("verify"));
+}
+
+// What lies on a stick can be exchanged between its proof and its use. Where it cannot be copied, its
+// hash is told as always, and nothing is unpacked.
+bool ProjectApply::copyPackage() {
+    removeLeftPackages(); // also those of another update: they take room
+    if (!snapshot.fromUsb)
+        return true;
+    const StickPackage::Outcome outcome = copy.copyFrom(zip, cancelRef);
+    copyFailed = outcome == StickPackage::Outcome::Failed;
+    return outcome != StickPackage::Outcome::Cancelled || fail(cancelledText(), cancelledText());
+}
+
 bool ProjectApply::checkPackage() {
-    const QString expected = record(manifest_keys::zipSha256).trimmed();
-    if (expected.isEmpty()) {
-        return fail(QStringLiteral("zipSha256 is required in manifest."), QStringLiteral("verify"));
-    }
-    const VerifyResult check = verifyFileSha256(zip, expected);
+    const VerifyResult check = verifyFileSha256(readFrom(), expectedHash(), zip);
     return check.ok || fail(QStringLiteral("Update zip hash failed: %1").arg(check.message),
                             QStringLiteral("hash"));
 }
@@ -93,8 +116,17 @@ bool ProjectApply::checkPackage() {
 // Of two launchers on this data folder each would take the folders from under the other's hands, and
 // the project with them. Where no lock can be written, nothing can be unpacked either.
 bool ProjectApply::takeTurn() {
-    return takeLock(turn) || turn.error() != QLockFile::LockFailedError ||
-           fail(QStringLiteral("another launcher is applying an update"));
+    const QString path = AppPaths::updateTempPath(apply_places::lockName());
+    switch (waitForLock(turn, path, wait, cancelRef)) {
+    case LockOutcome::Refused:
+        return fail(QStringLiteral("another launcher is applying an update"));
+    case LockOutcome::Cancelled:
+        return fail(cancelledText(), cancelledText());
+    case LockOutcome::Taken:
+    case LockOutcome::Impossible:
+        break;
+    }
+    return true;
 }
 
 void ProjectApply::clearStaging() {
@@ -102,10 +134,28 @@ void ProjectApply::clearStaging() {
     (void)removeDirectory(staging); // a leftover makes the extraction fail, with a text
 }
 
+// The copy is told as what it is one of.
+bool ProjectApply::failToUnpack(QString error) {
+    if (!copy.path().isEmpty()) {
+        error.replace(copy.path(), zip);
+        error.replace(QDir::toNativeSeparators(copy.path()), QDir::toNativeSeparators(zip));
+    }
+    return fail(QStringLiteral("Extract failed: %1").arg(error));
+}
+
 bool ProjectApply::unpack() {
+    if (copyFailed) {
+        // As the extraction would say it: mostly it is this folder's disk.
+        return failToUnpack(
+            QDir().mkpath(staging)
+                ? QStringLiteral("unable to copy file: %1").arg(zip)
+                : QStringLiteral("unable to create destination directory: %1").arg(staging));
+    }
     QString error;
-    return extractZip(zip, staging, &error) ||
-           fail(QStringLiteral("Extract failed: %1").arg(error));
+    if (!extractZip(readFrom(), staging, &error))
+        return failToUnpack(error);
+    copy.remove(); // the backup needs the room
+    return true;
 }
 
 bool ProjectApply::validate() {
@@ -155,11 +205,16 @@ bool ProjectApply::replace(const QElapsedTimer &clock) {
 
 ApplyResult applyProjectUpdate(const UpdateSnapshot &snapshot, const QString &projectPath,
                                const CancelFlag *cancelRef) {
+    return applyProjectUpdateWithin(snapshot, projectPath, cancelRef, {120000, 100});
+}
+
+ApplyResult applyProjectUpdateWithin(const UpdateSnapshot &snapshot, const QString &projectPath,
+                                     const CancelFlag *cancelRef, const LockWait &wait) {
     QElapsedTimer clock;
     clock.start();
-    ProjectApply apply{snapshot, projectPath, cancelRef};
-    if (!apply.goesOn() || !apply.trustManifest() || !apply.getPackage() || !apply.checkPackage() ||
-        !apply.takeTurn())
+    ProjectApply apply{snapshot, projectPath, cancelRef, wait};
+    if (!apply.goesOn() || !apply.trustManifest() || !apply.getPackage() || !apply.knowsHash() ||
+        !apply.copyPackage() || !apply.checkPackage() || !apply.takeTurn())
         return apply.result;
     apply.clearStaging();
     if (!apply.goesOn())

@@ -1,12 +1,15 @@
 // The component setup with installers that are small real programs and write down that they ran.
 #include "launcher/launcher_service.h"
 
+#include "file_events.h"
 #include "installation.h"
 #include "installers.h"
 #include "support/file_tree.h"
 #include "support/platform.h"
 #include "support/scripted_server.h"
 #include "support/staged_main.h"
+#include "update/files/held_file.h"
+#include "update/manifest_signature.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -58,7 +61,61 @@ struct Stick {
     void add(const QString &name, const QByteArray &content) const {
         support::writeTree(place.path(), {{name, content}});
     }
+    void addRunnable(const QString &name, const QByteArray &content) const {
+        add(name, content);
+        QFile::setPermissions(path(name), QFile::permissions(path(name)) | QFile::ExeOwner);
+    }
 };
+
+enum class Exchange {
+    ByAnotherFile,
+    InPlace,
+    Unseen, // in place, with the same size and time of writing
+};
+
+// What can be run too, but is not what was published.
+QByteArray another() {
+    return installer("another");
+}
+
+QDateTime changeOf(const QString &path) {
+    return QFileInfo(path).metadataChangeTime();
+}
+
+void exchange(const Stick &stick, Exchange how) {
+    const QString path = stick.path("setup.exe");
+    if (how == Exchange::ByAnotherFile) {
+        QVERIFY(QFile::remove(path));
+        return stick.addRunnable("setup.exe", another());
+    }
+    if (how == Exchange::InPlace)
+        return stick.add("setup.exe", another());
+    const QDateTime written = QFileInfo(path).lastModified();
+    const QDateTime changed = changeOf(path);
+    QByteArray bytes = installer("runtime");
+    bytes.back() = 'x';
+    // Until the clock of the file system shows it.
+    do {
+        stick.add("setup.exe", bytes);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(written, QFileDevice::FileModificationTime));
+    } while (changeOf(path) == changed);
+    QCOMPARE(QFileInfo(path).lastModified(), written);
+}
+
+// Lets something happen once: at the first such operation on the file from its first reading on.
+file_events::Listener afterReading(file_events::Kind kind, const QString &file,
+                                   const std::function<void()> &happens) {
+    return [=, isRead = false, done = false](file_events::Kind seen, const QString &path) mutable {
+        isRead = isRead || (seen == file_events::Kind::Read && path == file);
+        if (isRead && !done && seen == kind && path == file) {
+            done = true;
+            happens();
+        }
+        return 0;
+    };
+}
 
 struct Online {
     support::ScriptedServer server;
@@ -71,6 +128,9 @@ struct Online {
 };
 
 } // namespace
+
+Q_DECLARE_METATYPE(Exchange)
+Q_DECLARE_METATYPE(file_events::Kind)
 
 class ComponentSetupTest : public QObject {
     Q_OBJECT
@@ -86,6 +146,12 @@ private Q_SLOTS:
     void aStartedInstallerIsIndependent();
     void aStickFileWithAnotherHashIsNotDownloaded();
     void aStickFileWithoutAHashIsStartedUnchecked();
+    void aStickFileThatIsExchangedIsNotStarted_data();
+    void aStickFileThatIsExchangedIsNotStarted();
+    void aStickFileThatIsChangedAndFitsAllTheSameIsStarted();
+    void aStickFileIsReadOnceIfNothingIsExchanged();
+    void withoutAHashAnExchangedStickFileIsStarted();
+    void onWindowsAStickFileIsHeldUntilItHasBeenStarted();
     void withoutAutoStartItIsLeftToTheUser();
     void noPlaceForTheErrorIsNeeded();
     void aDownloadIsStoredCheckedAndStarted();
@@ -253,6 +319,129 @@ void ComponentSetupTest::aStickFileWithoutAHashIsStartedUnchecked() {
     QCOMPARE(stick.context.setupComponent(record("sub/安装.exe"), "Runtime", true, &error),
              startedText("Runtime", stick.path("sub/安装.exe")));
     QCOMPARE(error, QString());
+    QTRY_COMPARE(ran(), QStringList("runtime 0"));
+}
+
+void ComponentSetupTest::aStickFileThatIsExchangedIsNotStarted_data() {
+    using file_events::Kind;
+    QTest::addColumn<Kind>("kind");
+    QTest::addColumn<Exchange>("how");
+    const QVector<QPair<const char *, Kind>> moments{{"before its hash", Kind::Read},
+                                                     {"before its start", Kind::Look}};
+    for (const auto &moment : moments) {
+        QTest::addRow("%s, by another file", moment.first)
+            << moment.second << Exchange::ByAnotherFile;
+        QTest::addRow("%s, in place", moment.first) << moment.second << Exchange::InPlace;
+        QTest::addRow("%s, in place with the same size and time of writing", moment.first)
+            << moment.second << Exchange::Unseen;
+    }
+}
+
+void ComponentSetupTest::aStickFileThatIsExchangedIsNotStarted() {
+    QFETCH(file_events::Kind, kind);
+    QFETCH(Exchange, how);
+    if (!file_events::areSeen())
+        QSKIP("no test sees the file operations of a program here");
+    const Stick stick;
+    stick.addRunnable("setup.exe", installer("runtime"));
+    const file_events::Watch thief(
+        afterReading(kind, stick.path("setup.exe"), [&stick, how] { exchange(stick, how); }));
+    QString error;
+    QCOMPARE(stick.context.setupComponent(record("setup.exe", hashOf(installer("runtime"))),
+                                          "Runtime", true, &error),
+             QString());
+    QFile now(stick.path("setup.exe"));
+    QVERIFY(now.open(QIODevice::ReadOnly));
+    QVERIFY(hashOf(now.readAll()) != hashOf(installer("runtime")));
+    QVERIFY(now.seek(0));
+    QCOMPARE(error,
+             "Runtime 安装包校验失败（" +
+                 mismatch(stick.path("setup.exe"), hashOf(installer("runtime")), now.readAll()) +
+                 "），将继续使用当前版本。");
+    QCOMPARE(installation::takeLog(), QStringList(error));
+    QCOMPARE(ran(), QStringList());
+}
+
+// Another file, and the right one.
+void ComponentSetupTest::aStickFileThatIsChangedAndFitsAllTheSameIsStarted() {
+    if (!file_events::areSeen())
+        QSKIP("no test sees the file operations of a program here");
+    const Stick stick;
+    stick.addRunnable("setup.exe", installer("runtime"));
+    int reads = 0;
+    const file_events::Watch copier(
+        [&, look = afterReading(file_events::Kind::Look, stick.path("setup.exe"), [&stick] {
+                QVERIFY(QFile::remove(stick.path("setup.exe")));
+                stick.addRunnable("setup.exe", installer("runtime"));
+            })](file_events::Kind kind, const QString &path) mutable {
+            reads += kind == file_events::Kind::Read && path == stick.path("setup.exe");
+            return look(kind, path);
+        });
+    const QString note = stick.context.setupComponent(
+        record("setup.exe", hashOf(installer("runtime"))), "Runtime", true);
+    QCOMPARE(note, startedText("Runtime", stick.path("setup.exe")));
+    QCOMPARE(installation::takeLog(), QStringList(note));
+    QCOMPARE(reads, 2);
+    QTRY_COMPARE(ran(), QStringList("runtime 0"));
+}
+
+void ComponentSetupTest::aStickFileIsReadOnceIfNothingIsExchanged() {
+    if (!file_events::areSeen())
+        QSKIP("no test sees the file operations of a program here");
+    const Stick stick;
+    stick.addRunnable("setup.exe", installer("runtime"));
+    int reads = 0;
+    const file_events::Watch reader([&](file_events::Kind kind, const QString &path) {
+        reads += kind == file_events::Kind::Read && path == stick.path("setup.exe");
+        return 0;
+    });
+    QCOMPARE(stick.context.setupComponent(record("setup.exe", hashOf(installer("runtime"))),
+                                          "Runtime", true),
+             startedText("Runtime", stick.path("setup.exe")));
+    QCOMPARE(reads, 1);
+    QTRY_COMPARE(ran(), QStringList("runtime 0"));
+}
+
+void ComponentSetupTest::withoutAHashAnExchangedStickFileIsStarted() {
+    if (!file_events::areSeen())
+        QSKIP("no test sees the file operations of a program here");
+    const Stick stick;
+    stick.addRunnable("setup.exe", installer("runtime"));
+    bool isExchanged = false;
+    const file_events::Watch copier([&](file_events::Kind kind, const QString &path) {
+        if (kind == file_events::Kind::Look && path == stick.path("setup.exe") && !isExchanged) {
+            isExchanged = true;
+            exchange(stick, Exchange::ByAnotherFile);
+        }
+        return 0;
+    });
+    QCOMPARE(stick.context.setupComponent(record("setup.exe"), "Runtime", true),
+             startedText("Runtime", stick.path("setup.exe")));
+    QVERIFY(isExchanged);
+    QTRY_COMPARE(ran(), QStringList("another 0"));
+}
+
+void ComponentSetupTest::onWindowsAStickFileIsHeldUntilItHasBeenStarted() {
+    if (!support::onWindows)
+        QSKIP("no file can be held there: the file is asked for again");
+    const Stick stick;
+    stick.add("setup.exe", installer("runtime"));
+    const QString path = stick.path("setup.exe");
+    {
+        const HeldFile held(path);
+        QVERIFY(held.isUnchanged());
+        QVERIFY(!QFile(path).open(QIODevice::ReadWrite));
+        QVERIFY(!QFile::rename(path, path + ".old"));
+        QVERIFY(!QFile::remove(path));
+        QVERIFY(verifyFileSha256(path, hashOf(installer("runtime"))).ok);
+    }
+    QFile writer(path);
+    QVERIFY(writer.open(QIODevice::ReadWrite));
+    QVERIFY(!HeldFile(path).isUnchanged());
+    writer.close();
+    QCOMPARE(stick.context.setupComponent(record("setup.exe", hashOf(installer("runtime"))),
+                                          "Runtime", true),
+             startedText("Runtime", path));
     QTRY_COMPARE(ran(), QStringList("runtime 0"));
 }
 

@@ -15,6 +15,8 @@ enum class Kind {
     Write,  // a file is opened to be written to, and perhaps made
     Look,   // somebody asks whether it is there
     Remove, // an empty folder is removed
+    Lock,   // a file is locked
+    Wait, // the thread sleeps: the path is for how many milliseconds, and to fail is to go on at once
 };
 
 // Told of each operation of this thread. Returns 0, or the errno that the operation fails with instead

@@ -5,8 +5,10 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <ctime>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 namespace {
@@ -78,6 +80,23 @@ int access(const char *path, int mode) {
 int rmdir(const char *path) {
     static const auto next = real(&::rmdir, "rmdir");
     return fails(file_events::Kind::Remove, path) ? -1 : next(path);
+}
+
+int flock(int descriptor, int operation) {
+    static const auto next = real(&::flock, "flock");
+    const QString path = QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
+    const bool locks = (operation & LOCK_UN) == 0;
+    return locks && fails(file_events::Kind::Lock, QFile::encodeName(path).constData())
+               ? -1
+               : next(descriptor, operation);
+}
+
+int nanosleep(const timespec *time, timespec *left) {
+    static const auto next = real(&::nanosleep, "nanosleep");
+    const qint64 milliseconds = qint64(time->tv_sec) * 1000 + time->tv_nsec / 1000000;
+    return fails(file_events::Kind::Wait, QByteArray::number(milliseconds).constData())
+               ? 0
+               : next(time, left);
 }
 
 } // extern "C"

@@ -69,8 +69,9 @@ QStringList leftovers() {
     return entriesOf(AppPaths::updateTempPath("")) + entriesOf(AppPaths::updateBackupDirectory());
 }
 
+// Without waiting for another launcher.
 ApplyResult apply(const Offer &offer, const QString &project, CancelFlag *flag = nullptr) {
-    return applyProjectUpdate(offer.snapshot, project, flag);
+    return applyProjectUpdateWithin(offer.snapshot, project, flag, {0, 1});
 }
 
 // The text without the parts that time decides.
@@ -110,6 +111,27 @@ QString unseen() {
     return "no test sees the file operations of a program here";
 }
 
+// Where a stick's package is copied to, and its name there.
+bool isCopy(const QString &path) {
+    static const QRegularExpression copy("/update/temp/package_[0-9a-f]+/line\\.zip$");
+    return path.contains(copy);
+}
+
+// Another package that would be applied too.
+QByteArray exchanged() {
+    FileTree tree = newProject();
+    tree.insert("main.ys", "// exchanged");
+    return support::zipOf(tree);
+}
+
+enum class Exchange { InPlace, ByAnotherFile };
+
+void exchangePackage(const Offer &offer, Exchange how) {
+    if (how == Exchange::ByAnotherFile)
+        QVERIFY(QFile::remove(offer.zipPath()));
+    support::writeTree(offer.place.path(), {{"包/line.zip", exchanged()}});
+}
+
 QLockFile &otherLauncher() {
     static QLockFile lock(AppPaths::updateTempPath("apply.lock"));
     return lock;
@@ -121,6 +143,7 @@ QByteArray oneEntry(const QByteArray &name) {
 
 } // namespace
 
+Q_DECLARE_METATYPE(Exchange)
 Q_DECLARE_METATYPE(file_events::Kind)
 Q_DECLARE_METATYPE(std::function<void(Offer &)>)
 
@@ -158,7 +181,21 @@ private Q_SLOTS:
     void ofTwoFaultsTheEarlierStepIsTold_data();
     void ofTwoFaultsTheEarlierStepIsTold();
     void anotherLauncherIsAtIt();
+    void anotherLauncherIsWaitedForFor120Seconds();
+    void anApplyGoesOnWhenTheOtherLauncherIsDone();
+    void aCancelEndsTheWaitForAnotherLauncher();
+    void whatAKilledLauncherLeftDoesNotStopTheNext_data();
     void whatAKilledLauncherLeftDoesNotStopTheNext();
+    void aPackageThatIsExchangedIsNotApplied_data();
+    void aPackageThatIsExchangedIsNotApplied();
+    void aStickIsReadOnceAndItsPackageLiesInPrivateMeanwhile();
+    void aPackageThatCannotBeCopied_data();
+    void aPackageThatCannotBeCopied();
+    void aDamagedPackageIsToldByTheSticksPath();
+    void aCopyThatAKilledLauncherLeftIsRemoved_data();
+    void aCopyThatAKilledLauncherLeftIsRemoved();
+    void aCancelWhileThePackageIsCopied_data();
+    void aCancelWhileThePackageIsCopied();
     void aCancel_data();
     void aCancel();
     void aCancelBeforeTheStart();
@@ -644,11 +681,271 @@ void ProjectApplyTest::anotherLauncherIsAtIt() {
     QVERIFY(apply(Offer(newProject()), project).success);
 }
 
+void ProjectApplyTest::anotherLauncherIsWaitedForFor120Seconds() {
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    QVERIFY(otherLauncher().lock());
+    QHash<QString, int> waits; // milliseconds -> how often
+    const file_events::Watch clock([&waits](file_events::Kind kind, const QString &time) {
+        return kind == file_events::Kind::Wait ? ++waits[time] : 0;
+    });
+    const ApplyResult result = applyProjectUpdate(Offer(newProject()).snapshot, project, nullptr);
+    otherLauncher().unlock();
+    QCOMPARE(result.message, QString("another launcher is applying an update"));
+    QCOMPARE(result.errorClass, QString());
+    QCOMPARE(waits, (QHash<QString, int>{{"100", 1200}}));
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(leftovers(), QStringList());
+}
+
+void ProjectApplyTest::anApplyGoesOnWhenTheOtherLauncherIsDone() {
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    QVERIFY(otherLauncher().lock());
+    int waits = 0;
+    const file_events::Watch clock([&waits](file_events::Kind kind, const QString &) {
+        if (kind == file_events::Kind::Wait && ++waits == 1200)
+            otherLauncher().unlock();
+        return kind == file_events::Kind::Wait ? 1 : 0;
+    });
+    const ApplyResult result = applyProjectUpdate(Offer(newProject()).snapshot, project, nullptr);
+    QCOMPARE(timeless(result.message), successText("2.0.0"));
+    QCOMPARE(waits, 1200);
+    QCOMPARE(withoutProjectFile(support::readTree(projectFolder())), replacedProject());
+    QCOMPARE(leftovers(), QStringList());
+}
+
+void ProjectApplyTest::aCancelEndsTheWaitForAnotherLauncher() {
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    QVERIFY(otherLauncher().lock());
+    CancelFlag flag{0};
+    int waits = 0;
+    const file_events::Watch user([&](file_events::Kind kind, const QString &) {
+        if (kind == file_events::Kind::Wait && ++waits == 3)
+            flag = 1;
+        return kind == file_events::Kind::Wait ? 1 : 0;
+    });
+    const ApplyResult result = applyProjectUpdate(Offer(newProject()).snapshot, project, &flag);
+    otherLauncher().unlock();
+    QCOMPARE(result.message, QString("cancelled"));
+    QCOMPARE(result.errorClass, QString("cancelled"));
+    QCOMPARE(waits, 3);
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(leftovers(), QStringList());
+}
+
+void ProjectApplyTest::whatAKilledLauncherLeftDoesNotStopTheNext_data() {
+    QTest::addColumn<bool>("locks");
+    QTest::newRow("where the file system knows locks") << true;
+    if (file_events::areSeen())
+        QTest::newRow("where it knows none") << false;
+}
+
 void ProjectApplyTest::whatAKilledLauncherLeftDoesNotStopTheNext() {
+    QFETCH(bool, locks);
     const QString project = install(oldProject());
     QVERIFY(installation::write(AppPaths::updateTempPath("apply.lock"), ""));
-    const ApplyResult result = apply(Offer(newProject()), project);
+    const file_events::Watch fileSystem([locks](file_events::Kind kind, const QString &) {
+        const bool isWait = kind == file_events::Kind::Wait;
+        return isWait || (!locks && kind == file_events::Kind::Lock) ? ENOLCK : 0;
+    });
+    const ApplyResult result = applyProjectUpdate(Offer(newProject()).snapshot, project, nullptr);
     QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(leftovers(), QStringList());
+}
+
+// --- The package of a stick -------------------------------------------------------------------
+
+void ProjectApplyTest::aPackageThatIsExchangedIsNotApplied_data() {
+    using file_events::Kind;
+    QTest::addColumn<Kind>("kind");
+    QTest::addColumn<int>("time"); // of such an operation on a package, on the stick or the copy
+    QTest::addColumn<Exchange>("how");
+    QTest::addColumn<bool>("isTold");
+    const auto rows = [](const char *when, Kind kind, int time, bool inPlaceIsTold,
+                         bool anotherIsTold) {
+        QTest::addRow("%s, in place", when) << kind << time << Exchange::InPlace << inPlaceIsTold;
+        QTest::addRow("%s, by another file", when)
+            << kind << time << Exchange::ByAnotherFile << anotherIsTold;
+    };
+    rows("before it is copied", Kind::Read, 1, true, true);
+    rows("while it is copied", Kind::Write, 1, true, false);
+    rows("before its hash", Kind::Read, 2, false, false);
+    rows("before it is unpacked", Kind::Read, 3, false, false);
+    rows("while it is unpacked", Kind::Read, 4, false, false);
+}
+
+void ProjectApplyTest::aPackageThatIsExchangedIsNotApplied() {
+    QFETCH(file_events::Kind, kind);
+    QFETCH(int, time);
+    QFETCH(Exchange, how);
+    QFETCH(bool, isTold);
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    const Offer offer(newProject());
+    int times = 0;
+    const file_events::Watch thief([&](file_events::Kind seen, const QString &path) {
+        if (seen == kind && path.endsWith("/line.zip") && ++times == time)
+            exchangePackage(offer, how);
+        return 0;
+    });
+    const ApplyResult result = apply(offer, project);
+    QVERIFY(times >= time);
+    const QString mismatch =
+        QString("Update zip hash failed: SHA256 mismatch for %1 (expected %2, "
+                "got %3)")
+            .arg(offer.zipPath(), offer.snapshot.projectEntry["zipSha256"].toString(),
+                 update_offer::sha256(exchanged()));
+    QCOMPARE(timeless(result.message), isTold ? mismatch : successText("2.0.0"));
+    QCOMPARE(result.errorClass, QString(isTold ? "hash" : ""));
+    QCOMPARE(withoutProjectFile(support::readTree(projectFolder())),
+             isTold ? withoutProjectFile(oldProject()) : replacedProject());
+    QCOMPARE(leftovers(), QStringList());
+}
+
+void ProjectApplyTest::aStickIsReadOnceAndItsPackageLiesInPrivateMeanwhile() {
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    const Offer offer(newProject());
+    int onStick = 0;
+    QVector<int> rights; // to the copy's folder, at each reading of the copy
+    const file_events::Watch reader([&](file_events::Kind kind, const QString &path) {
+        if (kind != file_events::Kind::Read || !path.endsWith("/line.zip"))
+            return 0;
+        onStick += path == offer.zipPath();
+        if (isCopy(path))
+            rights.append(int(QFile::permissions(QFileInfo(path).path())));
+        return 0;
+    });
+    const ApplyResult result = apply(offer, project);
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(onStick, 1);
+    QVERIFY(rights.size() >= 2); // for its hash, and to be unpacked
+    for (const int of : rights)
+        QCOMPARE(of & 0x7077, int(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QCOMPARE(update_offer::sha256(support::readTree(offer.place.path())["包/line.zip"]),
+             offer.snapshot.projectEntry["zipSha256"].toString());
+}
+
+void ProjectApplyTest::aPackageThatCannotBeCopied_data() {
+    QTest::addColumn<QRegularExpression>("write"); // the path that nothing can be written to
+    QTest::addColumn<QString>("hash");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("errorClass");
+    const QRegularExpression copy("/package_[0-9a-f]+/line\\.zip$");
+    const QRegularExpression lock("/package_[0-9a-f]+\\.lock$");
+    const QString good = update_offer::sha256(support::zipOf(newProject()));
+    const QString untold = "Extract failed: unable to copy file: STICK";
+    QTest::newRow("the disk is full") << copy << good << untold << "";
+    QTest::newRow("no lock can be written") << lock << good << untold << "";
+    QTest::newRow("the disk is full, and the hash is wrong")
+        << copy << "00"
+        << "Update zip hash failed: SHA256 mismatch for STICK (expected 00, got " + good + ")"
+        << "hash";
+}
+
+void ProjectApplyTest::aPackageThatCannotBeCopied() {
+    QFETCH(QRegularExpression, write);
+    QFETCH(QString, hash);
+    QFETCH(QString, message);
+    QFETCH(QString, errorClass);
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    Offer offer(newProject());
+    offer.with("zipSha256", hash);
+    const file_events::Watch fullDisk([&write](file_events::Kind kind, const QString &path) {
+        return kind == file_events::Kind::Write && path.contains(write) ? ENOSPC : 0;
+    });
+    const ApplyResult result = apply(offer, project);
+    QCOMPARE(result.message, message.replace("STICK", offer.zipPath()));
+    QCOMPARE(result.errorClass, errorClass);
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(leftovers(), QStringList());
+}
+
+void ProjectApplyTest::aDamagedPackageIsToldByTheSticksPath() {
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    const Offer offer(newProject());
+    int reads = 0;
+    const file_events::Watch thief([&](file_events::Kind kind, const QString &path) {
+        if (kind == file_events::Kind::Read && isCopy(path) && ++reads == 1)
+            return 0; // the hash
+        return kind == file_events::Kind::Read && isCopy(path) ? EIO : 0;
+    });
+    const ApplyResult result = apply(offer, project);
+    QVERIFY2(result.message.startsWith("Extract failed: "), qPrintable(result.message));
+    QVERIFY2(!result.message.contains("package_"), qPrintable(result.message));
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
+    QCOMPARE(leftovers(), QStringList());
+}
+
+void ProjectApplyTest::aCopyThatAKilledLauncherLeftIsRemoved_data() {
+    QTest::addColumn<bool>("online");
+    QTest::newRow("by an update from a stick") << false;
+    QTest::newRow("by one from the network") << true;
+}
+
+void ProjectApplyTest::aCopyThatAKilledLauncherLeftIsRemoved() {
+    QFETCH(bool, online);
+    const QString project = install(oldProject());
+    support::writeTree(AppPaths::updateTempPath(""),
+                       {{"package_1f/line.zip", "left"},
+                        {"package_1f.lock", ""},
+                        {"package_2e/line.zip", "left without a lock"},
+                        {"package_3d.lock", ""},
+                        {"package_4c/line.zip", "of one at work"},
+                        {"package_mine/notes.txt", "of somebody"}});
+    QLockFile atWork(AppPaths::updateTempPath("package_4c.lock"));
+    QVERIFY(atWork.lock());
+    support::ScriptedServer server;
+    server.on("/p/line.zip", support::answer(200, support::zipOf(newProject())));
+    Offer offer(newProject());
+    if (online)
+        offer.putOnline(server.url("/p/").toString(), "line.zip");
+    const ApplyResult result = apply(offer, project);
+    QVERIFY2(result.success, qPrintable(result.message));
+    QCOMPARE(leftovers(), QStringList({"package_4c", "package_4c.lock", "package_mine"}));
+    QCOMPARE(support::readTree(AppPaths::updateTempPath("package_4c")),
+             FileTree({{"line.zip", "of one at work"}}));
+}
+
+void ProjectApplyTest::aCancelWhileThePackageIsCopied_data() {
+    QTest::addColumn<QString>("hash");
+    QTest::newRow("of a package that fits") << update_offer::sha256(support::zipOf(newProject()));
+    QTest::newRow("whose hash is not told any more") << "00";
+}
+
+void ProjectApplyTest::aCancelWhileThePackageIsCopied() {
+    QFETCH(QString, hash);
+    if (!file_events::areSeen())
+        QSKIP(qPrintable(unseen()));
+    const QString project = install(oldProject());
+    Offer offer(newProject());
+    offer.with("zipSha256", hash);
+    CancelFlag flag{0};
+    QStringList readAfterwards;
+    const file_events::Watch user([&](file_events::Kind kind, const QString &path) {
+        if (kind == file_events::Kind::Write && isCopy(path))
+            flag = 1;
+        else if (kind == file_events::Kind::Read && flag != 0 && path.endsWith("/line.zip"))
+            readAfterwards.append(path);
+        return 0;
+    });
+    const ApplyResult result = apply(offer, project, &flag);
+    QCOMPARE(flag.load(), 1);
+    QCOMPARE(result.message, QString("cancelled"));
+    QCOMPARE(result.errorClass, QString("cancelled"));
+    QCOMPARE(readAfterwards, QStringList());
+    QCOMPARE(support::readTree(projectFolder()), oldProject());
     QCOMPARE(leftovers(), QStringList());
 }
 

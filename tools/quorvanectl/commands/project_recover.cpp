@@ -126,7 +126,8 @@ bool mayApply(const RecoveryPlaces &places, QLockFile &lock, QString *error) {
     const QStringList atWork = programsAtWork(places.projectFile, places.data.path);
     if (!atWork.isEmpty())
         *error = QStringLiteral("close this first: ") + atWork.join(QStringLiteral(", "));
-    if (error->isEmpty() && QFileInfo(places.data.update()).isDir() && !takeLock(lock))
+    if (error->isEmpty() && QFileInfo(places.data.update()).isDir() &&
+        !takeLock(lock, lockPath(places)))
         *error = QStringLiteral("%1: another recovery is at work").arg(lockPath(places));
     return error->isEmpty();
 }

@@ -1,0 +1,282 @@
+// Locks that a killed process has left, on file systems that know locks and on such that know none, and
+// the wait for one that is held.
+#include "update/files/work_lock.h"
+
+#include "support/file_tree.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QProcess>
+#include <QSysInfo>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cerrno>
+#include <ctime>
+#include <dlfcn.h>
+#include <functional>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+bool fileSystemLocks = true;
+QVector<qint64> waits;        // milliseconds
+std::function<void()> onWait; // none: the time passes
+
+} // namespace
+
+// A program's own functions come before those of the C library, for the libraries it uses too.
+extern "C" int flock(int descriptor, int operation) {
+    static const auto next = reinterpret_cast<decltype(&::flock)>(dlsym(RTLD_NEXT, "flock"));
+    if (fileSystemLocks)
+        return next(descriptor, operation);
+    errno = ENOLCK;
+    return -1;
+}
+
+extern "C" int nanosleep(const timespec *time, timespec *left) {
+    static const auto next =
+        reinterpret_cast<decltype(&::nanosleep)>(dlsym(RTLD_NEXT, "nanosleep"));
+    if (!onWait)
+        return next(time, left);
+    waits.append(qint64(time->tv_sec) * 1000 + time->tv_nsec / 1000000);
+    onWait();
+    return 0;
+}
+
+namespace {
+
+struct Owner {
+    qint64 process;
+    QString name;
+    QString host = QSysInfo::machineHostName();
+    QByteArray machine = QSysInfo::machineUniqueId();
+    QByteArray start = QSysInfo::bootUniqueId();
+};
+
+QByteArray textOf(const Owner &owner) {
+    return QByteArray::number(owner.process) + '\n' + owner.name.toUtf8() + '\n' +
+           owner.host.toUtf8() + '\n' + owner.machine + '\n' + owner.start + '\n';
+}
+
+// Runs until it is told to end, or has ended.
+struct Process {
+    QProcess process;
+    qint64 id = 0;
+    QString name;
+
+    explicit Process(bool ends) {
+        process.start("/bin/sh", {"-c", "echo here; read go"});
+        process.waitForReadyRead();
+        id = process.processId();
+        name = QFileInfo(QFile::symLinkTarget(QString("/proc/%1/exe").arg(id))).fileName();
+        if (ends)
+            end();
+    }
+    ~Process() { end(); }
+    void end() {
+        process.closeWriteChannel();
+        process.waitForFinished();
+    }
+    Process(const Process &) = delete;
+    Process &operator=(const Process &) = delete;
+};
+
+} // namespace
+
+class WorkLockTest : public QObject {
+    Q_OBJECT
+
+private:
+    QScopedPointer<QTemporaryDir> folder;
+
+    [[nodiscard]] QString path() const { return folder->filePath("work.lock"); }
+    [[nodiscard]] QStringList files() const { return QDir(folder->path()).entryList(QDir::Files); }
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void aLockThatWasLeft_data();
+    void aLockThatWasLeft();
+    void aLockThatIsHeldIsNotTaken_data();
+    void aLockThatIsHeldIsNotTaken();
+    void everybodyMayReadALock();
+    void aLockOfAnotherUserThatWasLeft();
+    void aLockIsWaitedFor();
+    void aLockIsTriedOnceMoreWhenTheTimeIsOver();
+    void aCancelEndsTheWait();
+    void withoutTimeToWaitALockIsTriedOnce();
+    void aLockWithoutTextIsWaitedForWhereThereAreNoLocks();
+    void aLockThatCannotBeWrittenIsNotWaitedFor();
+};
+
+void WorkLockTest::init() {
+    folder.reset(new QTemporaryDir);
+    fileSystemLocks = true;
+    waits.clear();
+    onWait = nullptr;
+}
+
+void WorkLockTest::cleanup() {
+    fileSystemLocks = true;
+    onWait = nullptr;
+}
+
+void WorkLockTest::aLockThatWasLeft_data() {
+    QTest::addColumn<bool>("locks");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<bool>("taken");
+    const Process ended(true);
+    static const Process running(false);
+    const auto row = [](const char *name, const Owner &owner, bool takenWithoutLocks) {
+        QTest::addRow("%s", name) << true << textOf(owner) << true;
+        QTest::addRow("%s, without locks", name) << false << textOf(owner) << takenWithoutLocks;
+    };
+    row("of a process that is gone", {ended.id, ended.name}, true);
+    row("of a process that runs", {running.id, running.name}, false);
+    row("whose number is another program's", {running.id, "Other"}, true);
+    row("of an earlier start of this machine",
+        {running.id, running.name, QSysInfo::machineHostName(), QSysInfo::machineUniqueId(), "-"},
+        true);
+    row("of another machine", {ended.id, ended.name, "other", "0123", "-"}, false);
+    row("of this machine under another name", {ended.id, ended.name, "other"}, true);
+    row("of another machine that does not tell its number", {ended.id, ended.name, "other", "", ""},
+        false);
+    row("of this machine, which did not tell its number",
+        {ended.id, ended.name, QSysInfo::machineHostName(), "", ""}, true);
+    row("of a process without a name", {running.id, ""}, false);
+    QTest::newRow("without a text") << true << QByteArray() << true;
+    QTest::newRow("without a text, without locks") << false << QByteArray() << false;
+    QTest::newRow("with half a text, without locks") << false << QByteArray("12") << false;
+    QTest::newRow("with another text, without locks")
+        << false << QByteArray("a\nb\nc\nd\n") << false;
+}
+
+void WorkLockTest::aLockThatWasLeft() {
+    QFETCH(bool, locks);
+    QFETCH(QByteArray, text);
+    QFETCH(bool, taken);
+    support::writeTree(folder->path(), {{"work.lock", text}});
+    fileSystemLocks = locks;
+    {
+        QLockFile lock(path());
+        QCOMPARE(takeLock(lock, path()), taken);
+        QCOMPARE(lock.isLocked(), taken);
+    }
+    QCOMPARE(files(), taken ? QStringList() : QStringList("work.lock"));
+    if (!taken)
+        QCOMPARE(support::readTree(folder->path()).value("work.lock"), text);
+}
+
+void WorkLockTest::aLockThatIsHeldIsNotTaken_data() {
+    QTest::addColumn<bool>("locks");
+    QTest::newRow("where the file system knows locks") << true;
+    QTest::newRow("where it knows none") << false;
+}
+
+void WorkLockTest::aLockThatIsHeldIsNotTaken() {
+    QFETCH(bool, locks);
+    fileSystemLocks = locks;
+    QLockFile held(path());
+    QVERIFY(takeLock(held, path()));
+    QLockFile lock(path());
+    QVERIFY(!takeLock(lock, path()));
+    QCOMPARE(files(), QStringList("work.lock"));
+    held.unlock();
+    QVERIFY(takeLock(lock, path()));
+}
+
+void WorkLockTest::everybodyMayReadALock() {
+    const mode_t before = ::umask(S_IRWXG | S_IRWXO);
+    QLockFile lock(path());
+    const bool isTaken = takeLock(lock, path());
+    ::umask(before);
+    QVERIFY(isTaken);
+    QVERIFY(QFile::permissions(path()) & QFile::ReadOther);
+}
+
+void WorkLockTest::aLockOfAnotherUserThatWasLeft() {
+    if (::geteuid() != 0)
+        QSKIP("only root can leave a file of another user's");
+    constexpr uid_t nobody = 65534;
+    support::writeTree(folder->path(), {{"work.lock", ""}}); // root's
+    QVERIFY(QFile::setPermissions(path(), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
+    QCOMPARE(::chown(QFile::encodeName(folder->path()).constData(), nobody, nobody), 0);
+    QCOMPARE(::seteuid(nobody), 0);
+    bool isTaken = false;
+    {
+        QLockFile lock(path());
+        isTaken = takeLock(lock, path());
+    }
+    QCOMPARE(::seteuid(0), 0);
+    QVERIFY(isTaken);
+    QCOMPARE(files(), QStringList());
+}
+
+void WorkLockTest::aLockIsWaitedFor() {
+    QLockFile other(path());
+    QVERIFY(takeLock(other, path()));
+    onWait = [&other] {
+        if (waits.size() == 3)
+            other.unlock();
+    };
+    QLockFile lock(path());
+    QCOMPARE(int(waitForLock(lock, path(), {1000, 100}, nullptr)), int(LockOutcome::Taken));
+    QCOMPARE(waits, QVector<qint64>(3, 100));
+    QVERIFY(lock.isLocked());
+}
+
+void WorkLockTest::aLockIsTriedOnceMoreWhenTheTimeIsOver() {
+    QLockFile other(path());
+    QVERIFY(takeLock(other, path()));
+    onWait = [] {};
+    QLockFile lock(path());
+    QCOMPARE(int(waitForLock(lock, path(), {1000, 50}, nullptr)), int(LockOutcome::Refused));
+    QCOMPARE(waits, QVector<qint64>(20, 50));
+    onWait = [&other] { other.unlock(); };
+    QCOMPARE(int(waitForLock(lock, path(), {10, 10}, nullptr)), int(LockOutcome::Taken));
+}
+
+void WorkLockTest::aCancelEndsTheWait() {
+    QLockFile other(path());
+    QVERIFY(takeLock(other, path()));
+    CancelFlag flag{0};
+    onWait = [&flag] { flag = waits.size() == 2 ? 1 : 0; };
+    QLockFile lock(path());
+    QCOMPARE(int(waitForLock(lock, path(), {1000, 100}, &flag)), int(LockOutcome::Cancelled));
+    QCOMPARE(waits, QVector<qint64>(2, 100));
+}
+
+void WorkLockTest::withoutTimeToWaitALockIsTriedOnce() {
+    QLockFile other(path());
+    QVERIFY(takeLock(other, path()));
+    onWait = [] {};
+    QLockFile lock(path());
+    QCOMPARE(int(waitForLock(lock, path(), {0, 100}, nullptr)), int(LockOutcome::Refused));
+    QCOMPARE(waits, QVector<qint64>());
+}
+
+// Its process may be about to write it, and has been killed if it never does.
+void WorkLockTest::aLockWithoutTextIsWaitedForWhereThereAreNoLocks() {
+    fileSystemLocks = false;
+    support::writeTree(folder->path(), {{"work.lock", ""}});
+    onWait = [] {};
+    QLockFile lock(path());
+    QCOMPARE(int(waitForLock(lock, path(), {500, 100}, nullptr)), int(LockOutcome::Taken));
+    QCOMPARE(waits, QVector<qint64>(5, 100));
+}
+
+void WorkLockTest::aLockThatCannotBeWrittenIsNotWaitedFor() {
+    onWait = [] {};
+    const QString nowhere = folder->filePath("no/folder/work.lock");
+    QLockFile lock(nowhere);
+    QCOMPARE(int(waitForLock(lock, nowhere, {500, 100}, nullptr)), int(LockOutcome::Impossible));
+    QCOMPARE(waits, QVector<qint64>());
+}
+
+QTEST_GUILESS_MAIN(WorkLockTest)
+#include "work_lock_test.moc"
