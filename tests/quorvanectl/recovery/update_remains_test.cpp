@@ -64,6 +64,7 @@ private Q_SLOTS:
     void unpackedPackagesThatCount();
     void aPackageUnderAnotherNameIsFound();
     void packagesInTheCacheTheNewestFirst();
+    void theCopyOfASticksPackageCountsAfterThoseInTheCache();
     void aGivenPackageIsTheOnlyOneAsked();
     void earlierRemainsAreForgotten();
     void errorsOfTheValidator_data();
@@ -253,6 +254,24 @@ void UpdateRemainsTest::packagesInTheCacheTheNewestFirst() {
     QVERIFY(setTime("old.zip", 1700000000) && setTime("new.zip", 1700000100));
     QCOMPARE(look().packages,
              QStringList({path("data/update/cache/new.zip"), path("data/update/cache/old.zip")}));
+}
+
+// Whatever its name; half a copy is passed over like any package that cannot be unpacked.
+void UpdateRemainsTest::theCopyOfASticksPackageCountsAfterThoseInTheCache() {
+    const QByteArray fitting = support::zipOf(support::below(whole("line", "2.0"), "line"));
+    support::writeTree(folder->path(), {{"line/line.yslib", ""},
+                                        {"line/main.ys", "// 2.0\n"},
+                                        {"data/update/cache/old.zip", "of another update"},
+                                        {temps + "package_0a/half.zip", fitting.left(40)},
+                                        {temps + "package_0a.lock", ""},
+                                        {temps + "package_1b/产线.package", fitting},
+                                        {temps + "package_mine/line.zip", fitting}});
+    const UpdateRemains remains = look();
+    QCOMPARE(remains.packages,
+             QStringList({path("data/update/cache/old.zip"), path(temps + "package_0a/half.zip"),
+                          path(temps + "package_1b/产线.package")}));
+    QCOMPARE(remains.recovery, Recovery::ProjectFile);
+    QCOMPARE(remains.source, path(temps + "package_1b/产线.package"));
 }
 
 void UpdateRemainsTest::aGivenPackageIsTheOnlyOneAsked() {

@@ -71,12 +71,19 @@ bool readStaging(const RecoveryPlaces &places, const QString &backup, ProjectCop
     return true;
 }
 
-QStringList packagesIn(const QString &cache) {
-    QStringList packages;
-    const auto files =
-        QDir(cache).entryInfoList({QStringLiteral("*.zip")}, QDir::Files, QDir::Time);
-    for (const QFileInfo &file : files)
-        packages.append(file.absoluteFilePath());
+// The newest first.
+QStringList filesIn(const QString &folder, const QString &pattern) {
+    QStringList paths;
+    for (const QFileInfo &file : QDir(folder).entryInfoList({pattern}, QDir::Files, QDir::Time))
+        paths.append(file.absoluteFilePath());
+    return paths;
+}
+
+// Of a stick's package a killed launcher leaves the copy that it was about to unpack.
+QStringList packagesOf(const DataFolder &data) {
+    QStringList packages = filesIn(data.updateCache(), QStringLiteral("*.zip"));
+    for (const QString &folder : apply_places::packageFolders(data.updateTemp()))
+        packages += filesIn(folder, QStringLiteral("*"));
     return packages;
 }
 
@@ -190,7 +197,7 @@ bool lookAtRemains(const RecoveryPlaces &places, UpdateRemains *remains, QString
         (!remains->backup.folder.isEmpty() &&
          !readStaging(places, remains->backup.folder, &remains->staging, error)))
         return false;
-    remains->packages = packagesIn(places.data.updateCache());
+    remains->packages = packagesOf(places.data);
     decide(places, remains);
     return true;
 }

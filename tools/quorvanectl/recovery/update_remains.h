@@ -18,7 +18,7 @@ namespace ctl {
 struct RecoveryPlaces {
     QString projectFile; // as the launcher knows it, absolute; it need not exist
     DataFolder data;     // the launcher's, absolute
-    QString package;     // a package to take a damaged project file from; empty: those in the cache
+    QString package; // a package to take a damaged project file from; empty: those that are found
 };
 
 // One of the folders that may hold the project.
@@ -43,7 +43,7 @@ struct UpdateRemains {
     ProjectCopy project;
     ProjectCopy backup;
     ProjectCopy staging;
-    QStringList packages; // in the cache
+    QStringList packages; // in the cache, then the copies of a stick's
     Recovery recovery = Recovery::Impossible;
     QString source; // the folder or the package to recover from
     QString reason; // one sentence
