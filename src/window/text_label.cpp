@@ -1,5 +1,7 @@
 #include "window/text_label.h"
 
+#include "window/shown_part.h"
+
 #include <QHelpEvent>
 #include <QPainter>
 #include <QTextDocument>
@@ -21,28 +23,25 @@ bool needsStandIn(const QString &text) {
     });
 }
 
-// Breaks one paragraph into at most `limit` lines; the last one holds all that is left.
-QStringList brokenParagraph(const QString &paragraph, const QFont &font, int width, int limit) {
+// Where the lines of a paragraph begin; the last one of at most `limit` holds all that is left.
+QVector<int> lineStarts(const QString &paragraph, const QFont &font, int width, int limit) {
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     QTextLayout layout(paragraph, font);
     layout.setTextOption(option);
     layout.beginLayout();
-    QStringList lines;
-    int from = 0;
-    while (lines.size() < limit) {
+    QVector<int> starts;
+    while (starts.size() < limit) {
         QTextLine line = layout.createLine();
         if (!line.isValid())
             break;
         line.setLineWidth(width);
-        from = line.textStart();
-        lines.append(paragraph.mid(from, line.textLength()));
+        starts.append(line.textStart());
     }
     layout.endLayout();
-    if (lines.isEmpty())
-        return {QString()};
-    lines.last() = paragraph.mid(from);
-    return lines;
+    if (starts.isEmpty())
+        starts.append(0);
+    return starts;
 }
 
 } // namespace
@@ -66,7 +65,13 @@ void TextLabel::setElideMode(Qt::TextElideMode mode) {
 }
 
 bool TextLabel::isElided() const {
-    return shownLines(contentsRect().size()) != lines(contentsRect().width(), lineLimit() + 1);
+    return shown() != text() ||
+           shownLines(contentsRect().size()) != lines(contentsRect().width(), lineLimit() + 1);
+}
+
+// All that the label measures and paints.
+QString TextLabel::shown() const {
+    return shownPart(text(), wordWrap() ? Qt::ElideRight : elideMode);
 }
 
 int TextLabel::lineLimit() const {
@@ -79,21 +84,38 @@ int TextLabel::lineLimit() const {
 int TextLabel::lineHeight() const {
     static const QString sample = QStringLiteral("Ag状态");
     const QFontMetrics metrics = fontMetrics();
-    if (!needsStandIn(text()))
+    if (!needsStandIn(shown()))
         return metrics.lineSpacing();
     return std::max(metrics.lineSpacing(),
                     metrics.boundingRect(QRect(), Qt::TextSingleLine, sample).height());
 }
 
+// Every pass of a layout asks for the same lines several times.
+QVector<int> TextLabel::startsIn(const QString &paragraph, int width, int limit) const {
+    constexpr int mostKept = 64;
+    if (brokenFont != font() || broken.size() > mostKept)
+        broken.clear();
+    brokenFont = font();
+    Breaks &breaks = broken[{paragraph, width}];
+    if (breaks.limit < limit) {
+        breaks.limit = limit + 1; // painting asks for one line more than measuring
+        breaks.starts = lineStarts(paragraph, font(), width, breaks.limit);
+    }
+    return breaks.starts.mid(0, limit);
+}
+
 QStringList TextLabel::lines(int width, int limit) const {
     if (!wordWrap())
-        return {QString(text()).replace(QLatin1Char('\n'), QLatin1Char(' '))};
+        return {shown().replace(QLatin1Char('\n'), QLatin1Char(' '))};
     QStringList all;
-    const QStringList paragraphs = text().split(QLatin1Char('\n'));
-    for (const QString &paragraph : paragraphs) {
-        if (all.size() >= limit)
-            break;
-        all.append(brokenParagraph(paragraph, font(), width, limit - all.size()));
+    const QStringList paragraphs = shown().split(QLatin1Char('\n'));
+    for (int i = 0; i < paragraphs.size() && all.size() < limit; ++i) {
+        const QString &paragraph = paragraphs.at(i);
+        const QVector<int> starts = startsIn(paragraph, width, limit - all.size());
+        for (int line = 0; line < starts.size(); ++line) {
+            const int end = line + 1 < starts.size() ? starts.at(line + 1) : paragraph.size();
+            all.append(paragraph.mid(starts.at(line), end - starts.at(line)));
+        }
     }
     return all;
 }
@@ -101,16 +123,15 @@ QStringList TextLabel::lines(int width, int limit) const {
 // What is painted: as many lines as the size holds, the last one cut where text is left over.
 QStringList TextLabel::shownLines(const QSize &size) const {
     const int limit = std::max(1, std::min(lineLimit(), size.height() / lineHeight()));
-    QStringList shown = lines(size.width(), limit + 1);
-    const bool more = shown.size() > limit;
-    while (shown.size() > limit)
-        shown.removeLast();
+    QStringList all = lines(size.width(), limit + 1);
+    const bool more = all.size() > limit;
+    while (all.size() > limit)
+        all.removeLast();
     if (more)
-        shown.last() =
-            fontMetrics().elidedText(shown.last() + ellipsis, Qt::ElideRight, size.width());
+        all.last() = fontMetrics().elidedText(all.last() + ellipsis, Qt::ElideRight, size.width());
     else if (!wordWrap())
-        shown.last() = fontMetrics().elidedText(shown.last(), elideMode, size.width());
-    return shown;
+        all.last() = fontMetrics().elidedText(all.last(), elideMode, size.width());
+    return all;
 }
 
 QSize TextLabel::minimumSizeHint() const {
@@ -124,7 +145,7 @@ QSize TextLabel::sizeHint() const {
     if (wordWrap())
         return {least.width() * 4, heightForWidth(least.width() * 4)};
     const QMargins around = contentsMargins();
-    const int whole = around.left() + fontMetrics().horizontalAdvance(text()) + around.right();
+    const int whole = around.left() + fontMetrics().horizontalAdvance(shown()) + around.right();
     return {std::max(whole, least.width()), least.height()};
 }
 
@@ -159,5 +180,6 @@ void TextLabel::paintEvent(QPaintEvent *) {
 }
 
 QString plainToolTip(const QString &text) {
-    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+    const QString part = shownPart(text);
+    return Qt::mightBeRichText(part) ? Qt::convertFromPlainText(part) : part;
 }

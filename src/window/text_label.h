@@ -3,10 +3,16 @@
 // The text is always plain. However long it is, it asks for little room at least: a label of one line
 // would like the width of its text, one with word wrap breaks its text anywhere and takes the height
 // for its width up to a number of lines. What finds no room ends in an ellipsis, and the tool tip
-// then holds all of it. text() is always the whole text.
+// then holds more of it. Of a text beyond all measure only the shownPart() is measured and painted;
+// text(), which a screen reader is told, is always the whole text.
 #pragma once
 
+#include <QFont>
+#include <QHash>
 #include <QLabel>
+#include <QPair>
+#include <QString>
+#include <QVector>
 
 class TextLabel : public QLabel {
 public:
@@ -28,14 +34,25 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    // Where the lines of a paragraph begin, as far as `limit` lines.
+    struct Breaks {
+        QVector<int> starts;
+        int limit = 0;
+    };
+
+    [[nodiscard]] QString shown() const;
     [[nodiscard]] int lineLimit() const;
     [[nodiscard]] int lineHeight() const;
+    [[nodiscard]] QVector<int> startsIn(const QString &paragraph, int width, int limit) const;
     [[nodiscard]] QStringList lines(int width, int limit) const;
     [[nodiscard]] QStringList shownLines(const QSize &size) const;
 
     int maximumLines = 1000;
     Qt::TextElideMode elideMode = Qt::ElideRight;
+    mutable QHash<QPair<QString, int>, Breaks> broken; // by paragraph and width
+    mutable QFont brokenFont;
 };
 
-// `text` as a tool tip that shows it letter by letter, also where it looks like rich text.
+// The shownPart() of `text` as a tool tip that shows it letter by letter, also where it looks like rich
+// text.
 [[nodiscard]] QString plainToolTip(const QString &text);

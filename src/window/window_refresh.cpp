@@ -35,6 +35,7 @@ void LauncherWindow::showProject() {
     const QString &path = service->projectPath;
     projectLabel->setText(tr("项目：%1").arg(path.isEmpty() ? tr("（无）") : path));
     projectLabel->setToolTip(plainToolTip(path));
+    projectLabel->setAccessibleDescription(path); // whole, letter by letter
     versionLabel->setText(service->versionSummary());
     projectPathEdit->setText(path);
 }

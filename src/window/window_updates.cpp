@@ -68,6 +68,7 @@ QCheckBox *choiceBox(const QString &text, const UpdateChoice &choice, const QStr
     box->setPalette(readableWhileDisabled(box->palette()));
     if (!choice.reason.isEmpty()) {
         box->setToolTip(plainToolTip(choice.reason));
+        box->setAccessibleDescription(choice.reason); // whole, letter by letter
         if (!choice.available)
             box->setText(text + unavailable);
     }

@@ -1,5 +1,6 @@
 // What a screen reader is told, and whether the text can be read on its ground.
 #include "support/staged_main.h"
+#include "window/shown_part.h"
 #include "window_scene.h"
 
 #include <QAccessible>
@@ -23,6 +24,7 @@ private Q_SLOTS:
     void theDialogOfUpdatesIsNamedToo();
     void theRolesAreThoseOfTheControls();
     void theLabelsAreReadInFull();
+    void whatAToolTipCutsIsDescribedInFull();
     void textStandsOutFromItsGround_data();
     void textStandsOutFromItsGround();
 };
@@ -180,6 +182,29 @@ void AccessibilityTest::theLabelsAreReadInFull() {
     QCOMPARE(
         QAccessible::queryAccessibleInterface(scene.parts.statusLabel)->text(QAccessible::Name),
         scene.service.statusText);
+}
+
+void AccessibilityTest::whatAToolTipCutsIsDescribedInFull() {
+    const auto described = [](QWidget *widget) {
+        return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Description);
+    };
+    const QString beyond = "<b>9</b> " + QString("word ").repeated(mostShown);
+    WindowScene scene;
+    scene.service.projectPath = "/lines/" + beyond;
+    scene.put(State::RepairMode);
+    QCOMPARE(described(scene.parts.projectLabel), scene.service.projectPath);
+    scene.offerUpdate(PromptMode::OnlineBanner);
+    scene.service.snapshot.fromUsb = true; // where a missing package is named
+    scene.service.snapshot.runtimeEntry = {{"setupUrl", beyond}};
+    const UpdateChoices choices = scene.service.updateChoices();
+    QVERIFY(choices.runtime.reason.contains(beyond));
+    QVERIFY(duringModal([&] { scene.parts.bannerUpdateButton->click(); },
+                        [&](QWidget *dialog) {
+                            QStringList reasons;
+                            for (QCheckBox *box : dialog->findChildren<QCheckBox *>())
+                                reasons.append(described(box));
+                            QVERIFY(reasons.contains(choices.runtime.reason));
+                        }));
 }
 
 void AccessibilityTest::textStandsOutFromItsGround_data() {

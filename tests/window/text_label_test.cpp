@@ -1,7 +1,9 @@
 // The label for text from outside.
 #include "support/staged_main.h"
+#include "window/shown_part.h"
 #include "window/text_label.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QSignalSpy>
 #include <QToolTip>
@@ -18,6 +20,10 @@ private Q_SLOTS:
     void oneLineIsElidedWhereItIsTooLong();
     void oneLineWouldLikeTheWidthOfItsText();
     void theTextIsAlwaysTheWholeText();
+    void ofATextBeyondAllMeasureOneLineMeasuresAndPaintsAPart_data();
+    void ofATextBeyondAllMeasureOneLineMeasuresAndPaintsAPart();
+    void ofATextBeyondAllMeasureAWrappedLabelMeasuresAndPaintsAPart();
+    void aTextBeyondAllMeasureIsToldWhole();
     void theToolTipOfAnElidedLabelHoldsAllOfIt();
     void richTextInAToolTipIsShownLetterByLetter();
     void theLastLineIsPainted();
@@ -125,6 +131,70 @@ void TextLabelTest::theTextIsAlwaysTheWholeText() {
     label.setText(findings);
     QCOMPARE(label.text(), findings);
     QCOMPARE(label.textFormat(), Qt::PlainText);
+}
+
+namespace {
+
+// In words, so that a label which lays out all of it takes long but ends.
+QString beyondAllMeasure() {
+    return "a " + QString("word ").repeated(mostShown);
+}
+
+QImage painted(TextLabel &label, const QSize &size) {
+    label.resize(size);
+    return label.grab().toImage();
+}
+
+} // namespace
+
+void TextLabelTest::ofATextBeyondAllMeasureOneLineMeasuresAndPaintsAPart_data() {
+    QTest::addColumn<Qt::TextElideMode>("mode");
+    QTest::newRow("its beginning") << Qt::ElideRight;
+    QTest::newRow("both its ends") << Qt::ElideMiddle;
+}
+
+void TextLabelTest::ofATextBeyondAllMeasureOneLineMeasuresAndPaintsAPart() {
+    QFETCH(Qt::TextElideMode, mode);
+    TextLabel whole(nullptr);
+    TextLabel part(nullptr);
+    whole.setText(beyondAllMeasure());
+    part.setText(shownPart(beyondAllMeasure(), mode));
+    for (TextLabel *label : {&whole, &part})
+        label->setElideMode(mode);
+    QCOMPARE(whole.sizeHint(), part.sizeHint());
+    const QSize ample = part.sizeHint() + QSize(500, 0); // where more would be seen
+    QCOMPARE(painted(whole, ample), painted(part, ample));
+    QVERIFY(!part.isElided());
+    QVERIFY(whole.isElided());
+}
+
+void TextLabelTest::ofATextBeyondAllMeasureAWrappedLabelMeasuresAndPaintsAPart() {
+    TextLabel whole(nullptr);
+    TextLabel part(nullptr);
+    whole.setText(beyondAllMeasure());
+    part.setText(shownPart(beyondAllMeasure()));
+    for (TextLabel *label : {&whole, &part})
+        label->setWordWrap(true);
+    QCOMPARE(whole.heightForWidth(500), part.heightForWidth(500));
+    const QSize ample(500, part.heightForWidth(500) + 100);
+    QCOMPARE(painted(whole, ample), painted(part, ample));
+    QVERIFY(!part.isElided());
+    QVERIFY(whole.isElided());
+}
+
+void TextLabelTest::aTextBeyondAllMeasureIsToldWhole() {
+    TextLabel label(nullptr);
+    label.setWordWrap(true);
+    label.setText(beyondAllMeasure());
+    QCOMPARE(label.text(), beyondAllMeasure());
+    QCOMPARE(QAccessible::queryAccessibleInterface(&label)->text(QAccessible::Name),
+             beyondAllMeasure());
+    label.resize(500, 100);
+    label.show();
+    QHelpEvent ask(QEvent::ToolTip, QPoint(5, 5), label.mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(&label, &ask);
+    QCOMPARE(QToolTip::text(), shownPart(beyondAllMeasure())); // it is laid out too
+    QToolTip::hideText();
 }
 
 void TextLabelTest::theToolTipOfAnElidedLabelHoldsAllOfIt() {

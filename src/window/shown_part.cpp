@@ -1,0 +1,24 @@
+#include "window/shown_part.h"
+
+namespace {
+
+const QChar ellipsis(0x2026);
+
+// The whole characters among the first `most` units, and among the last.
+QString beginning(const QString &text, int most) {
+    return text.left(text.at(most - 1).isHighSurrogate() ? most - 1 : most);
+}
+
+QString ending(const QString &text, int most) {
+    return text.right(text.at(text.size() - most).isLowSurrogate() ? most - 1 : most);
+}
+
+} // namespace
+
+QString shownPart(const QString &text, Qt::TextElideMode mode) {
+    if (text.size() <= mostShown)
+        return text;
+    if (mode == Qt::ElideMiddle)
+        return beginning(text, mostShown / 2) + ellipsis + ending(text, mostShown / 2);
+    return beginning(text, mostShown) + ellipsis;
+}
