@@ -2,6 +2,7 @@
 
 #include "frame/app_paths.h"
 #include "frame/log_append.h"
+#include "frame/pipe_or_device.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -33,7 +34,7 @@ RunLogView::RunLogView()
 
 QString RunLogView::text() const {
     QFile file(AppPaths::launchLogPath());
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    if (isPipeOrDevice(file.fileName()) || !file.open(QIODevice::ReadOnly | QIODevice::Text))
         return QString();
     const qint64 start = file.size() < offset ? 0 : offset;
     if (!file.seek(start))

@@ -7,8 +7,8 @@
 #include <functional>
 
 // Adds one line, "yyyy-MM-dd HH:mm:ss message" in local time, to AppPaths::launchLogPath(). The
-// file is opened and closed for each line. A line that cannot be written is lost without a report:
-// the log never stops the flow. Any thread.
+// file is opened and closed for each line. A line that cannot be written is lost without a report,
+// as where a pipe or a device lies in place of the file: the log never stops the flow. Any thread.
 void appendLaunchLog(const QString &message);
 
 // Where the lines go from now on instead of the file, each as it was passed and without a time; an
@@ -22,7 +22,7 @@ public:
     RunLogView();
 
     // The lines of this run without white space at the ends, read anew; empty if there are none or
-    // the file cannot be read. A log that became shorter was replaced and is read from its start.
+    // the file cannot be read, or is a pipe or a device. A log that became shorter was replaced and is read from its start.
     [[nodiscard]] QString text() const;
 
 private:

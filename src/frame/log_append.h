@@ -6,5 +6,5 @@
 
 // Opens or creates the file at `path`, adds `text` at its end in one write and closes it. Line
 // feeds become the line ends of the platform. False if the file could not be opened or not wholly
-// written. Any thread; writers never overwrite each other.
+// written, or if a pipe or a device is in its place. Any thread; writers never overwrite each other.
 [[nodiscard]] bool appendToFile(const QString &path, const QByteArray &text);

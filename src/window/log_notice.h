@@ -4,5 +4,5 @@
 #include <QString>
 
 // The trimmed UTF-8 text of config/launcher_notice.txt beside the program; `builtIn` if that file
-// does not open. Read anew at each call.
+// does not open, or is a pipe or a device. Read anew at each call.
 [[nodiscard]] QString logNotice(const QString &builtIn);

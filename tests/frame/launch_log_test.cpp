@@ -3,6 +3,7 @@
 #include "frame/launch_log.h"
 
 #include "frame/app_paths.h"
+#include "support/file_kinds.h"
 #include "support/message_capture.h"
 #include "support/platform.h"
 #include "support/staged_main.h"
@@ -58,6 +59,8 @@ private Q_SLOTS:
     void linesCanGoElsewhere();
     void linesAreAdded();
     void lineThatCannotBeWrittenIsLostInSilence();
+    void pipeOrDeviceInItsPlaceIsNotWaitedFor_data();
+    void pipeOrDeviceInItsPlaceIsNotWaitedFor();
     void missingDataFolderLosesTheLineInSilence();
     void viewShowsThisRunAlone();
     void viewOfAFirstRunShowsTheWholeFile();
@@ -131,6 +134,25 @@ void LaunchLogTest::lineThatCannotBeWrittenIsLostInSilence() {
     QVERIFY(QDir(AppPaths::launchLogPath()).isEmpty());
     QCOMPARE(capture.messages(), QStringList());
     QVERIFY(QDir().rmdir(AppPaths::launchLogPath()));
+}
+
+void LaunchLogTest::pipeOrDeviceInItsPlaceIsNotWaitedFor_data() {
+    QTest::addColumn<QString>("target"); // of a link; empty for a pipe
+    QTest::newRow("a pipe") << "";
+    QTest::newRow("a device that never ends") << "/dev/zero";
+}
+
+void LaunchLogTest::pipeOrDeviceInItsPlaceIsNotWaitedFor() {
+    QFETCH(QString, target);
+    const QString path = AppPaths::launchLogPath();
+    if (!(target.isEmpty() ? support::makePipe(path) : support::makeLink(target, path)))
+        QSKIP("there are none");
+    const support::MessageCapture capture;
+    const RunLogView view;
+    appendLaunchLog("lost");
+    QCOMPARE(view.text(), QString());
+    QCOMPARE(capture.messages(), QStringList());
+    QVERIFY(QFile::remove(path));
 }
 
 void LaunchLogTest::missingDataFolderLosesTheLineInSilence() {

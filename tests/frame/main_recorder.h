@@ -17,6 +17,8 @@ namespace recorder {
 
 void note(const QString &step);
 
+void outliveBrokenPipes();
+
 struct Paths : AppPaths {
     static void initialize();
 };

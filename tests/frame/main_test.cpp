@@ -1,6 +1,7 @@
 // The launcher's own main, run from end to end in this process.
 #include "main_recorder.h"
 
+#include "frame/broken_pipe.h"
 #include "support/staged_main.h"
 
 #include <QDir>
@@ -33,6 +34,11 @@ void outliveTheService() {
 
 void note(const QString &step) {
     notes.append(step);
+}
+
+void outliveBrokenPipes() {
+    note(qApp == nullptr ? "broken pipes before all else" : "broken pipes too late");
+    ::outliveBrokenPipes();
 }
 
 void Paths::initialize() {
@@ -137,7 +143,8 @@ void MainTest::buildsInOrderAndTearsDownInReverse() {
     QCOMPARE(launcherMain(1, arguments), 0);
     QVERIFY(qApp == nullptr);
     QVERIFY(recorder::workerHasEnded);
-    const QStringList expected{"folders for Quorvane Quorvaner",
+    const QStringList expected{"broken pipes before all else",
+                               "folders for Quorvane Quorvaner",
                                "settings in a folder that exists",
                                "locale en",
                                "library FunctionLib.ini without a text",

@@ -2,7 +2,10 @@
 // test sees what it calls and in which order.
 #include "main_recorder.h"
 
+#include "frame/broken_pipe.h"
+
 #define main launcherMain
+#define outliveBrokenPipes recorder::outliveBrokenPipes
 #define AppPaths recorder::Paths
 #define SettingsStore recorder::Settings
 #define LocaleManager recorder::Locale

@@ -1,4 +1,5 @@
 // The pane that shows this run's part of the launch log.
+#include "support/file_kinds.h"
 #include "support/staged_main.h"
 #include "window_scene.h"
 
@@ -19,6 +20,7 @@ private Q_SLOTS:
     void theBuiltInNoticeIsTranslated();
     void theNoticeFileIsShownTrimmed();
     void anEmptyNoticeFileShowsNothing();
+    void aNoticeThatIsAPipeIsNotWaitedFor();
     void statusAndCountdownRenewThePane();
     void anUnchangedLogKeepsTheScrollPosition();
 
@@ -101,6 +103,15 @@ void LogPaneTest::anEmptyNoticeFileShowsNothing() {
     write(noticePath(), " \n");
     const WindowScene scene;
     QCOMPARE(scene.parts.logView->toPlainText(), QString());
+}
+
+void LogPaneTest::aNoticeThatIsAPipeIsNotWaitedFor() {
+    QVERIFY(QDir().mkpath(QFileInfo(noticePath()).path()));
+    if (!support::makePipe(noticePath()))
+        QSKIP("there are none");
+    const WindowScene scene;
+    QCOMPARE(scene.parts.logView->toPlainText(),
+             QString("本次会话尚无日志。启动过程将显示在这里。"));
 }
 
 void LogPaneTest::statusAndCountdownRenewThePane() {

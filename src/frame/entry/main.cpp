@@ -2,6 +2,7 @@
 // tears down in reverse. No step depends on how an earlier one ended, so no result is looked at: a
 // frame without settings, translation or function library runs on with less.
 #include "frame/app_paths.h"
+#include "frame/broken_pipe.h"
 #include "frame/locale_manager.h"
 #include "frame/settings_store.h"
 #include "launcher/launcher_service.h"
@@ -35,6 +36,8 @@ void makeSourceParameters() {
 }
 
 int runLauncher(int argc, char **argv) {
+    outliveBrokenPipes(); // each step below may warn
+
     // Line PCs have screens of any density. These two only count before there is an application.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);

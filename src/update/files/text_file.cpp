@@ -1,5 +1,6 @@
 #include "update/files/text_file.h"
 
+#include "frame/pipe_or_device.h"
 #include "update/files/failure.h"
 #include "update/files/memory_guard.h"
 
@@ -16,13 +17,7 @@ namespace {
 
 constexpr int hashPiece = 1048576; // bytes
 
-// Opening a pipe would wait for its other end, and a device might never end. What is missing, and a
-// folder, the file itself refuses.
-bool isPipeOrDevice(const QString &path) {
-    const QFileInfo info(path);
-    return info.exists() && !info.isFile() && !info.isDir();
-}
-
+// What is missing, and a folder, the file itself refuses.
 bool openFile(QFile &file, QIODevice::OpenMode mode, QString *error) {
     if (isPipeOrDevice(file.fileName()))
         return fail(QStringLiteral("not a regular file"), error);
