@@ -1,6 +1,7 @@
 #include "frame/settings_store.h"
 
 #include "frame/app_paths.h"
+#include "frame/launch_log.h"
 #include "frame/settings_schema.h"
 
 #include <QDebug>
@@ -13,6 +14,7 @@
 namespace {
 
 constexpr int examinedAtOpen = 100; // older recent projects wait until they come among these
+constexpr int longestWait = 2000;   // ms, for a file that another program holds
 
 QString connectionName() {
     return QStringLiteral("quorvane");
@@ -26,9 +28,50 @@ QSqlDatabase connection() {
     return QSqlDatabase::database(connectionName());
 }
 
+// How long a statement waits. The connection itself keeps the number; one that is not open has none yet.
+int currentWait() {
+    const QSqlDatabase database = QSqlDatabase::database(connectionName(), false);
+    if (!database.isOpen())
+        return longestWait;
+    QSqlQuery query(database);
+    return query.exec(QStringLiteral("PRAGMA busy_timeout")) && query.next()
+               ? query.value(0).toInt()
+               : longestWait;
+}
+
+bool isHeldElsewhere(const QSqlQuery &query) {
+    constexpr int busy = 5; // of SQLite; further bits tell why
+    return (query.lastError().nativeErrorCode().toInt() & 0xFF) == busy;
+}
+
+// The window waits for each statement of a start, so that only the first one waits: whoever holds the file
+// that long does not let go between two of them.
+void giveUpWaiting() {
+    if (currentWait() == 0)
+        return;
+    (void)QSqlQuery(connection()).exec(QStringLiteral("PRAGMA busy_timeout = 0"));
+    appendLaunchLog(QStringLiteral("Settings are not available: %1 is held by another program.")
+                        .arg(AppPaths::databasePath()));
+}
+
+bool ended(bool done, const QSqlQuery &query) {
+    if (!done && isHeldElsewhere(query))
+        giveUpWaiting();
+    return done;
+}
+
+// To prepare a statement reads the file already.
+bool run(QSqlQuery &query, const QString &statement, const QVariantList &values) {
+    bool done = query.prepare(statement);
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    done = done && query.exec();
+    return ended(done, query);
+}
+
 bool runSchema(const char *statement) {
     QSqlQuery query(connection());
-    if (query.exec(QLatin1String(statement)))
+    if (ended(query.exec(QLatin1String(statement)), query))
         return true;
     qWarning().noquote() << query.lastError().text() << statement;
     return false;
@@ -38,7 +81,7 @@ bool runSchema(const char *statement) {
 // written, the tables are made all the same.
 int schemaVersion() {
     QSqlQuery query(connection());
-    if (query.exec(QLatin1String(settings_schema::readVersion)) && query.next())
+    if (ended(query.exec(QLatin1String(settings_schema::readVersion)), query) && query.next())
         return qMax(1, query.value(0).toInt());
     query.finish();
     (void)runSchema(settings_schema::writeFirstVersion);
@@ -85,11 +128,13 @@ SettingsStore &SettingsStore::instance() {
 }
 
 bool SettingsStore::open() {
+    const int wait = currentWait(); // of the connection before, which may have waited in vain
     // Adding a connection of the same name would replace it too, but with a warning.
     if (QSqlDatabase::contains(connectionName()))
         QSqlDatabase::removeDatabase(connectionName());
     QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName());
     database.setDatabaseName(AppPaths::databasePath());
+    database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(wait));
     if (!database.open()) {
         qWarning().noquote() << "Database open failed:" << database.lastError().text();
         return false;
@@ -102,18 +147,16 @@ bool SettingsStore::open() {
 
 QString SettingsStore::value(const QString &key, const QString &defaultValue) const {
     QSqlQuery query(connection());
-    query.prepare(QLatin1String(settings_schema::readValue));
-    query.addBindValue(key);
-    return query.exec() && query.next() ? query.value(0).toString() : defaultValue;
+    const bool done = run(query, QLatin1String(settings_schema::readValue), {key});
+    return done && query.next() ? query.value(0).toString() : defaultValue;
 }
 
 void SettingsStore::setValue(const QString &key, const QString &value) {
     QSqlQuery query(connection());
-    query.prepare(QLatin1String(settings_schema::writeValue));
-    query.addBindValue(key);
     // A null text would be stored as NULL.
-    query.addBindValue(value.isNull() ? QStringLiteral("") : value);
-    (void)query.exec(); // a lost write is no reason to stop
+    const QString text = value.isNull() ? QStringLiteral("") : value;
+    // A lost write is no reason to stop.
+    (void)run(query, QLatin1String(settings_schema::writeValue), {key, text});
 }
 
 QString SettingsStore::defaultProject() const {
@@ -126,10 +169,10 @@ void SettingsStore::setDefaultProject(const QString &path) {
 
 QList<RecentProject> SettingsStore::recentProjects(int limit) const {
     QSqlQuery query(connection());
-    query.prepare(QLatin1String(settings_schema::readRecentProjects) + QLatin1String(" LIMIT ?"));
-    query.addBindValue(limit);
+    const QString statement =
+        QLatin1String(settings_schema::readRecentProjects) + QLatin1String(" LIMIT ?");
     QList<RecentProject> projects;
-    if (!query.exec())
+    if (!run(query, statement, {limit}))
         return projects;
     while (query.next())
         projects.append({query.value(0).toString(), query.value(1).toString()});
@@ -138,7 +181,7 @@ QList<RecentProject> SettingsStore::recentProjects(int limit) const {
 
 void SettingsStore::removeRecentProject(const QString &path) {
     QSqlQuery query(connection());
-    query.prepare(QLatin1String(settings_schema::removeRecentProject));
-    query.addBindValue(QFileInfo(path).absoluteFilePath());
-    (void)query.exec(); // a row that stays is examined again at the next open
+    // A row that stays is examined again at the next open.
+    (void)run(query, QLatin1String(settings_schema::removeRecentProject),
+              {QFileInfo(path).absoluteFilePath()});
 }

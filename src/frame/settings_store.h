@@ -1,8 +1,10 @@
 // The few values that outlast a run, in one SQLite file (AppPaths::databasePath()).
 //
 // No operation fails visibly: a read that cannot be made gives its default, a write that cannot be
-// made is lost, and the launcher runs on without a memory. The store keeps no state of its own,
-// each operation fetches the connection named "quorvane". Main thread only.
+// made is lost, and the launcher runs on without a memory. A file that another program holds is waited
+// for once, two seconds at most; from then on no operation waits, and the launch log tells of it. The
+// store keeps no state of its own, each operation fetches the connection named "quorvane". Main thread
+// only.
 #pragma once
 
 #include <QList>
