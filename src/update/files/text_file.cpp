@@ -80,15 +80,20 @@ bool ensureParentDir(const QString &filePath, QString *error) {
     return fail(QStringLiteral("unable to create directory: %1").arg(folder), error);
 }
 
-QString fileSha256Hex(const QString &path, QString *error) {
+QString fileSha256Hex(const QString &path, QString *error, bool (*isStopped)()) {
     QFile file(path);
     if (!openFile(file, QIODevice::ReadOnly, error))
         return QString();
     QCryptographicHash hash(QCryptographicHash::Sha256);
     QByteArray piece(hashPiece, Qt::Uninitialized);
     qint64 got = 0;
-    while ((got = file.read(piece.data(), piece.size())) > 0)
+    while ((got = file.read(piece.data(), piece.size())) > 0) {
+        if (isStopped != nullptr && isStopped()) {
+            fail(QStringLiteral("interrupted"), error);
+            return QString();
+        }
         hash.addData(piece.constData(), int(got));
+    }
     if (got < 0) {
         fail(file.errorString(), error);
         return QString();

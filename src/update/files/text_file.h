@@ -23,4 +23,6 @@
 [[nodiscard]] bool ensureParentDir(const QString &filePath, QString *error = nullptr);
 
 // SHA-256 of the file's bytes as lower-case hexadecimal text, with 1 MiB of it in memory at a time.
-[[nodiscard]] QString fileSha256Hex(const QString &path, QString *error = nullptr);
+// `isStopped` is asked before each of them; once it says yes there is no hash ("interrupted").
+[[nodiscard]] QString fileSha256Hex(const QString &path, QString *error = nullptr,
+                                    bool (*isStopped)() = nullptr);

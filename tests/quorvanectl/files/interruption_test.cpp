@@ -50,6 +50,7 @@ class InterruptionTest : public QObject {
 private Q_SLOTS:
     void nothingHalfWrittenIsLeft_data();
     void nothingHalfWrittenIsLeft();
+    void hashingIsLeftOff();
 };
 
 void InterruptionTest::nothingHalfWrittenIsLeft_data() {
@@ -82,6 +83,42 @@ void InterruptionTest::nothingHalfWrittenIsLeft() {
     QCOMPARE(contentsOf(folder.path("out")), before);
     if (over)
         QCOMPARE(folder.read("out/line-1.0.0.zip"), QByteArray("old"));
+}
+
+namespace {
+
+bool hasOpen(qint64 process, const QString &path) {
+    const QDir files(QString("/proc/%1/fd").arg(process));
+    for (const QFileInfo &file :
+         files.entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)) {
+        if (file.symLinkTarget() == path)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+// The file would take minutes.
+void InterruptionTest::hashingIsLeftOff() {
+    const ProjectFolder folder;
+    folder.writeZeros("data/model.bin", qint64(256) << 30);
+    folder.write("pc/bin/config/release_version.json", "{}");
+    QDir(folder.path("")).mkdir("out");
+    QProcess collect;
+    collect.setWorkingDirectory(folder.path(""));
+    collect.start(QUORVANE_TOOL, {"support", "collect", "--out", "out/s.zip", "--install", "pc",
+                                  "--data", "data"});
+    QVERIFY(collect.waitForStarted());
+    const qint64 process = collect.processId();
+    QTRY_VERIFY_WITH_TIMEOUT(hasOpen(process, folder.path("data/model.bin")), 30000);
+    QCOMPARE(kill(pid_t(process), SIGINT), 0);
+    QVERIFY(collect.waitForFinished(30000));
+    QCOMPARE(collect.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(collect.exitCode(), 2);
+    QVERIFY(
+        collect.readAllStandardError().contains("out/s.zip: interrupted, nothing was written\n"));
+    QCOMPARE(contentsOf(folder.path("out")), QStringList());
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, InterruptionTest)

@@ -33,6 +33,9 @@ private Q_SLOTS:
     void namesInTheirOrder();
     void logs_data();
     void logs();
+    void pipesAndDevicesAreNotWaitedFor_data();
+    void pipesAndDevicesAreNotWaitedFor();
+    void aDatabaseThatAnotherProgramHolds();
     void databasesThatAreNone_data();
     void databasesThatAreNone();
     void tablesThatAreMissing_data();
@@ -109,6 +112,36 @@ void SupportFilesTest::logs() {
     QFETCH(FileTree, data);
     support::writeTree(path("data"), data);
     QTEST(files().value("launcher.log"), "shown");
+}
+
+void SupportFilesTest::pipesAndDevicesAreNotWaitedFor_data() {
+    QTest::addColumn<QString>("target"); // of a link; empty for a pipe
+    QTest::newRow("a pipe") << "";
+    QTest::newRow("a device that never ends") << "/dev/zero";
+}
+
+void SupportFilesTest::pipesAndDevicesAreNotWaitedFor() {
+    QFETCH(QString, target);
+    for (const QString &name : {path("data/launcher.log"), path("data/Quorvane.db")})
+        QVERIFY(target.isEmpty() ? support::makePipe(name) : support::makeLink(target, name));
+    const FileTree found = files();
+    QCOMPARE(found.value("launcher.log"), QByteArray("(not a regular file)\n"));
+    QCOMPARE(QJsonDocument::fromJson(found.value("settings.json")).object(),
+             QJsonObject({{"error", "not a regular file"}}));
+}
+
+void SupportFilesTest::aDatabaseThatAnotherProgramHolds() {
+    runSql({"CREATE TABLE app_settings (key TEXT, value TEXT)",
+            "INSERT INTO app_settings VALUES('ui/locale','en')"});
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "holder");
+        database.setDatabaseName(path("data/Quorvane.db"));
+        QVERIFY(database.open() && QSqlQuery(database).exec("BEGIN EXCLUSIVE"));
+        const QJsonObject found = settings();
+        QCOMPARE(found.keys(), QStringList("error"));
+        QVERIFY(found["error"].toString().contains("database is locked"));
+    }
+    QSqlDatabase::removeDatabase("holder");
 }
 
 void SupportFilesTest::databasesThatAreNone_data() {

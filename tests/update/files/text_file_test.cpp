@@ -50,6 +50,7 @@ private Q_SLOTS:
     void hashes_data();
     void hashes();
     void hashOfAFileThatFailsWhileReadIsNull();
+    void hashThatIsStoppedIsNull();
 };
 
 void TextFileTest::libraryHasTheGbkCodec() {
@@ -199,6 +200,14 @@ void TextFileTest::hashes() {
 }
 
 // Reading the first page of a process's own memory opens well and then fails.
+void TextFileTest::hashThatIsStoppedIsNull() {
+    const QString path = writeBytes("hash.bin", "abc");
+    QString error;
+    QVERIFY(fileSha256Hex(path, &error, [] { return true; }).isNull());
+    QCOMPARE(error, QString("interrupted"));
+    QCOMPARE(fileSha256Hex(path, &error, [] { return false; }), fileSha256Hex(path));
+}
+
 void TextFileTest::hashOfAFileThatFailsWhileReadIsNull() {
     if (support::onWindows)
         QSKIP("no such file on Windows");

@@ -1,6 +1,7 @@
 #include "quorvanectl/support/support_files.h"
 
 #include "frame/app_paths.h"
+#include "frame/pipe_or_device.h"
 #include "frame/settings_schema.h"
 #include "launcher/offer/update_component.h"
 #include "quorvanectl/files/interruption.h"
@@ -29,8 +30,16 @@ namespace {
 // The log only grows; its end tells what happened.
 constexpr qint64 longestLog = 32LL * 1024 * 1024; // bytes
 
+constexpr int longestWait = 2000; // ms, for settings that another program holds
+
+QString notAFile() {
+    return QStringLiteral("not a regular file");
+}
+
 QString endOfLog(const QString &path) {
     QFile file(path);
+    if (isPipeOrDevice(path))
+        return QStringLiteral("(%1)\n").arg(notAFile());
     if (!file.open(QIODevice::ReadOnly))
         return QStringLiteral("(%1)\n").arg(file.errorString());
     if (file.size() <= longestLog)
@@ -61,11 +70,16 @@ QString versions() {
     return json(told);
 }
 
-// The rows of a statement, each its columns.
-QVector<QStringList> rows(const QSqlDatabase &database, const char *statement, int columns) {
+// The rows of a statement, each its columns. A table that is missing has none; that another program holds
+// the file is told in `error`.
+QVector<QStringList> rows(const QSqlDatabase &database, const char *statement, int columns,
+                          QString *error) {
+    constexpr int busy = 5; // of SQLite; further bits tell why
     QVector<QStringList> found;
     QSqlQuery query(database);
-    (void)query.exec(QLatin1String(statement)); // a table that is missing has no rows
+    if (!query.exec(QLatin1String(statement)) &&
+        (query.lastError().nativeErrorCode().toInt() & 0xFF) == busy)
+        *error = query.lastError().text();
     while (query.next()) {
         QStringList row;
         for (int i = 0; i < columns; ++i)
@@ -83,12 +97,15 @@ bool isOwnKey(const QString &key) {
 // The launcher's own keys and recent projects. Other programs may keep more in the same file.
 QJsonObject settingsIn(const QSqlDatabase &database) {
     QJsonObject settings;
-    for (const QStringList &row : rows(database, settings_schema::readValues, 2)) {
+    QString error;
+    for (const QStringList &row : rows(database, settings_schema::readValues, 2, &error)) {
         if (isOwnKey(row.at(0)))
             settings.insert(row.at(0), row.at(1));
     }
+    if (!error.isEmpty())
+        return {{QStringLiteral("error"), error}};
     QJsonArray recent;
-    for (const QStringList &row : rows(database, settings_schema::readRecentProjects, 3))
+    for (const QStringList &row : rows(database, settings_schema::readRecentProjects, 3, &error))
         recent.append(QJsonArray::fromStringList(row));
     settings.insert(QStringLiteral("recent_projects"), recent);
     return settings;
@@ -96,10 +113,13 @@ QJsonObject settingsIn(const QSqlDatabase &database) {
 
 QString settings(const QString &databasePath) {
     const QString connection = QStringLiteral("quorvanectl");
+    if (isPipeOrDevice(databasePath))
+        return json({{QStringLiteral("error"), notAFile()}});
     QJsonObject found;
     {
         QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
-        database.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        database.setConnectOptions(
+            QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=%1").arg(longestWait));
         database.setDatabaseName(databasePath);
         if (database.open())
             found = settingsIn(database);
@@ -114,7 +134,7 @@ QString listedLine(const QString &folder, const QString &name) {
     const QFileInfo info(folder + QLatin1Char('/') + name);
     QString error;
     const QString hash = info.isSymLink() ? QStringLiteral("link to ") + info.symLinkTarget()
-                                          : fileSha256Hex(info.filePath(), &error);
+                                          : fileSha256Hex(info.filePath(), &error, interrupted);
     return QStringLiteral("%1 %2 %3  %4\n")
         .arg(hash.isEmpty() ? QLatin1Char('(') + error + QLatin1Char(')') : hash,
              QString::number(info.size()).rightJustified(12),
@@ -126,7 +146,7 @@ QString listing(const QString &title, const QString &folder) {
     QStringList names;
     QDirIterator files(folder, QDir::Files | QDir::Hidden | QDir::System,
                        QDirIterator::Subdirectories);
-    while (files.hasNext())
+    while (!interrupted() && files.hasNext())
         names.append(QDir(folder).relativeFilePath(files.next()));
     std::sort(names.begin(), names.end());
     QString text = QStringLiteral("%1: %2\n").arg(title, folder);

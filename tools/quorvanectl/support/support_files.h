@@ -21,7 +21,8 @@ struct SupportSources {
 };
 
 // The files, read from `sources` and from the installation that is being inspected. What cannot be
-// read is said in the file itself. Blocks for the hashes.
+// read is said in the file itself, also of a pipe or a device, which is not opened. Blocks for the
+// hashes, at most until interrupted(): then the listings are not whole.
 [[nodiscard]] QVector<SupportFile> supportFiles(const SupportSources &sources);
 
 // The text with "~" for the folder of whichever user: of this one, and by the places where systems
