@@ -5,6 +5,8 @@
   recover.py --sample N --seed S ...            N of these, chosen by chance
   recover.py --part I N ...                     each N-th point, beginning with the I-th of them
   recover.py --only LAYOUT OPERATION ...        one of them, with what the tool says
+  recover.py --clock SECONDS ...                the system's clock is set by so much between unpacking
+                                                and swap
   recover.py --again N ...                      kills the recovery too, at N operations of it chosen by
                                                 chance for each point, and runs it again
 
@@ -104,6 +106,7 @@ def arguments():
     parser.add_argument("--part", nargs=2, type=int, metavar=("I", "N"), default=(1, 1))
     parser.add_argument("--only", nargs=2, metavar=("LAYOUT", "OPERATION"))
     parser.add_argument("--again", type=int, default=0)
+    parser.add_argument("--clock", type=int, default=0)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     for name in ("tool", "program", "interposer"):
         parser.add_argument(name, type=pathlib.Path)
@@ -140,6 +143,7 @@ def main():
     try:
         bench = RecoveryBench(options.tool.resolve(), options.again, options.seed, options.program,
                               options.interposer.resolve(), near, far)
+        bench.clock = options.clock
         layouts = ["one", "two"] if near.stat().st_dev != far.stat().st_dev else ["one"]
         for layout in layouts:
             bench.measure(layout)

@@ -75,6 +75,7 @@ class Bench:
     """The folders, the program and the trees that a run may end with."""
 
     def __init__(self, program, interposer, near, far):
+        self.clock = 0  # seconds by which the system's clock is set between unpacking and swap
         self.place = near / "place"
         self.volumes = {"one": near, "two": far}
         self.interposer = interposer
@@ -104,7 +105,7 @@ class Bench:
             shutil.copytree(self.place / "old", project)
             environment = dict(os.environ, LD_PRELOAD=str(self.interposer), FAULT_AT=str(operation),
                                FAULT_WITH=str(fault.errno), FAULT_STAYS=str(int(fault.stays)),
-                               FAULT_SHORT=str(int(fault.short)),
+                               FAULT_SHORT=str(int(fault.short)), FAULT_CLOCK=str(self.clock),
                                XDG_DATA_HOME=str(data), LC_ALL="C.UTF-8")
             if trace:
                 environment["FAULT_TRACE"] = str(trace)

@@ -7,6 +7,7 @@
 //   FAULT_STAYS  1: so do later ones, as long as the cause would last: on a full disk (ENOSPC) all that
 //                take room, else the same operation on the same path
 //   FAULT_SHORT  1: an operation that moves data moves half of it before the disk is full
+//   FAULT_CLOCK  the seconds by which the system's clock is set once the unpacked package is read
 //   FAULT_START  1: counts from the start of a program that does not know of this library
 //   FAULT_TRACE  a file that the name and the path of each operation are written to, one a line
 // Only one thread may be at work in between.
@@ -23,6 +24,7 @@
 #include <linux/fs.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <sys/types.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -36,6 +38,8 @@ int failWith = 0;
 bool failStays = false;
 bool failShort = false;
 int trace = -1;
+time_t clockStep = 0; // seconds
+bool clockWasSet = false;
 char stuck[4096]; // the name and the path of the operation that failed
 
 long numberIn(const char *variable) {
@@ -47,6 +51,13 @@ void traceCall(const char *name, const char *path) {
     char line[512];
     const int size = snprintf(line, sizeof line, "%s %s\n", name, path);
     syscall(SYS_write, trace, line, size_t(size));
+}
+
+// Unpacking only writes there, so the first reading is the check of what was unpacked.
+void setClockAt(const char *path, int flags) {
+    if (counting && (flags & O_ACCMODE) == O_RDONLY && (flags & O_DIRECTORY) == 0 &&
+        strstr(path, "/temp/apply_") != nullptr)
+        clockWasSet = true;
 }
 
 bool takesRoom(const char *name) {
@@ -113,6 +124,7 @@ void fault_begin() {
     failWith = int(numberIn("FAULT_WITH"));
     failStays = numberIn("FAULT_STAYS") != 0;
     failShort = numberIn("FAULT_SHORT") != 0;
+    clockStep = time_t(numberIn("FAULT_CLOCK"));
     if (const char *const file = getenv("FAULT_TRACE"))
         trace = int(
             syscall(SYS_openat, AT_FDCWD, file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
@@ -137,6 +149,7 @@ long fault_end() {
         va_start(more, flags);                                                                     \
         const mode_t mode = va_arg(more, mode_t);                                                  \
         va_end(more);                                                                              \
+        setClockAt(path, flags);                                                                   \
         return fails(#name, path) ? -1 : QUORVANE_REAL(name)(path, flags, mode);                   \
     }
 #define QUORVANE_OPENAT(name)                                                                      \
@@ -145,6 +158,7 @@ long fault_end() {
         va_start(more, flags);                                                                     \
         const mode_t mode = va_arg(more, mode_t);                                                  \
         va_end(more);                                                                              \
+        setClockAt(path, flags);                                                                   \
         return fails(#name, path) ? -1 : QUORVANE_REAL(name)(folder, path, flags, mode);           \
     }
 #define QUORVANE_CALL(Result, failure, name, path, parameters, arguments)                          \
@@ -207,6 +221,14 @@ QUORVANE_CALL(DIR *, nullptr, opendir, path, (const char *path), (path))
 QUORVANE_CALL(DIR *, nullptr, fdopendir, "", (int fd), (fd))
 QUORVANE_CALL(dirent64 *, nullptr, readdir64, "", (DIR * folder), (folder))
 QUORVANE_CALL(dirent *, nullptr, readdir, "", (DIR * folder), (folder))
+
+// Qt asks here what time it is.
+int gettimeofday(timeval *__restrict now, void *__restrict zone) noexcept {
+    const int result = QUORVANE_REAL(gettimeofday)(now, zone);
+    if (clockWasSet && result == 0)
+        now->tv_sec += clockStep;
+    return result;
+}
 
 // Of the requests only that for a shared copy of a file is an operation on files.
 int ioctl(int fd, unsigned long request, ...) {

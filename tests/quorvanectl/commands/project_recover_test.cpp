@@ -123,6 +123,7 @@ private Q_SLOTS:
     void leftOversGetOtherNames();
     void stagingOfAnotherUpdateIsNotAskedFor_data();
     void stagingOfAnotherUpdateIsNotAskedFor();
+    void whatCannotBeKnownChangesNothing();
     void theNewestBackupCounts();
     void damagedProjectFileComesFromThePackage_data();
     void damagedProjectFileComesFromThePackage();
@@ -279,10 +280,30 @@ void ProjectRecoverTest::stagingOfAnotherUpdateIsNotAskedFor() {
     const Place place;
     place.lay("line", newProject());
     place.lay(backupName, some(oldProject(), {"line.yslib", "main.ys"}));
-    place.lay("data/update/temp/" + name, laid(newProject(), "further.csv", "f"));
+    const QByteArray other = projectFile("2.0").replace("\"line\"", "\"other\"");
+    place.lay("data/update/temp/" + name, laid(newProject(), "line.yslib", other));
     const Answer answer = place.recover();
     QVERIFY2(answer.out.contains("The new project was in place already."), qPrintable(answer.out));
     QVERIFY(answer.out.contains("Unpacked:  none"));
+}
+
+void ProjectRecoverTest::whatCannotBeKnownChangesNothing() {
+    const Place place;
+    place.lay("line", lacking(visible(oldProject()), "数据/only_old.csv"));
+    place.lay(backupName, visible(oldProject()));
+    place.lay("data/update", {{"cache/", ""}});
+    const QString found =
+        "Found:     The project runs with the backup's project file and lacks other files of the "
+        "backup. Whether it is whole cannot be known: compare it with the backup, or name the "
+        "update's package with --package. Nothing is changed.\n";
+    for (const QStringList &more : {QStringList(), QStringList{"--apply"}}) {
+        const Answer answer = place.recover(more);
+        QVERIFY2(answer.out.endsWith(found), qPrintable(answer.out));
+        QCOMPARE(answer.err, QString());
+        QCOMPARE(answer.status, 1);
+        QCOMPARE(support::readTree(place.path(backupName)), visible(oldProject()));
+        QCOMPARE(place.project(), lacking(visible(oldProject()), "数据/only_old.csv"));
+    }
 }
 
 void ProjectRecoverTest::theNewestBackupCounts() {

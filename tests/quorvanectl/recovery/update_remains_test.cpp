@@ -62,6 +62,9 @@ private Q_SLOTS:
     void backupsThatCount();
     void unpackedPackagesThatCount_data();
     void unpackedPackagesThatCount();
+    void whatIsProvedWithoutTheClock_data();
+    void whatIsProvedWithoutTheClock();
+    void theUpdatesPackageProvesTheNewProject();
     void aPackageUnderAnotherNameIsFound();
     void packagesInTheCacheTheNewestFirst();
     void theCopyOfASticksPackageCountsAfterThoseInTheCache();
@@ -211,8 +214,12 @@ void UpdateRemainsTest::unpackedPackagesThatCount_data() {
         << QStringList{"apply_20261120_164501"} << "apply_20261120_164501";
     QTest::newRow("one of an hour before")
         << QStringList{"apply_20261120_154501"} << "apply_20261120_154501";
-    QTest::newRow("one of a second more") << QStringList{"apply_20261120_154500"} << "";
-    QTest::newRow("one that came after the backup") << QStringList{"apply_20261120_164502"} << "";
+    QTest::newRow("one of a second more, as the clock may have been set")
+        << QStringList{"apply_20261120_154500"} << "apply_20261120_154500";
+    QTest::newRow("one that came after the backup, as the clock may have been set")
+        << QStringList{"apply_20261120_164502"} << "apply_20261120_164502";
+    QTest::newRow("of two of other times the later")
+        << QStringList{"apply_20261120_120000", "apply_20261120_180000"} << "apply_20261120_180000";
     QTest::newRow("of two before the backup the later")
         << QStringList{"apply_20261120_164400", "apply_20261120_164430"} << "apply_20261120_164430";
     QTest::newRow("of one before and one after the one before")
@@ -229,6 +236,94 @@ void UpdateRemainsTest::unpackedPackagesThatCount() {
     for (const QString &name : names)
         support::writeTree(folder->path(), whole(temps + name, "2.0"));
     QCOMPARE(look().staging.folder, staging.isEmpty() ? QString() : path(temps + staging));
+}
+
+// Of times that the clock's setting has torn apart.
+void UpdateRemainsTest::whatIsProvedWithoutTheClock_data() {
+    QTest::addColumn<FileTree>("project");
+    QTest::addColumn<QVector<FileTree>>("others"); // with their places
+    QTest::addColumn<Recovery>("recovery");
+    QTest::addColumn<QString>("source"); // relative; empty: none
+    QTest::addColumn<QString>("reason");
+    const auto with = [](FileTree tree, const QByteArray &name, const QByteArray &content) {
+        tree.insert("line/" + name, content);
+        return tree;
+    };
+    const auto at = [](const QString &place, const FileTree &project) {
+        FileTree moved;
+        for (auto file = project.begin(); file != project.end(); ++file)
+            moved.insert(place + file.key().mid(4), file.value());
+        return moved;
+    };
+    const FileTree runs = whole("line", "1.0");
+    const FileTree old = with(runs, "a.csv", "old");
+    const FileTree newRuns = whole("line", "2.0");
+    const FileTree neu = with(newRuns, "b.csv", "new");
+    const QString backup = backups + "line_20261120_164501";
+    const QString later = temps + "apply_20261120_184501";
+    const QString fitting = temps + "apply_20261120_164430";
+    const QString removed = "The old project was being removed.";
+    const QString copied = "The new project was being copied in.";
+    const QString inPlace = "The new project was in place already.";
+    const QString unknown =
+        "The project runs with the backup's project file and lacks other files of the backup.";
+    const FileTree foreign = support::laidOver(
+        neu, {{"line/line.yslib", QByteArray(projectFile("2.0")).replace("\"line\"", "\"x\"")}});
+
+    QTest::newRow("half of the old project, which runs")
+        << runs << QVector<FileTree>{at(backup, old), at(later, neu)} << Recovery::Backup << backup
+        << removed;
+    QTest::newRow("half of the old project, and no package")
+        << runs << QVector<FileTree>{at(backup, old)} << Recovery::Unknown << "" << unknown;
+    QTest::newRow("half of the old project, and a package of another one")
+        << runs << QVector<FileTree>{at(backup, old), at(later, foreign)} << Recovery::Unknown << ""
+        << unknown;
+    QTest::newRow("half of the old project, and a package that cannot run")
+        << runs << QVector<FileTree>{at(backup, old), {{later + "/main.ys", "// 2.0\n"}}}
+        << Recovery::Unknown << "" << unknown;
+    QTest::newRow("half of the old project, in which a program has written")
+        << with(runs, "c.csv", "mine") << QVector<FileTree>{at(backup, old)} << Recovery::Unknown
+        << "" << unknown;
+    QTest::newRow("the old project with all its names, one of them written since")
+        << with(runs, "a.csv", "mine") << QVector<FileTree>{at(backup, old)} << Recovery::None << ""
+        << inPlace;
+    QTest::newRow("half of the new project, which runs")
+        << newRuns << QVector<FileTree>{at(backup, old), at(later, neu)} << Recovery::Staging
+        << later << copied;
+    QTest::newRow("half of the new project, and a fitting time on the package of a killed attempt")
+        << newRuns
+        << QVector<FileTree>{at(backup, old), at(later, neu), at(fitting, with(runs, "x", ""))}
+        << Recovery::Staging << later << copied;
+    QTest::newRow("the new project, and no package")
+        << neu << QVector<FileTree>{at(backup, old)} << Recovery::None << "" << inPlace;
+    QTest::newRow("the new project, all of which the old one had")
+        << runs << QVector<FileTree>{at(backup, old), at(later, runs)} << Recovery::None << ""
+        << inPlace;
+}
+
+void UpdateRemainsTest::whatIsProvedWithoutTheClock() {
+    QFETCH(FileTree, project);
+    QFETCH(QVector<FileTree>, others);
+    QFETCH(QString, source);
+    const FileTree tree = support::laidOver(project, together(others));
+    support::writeTree(folder->path(), tree);
+    const UpdateRemains remains = look();
+    QTEST(remains.recovery, "recovery");
+    QCOMPARE(remains.source, source.isEmpty() ? QString() : path(source));
+    QTEST(remains.reason, "reason");
+    QCOMPARE(support::readTree(folder->path()), tree);
+}
+
+// That of the cache does not: the old project may have come from it.
+void UpdateRemainsTest::theUpdatesPackageProvesTheNewProject() {
+    const FileTree project = whole("line", "1.0");
+    const QString backup = backups + "line_20261120_164501";
+    support::writeTree(folder->path(),
+                       together({project, whole(backup, "1.0"), {{backup + "/a.csv", "old"}}}));
+    const QByteArray fitting = support::zipOf(support::below(project, "line"));
+    support::writeTree(path("data/update/cache"), {{"p.zip", fitting}});
+    QCOMPARE(look().recovery, Recovery::Unknown);
+    QCOMPARE(look(path("data/update/cache/p.zip")).recovery, Recovery::None);
 }
 
 void UpdateRemainsTest::aPackageUnderAnotherNameIsFound() {

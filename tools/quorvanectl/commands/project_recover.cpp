@@ -57,6 +57,9 @@ QString advice(const UpdateRemains &remains) {
                               "project, whole.");
     case Recovery::ProjectFile:
         return QStringLiteral("The project file of %1 fits, all else is whole.").arg(source);
+    case Recovery::Unknown:
+        return QStringLiteral("Whether it is whole cannot be known: compare it with the backup, or "
+                              "name the update's package with --package. Nothing is changed.");
     case Recovery::Impossible:
         break;
     }
@@ -146,9 +149,11 @@ int run(const QCommandLineParser &parser, Console &console) {
         return refuse(console, QStringLiteral("%1: neither the project nor a backup of it is there")
                                    .arg(places.projectFile));
     describe(console, remains);
-    if (applies && remains.recovery != Recovery::Impossible)
+    const bool known =
+        remains.recovery != Recovery::Unknown && remains.recovery != Recovery::Impossible;
+    if (applies && known)
         return apply(console, places, remains);
-    if (remains.recovery != Recovery::None && remains.recovery != Recovery::Impossible)
+    if (known && remains.recovery != Recovery::None)
         printLine(console, QStringLiteral("To do:     the same command with --apply."));
     return remains.recovery == Recovery::None ? Clean : Findings;
 }

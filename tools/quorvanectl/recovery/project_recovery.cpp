@@ -125,6 +125,9 @@ RecoveryResult recoverProject(const UpdateRemains &remains) {
     case Recovery::ProjectFile:
         result.ok = takeProjectFile(remains.source, remains.project, &result.keptAs, &result.error);
         break;
+    case Recovery::Unknown:
+        result.error = QStringLiteral("whether %1 is whole cannot be known").arg(target);
+        break;
     case Recovery::Impossible:
         result.error = QStringLiteral("there is no whole copy of %1").arg(target);
         break;

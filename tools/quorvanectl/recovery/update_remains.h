@@ -18,7 +18,7 @@ namespace ctl {
 struct RecoveryPlaces {
     QString projectFile; // as the launcher knows it, absolute; it need not exist
     DataFolder data;     // the launcher's, absolute
-    QString package; // a package to take a damaged project file from; empty: those that are found
+    QString package;     // the update's; empty: a damaged project file is looked for in those found
 };
 
 // One of the folders that may hold the project.
@@ -36,6 +36,7 @@ enum class Recovery {
     Backup,      // the backup belongs in the project's place
     Staging,     // the unpacked package does
     ProjectFile, // only the project file is damaged; `source` is the package that has it
+    Unknown,     // the project runs, but nothing tells whether it is whole
     Impossible,
 };
 
