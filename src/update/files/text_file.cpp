@@ -29,7 +29,15 @@ QString fromUtf8(const QByteArray &bytes, int from) {
     return QString::fromUtf8(bytes.constData() + from, bytes.size() - from);
 }
 
-QString decode(const QByteArray &bytes) {
+// Null for more bytes than one array holds, which Qt reads as none.
+QString readOpenFile(QFile &file) {
+    const QByteArray bytes = file.readAll();
+    return bytes.isEmpty() && file.size() > 0 ? QString() : decodeText(bytes);
+}
+
+} // namespace
+
+QString decodeText(const QByteArray &bytes) {
     const QByteArray mark = QByteArrayLiteral("\xEF\xBB\xBF");
     if (bytes.startsWith(mark))
         return fromUtf8(bytes, mark.size()); // stands even if the rest is broken
@@ -40,14 +48,6 @@ QString decode(const QByteArray &bytes) {
     QTextCodec *const gbk = QTextCodec::codecForName("GBK");
     return gbk == nullptr ? text : gbk->toUnicode(bytes);
 }
-
-// Null for more bytes than one array holds, which Qt reads as none.
-QString readOpenFile(QFile &file) {
-    const QByteArray bytes = file.readAll();
-    return bytes.isEmpty() && file.size() > 0 ? QString() : decode(bytes);
-}
-
-} // namespace
 
 QString readTextFile(const QString &path, QString *error) {
     QFile file(path);

@@ -8,8 +8,11 @@
 
 #include <QString>
 
-// The file's text: UTF-8 behind a byte-order mark, else UTF-8 if the bytes are valid, else GBK. No
-// other encoding is recognised. Null only if the file cannot be opened or read or is too
+// The text of these bytes: UTF-8 behind a byte-order mark, else UTF-8 if the bytes are valid, else GBK.
+// No other encoding is recognised. Not null, though of no bytes.
+[[nodiscard]] QString decodeText(const QByteArray &bytes);
+
+// The file's text, decoded like that. Null only if the file cannot be opened or read or is too
 // large for memory; an empty file gives an empty text that is not null.
 [[nodiscard]] QString readTextFile(const QString &path, QString *error = nullptr);
 

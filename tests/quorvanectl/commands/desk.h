@@ -54,6 +54,9 @@ private:
 void addRefusals();
 void refusal(const char *name, const QString &arrangement, const QString &line,
              const QString &error);
+// What is told behind an option that is none and has one dash.
+const QString behindDashes =
+    ": an option has two dashes, and a name that begins with a dash goes behind --";
 // Compares the current row: one line of error, no output, status 2, and every file as before.
 void expectRefusal(const Desk &desk);
 

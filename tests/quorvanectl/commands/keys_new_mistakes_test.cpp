@@ -64,7 +64,7 @@ void KeysNewTest::aPassphraseThatIsNotTaken_data() {
     refusal("a file for the number", "echo secret >words", "@ k --passphrase-fd words",
             "--passphrase-fd words: is no number of a descriptor");
     refusal("no number", "", "@ k --passphrase-fd ''",
-            "--passphrase-fd : is no number of a descriptor");
+            "--passphrase-fd is given an empty value" + seeHelp);
     refusal("a descriptor that is closed", "", "@ k --passphrase-fd 9",
             "cannot read the passphrase from descriptor 9: Bad file descriptor");
     refusal("a descriptor of a folder", "", "@ k --passphrase-fd 3 3<.",
@@ -93,7 +93,8 @@ void KeysNewTest::wrongWords_data() {
     refusal("the passphrase itself", "", "@ k --passphrase secret",
             "Unknown option 'passphrase'" + seeHelp);
     refusal("a size of its own", "", "@ k --bits 512", "Unknown option 'bits'" + seeHelp);
-    refusal("a name that begins with a dash", "", "@ -k", "Unknown option 'k'" + seeHelp);
+    refusal("a name that begins with a dash", "", "@ -k",
+            "Unknown option 'k'" + support::behindDashes + seeHelp);
 }
 
 void KeysNewTest::wrongWords() {

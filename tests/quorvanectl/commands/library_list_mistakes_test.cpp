@@ -68,7 +68,7 @@ void LibraryListTest::wrongWords_data() {
     refusal("a format of another command", "", "@ l.ini --format sarif",
             "no format 'sarif'; there are: text, json");
     refusal("a name that begins with a dash", "cp l.ini ./-l.ini", "@ -l.ini",
-            "Unknown options: l, ., i, n, i" + seeHelp);
+            "Unknown options: l, ., i, n, i" + support::behindDashes + seeHelp);
 }
 
 void LibraryListTest::wrongWords() {

@@ -81,7 +81,10 @@ void ProjectCheckTest::wrongWords_data() {
     refusal("two projects", "", "@ line3/line3.yslib line3/line3.yslib",
             "project check takes FILE.yslib" + seeHelp);
     refusal("a name that begins with a dash", "cp line3/line3.yslib line3/-l.yslib",
-            "cd line3 && @ -l.yslib", "Unknown options: l, ., y, s, l, i, b" + seeHelp);
+            "cd line3 && @ -l.yslib",
+            "Unknown options: l, ., y, s, l, i, b" + support::behindDashes + seeHelp);
+    refusal("an empty name for the plug-in's folder", "", "@ line3/line3.yslib --core-plugin ''",
+            "--core-plugin is given an empty value" + seeHelp);
     refusal("a format that is not there", "", "@ line3/line3.yslib --format yaml",
             "no format 'yaml'; there are: text, json, sarif");
     refusal("of two formats the last, which is not there", "",
@@ -115,8 +118,6 @@ void ProjectCheckTest::whatIsSaidOfAProject_data() {
             {0, "-l.yslib" + clean});
     outcome("of two formats the last counts", "", "@ line3/line3.yslib --format json --format text",
             {0, line3 + clean});
-    outcome("an empty name for the plug-in's folder is none", "",
-            "@ line3/line3.yslib --core-plugin ''", {0, line3 + clean});
     outcome("a file in place of the plug-in's folder", "",
             "@ line3/line3.yslib --core-plugin line3/line3.yslib",
             {1, "Core plugin missing: line3/line3.yslib/CoreOperators.dll\n" +

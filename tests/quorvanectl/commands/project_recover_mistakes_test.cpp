@@ -108,6 +108,8 @@ void ProjectRecoverTest::wrongWords_data() {
             "project recover takes FILE.yslib" + seeHelp);
     refusal("the data folder without its option", "", "@ line3/line3.yslib data",
             "project recover takes FILE.yslib" + seeHelp);
+    refusal("an empty name for the package", "", "@ line3/line3.yslib --package ''",
+            "--package is given an empty value" + seeHelp);
     refusal("by force", "", "@ line3/line3.yslib --force", "Unknown option 'force'" + seeHelp);
     refusal("a format, which it has none of", "", "@ line3/line3.yslib --format json",
             "Unknown option 'format'" + seeHelp);
@@ -134,8 +136,6 @@ void ProjectRecoverTest::whatNeedsNoRecovery_data() {
                 "Backup:    none\nUnpacked:  none\n"
                 "Found:     No whole copy was found. Take the project from its last package or "
                 "from a copy of your own.\n"});
-    outcome("an empty name for the package is none", "", "@ line3/line3.yslib --package ''" + data,
-            {0, whole("line3")});
     outcome("from one of its folders", "", "cd line3/scripts && @ ../line3.yslib --data ../../data",
             {0, whole("line3")});
     outcome("in a folder with a blank and Chinese", "mv line3 '产 线'; mv data '数 据'",

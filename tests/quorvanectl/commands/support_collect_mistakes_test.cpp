@@ -57,14 +57,16 @@ void SupportCollectCommandTest::whatCannotBeCollected_data() {
     const QString from = " --install pc --data data";
     refusal("no name for the archive", "", "@" + from, "--out must name the archive to write");
     refusal("an empty name for it", "", "@ --out ''" + from,
-            "--out must name the archive to write");
+            "--out is given an empty value" + seeHelp);
     refusal("a folder for it", "", "@ --out out" + from, "out: is a folder");
     refusal("a folder for it, not even by force", "", "@ --out out --force" + from,
             "out: is a folder");
     refusal("a file that is there", "", "@ --out old.zip" + from,
             "old.zip: exists; --force overwrites it");
     refusal("the log for it", "", "@ --out data/launcher.log" + from,
-            "data/launcher.log: exists; --force overwrites it");
+            "data/launcher.log: is read by this command and not overwritten");
+    refusal("the log for it, not even by force", "", "@ --out data/launcher.log --force" + from,
+            "data/launcher.log: is read by this command and not overwritten");
     refusal("a link to nowhere for it", "ln -s nowhere link", "@ --out link" + from,
             "link: exists; --force overwrites it");
     refusal("a folder that is missing", "", "@ --out none/s.zip" + from,

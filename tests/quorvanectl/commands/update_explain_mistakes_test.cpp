@@ -99,7 +99,8 @@ void UpdateExplainTest::wrongWords_data() {
             "en_US: the launcher speaks en and zh_CN");
     refusal("a language in short", "", line + "--locale zh",
             "zh: the launcher speaks en and zh_CN");
-    refusal("an empty language", "", line + "--locale ''", ": the launcher speaks en and zh_CN");
+    refusal("an empty language", "", line + "--locale ''",
+            "--locale is given an empty value" + seeHelp);
     refusal("a format of another command", "", line + "--format sarif",
             "no format 'sarif'; there are: text, json");
     refusal("a key, which lies in the installation", "", line + "--key update.pub",

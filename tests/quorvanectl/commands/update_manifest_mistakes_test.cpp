@@ -126,10 +126,17 @@ void UpdateManifestTest::anInstallerThatIsNotTaken() {
 void UpdateManifestTest::aPlaceThatIsNotWrittenTo_data() {
     support::addRefusals();
     const QString exists = ": exists; --force overwrites it";
+    const QString isRead = ": is read by this command and not overwritten";
     refusal("the manifest that is published", "", "@ --out site/manifest.json" + runtime,
             "site/manifest.json" + exists);
     refusal("the installer", "", "@ --out site/setup-1.2.0.exe" + runtime,
-            "site/setup-1.2.0.exe" + exists);
+            "site/setup-1.2.0.exe" + isRead);
+    refusal("the installer, by force", "", "@ --force --out site/setup-1.2.0.exe" + runtime,
+            "site/setup-1.2.0.exe" + isRead);
+    refusal("a package, by force", "cp m.sig p.zip", "@ --force --out ./p.zip p.zip",
+            "./p.zip" + isRead);
+    refusal("the words of the language, by force", "cp m.sig l.ini",
+            "@ --force --out l.ini --library l.ini" + runtime, "l.ini" + isRead);
     refusal("a folder", "", "@ --out site" + runtime, "site: is a folder");
     refusal("a folder that is missing", "", "@ --out none/x.json",
             "none/x.json: No such file or directory");
@@ -149,7 +156,11 @@ void UpdateManifestTest::wrongWords_data() {
     refusal("no --out", "", "@" + runtime,
             "--out must name the manifest: packages are addressed from its folder");
     refusal("an empty name behind --out", "", "@ --out ''" + runtime,
-            "--out must name the manifest: packages are addressed from its folder");
+            "--out is given an empty value" + seeHelp);
+    refusal("an empty name for an installer", "", "@ --out site/x.json --runtime ''",
+            "--runtime is given an empty value" + seeHelp);
+    refusal("an empty time", "", "@ --out site/x.json --published-at ''" + runtime,
+            "--published-at is given an empty value" + seeHelp);
     refusal("a component in capitals", "",
             "@ --out site/x.json --min-version Runtime=1.0.0" + runtime,
             "--min-version Runtime=1.0.0" + none);
@@ -199,8 +210,6 @@ void UpdateManifestTest::whatGoesIn_data() {
         {{"runtime", installer("1.3.0", "setup-1.3.0.exe")}});
     row("one file as two components", "", runtime + " --editor site/setup-1.2.0.exe",
         {{"runtime", installer("1.2.0", url)}, {"editor", installer("1.2.0", url)}});
-    row("an empty name for an installer is none", "", runtime + " --launcher ''",
-        {{"runtime", installer("1.2.0", url)}});
     row("a lowest version above the version", "", runtime + " --min-version runtime=9.9.9",
         {{"runtime", installer("1.2.0", url, "9.9.9")}});
     row("a lowest version that is none", "", runtime + " --min-version runtime=new",
@@ -296,7 +305,7 @@ void UpdateManifestTest::aPackageGivenTwiceGoesInTwice() {
 void UpdateManifestTest::withoutATimeItIsNow() {
     const PublisherDesk desk(command);
     const QDateTime before = QDateTime::currentDateTimeUtc();
-    QCOMPARE(desk.type("@ --out site/x.json --published-at ''").status, 0);
+    QCOMPARE(desk.type("@ --out site/x.json").status, 0);
     const QJsonObject made = QJsonDocument::fromJson(desk.read("site/x.json")).object();
     const QDateTime at = QDateTime::fromString(made["publishedAt"].toString(), Qt::ISODate);
     QVERIFY2(at.isValid(), qPrintable(made["publishedAt"].toString()));

@@ -84,7 +84,7 @@ void UpdatePackTest::wrongWords_data() {
     refusal("no value behind --version", "", "@ line3 --out out --version",
             "Missing value after '--version'" + seeHelp);
     refusal("an empty name for the folder to write to", "", "@ line3 --version 1.2.0 --out ''",
-            "--out must name the folder to write to");
+            "--out is given an empty value" + seeHelp);
     refusal("two projects", "", "@ line3 line3" + toOut, "update pack takes PROJECT_DIR" + seeHelp);
     refusal("a format, which it has none of", "", "@ line3 --format json" + toOut,
             "Unknown option 'format'" + seeHelp);

@@ -68,7 +68,7 @@ void UpdateSignTest::aKeyThatCannotBeUsed_data() {
     const QString noKey = ": it holds no private key in PEM form";
     refusal("none", "", "@ m.json --out x.json", "no key given; --key names the file");
     refusal("a name that is empty", "", "@ m.json --key '' --out x.json",
-            "no key given; --key names the file");
+            "--key is given an empty value" + seeHelp);
     refusal("a file that is missing", "", "@ m.json --key none.pem --out x.json",
             "none.pem: no such file");
     refusal("a folder", "", "@ m.json --key site --out x.json", "site: is a folder");
@@ -103,7 +103,13 @@ void UpdateSignTest::aPlaceThatIsNotWrittenTo_data() {
     const QString exists = ": exists; --force overwrites it";
     refusal("an older manifest that is signed", "", sign + "signed.json", "signed.json" + exists);
     refusal("the manifest", "", sign + "m.json", "m.json" + exists);
-    refusal("the key", "", sign + "private.pem", "private.pem" + exists);
+    refusal("the key", "", sign + "private.pem",
+            "private.pem: is read by this command and not overwritten");
+    const QString isRead = ": is read by this command and not overwritten";
+    refusal("the key, by force", "", sign + "private.pem --force", "private.pem" + isRead);
+    refusal("the key by another name, by force", "ln -s private.pem link", sign + "link --force",
+            "link" + isRead);
+    refusal("a pipe, by force", "mkfifo pipe", sign + "pipe --force", "pipe: is no plain file");
     refusal("a folder", "", sign + "out", "out: is a folder");
     refusal("a folder, not even by force", "", sign + "out --force", "out: is a folder");
     refusal("a folder that is missing", "", sign + "none/x.json",

@@ -68,6 +68,8 @@ void UpdateStickTest::whatIsNotCopied_data() {
             "$user @ site stick", "site/manifest.json: Permission denied");
     refusal("the private key as the key", "", "@ site stick --key private.pem",
             "private.pem: holds no RSA public key in PEM form");
+    refusal("an empty name for the key", "", "@ site stick --key ''",
+            "--key is given an empty value" + seeHelp);
     refusal("a key that is missing", "", "@ site stick --key none.pub", "none.pub: no such file");
     refusal("a folder as the key", "", "@ site stick --key site", "site: is a folder");
 }
@@ -78,6 +80,9 @@ void UpdateStickTest::whatIsNotCopied() {
 
 void UpdateStickTest::aStickThatIsNotWrittenTo_data() {
     support::addRefusals();
+    const QString manifest = "stick/QuorvanerUpdate/manifest.json";
+    const QString package = "stick/QuorvanerUpdate/setup-1.2.0.exe";
+    const QString isRead = ": is read by this command and not overwritten";
     refusal("a mount point that is missing", "", "@ site none", "none: is no folder");
     refusal("a file", "", "@ site m.json", "m.json: is no folder");
     refusal("an empty name", "", "@ site ''", ": is no folder");
@@ -97,8 +102,42 @@ void UpdateStickTest::aStickThatIsNotWrittenTo_data() {
             "unable to create directory: @here/stick/QuorvanerUpdate");
     refusal("the update on the stick, onto its stick",
             "mkdir stick/QuorvanerUpdate; cp site/* stick/QuorvanerUpdate",
-            "@ stick/QuorvanerUpdate stick",
-            "stick/QuorvanerUpdate/manifest.json: exists; --force overwrites it");
+            "@ stick/QuorvanerUpdate stick", manifest + isRead);
+    refusal("the update on the stick, onto its stick by force",
+            "mkdir stick/QuorvanerUpdate; cp site/* stick/QuorvanerUpdate",
+            "@ stick/QuorvanerUpdate stick --force", manifest + isRead);
+    refusal("the same by another name of the folder, by force",
+            "mkdir stick/QuorvanerUpdate; cp site/* stick/QuorvanerUpdate; "
+            "ln -s stick/QuorvanerUpdate site2",
+            "@ site2 stick --force", manifest + isRead);
+    refusal("the key lies there as a package, by force",
+            "mkdir stick/QuorvanerUpdate; cp update.pub " + package,
+            "@ site stick --force --key " + package, package + isRead);
+    const QString isLink = ": is a link; what it leads to is not written over";
+    for (const QString &force : {QString(), QString(" --force")}) {
+        const QByteArray by = force.isEmpty() ? "" : ", not even by force";
+        refusal(QByteArray("a link lies there as a package" + by),
+                "mkdir stick/QuorvanerUpdate; echo mine >mine; ln -s ../../mine " + package,
+                "@ site stick" + force, package + isLink);
+        refusal(QByteArray("a link to nowhere lies there as a package" + by),
+                "mkdir stick/QuorvanerUpdate; ln -s ../../mine " + package, "@ site stick" + force,
+                package + isLink);
+        refusal(QByteArray("a link lies there as the manifest" + by),
+                "mkdir stick/QuorvanerUpdate; echo mine >mine; ln -s ../../mine " + manifest,
+                "@ site stick" + force, manifest + isLink);
+        refusal(QByteArray("a link lies there as the folder" + by),
+                "mkdir mine; ln -s ../mine stick/QuorvanerUpdate", "@ site stick" + force,
+                "stick/QuorvanerUpdate" + isLink);
+    }
+    refusal("a link lies there as a package, and the old update stays",
+            "mkdir stick/QuorvanerUpdate; echo old >" + manifest +
+                "; echo mine >mine; "
+                "ln -s ../../mine " +
+                package,
+            "@ site stick --force", package + isLink);
+    refusal("a pipe lies there as a package, not even by force",
+            "mkdir stick/QuorvanerUpdate; mkfifo " + package, "@ site stick --force",
+            package + ": is no plain file");
     refusal("a stick of somebody else's", "chmod 755 . site stick", "$user @ site stick",
             "unable to create directory: @here/stick/QuorvanerUpdate");
 }
@@ -187,8 +226,6 @@ void UpdateStickTest::whatLiesOnItAfterwards_data() {
     outcome("the update's folder taken for the stick", "mkdir stick/QuorvanerUpdate",
             "@ site stick/QuorvanerUpdate",
             filled("stick/QuorvanerUpdate", whole("stick/QuorvanerUpdate")));
-    outcome("an empty name for the key is none", "", "@ site stick --key ''",
-            filled("stick", whole("stick")));
     outcome("through a link", "ln -s stick latest", "@ site latest",
             filled("latest", whole("stick")));
     // No hash, no check: that is for update lint to say.

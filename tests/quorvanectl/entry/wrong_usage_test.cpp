@@ -6,6 +6,8 @@
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QTemporaryDir>
 
 using support::Answer;
 using support::runTool;
@@ -58,9 +60,11 @@ void WrongUsageTest::lines_data() {
         << QStringList{"script", "CHECK"} << "no command 'script CHECK'" + see + "script --help";
 
     const QString ofCheck = see + "script check --help";
+    const QString dashes =
+        ": an option has two dashes, and a name that begins with a dash goes behind --";
     QTest::newRow("an option with one dash is many letters")
         << QStringList{"script", "check", "a.ys", "-format"}
-        << "Unknown options: f, o, r, m, a, t" + ofCheck;
+        << "Unknown options: f, o, r, m, a, t" + dashes + ofCheck;
     QTest::newRow("the beginning of an option")
         << QStringList{"script", "check", "a.ys", "--form"} << "Unknown option 'form'" + ofCheck;
     QTest::newRow("an option of another command")
@@ -69,7 +73,20 @@ void WrongUsageTest::lines_data() {
         << QStringList{"update", "canonical", "m.json", "--force=yes"}
         << "Unexpected value after '--force'" + see + "update canonical --help";
     QTest::newRow("a file's name that begins with a dash")
-        << QStringList{"script", "check", "-a.ys"} << "Unknown options: a, ., y, s" + ofCheck;
+        << QStringList{"script", "check", "-a.ys"}
+        << "Unknown options: a, ., y, s" + dashes + ofCheck;
+    QTest::newRow("a folder's name that begins with two dashes")
+        << QStringList{"update", "stick", "--site", "stick"}
+        << "Unknown option 'site'" + dashes + see + "update stick --help";
+    QTest::newRow("behind an option that is none, a name behind the end of options")
+        << QStringList{"script", "check", "--form", "--", "-f"}
+        << "Unknown option 'form'" + ofCheck;
+    QTest::newRow("an option with an empty value")
+        << QStringList{"script", "check", "a.ys", "--format="}
+        << "--format is given an empty value" + ofCheck;
+    QTest::newRow("an option with a value and an empty one")
+        << QStringList{"update", "manifest", "--plugin", "a,1.0,b", "--plugin", ""}
+        << "--plugin is given an empty value" + see + "update manifest --help";
     QTest::newRow("the same behind the end of options")
         << QStringList{"script", "check", "--library", "none.ini", "--", "-a.ys"}
         << "none.ini: no such file";
@@ -77,7 +94,7 @@ void WrongUsageTest::lines_data() {
         << QStringList{"script", "check", "--", "a.ys", "--help"}
         << "script check takes FILE.ys" + ofCheck;
     QTest::newRow("an empty file's name")
-        << QStringList{"script", "check", "", "--library", ""} << ": no such file";
+        << QStringList{"script", "check", "", "--library", "none.ini"} << "none.ini: no such file";
     QTest::newRow("an empty file's name is an argument")
         << QStringList{"script", "check", "", ""} << "script check takes FILE.ys" + ofCheck;
     QTest::newRow("a file's name with a line feed")
@@ -89,7 +106,12 @@ void WrongUsageTest::lines_data() {
 void WrongUsageTest::lines() {
     QFETCH(QStringList, arguments);
     QFETCH(QString, line);
+    const QTemporaryDir folder;
+    QVERIFY(QDir(folder.path()).mkdir("--site"));
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(folder.path()));
     const Answer answer = runTool(arguments);
+    QVERIFY(QDir::setCurrent(before));
     QCOMPARE(answer.err, "quorvanectl: " + line + "\n");
     QCOMPARE(answer.out, QString());
     QCOMPARE(answer.status, 2);

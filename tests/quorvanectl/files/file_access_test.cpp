@@ -11,6 +11,9 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <filesystem>
+#include <system_error>
+
 class FileAccessTest : public QObject {
     Q_OBJECT
 
@@ -21,6 +24,10 @@ private Q_SLOTS:
     void theLimitItselfIsRead();
     void aFileIsWritten();
     void aPlaceThatCannotBeWritten();
+    void whatIsNoPlainFileIsNotReplaced();
+    void whatWasReadIsNotOverwritten();
+    void whatIsTheSamePlace();
+    void aFileThatBreaksOffIsNoShorterOne();
     void nothingShowsBeforeTheCommit();
 };
 
@@ -106,6 +113,58 @@ void FileAccessTest::aPlaceThatCannotBeWritten() {
         return; // Wine makes none
     QVERIFY(!ctl::writeFile(folder.path("link"), "1", false, &error));
     QCOMPARE(error, folder.path("link") + ": exists; --force overwrites it");
+}
+
+void FileAccessTest::whatIsNoPlainFileIsNotReplaced() {
+    const support::ProjectFolder folder;
+    if (!support::makePipe(folder.path("pipe")))
+        QSKIP("no pipes in folders on this system");
+    for (const bool force : {false, true}) {
+        QString error;
+        QVERIFY(!ctl::mayWrite(folder.path("pipe"), force, &error));
+        QCOMPARE(error, folder.path("pipe") + ": is no plain file");
+    }
+}
+
+void FileAccessTest::whatWasReadIsNotOverwritten() {
+    const support::ProjectFolder folder;
+    const QString key = folder.write("a.pem", "1");
+    const QString other = folder.write("b.pem", "1");
+    QString error;
+    QVERIFY(ctl::mayWrite(other, true, &error, {key, QString()}));
+    QVERIFY(ctl::mayWrite(folder.path("new"), true, &error, {key}));
+    QVERIFY(!ctl::mayWrite(folder.path("./a.pem"), true, &error, {other, key}));
+    QCOMPARE(error, folder.path("./a.pem") + ": is read by this command and not overwritten");
+}
+
+void FileAccessTest::whatIsTheSamePlace() {
+    const support::ProjectFolder folder;
+    const QString file = folder.write("a", "1");
+    QVERIFY(ctl::isSamePlace(file, file));
+    QVERIFY(ctl::isSamePlace(folder.path(""), folder.path(".")));
+    QVERIFY(!ctl::isSamePlace(file, folder.write("b", "1")));
+    QVERIFY(!ctl::isSamePlace(folder.path("none"), folder.path("none")));
+    QVERIFY(!ctl::isSamePlace(file, QString()));
+    if (!support::makeLink(file, folder.path("link")))
+        return; // Wine makes none
+    QVERIFY(ctl::isSamePlace(file, folder.path("link")));
+    std::error_code failure;
+    std::filesystem::create_hard_link(file.toStdString(), folder.path("twin").toStdString(),
+                                      failure);
+    QVERIFY(!failure && ctl::isSamePlace(folder.path("twin"), file));
+}
+
+// A process's own memory is such a file: it opens, and its first byte cannot be read.
+void FileAccessTest::aFileThatBreaksOffIsNoShorterOne() {
+    const QString file = "/proc/self/mem";
+    if (!QFileInfo(file).isFile())
+        QSKIP("no such file on this system");
+    QString error;
+    QVERIFY(ctl::readText(file, &error).isNull());
+    QCOMPARE(error, file + ": Input/output error");
+    error.clear();
+    QVERIFY(ctl::readBytes(file, &error).isNull());
+    QCOMPARE(error, file + ": Input/output error");
 }
 
 // Until it is whole, nothing of a file shows.

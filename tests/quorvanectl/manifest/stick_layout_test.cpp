@@ -1,6 +1,7 @@
 // What lies on a stick afterwards, and what never gets there.
 #include "quorvanectl/manifest/manifest_attach.h"
 #include "quorvanectl/manifest/stick_layout.h"
+#include "support/file_kinds.h"
 #include "support/key_maker.h"
 #include "support/library_file.h"
 #include "support/staged_main.h"
@@ -45,6 +46,10 @@ private Q_SLOTS:
 
     // Whoever pulls the stick out before the end finds no update on it, not even the old one.
     void theManifestComesLast();
+
+    // And whatever stands in the way beforehand leaves the old one there.
+    void whatStandsInTheWayIsFoundFirst();
+    void aFolderOnTheStickThatIsALink();
     void whatIsNoFolder();
 };
 
@@ -174,14 +179,37 @@ void StickLayoutTest::anUpdateThatIsThereIsReplacedOnlyWhenAsked() {
 
 void StickLayoutTest::theManifestComesLast() {
     QVERIFY(layOut().ok);
-    const QString manifest = stick() + "/QuorvanerUpdate/manifest.json";
-    const QString last = stick() + "/QuorvanerUpdate/packages/产线三-1.2.0.zip";
-    QVERIFY(QFile::remove(last));
-    QVERIFY(QDir().mkpath(last)); // a folder in the way
+    const QString packages = stick() + "/QuorvanerUpdate/packages";
+    QVERIFY(QDir(packages).removeRecursively());
+    support::writeBytes(packages, "a file in the way");
     const StickResult result = layOut(true);
     QVERIFY(!result.ok);
-    QVERIFY2(result.error.startsWith(last + ": "), qPrintable(result.error));
-    QVERIFY(!QFileInfo::exists(manifest));
+    QCOMPARE(result.error, "unable to create directory: " + packages);
+    QVERIFY(!QFileInfo::exists(stick() + "/QuorvanerUpdate/manifest.json"));
+}
+
+void StickLayoutTest::whatStandsInTheWayIsFoundFirst() {
+    QVERIFY(layOut().ok);
+    const QString last = stick() + "/QuorvanerUpdate/packages/产线三-1.2.0.zip";
+    QVERIFY(QFile::remove(last));
+    QVERIFY(QDir().mkpath(last));
+    const FileTree before = support::readTree(stick());
+    QCOMPARE(layOut(true).error, last + ": is a folder");
+    QCOMPARE(support::readTree(stick()), before);
+}
+
+void StickLayoutTest::aFolderOnTheStickThatIsALink() {
+    const QString elsewhere = update->path("elsewhere");
+    QVERIFY(QDir().mkpath(elsewhere) && QDir().mkpath(stick() + "/QuorvanerUpdate"));
+    const QString link = stick() + "/QuorvanerUpdate/packages";
+    if (!support::makeLink(elsewhere, link))
+        QSKIP("no links on this system");
+    for (const bool overwrite : {false, true}) {
+        const StickResult result = layOut(overwrite);
+        QVERIFY(!result.ok);
+        QCOMPARE(result.error, link + ": is a link; what it leads to is not written over");
+        QVERIFY(QDir(elsewhere).isEmpty());
+    }
 }
 
 void StickLayoutTest::whatIsNoFolder() {

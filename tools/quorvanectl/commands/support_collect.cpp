@@ -72,7 +72,9 @@ int run(const QCommandLineParser &parser, Console &console) {
     if (parser.isSet(dataOption) && !QFileInfo(sources.data.path).isDir())
         return refuse(console, QStringLiteral("%1: no such folder").arg(sources.data.path));
     QSaveFile file(out);
-    if (!inspectInstallation(parser, &error) || !openFile(file, isForced(parser), &error))
+    const QStringList inputs{sources.data.launchLog(), sources.data.database()};
+    if (!inspectInstallation(parser, &error) || !mayWrite(out, isForced(parser), &error, inputs) ||
+        !openFile(file, isForced(parser), &error))
         return refuse(console, error);
     QVector<SupportFile> files;
     if (!collectInto(file, sources, console, &files, &error))

@@ -41,7 +41,7 @@ int run(const QCommandLineParser &parser, Console &console) {
         tell(console, QStringLiteral("%1: %2").arg(signaturePath, verified.message));
         return Findings;
     }
-    return deliver(complete.toUtf8(), parser, console);
+    return deliver(complete.toUtf8(), parser, console, {signaturePath, key});
 }
 
 } // namespace

@@ -72,6 +72,10 @@ bool readMinVersions(const QCommandLineParser &parser, ManifestWish *wish, QStri
     return true;
 }
 
+QStringList inputsOf(const ManifestWish &wish, const QCommandLineParser &parser) {
+    return wish.projects + wish.installers.values() << libraryPath(parser);
+}
+
 bool readWish(const QCommandLineParser &parser, ManifestWish *wish, QString *error) {
     const QString out = parser.value(QStringLiteral("out"));
     if (out.isEmpty()) {
@@ -92,7 +96,7 @@ bool readWish(const QCommandLineParser &parser, ManifestWish *wish, QString *err
             wish->installers.insert(installer.key, file);
     }
     return readMinVersions(parser, wish, error) &&
-           mayWrite(out, isForced(parser), error); // before the packages are read
+           mayDeliver(parser, inputsOf(*wish, parser), error); // before the packages are read
 }
 
 int run(const QCommandLineParser &parser, Console &console) {
@@ -104,7 +108,7 @@ int run(const QCommandLineParser &parser, Console &console) {
                                               [&] { return buildManifest(wish, &error); });
     if (manifest.isEmpty())
         return refuse(console, error);
-    return deliver(manifestBytes(manifest), parser, console);
+    return deliver(manifestBytes(manifest), parser, console, inputsOf(wish, parser));
 }
 
 } // namespace

@@ -12,14 +12,20 @@ void declareOut(QCommandLineParser &parser, const QString &otherwise) {
     declareForce(parser);
 }
 
-int deliver(const QByteArray &bytes, const QCommandLineParser &parser, const Console &console) {
+bool mayDeliver(const QCommandLineParser &parser, const QStringList &inputs, QString *error) {
+    const QString path = parser.value(QStringLiteral("out"));
+    return path.isEmpty() || mayWrite(path, isForced(parser), error, inputs);
+}
+
+int deliver(const QByteArray &bytes, const QCommandLineParser &parser, const Console &console,
+            const QStringList &inputs) {
     const QString path = parser.value(QStringLiteral("out"));
     if (path.isEmpty()) {
         print(console, QString::fromUtf8(bytes));
         return Clean;
     }
     QString error;
-    if (!writeFile(path, bytes, isForced(parser), &error))
+    if (!mayDeliver(parser, inputs, &error) || !writeFile(path, bytes, isForced(parser), &error))
         return refuse(console, error);
     printLine(console, QStringLiteral("%1: written").arg(spelledOut(path)));
     return Clean;

@@ -48,7 +48,8 @@ int run(const QCommandLineParser &parser, Console &console) {
     const QString out = parser.value(QStringLiteral("out"));
     QString error;
     const QString text = readText(firstArgument(parser), &error);
-    if (text.isNull() || (!out.isEmpty() && !mayWrite(out, isForced(parser), &error)))
+    const QString keyPath = parser.value(QStringLiteral("key"));
+    if (text.isNull() || !mayDeliver(parser, {keyPath}, &error))
         return refuse(console, error);
     if (!isJsonObject(firstArgument(parser), text, &error))
         return refuse(console, error);

@@ -3,6 +3,7 @@
 #include "quorvanectl/commands/commands.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -86,11 +87,9 @@ int commandHelp(const Command &command, const QCommandLineParser &parser, const 
 
 // --- running ------------------------------------------------------------------------------------
 
-int refuseUsage(const Console &console, QString reason, const QString &helpOf = QString()) {
+int refuseUsage(const Console &console, const QString &reason, const QString &helpOf = QString()) {
     const QString help =
         QStringList{programName, helpOf, QStringLiteral("--help")}.join(QLatin1Char(' '));
-    if (reason.endsWith(QLatin1Char('.'))) // the parser's own are whole sentences
-        reason.chop(1);
     return refuse(console, QStringLiteral("%1; see %2").arg(reason, help.simplified()));
 }
 
@@ -101,6 +100,37 @@ int refuseCommand(const Console &console, const QString &title, const QString &h
         system.isEmpty() ? QStringLiteral("no command '%1'").arg(title)
                          : QStringLiteral("there is no command '%1' on %2").arg(title, system);
     return refuseUsage(console, reason, helpOf);
+}
+
+// Behind a mistake with options: what a dash does to a word, if that may be what went wrong.
+QString hintAtDashes(const QStringList &arguments, const QStringList &unknown) {
+    for (const QString &argument : arguments) {
+        if (argument == QLatin1String("--"))
+            break;
+        const bool oneDash =
+            argument.startsWith(QLatin1Char('-')) && !argument.startsWith(QLatin1String("--"));
+        if ((oneDash && unknown.contains(argument.mid(1, 1))) ||
+            (unknown.contains(argument.mid(2)) && QFileInfo::exists(argument)))
+            return QStringLiteral(": an option has two dashes, and a name that begins with a dash "
+                                  "goes behind --");
+    }
+    return QString();
+}
+
+QString optionMistake(const QCommandLineParser &parser, const QStringList &arguments) {
+    QString text = parser.errorText();
+    if (text.endsWith(QLatin1Char('.'))) // a whole sentence
+        text.chop(1);
+    return text + hintAtDashes(arguments, parser.unknownOptionNames());
+}
+
+// An option that is given an empty value, as of a variable that is not set; empty if there is none.
+QString emptyOption(const QCommandLineParser &parser) {
+    const QStringList names = parser.optionNames();
+    const auto empty = std::find_if(names.begin(), names.end(), [&](const QString &name) {
+        return parser.values(name).contains(QString());
+    });
+    return empty == names.end() ? QString() : *empty;
 }
 
 bool hasRightCount(const Command &command, int given) {
@@ -122,9 +152,13 @@ int runCommand(const Command &command, const QStringList &arguments, Console &co
     parser.addOption(
         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
     if (!parser.parse(QStringList(programName) + arguments))
-        return refuseUsage(console, parser.errorText(), titleOf(command));
+        return refuseUsage(console, optionMistake(parser, arguments), titleOf(command));
     if (parser.isSet(QStringLiteral("help")))
         return commandHelp(command, parser, console);
+    const QString empty = emptyOption(parser);
+    if (!empty.isEmpty())
+        return refuseUsage(console, QStringLiteral("--%1 is given an empty value").arg(empty),
+                           titleOf(command));
     if (!hasRightCount(command, parser.positionalArguments().size())) {
         const QString wanted =
             command.arguments.isEmpty() ? QStringLiteral("no arguments") : command.arguments;

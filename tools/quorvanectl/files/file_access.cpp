@@ -1,9 +1,15 @@
 #include "quorvanectl/files/file_access.h"
 
 #include "update/files/failure.h"
+#include "update/files/memory_guard.h"
 #include "update/files/text_file.h"
 
+#include <QFile>
 #include <QFileInfo>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
 
 namespace ctl {
 namespace {
@@ -33,28 +39,31 @@ bool isUsableFile(const QString &path, QString *error, qint64 limit) {
 }
 
 QString readText(const QString &path, QString *error) {
-    const QFileInfo info(path);
-    const bool fits = info.isFile() && info.size() <= largestText;
-    if (!fits && !isUsableFile(path, error)) // what looks usable is opened once, to be read
+    const QByteArray bytes = readBytes(path, error);
+    if (bytes.isNull())
         return {};
-    QString reason;
-    const QString text = readTextFile(path, &reason);
+    const QString text = unlessOutOfMemory([&] { return decodeText(bytes); }, QString());
     if (text.isNull())
-        (void)failAbout(path, reason, error);
+        (void)failAbout(path, qt_error_string(ENOMEM), error);
     return text;
 }
 
 QByteArray readBytes(const QString &path, QString *error) {
-    if (!isUsableFile(path, error))
+    const QFileInfo info(path);
+    const bool fits = info.isFile() && info.size() <= largestText;
+    if (!fits && !isUsableFile(path, error)) // what looks usable is opened once, to be read
         return {};
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    const bool isOpen = file.open(QIODevice::ReadOnly);
+    const QByteArray bytes =
+        isOpen ? unlessOutOfMemory([&] { return file.readAll(); }, QByteArray()) : QByteArray();
+    // What could be read before a fault is no shorter file.
+    if (!isOpen || file.error() != QFileDevice::NoError) {
         (void)failAbout(path, file.errorString(), error);
         return {};
     }
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        (void)failAbout(path, file.errorString(), error);
+    if (bytes.isNull() && file.size() > 0) {
+        (void)failAbout(path, qt_error_string(ENOMEM), error);
         return {};
     }
     return bytes.isNull() ? QByteArray("") : bytes;
@@ -65,11 +74,29 @@ bool isTaken(const QString &path) {
     return info.exists() || info.isSymLink();
 }
 
-bool mayWrite(const QString &path, bool force, QString *error) {
+bool isSamePlace(const QString &one, const QString &other) {
+    const auto place = [](const QString &path) {
+        return std::filesystem::u8path(path.toUtf8().constData());
+    };
+    std::error_code failure;
+    const QString canonical = QFileInfo(one).canonicalFilePath();
+    return !canonical.isEmpty() && (canonical == QFileInfo(other).canonicalFilePath() ||
+                                    std::filesystem::equivalent(place(one), place(other), failure));
+}
+
+bool mayWrite(const QString &path, bool force, QString *error, const QStringList &inputs) {
     if (!isTaken(path))
         return true;
-    if (QFileInfo(path).isDir())
+    const QFileInfo info(path);
+    if (info.isDir())
         return failAbout(path, QStringLiteral("is a folder"), error);
+    if (info.exists() && !info.isFile()) // a rename would put a file in a device's place
+        return failAbout(path, QStringLiteral("is no plain file"), error);
+    for (const QString &input : inputs) {
+        if (isSamePlace(path, input))
+            return failAbout(path, QStringLiteral("is read by this command and not overwritten"),
+                             error);
+    }
     return force || failAbout(path, QStringLiteral("exists; --force overwrites it"), error);
 }
 

@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QSaveFile>
 #include <QString>
+#include <QStringList>
 
 namespace ctl {
 
@@ -24,8 +25,14 @@ inline constexpr qint64 largestText = 67108864; // bytes, 64 MiB
 // Whether something is at `path`: a link to nowhere does not exist and is there all the same.
 [[nodiscard]] bool isTaken(const QString &path);
 
-// Whether `path` may be written: nothing is there yet, or it is a file and `force` is given.
-[[nodiscard]] bool mayWrite(const QString &path, bool force, QString *error);
+// Whether both names lead to the same file or folder, by whatever links and mounts. What is not there is
+// the same as nothing.
+[[nodiscard]] bool isSamePlace(const QString &one, const QString &other);
+
+// Whether `path` may be written: nothing is there yet, or it is a plain file and `force` is given. One
+// of `inputs`, which the command has read, may not be.
+[[nodiscard]] bool mayWrite(const QString &path, bool force, QString *error,
+                            const QStringList &inputs = {});
 
 // Opens a file that shows at its place only once it is whole: with commitFile(). An interrupt before
 // that leaves the folder as it was.

@@ -100,6 +100,32 @@ QStringList faultsOf(const QString &manifestText, const QString &keyPath,
     return faults;
 }
 
+// What leads elsewhere would be written over there. The mount point itself may be reached by a link.
+QString linkOnTheWay(const QDir &target, const QString &name) {
+    QString path = target.path();
+    QStringList steps = name.split(QLatin1Char('/'));
+    for (;; path += QLatin1Char('/') + steps.takeFirst()) {
+        if (isLink(QFileInfo(path)))
+            return path;
+        if (steps.isEmpty())
+            return QString();
+    }
+}
+
+// Whether nothing stands in the way, before anything is removed; `inputs` are what is read.
+bool mayBeLaidOut(const StickCopy &copy, const QStringList &names, const QStringList &inputs,
+                  QString *error) {
+    for (const QString &name : names) {
+        const QString link = linkOnTheWay(copy.target, name);
+        if (!link.isEmpty())
+            return failAbout(
+                link, QStringLiteral("is a link; what it leads to is not written over"), error);
+        if (!mayWrite(copy.target.filePath(name), copy.overwrite, error, inputs))
+            return false;
+    }
+    return true;
+}
+
 // What the stick gives back must be what went in.
 bool readsBack(const StickCopy &copy, const QString &name, QString *error) {
     const QString there = copy.target.filePath(name);
@@ -116,8 +142,6 @@ bool copyAll(StickCopy &copy, const QStringList &packages, const QString &manife
              QString *error) {
     // An update that is half replaced must not be found: the old manifest goes first.
     const QString old = copy.target.filePath(manifest);
-    if (!mayWrite(old, copy.overwrite, error))
-        return false;
     if (QFileInfo::exists(old) && !QFile::remove(old))
         return failAbout(old, QStringLiteral("cannot be removed"), error);
     for (const QString &package : packages) {
@@ -164,7 +188,12 @@ StickResult layOutStick(const QString &folder, const QString &mountPoint, const 
     }
     result.manifestPath = copy.target.filePath(manifest);
     result.isVolume = isRootOfVolume(mountPoint);
-    result.ok = copyAll(copy, result.packages, manifest, &result.error);
+    QStringList inputs{keyPath};
+    const QStringList names = QStringList(manifest) + result.packages;
+    for (const QString &name : names)
+        inputs.append(source.filePath(name));
+    result.ok = mayBeLaidOut(copy, names, inputs, &result.error) &&
+                copyAll(copy, result.packages, manifest, &result.error);
     return result;
 }
 

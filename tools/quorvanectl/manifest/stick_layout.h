@@ -22,7 +22,8 @@ struct StickResult {
 // The manifest is copied last, so a stick that was pulled out too early holds no update rather than
 // half of one; each file is read back and compared with its hash before that. Nothing is copied
 // unless the manifest is signed (by the key in `keyPath`, if it is given) and every package is there
-// and is the one that the manifest names. Files on the stick are replaced only with `overwrite`.
+// and is the one that the manifest names. Files on the stick are replaced only with `overwrite`; a link
+// there is never followed, nor is anything replaced that is read here.
 // `reached` hears how many bytes of how many are copied.
 [[nodiscard]] StickResult layOutStick(const QString &folder, const QString &mountPoint,
                                       const QString &keyPath, bool overwrite,

@@ -25,8 +25,12 @@ QString installedLibraryPath() {
     return AppPaths::functionLibraryPath();
 }
 
+QString libraryPath(const QCommandLineParser &parser) {
+    return parser.isSet(option) ? parser.value(option) : installedLibraryPath();
+}
+
 bool loadLibrary(const QCommandLineParser &parser, QString *error) {
-    return loadLibrary(parser.isSet(option) ? parser.value(option) : installedLibraryPath(), error);
+    return loadLibrary(libraryPath(parser), error);
 }
 
 bool loadLibrary(const QString &path, QString *error) {
