@@ -65,6 +65,13 @@ void ProjectCheckTest::aFileThatCannotBeUsed_data() {
             "$user @ line3/line3.yslib", "line3/line3.yslib: Permission denied");
     refusal("a script of somebody else's", "chmod 755 .; chmod 000 line3/scripts/main.ys",
             "$user @ line3/line3.yslib", "@here/line3/scripts/main.ys: Permission denied");
+    const QString noUtf8 = ": a name on the way there is no UTF-8";
+    const QString moved = "mkdir $(printf 'd\\377'); mv line3 $(printf 'd\\377')";
+    refusal("below a folder whose name is no UTF-8", moved,
+            "@ $(printf 'd\\377')/line3/line3.yslib",
+            QString("d") + QChar(QChar::ReplacementCharacter) + "/line3/line3.yslib" + noUtf8);
+    refusal("from within such a folder", moved, "cd d*/line3 && @ line3.yslib",
+            "line3.yslib" + noUtf8);
     refusal("a library that is missing", "", "@ line3/line3.yslib --library none.ini",
             "none.ini: no such file");
     refusal("a library that is a folder", "", "@ line3/line3.yslib --library line3",

@@ -72,6 +72,12 @@ void ProjectRecoverTest::whatCannotBeUsed_data() {
     refusal("a copy of the project file", "cp line3/line3.yslib line3/line3.yslib.bak",
             "@ line3/line3.yslib.bak" + data, "line3/line3.yslib.bak: is no project file");
     refusal("an empty name", "", "@ ''" + data, ": is no project file");
+    const QString moved = "mkdir $(printf 'd\\377'); mv line3 $(printf 'd\\377')";
+    refusal("below a folder whose name is no UTF-8", moved,
+            "cd d*/line3 && @ line3.yslib --data ../../data",
+            "line3.yslib: a name on the way there is no UTF-8");
+    refusal("a file as the data folder", "", "@ line3/line3.yslib --data line3/line3.yslib",
+            "line3/line3.yslib: is no folder");
     refusal("a folder of that name", "mkdir d.yslib", "@ d.yslib" + data, "d.yslib: is a folder");
     refusal("a pipe is not waited for", "mkfifo p.yslib", "@ p.yslib" + data,
             "p.yslib: is no plain file");

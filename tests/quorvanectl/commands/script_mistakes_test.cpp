@@ -62,6 +62,10 @@ void ScriptMistakesTest::aFileThatCannotBeUsed_data() {
         row("somebody else's", "chmod 755 .; chmod 000 a.ys", "$user @ a.ys",
             "a.ys: Permission denied");
         row("an empty name", "", "@ ''", ": no such file");
+        row("a project file", "cp a.ys line.yslib", "@ line.yslib",
+            "line.yslib: is a project file; quorvanectl project check reads those");
+        row("a file that cannot be read to its end", "", "@ /proc/self/mem",
+            "/proc/self/mem: Input/output error");
         row("a library that is missing", "", "@ a.ys --library none.ini", "none.ini: no such file");
         row("a library that is a folder", "", "@ a.ys --library line", "line: is a folder");
         row("a library that is a pipe", "mkfifo l.ini", "@ a.ys --library l.ini",

@@ -51,9 +51,6 @@ void UpdateAttachTest::aFileThatHoldsNoSignature_data() {
     refusal("the private key", "", "@ m.json private.pem" + to, "private.pem" + none);
     refusal("a manifest that is signed", "", "@ m.json signed.json" + to, "signed.json" + none);
     refusal("the manifest twice", "", "@ m.json m.json" + to, "m.json" + none);
-    refusal("base64 behind a byte-order mark",
-            R"((printf '\357\273\277'; openssl base64 -in m.sig) >b.sig)", "@ m.json b.sig" + to,
-            "b.sig" + none);
     refusal("base64 between the lines of PEM",
             "(echo -----BEGIN SIGNATURE-----; openssl base64 -in m.sig) >p.sig",
             "@ m.json p.sig" + to, "p.sig" + none);
@@ -158,10 +155,6 @@ void UpdateAttachTest::aSignatureOfSomethingElse_data() {
     outcome("with a line feed behind its bytes", R"((cat m.sig; echo) >more.sig)",
             "@ m.json more.sig" + toVerified,
             {1, "", failed("more.sig", "update.pub", support::signedSum(), 385)});
-    outcome("as base64 in UTF-16, of which every second byte is zero",
-            "openssl base64 -in m.sig -out t; iconv -t UTF-16 t >u.sig",
-            "@ m.json u.sig" + toVerified,
-            {1, "", failed("u.sig", "update.pub", support::signedSum(), 1042)});
     outcome("in hexadecimal digits, which are letters of base64 too",
             R"(od -An -v -tx1 m.sig >hex; tr -d ' \n' <hex >hex.sig)",
             "@ m.json hex.sig" + toVerified,
@@ -188,6 +181,11 @@ void UpdateAttachTest::whatIsAttached_data() {
         R"(openssl base64 -in m.sig -out t; sed 's/$/\r/' t >w.sig)", "@ m.json w.sig" + toVerified,
         "x.json");
     row("in the place of an old signature", "", "@ signed.json m.sig" + toVerified, "x.json");
+    row("base64 behind a byte-order mark",
+        R"((printf '\357\273\277'; openssl base64 -in m.sig) >b.sig)",
+        "@ m.json b.sig" + toVerified, "x.json");
+    row("base64 in UTF-16", "openssl base64 -in m.sig -out t; iconv -t UTF-16 t >u.sig",
+        "@ m.json u.sig" + toVerified, "x.json");
     row("to a manifest behind a byte-order mark", R"((printf '\357\273\277'; cat m.json) >b.json)",
         "@ b.json m.sig" + toVerified, "x.json");
     row("over the manifest, by force", "", "@ m.json m.sig --key update.pub --out m.json --force",

@@ -48,6 +48,17 @@ void UpdatePackTest::whatIsNotPacked_data() {
     refusal("the project file in place of its folder", "", "@ line3/line3.yslib" + toOut,
             "line3/line3.yslib: is no folder");
     refusal("a folder that is missing", "", "@ line4" + toOut, "line4: is no folder");
+    refusal("a folder below one whose name is no UTF-8",
+            "mkdir $(printf 'd\\377'); mv line3 $(printf 'd\\377')",
+            "cd d* && @ line3 --version 1.2.0 --out ../out",
+            "line3: a name on the way there is no UTF-8");
+    refusal("into the project itself", "", "@ line3 --version 1.2.0 --out line3",
+            "line3: lies in the project's folder");
+    refusal("into a folder of the project that is not there yet", "",
+            "@ line3/. --version 1.2.0 --out line3/packages/new --force",
+            "line3/packages/new: lies in the project's folder");
+    refusal("into the project by another name", "ln -s line3/scripts link",
+            "@ line3 --version 1.2.0 --out link", "link: lies in the project's folder");
     refusal("an empty name", "", "@ ''" + toOut, ": is no folder");
     refusal("a pipe", "mkfifo p", "@ p" + toOut, "p: is no folder");
     refusal("a package of this version is there", "echo old >out/" + package, "@ line3" + toOut,

@@ -69,6 +69,9 @@ void UpdateSignTest::aKeyThatCannotBeUsed_data() {
     refusal("none", "", "@ m.json --out x.json", "no key given; --key names the file");
     refusal("a name that is empty", "", "@ m.json --key '' --out x.json",
             "--key is given an empty value" + seeHelp);
+    refusal("one that is too short to be taken by update attach",
+            "umask 077; openssl genrsa -out short.pem 512", "@ m.json --key short.pem --out x.json",
+            "short.pem: a key of 512 bits is too short; take 3072");
     refusal("a file that is missing", "", "@ m.json --key none.pem --out x.json",
             "none.pem: no such file");
     refusal("a folder", "", "@ m.json --key site --out x.json", "site: is a folder");

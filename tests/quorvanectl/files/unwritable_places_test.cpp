@@ -6,6 +6,7 @@
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QTemporaryDir>
 
 using support::Answer;
@@ -23,6 +24,8 @@ private Q_SLOTS:
     void initTestCase();
     void commands_data();
     void commands();
+    void aPackageThatDoesNotFit_data();
+    void aPackageThatDoesNotFit();
     void wherePathsAreWrong_data();
     void wherePathsAreWrong();
 };
@@ -105,6 +108,40 @@ void UnwritablePlacesTest::commands() {
     QCOMPARE(answer.out, QString("status 2\n")); // and not a file of it is left
     QFETCH(QString, error);
     QCOMPARE(answer.err.section('\n', -2), "quorvanectl: " + error + "\n"); // behind its progress
+}
+
+void UnwritablePlacesTest::aPackageThatDoesNotFit_data() {
+    QTest::addColumn<QString>("room");
+    QTest::addColumn<QString>("error"); // its beginning
+    const QString zip = "place/packages/产线三-1.2.0.zip: ";
+    QTest::newRow("room for no package") << "80k" << zip;
+    QTest::newRow("room for the package, not for a look into it")
+        << "160k" << zip + "unable to write file: ";
+}
+
+// The fault is the disk's, not the project's: no finding, but a refusal that names the package.
+void UnwritablePlacesTest::aPackageThatDoesNotFit() {
+    if (!support::canMountPrivately())
+        QSKIP("no private mounts on this system");
+    QFETCH(QString, room);
+    QFETCH(QString, error);
+    QByteArray noise; // what no packing makes smaller
+    for (int i = 0; noise.size() < 100000; ++i)
+        noise += QCryptographicHash::hash(QByteArray::number(i), QCryptographicHash::Sha256);
+    support::writeTree(path("line4"), support::smallProject());
+    support::writeTree(path("line4"), {{"noise.bin", noise}});
+    support::writeTree(folder.path(),
+                       {{"run.sh", ("mount -t tmpfs -o size=" + room +
+                                    " none place && quorvanectl update pack line4 --version 1.2.0 "
+                                    "--out place/packages --library " QUORVANE_SOURCE_TREE
+                                    "/resources/config/FunctionLib.ini; echo status $?; "
+                                    "find place -type f\n")
+                                       .toUtf8()}});
+    const Answer answer =
+        support::runLine(QLatin1String(support::privately) + "sh run.sh", folder.path());
+    QCOMPARE(answer.out, QString("status 2\n"));
+    const QString line = answer.err.section('\n', -2);
+    QVERIFY2(line.startsWith("quorvanectl: " + error), qPrintable(line));
 }
 
 void UnwritablePlacesTest::wherePathsAreWrong_data() {

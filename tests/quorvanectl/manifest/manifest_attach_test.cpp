@@ -5,6 +5,7 @@
 #include "update/canonical_manifest.h"
 
 #include <QJsonDocument>
+#include <QTextCodec>
 
 class ManifestAttachTest : public QObject {
     Q_OBJECT
@@ -25,6 +26,16 @@ void ManifestAttachTest::signaturesInFiles_data() {
     QTest::newRow("base64") << raw.toBase64() << raw;
     QTest::newRow("base64 with a line end") << raw.toBase64() + "\r\n" << raw;
     QTest::newRow("base64 in lines") << QByteArray("AP8Q\ngCoK\n") << raw;
+    const QString text = QString::fromLatin1(raw.toBase64()) + "\r\n";
+    const auto in = [](const char *encoding, const QString &words) {
+        return QTextCodec::codecForName(encoding)->fromUnicode(words);
+    };
+    QTest::newRow("base64 in UTF-16, as some shells write") << in("UTF-16", text) << raw;
+    QTest::newRow("the same with its bytes the other way round") << in("UTF-16BE", text) << raw;
+    QTest::newRow("base64 in UTF-8 behind a byte-order mark")
+        << "\xef\xbb\xbf" + raw.toBase64() << raw;
+    QTest::newRow("raw bytes that begin as UTF-16 does")
+        << QByteArray("\xff\xfe\x01\x02\xff") << QByteArray("\xff\xfe\x01\x02\xff");
     QTest::newRow("nothing") << QByteArray() << QByteArray();
     QTest::newRow("a manifest") << QByteArray("{\"publishedAt\": \"产线\"}\n") << QByteArray();
     QTest::newRow("a key") << QByteArray("-----BEGIN PUBLIC KEY-----\nAP8Q\n") << QByteArray();

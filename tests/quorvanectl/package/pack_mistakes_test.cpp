@@ -240,7 +240,7 @@ void PackMistakesTest::versions_data() {
     QTest::addColumn<QString>("version");
     for (const char *const version :
          {"1.2", "1.2.3.4.5", "v1.2.0", "1.2.0-rc1", " 1.2.0", "1.2.0 ", "0.0.0", "0.0.0.0",
-          "1.2.2147483648", "latest", "", "1.2.0\n", "../1.2.0"})
+          "1.2.2147483648", "latest", "1.2.0\n", "../1.2.0"})
         QTest::newRow(qPrintable("no version: " + QString(version).simplified())) << version;
 }
 
@@ -285,11 +285,10 @@ void PackMistakesTest::aFolderInThePackagesPlace() {
 void PackMistakesTest::intoTheProjectItself() {
     support::writeTree(path("line3"), support::smallProject());
     const Answer answer = pack(path("line3"), {"--out", path("line3/packages")});
-    QCOMPARE(answer.err, QString());
-    QVERIFY2(answer.out.contains(": 4 files, "), qPrintable(answer.out));
-    FileTree after = support::readTree(path("line3"));
-    QVERIFY(!after.take(QStringLiteral("packages/产线三-1.2.0.zip")).isEmpty());
-    QCOMPARE(after, support::smallProject());
+    QCOMPARE(answer.err,
+             "quorvanectl: " + path("line3/packages") + ": lies in the project's folder\n");
+    QCOMPARE(answer.status, 2);
+    QCOMPARE(support::readTree(path("line3")), support::smallProject());
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, PackMistakesTest)

@@ -49,6 +49,7 @@ private Q_SLOTS:
     void aPipeIsRefused();
     void aProjectFileBelowTheTopIsRefused();
     void aFolderWithoutAProjectIsRefused();
+    void aFolderNamedLikeAProjectFile();
     void aBrokenProjectIsRefusedWithItsFindings();
     void aProjectThatNeedsItsLogsIsRefused();
     void warningsDoNotStandInTheWay();
@@ -92,7 +93,7 @@ void ProjectPackTest::init() {
 
 void ProjectPackTest::everythingButTheLogsGoesIn() {
     const FileTree project = support::smallProject();
-    const PackResult result = pack(project);
+    const ctl::PackResult result = pack(project);
     QVERIFY2(result.ok, qPrintable(result.error + result.findings.join('\n')));
     QCOMPARE(result.zipPath, path("out/产线三-1.2.0.zip"));
     FileTree expected = project;
@@ -144,7 +145,7 @@ void ProjectPackTest::aFileThatSaysTheVersionKeepsItsFormatting() {
 void ProjectPackTest::anOldSidecarIsReplaced() {
     FileTree project = support::smallProject();
     project.insert(".quorvane-installed-version", "0.9.0\n");
-    const PackResult result = pack(project);
+    const ctl::PackResult result = pack(project);
     QCOMPARE(unpacked(result.zipPath).value(".quorvane-installed-version"), QByteArray("1.2.0\n"));
 }
 
@@ -207,7 +208,7 @@ void ProjectPackTest::unzipTestsThePackage() {
 void ProjectPackTest::aLargeFileSurvives() {
     FileTree project = support::smallProject();
     project.insert("model.bin", QByteArray("0123456789abcdef").repeated(400000));
-    const PackResult result = pack(project);
+    const ctl::PackResult result = pack(project);
     QVERIFY2(result.ok, qPrintable(result.error));
     QCOMPARE(unpacked(result.zipPath).value("model.bin"), project.value("model.bin"));
 }
@@ -271,10 +272,21 @@ void ProjectPackTest::aFolderWithoutAProjectIsRefused() {
              QStringList("no project file (.yslib) lies here"));
 }
 
+// The launcher takes none for a project file.
+void ProjectPackTest::aFolderNamedLikeAProjectFile() {
+    QCOMPARE(pack({{"line3.yslib/", ""}, {"readme.txt", "x"}}).findings,
+             QStringList("no project file (.yslib) lies here"));
+    init();
+    FileTree project = support::smallProject();
+    project.insert("old.yslib/", "");
+    const ctl::PackResult result = pack(project);
+    QVERIFY2(result.ok, qPrintable(result.error + result.findings.join('|')));
+}
+
 void ProjectPackTest::aBrokenProjectIsRefusedWithItsFindings() {
     FileTree project = support::smallProject();
     project.remove("scripts/main.ys");
-    const PackResult result = pack(project);
+    const ctl::PackResult result = pack(project);
     QVERIFY(!result.ok);
     QCOMPARE(formatProjectIssues(result.issues),
              QString("[Error] scripts[0].path: 引用的文件不存在：scripts/main.ys"));
@@ -285,7 +297,7 @@ void ProjectPackTest::aBrokenProjectIsRefusedWithItsFindings() {
 void ProjectPackTest::aProjectThatNeedsItsLogsIsRefused() {
     FileTree project = support::smallProject();
     project["line3.yslib"].replace("相机/设置 1.json", "logs/2026-01-02.log");
-    const PackResult result = pack(project);
+    const ctl::PackResult result = pack(project);
     QVERIFY(!result.ok);
     QCOMPARE(result.findings, QStringList("in the package, [Error] hardware.cameras[0].configPath: "
                                           "引用的文件不存在：logs/2026-01-02.log"));
@@ -295,7 +307,7 @@ void ProjectPackTest::aProjectThatNeedsItsLogsIsRefused() {
 void ProjectPackTest::warningsDoNotStandInTheWay() {
     FileTree project = support::smallProject();
     project.insert("scripts/main.ys", "global int width = 3;\n");
-    const PackResult result = pack(project);
+    const ctl::PackResult result = pack(project);
     QVERIFY(result.ok);
     QCOMPARE(result.issues.size(), 1);
 }

@@ -115,7 +115,11 @@ bool readPlaces(const QCommandLineParser &parser, RecoveryPlaces *places, QStrin
         *error = QStringLiteral("%1: is no project file").arg(file);
         return false;
     }
-    return (!QFileInfo::exists(file) || isUsableFile(file, error)) &&
+    if (QFileInfo::exists(data) && !QFileInfo(data).isDir()) {
+        *error = QStringLiteral("%1: is no folder").arg(data);
+        return false;
+    }
+    return canBeNamed(file, error) && (!QFileInfo::exists(file) || isUsableFile(file, error)) &&
            (places->package.isEmpty() ||
             isUsableFile(places->package, error, std::numeric_limits<qint64>::max()));
 }

@@ -16,6 +16,11 @@ bool readScript(const QCommandLineParser &parser, Script *script, QString *error
     const QString format = chosenFormat(parser, textOrJson(), error);
     if (format.isEmpty() || !loadLibrary(parser, error))
         return false;
+    if (script->path.endsWith(QLatin1String(".yslib"), Qt::CaseInsensitive)) {
+        *error = QStringLiteral("%1: is a project file; quorvanectl project check reads those")
+                     .arg(script->path);
+        return false;
+    }
     script->asJson = format == QLatin1String("json");
     script->text = readText(script->path, error);
     return !script->text.isNull();

@@ -6,6 +6,7 @@
 #include "quorvanectl/files/json_input.h"
 #include "quorvanectl/keys/signing_key.h"
 #include "quorvanectl/manifest/manifest_attach.h"
+#include "quorvanectl/manifest/public_key.h"
 #include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/progress.h"
 #include "update/canonical_manifest.h"
@@ -37,6 +38,11 @@ SigningKey readKey(const QCommandLineParser &parser, Console &console, QString *
     };
     const SigningKey key = SigningKey::fromPem(pem, path, ask, error);
     wipe(&pem);
+    if (key.isValid() && key.bits() < 8 * smallestSignature) {
+        *error = QStringLiteral("%1: a key of %2 bits is too short; take 3072")
+                     .arg(path, QString::number(key.bits()));
+        return SigningKey();
+    }
     const bool isOpen =
         (QFileInfo(path).permissions() & (QFile::ReadGroup | QFile::ReadOther)) != 0;
     if (key.isValid() && isOpen)

@@ -23,10 +23,16 @@ QString sizeText(qint64 bytes) {
 
 } // namespace
 
+bool canBeNamed(const QString &path, QString *error) {
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    return !absolute.contains(QChar::ReplacementCharacter) || QFileInfo::exists(absolute) ||
+           failAbout(path, QStringLiteral("a name on the way there is no UTF-8"), error);
+}
+
 bool isUsableFile(const QString &path, QString *error, qint64 limit) {
     const QFileInfo info(path);
     if (!info.exists())
-        return failAbout(path, QStringLiteral("no such file"), error);
+        return canBeNamed(path, error) && failAbout(path, QStringLiteral("no such file"), error);
     if (info.isDir())
         return failAbout(path, QStringLiteral("is a folder"), error);
     if (!info.isFile()) // a pipe would block, a device might never end

@@ -13,6 +13,11 @@ namespace ctl {
 // Far above any project file, script, library, manifest or key.
 inline constexpr qint64 largestText = 67108864; // bytes, 64 MiB
 
+// Whether the absolute path can be written as text, as all is that a project names: not if a folder on
+// the way, this one among them, has a name in another encoding. For what is not there without such a
+// name it is true.
+[[nodiscard]] bool canBeNamed(const QString &path, QString *error);
+
 // Whether there is a plain file that can be opened and has at most `limit` bytes.
 [[nodiscard]] bool isUsableFile(const QString &path, QString *error, qint64 limit = largestText);
 

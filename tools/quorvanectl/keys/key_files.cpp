@@ -88,6 +88,11 @@ KeyFiles makeKeyFiles(const QString &folder, const Passphrase *passphrase) {
     files.publicPath = QDir(folder).filePath(QLatin1String(updatePublicKeyName));
     if (!isFree(files.privatePath, &files.error) || !isFree(files.publicPath, &files.error))
         return files;
+    if (isTaken(folder) && !QFileInfo(folder).isDir()) { // told before the key is made
+        errno = EEXIST;
+        files.error = QStringLiteral("%1: %2").arg(folder, systemError());
+        return files;
+    }
     const SigningKey key = SigningKey::make(&files.error);
     if (!key.isValid() || !makeFolder(folder, &files.error))
         return files;

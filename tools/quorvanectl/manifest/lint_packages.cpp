@@ -228,7 +228,12 @@ QVector<LintFinding> lintPackageFile(const PackageRecord &package, const LintSub
     if (!unfit.isEmpty())
         return {atUrl(QStringLiteral("bad-size"), package, QStringLiteral("the package ") + unfit)};
     QVector<LintFinding> findings;
-    const QString actual = fileSha256Hex(path);
+    QString reason;
+    const QString actual = fileSha256Hex(path, &reason);
+    if (actual.isEmpty()) {
+        return {atUrl(QStringLiteral("bad-package"), package,
+                      QStringLiteral("%1 cannot be read: %2").arg(path, reason))};
+    }
     if (!package.hash().isEmpty() && package.hash().compare(actual, Qt::CaseInsensitive) != 0) {
         findings.append({QStringLiteral("hash-disagrees"),
                          QStringLiteral("%1.%2").arg(package.where, package.hashKey()),

@@ -5,6 +5,7 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTextCodec>
 
 #include <algorithm>
 
@@ -29,6 +30,14 @@ bool isText(const QByteArray &bytes) {
 } // namespace
 
 QByteArray signatureIn(const QByteArray &fileContent) {
+    // Some shells write all text in UTF-16. The bytes of a true signature may begin like its mark, but
+    // do not go on as letters.
+    const QTextCodec *const marked = QTextCodec::codecForUtfText(fileContent, nullptr);
+    if (marked != nullptr) {
+        const QByteArray text = marked->toUnicode(fileContent).toUtf8();
+        if (std::all_of(text.begin(), text.end(), isBase64OrBlank))
+            return decodeSignature(QString::fromLatin1(text));
+    }
     // The bytes of a true signature are never all letters: it has hundreds of them.
     if (std::all_of(fileContent.begin(), fileContent.end(), isBase64OrBlank))
         return decodeSignature(QString::fromLatin1(fileContent));

@@ -19,6 +19,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -97,7 +98,10 @@ bool contentOf(const QString &folder, Content *content, QStringList *findings) {
 
 // The one project file, at the top: elsewhere the launcher would find it, but the project would move.
 QString projectFileOf(const Content &content, QStringList *findings) {
-    const QStringList files = projectFilesAmong(content.keys());
+    QStringList names = content.keys();
+    const auto isFolder = [&](const QString &name) { return content.value(name).isEmpty(); };
+    names.erase(std::remove_if(names.begin(), names.end(), isFolder), names.end());
+    const QStringList files = projectFilesAmong(names);
     if (files.size() == 1 && !files.first().contains(QLatin1Char('/')))
         return content.value(files.first());
     if (files.isEmpty())
@@ -149,8 +153,6 @@ bool writeZip(const Content &content, const QString &zipPath, QString *error) {
 
 // What the launcher would say to the finished package.
 QStringList faultsOf(const ProjectPackage &package, qint64 size) {
-    if (!package.unpacked)
-        return {package.error};
     QStringList faults;
     const QString unfit = sizeFault(size);
     if (!unfit.isEmpty())
@@ -179,6 +181,10 @@ QString packageName(const QString &projectName, const QString &version) {
 // Looks into the finished package as a launcher does, and moves it to its place.
 void takeIn(const QString &zip, const QString &workFolder, bool overwrite, PackResult *result) {
     const ProjectPackage package = inspectPackage(zip, workFolder);
+    if (!package.unpacked) { // what was packed a moment ago is sound: the disk is full, or the like
+        (void)failAbout(result->zipPath, package.error, &result->error);
+        return;
+    }
     result->findings = faultsOf(package, QFileInfo(zip).size());
     if (!result->findings.isEmpty())
         return;
@@ -188,6 +194,20 @@ void takeIn(const QString &zip, const QString &workFolder, bool overwrite, PackR
                  moveIn(zip, result->zipPath, overwrite, &result->error);
     if (interrupted() && !result->ok)
         result->error = QStringLiteral("interrupted");
+}
+
+// The next package would hold this one.
+bool isOutside(const QString &folder, const QString &outFolder, QString *error) {
+    QString place = QDir::cleanPath(QFileInfo(outFolder).absoluteFilePath());
+    while (!QFileInfo::exists(place) && place != QFileInfo(place).path())
+        place = QFileInfo(place).path();
+    place = QFileInfo(place).canonicalFilePath();
+    for (QString below; place != below; place = QFileInfo(place).path()) {
+        if (isSamePlace(place, folder))
+            return failAbout(outFolder, QStringLiteral("lies in the project's folder"), error);
+        below = place;
+    }
+    return true;
 }
 
 } // namespace
@@ -200,6 +220,8 @@ bool isFullVersion(const QString &text) {
 PackResult packProject(const QString &folder, const QString &version, const QString &outFolder,
                        bool overwrite) {
     PackResult result;
+    if (!canBeNamed(folder, &result.error) || !isOutside(folder, outFolder, &result.error))
+        return result;
     if (!QFileInfo(folder).isDir()) {
         result.error = QStringLiteral("%1: is no folder").arg(folder);
         return result;
@@ -229,8 +251,11 @@ PackResult packProject(const QString &folder, const QString &version, const QStr
         return result;
     }
     const QString zip = work.filePath(QStringLiteral("package.zip"));
-    if (writeZip(content, zip, &result.error))
+    QString reason;
+    if (writeZip(content, zip, &reason))
         takeIn(zip, work.path(), overwrite, &result);
+    else
+        (void)failAbout(result.zipPath, reason, &result.error);
     return result;
 }
 

@@ -78,7 +78,7 @@ int ProjectFindings::scriptErrorCount() const {
 bool findAll(const QString &projectPath, const QString &pluginFolder, ProjectFindings *findings,
              QString *error) {
     QJsonObject project;
-    if (!readProject(projectPath, &project, error))
+    if (!canBeNamed(projectPath, error) || !readProject(projectPath, &project, error))
         return false;
     findings->projectPath = projectPath;
     const QDir folder(QFileInfo(projectPath).absolutePath());
