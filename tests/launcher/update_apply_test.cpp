@@ -135,13 +135,15 @@ private Q_SLOTS:
     void theFlowGoesOnWithTheNewProjectFile();
     void aFailureWithAClass();
     void aFailureWithoutAClass();
+    void aFailureIsToldWhenAllIsDone_data();
+    void aFailureIsToldWhenAllIsDone();
     void aCancelDuringTheDownload();
     void theApplyEnds_data();
     void theApplyEnds();
     void aCancelDuringTheSetup();
     void aProjectSelectedDuringAnUpdateStays_data();
     void aProjectSelectedDuringAnUpdateStays();
-    void aProjectSelectedBeforeTheRequestIsAsAnyOther();
+    void aProjectSelectedDuringAnEarlierUpdateIsAsAnyOther();
     void aRequestBeforeTheEndIsToldIsRefused_data();
     void aRequestBeforeTheEndIsToldIsRefused();
     void twoEndsInOneTurnAreEachTold();
@@ -299,6 +301,32 @@ void UpdateApplyTest::aFailureWithoutAClass() {
              applyReports(false) + notApplied("No yslib found in extracted package."));
 }
 
+void UpdateApplyTest::aFailureIsToldWhenAllIsDone_data() {
+    QTest::addColumn<ApplyResult>("result");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("a failure") << failed("why", "hash") << "[hash] why";
+    QTest::newRow("a cancel") << failed("cancelled", "") << QString(taskCancelledText);
+}
+
+// Whoever shows the end in a box reads what stands behind it.
+void UpdateApplyTest::aFailureIsToldWhenAllIsDone() {
+    QFETCH(ApplyResult, result);
+    QFETCH(QString, text);
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    service.state = State::ApplyingUpdate;
+    bool told = false;
+    connect(&service, &LauncherService::applyUpdateFinished, this, [&] {
+        told = true;
+        QCOMPARE(logLines(), QStringList(text));
+        QCOMPARE(service.statusText, text);
+        QCOMPARE(service.state, State::RepairMode);
+        QVERIFY(!service.isUpdateTaskActive());
+    });
+    service.applyWatcher.setFuture(ended(result));
+    QTRY_VERIFY(told);
+}
+
 void UpdateApplyTest::aCancelDuringTheDownload() {
     support::ScriptedServer server;
     server.on("/p/line.zip", {support::stall()});
@@ -451,11 +479,17 @@ void UpdateApplyTest::aProjectSelectedDuringAnUpdateStays() {
     QCOMPARE(installation::targetSaw(), QStringList());
 }
 
-void UpdateApplyTest::aProjectSelectedBeforeTheRequestIsAsAnyOther() {
+// The one before failed meanwhile, so nothing of it is left.
+void UpdateApplyTest::aProjectSelectedDuringAnEarlierUpdateIsAsAnyOther() {
     Launcher launcher;
     LauncherService &service = launcher.service;
-    service.projectPath = installation::addRunnableProject("before");
+    service.projectPath = installation::addRunnableProject("before", "1.0");
+    service.snapshot.projectEntry["zipSha256"] = "00";
+    service.applyChosenUpdate();
     service.selectProject(launcher.project);
+    launcher.waitForEnd();
+    QCOMPARE(service.state, State::RepairMode);
+    QCOMPARE(launcher.log.take().last(), QString("active false"));
     service.snapshot = launcher.offer.snapshot;
     service.updateAvailable = true;
     service.applyChosenUpdate();
