@@ -61,9 +61,16 @@ struct Stick {
     void add(const QString &name, const QByteArray &content) const {
         support::writeTree(place.path(), {{name, content}});
     }
+    // Written long ago, on a full second, which can be set back to.
     void addRunnable(const QString &name, const QByteArray &content) const {
         add(name, content);
         QFile::setPermissions(path(name), QFile::permissions(path(name)) | QFile::ExeOwner);
+        setWritten(path(name), QDateTime::fromSecsSinceEpoch(1700000000));
+    }
+    static void setWritten(const QString &path, const QDateTime &time) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(time, QFileDevice::FileModificationTime));
     }
 };
 
@@ -82,26 +89,37 @@ QDateTime changeOf(const QString &path) {
     return QFileInfo(path).metadataChangeTime();
 }
 
-void exchange(const Stick &stick, Exchange how) {
-    const QString path = stick.path("setup.exe");
-    if (how == Exchange::ByAnotherFile) {
-        QVERIFY(QFile::remove(path));
-        return stick.addRunnable("setup.exe", another());
-    }
-    if (how == Exchange::InPlace)
-        return stick.add("setup.exe", another());
-    const QDateTime written = QFileInfo(path).lastModified();
+// Writes until the clock of the file system shows it.
+void writeAnew(const QString &path, const std::function<void()> &write) {
     const QDateTime changed = changeOf(path);
+    do
+        write();
+    while (changeOf(path) == changed);
+}
+
+void writeUnseen(const Stick &stick, const QString &path) {
+    const QDateTime written = QFileInfo(path).lastModified();
     QByteArray bytes = installer("runtime");
     bytes.back() = 'x';
-    // Until the clock of the file system shows it.
-    do {
-        stick.add("setup.exe", bytes);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadWrite));
-        QVERIFY(file.setFileTime(written, QFileDevice::FileModificationTime));
-    } while (changeOf(path) == changed);
+    stick.add("setup.exe", bytes);
+    Stick::setWritten(path, written);
     QCOMPARE(QFileInfo(path).lastModified(), written);
+}
+
+void replace(const Stick &stick, const QByteArray &content) {
+    QVERIFY(QFile::remove(stick.path("setup.exe")));
+    stick.addRunnable("setup.exe", content);
+}
+
+void exchange(const Stick &stick, Exchange how) {
+    const QString path = stick.path("setup.exe");
+    writeAnew(path, [&] {
+        if (how == Exchange::Unseen)
+            return writeUnseen(stick, path);
+        if (how == Exchange::InPlace)
+            return stick.add("setup.exe", another());
+        replace(stick, another());
+    });
 }
 
 // Lets something happen once: at the first such operation on the file from its first reading on.
@@ -368,15 +386,15 @@ void ComponentSetupTest::aStickFileThatIsChangedAndFitsAllTheSameIsStarted() {
         QSKIP("no test sees the file operations of a program here");
     const Stick stick;
     stick.addRunnable("setup.exe", installer("runtime"));
+    const QString path = stick.path("setup.exe");
+    file_events::Listener atTheLook = afterReading(file_events::Kind::Look, path, [&] {
+        writeAnew(path, [&stick] { replace(stick, installer("runtime")); });
+    });
     int reads = 0;
-    const file_events::Watch copier(
-        [&, look = afterReading(file_events::Kind::Look, stick.path("setup.exe"), [&stick] {
-                QVERIFY(QFile::remove(stick.path("setup.exe")));
-                stick.addRunnable("setup.exe", installer("runtime"));
-            })](file_events::Kind kind, const QString &path) mutable {
-            reads += kind == file_events::Kind::Read && path == stick.path("setup.exe");
-            return look(kind, path);
-        });
+    const file_events::Watch copier([&](file_events::Kind kind, const QString &file) {
+        reads += kind == file_events::Kind::Read && file == path;
+        return atTheLook(kind, file);
+    });
     const QString note = stick.context.setupComponent(
         record("setup.exe", hashOf(installer("runtime"))), "Runtime", true);
     QCOMPARE(note, startedText("Runtime", stick.path("setup.exe")));
