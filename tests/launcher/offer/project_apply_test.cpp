@@ -763,24 +763,27 @@ void ProjectApplyTest::whatAKilledLauncherLeftDoesNotStopTheNext() {
 void ProjectApplyTest::aPackageThatIsExchangedIsNotApplied_data() {
     using file_events::Kind;
     QTest::addColumn<Kind>("kind");
-    QTest::addColumn<int>("time"); // of such an operation on a package, on the stick or the copy
+    QTest::addColumn<QString>("file"); // on the stick, of the copy or what is unpacked
+    QTest::addColumn<int>("time");     // of such an operation on such a file
     QTest::addColumn<Exchange>("how");
     QTest::addColumn<bool>("isTold");
-    const auto rows = [](const char *when, Kind kind, int time, bool inPlaceIsTold,
-                         bool anotherIsTold) {
-        QTest::addRow("%s, in place", when) << kind << time << Exchange::InPlace << inPlaceIsTold;
+    const auto rows = [](const char *when, Kind kind, const char *file, int time,
+                         bool inPlaceIsTold, bool anotherIsTold) {
+        QTest::addRow("%s, in place", when)
+            << kind << QString(file) << time << Exchange::InPlace << inPlaceIsTold;
         QTest::addRow("%s, by another file", when)
-            << kind << time << Exchange::ByAnotherFile << anotherIsTold;
+            << kind << QString(file) << time << Exchange::ByAnotherFile << anotherIsTold;
     };
-    rows("before it is copied", Kind::Read, 1, true, true);
-    rows("while it is copied", Kind::Write, 1, true, false);
-    rows("before its hash", Kind::Read, 2, false, false);
-    rows("before it is unpacked", Kind::Read, 3, false, false);
-    rows("while it is unpacked", Kind::Read, 4, false, false);
+    rows("before it is copied", Kind::Read, "/line.zip", 1, true, true);
+    rows("while it is copied", Kind::Write, "/line.zip", 1, true, false);
+    rows("before its hash", Kind::Read, "/line.zip", 2, false, false);
+    rows("before it is unpacked", Kind::Read, "/line.zip", 3, false, false);
+    rows("while it is unpacked", Kind::Write, "/main.ys", 1, false, false);
 }
 
 void ProjectApplyTest::aPackageThatIsExchangedIsNotApplied() {
     QFETCH(file_events::Kind, kind);
+    QFETCH(QString, file);
     QFETCH(int, time);
     QFETCH(Exchange, how);
     QFETCH(bool, isTold);
@@ -790,7 +793,7 @@ void ProjectApplyTest::aPackageThatIsExchangedIsNotApplied() {
     const Offer offer(newProject());
     int times = 0;
     const file_events::Watch thief([&](file_events::Kind seen, const QString &path) {
-        if (seen == kind && path.endsWith("/line.zip") && ++times == time)
+        if (seen == kind && path.endsWith(file) && ++times == time)
             exchangePackage(offer, how);
         return 0;
     });
