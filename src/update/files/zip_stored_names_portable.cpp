@@ -49,6 +49,7 @@ QVector<qint64> endRecords(QFile &file) {
 struct Directory {
     qint64 at;
     qint64 size;
+    qint64 endAt; // where its end record lies
 };
 
 // In the large form wherever that is there.
@@ -56,9 +57,17 @@ Directory directoryOf(QFile &file, qint64 endAt) {
     const QByteArray end = bytesAt(file, endAt, endSize);
     const QByteArray locator = bytesAt(file, endAt - locatorSize, locatorSize);
     if (!locator.startsWith("PK\x06\x07"))
-        return {number<quint32>(end, 16), number<quint32>(end, 12)};
-    const QByteArray large = bytesAt(file, number<qint64>(locator, 8), zip64EndSize);
-    return {number<qint64>(large, 48), number<qint64>(large, 40)};
+        return {number<quint32>(end, 16), number<quint32>(end, 12), endAt};
+    const auto largeAt = number<qint64>(locator, 8);
+    const QByteArray large = bytesAt(file, largeAt, zip64EndSize);
+    return {number<qint64>(large, 48), number<qint64>(large, 40), largeAt};
+}
+
+// It reaches up to its end; and where it is empty there is nothing that it could have forgotten.
+bool isWhole(const Directory &directory) {
+    return directory.at >= 0 && directory.at <= directory.endAt &&
+           directory.size == directory.endAt - directory.at &&
+           (directory.size > 0 || directory.at == 0);
 }
 
 // Beyond 4 GiB the place stands elsewhere, and libzip's own comparison must do.
@@ -84,14 +93,16 @@ quint32 libzipHash(const QByteArray &name) {
 
 } // namespace
 
-bool checkStoredNames(QFile &file, const QDeadlineTimer &deadline, qint64 *entries,
-                      ZipFailure *failure) {
+bool checkStoredNames(QFile &file, const QDeadlineTimer &deadline, ZipFailure *failure) {
     const QVector<qint64> ends = endRecords(file);
     if (ends.size() != 1)
         return ends.isEmpty() || fail(inconsistentArchive(), &failure->reason);
     const Directory directory = directoryOf(file, ends.first());
+    if (!isWhole(directory))
+        return fail(inconsistentArchive(), &failure->reason);
     QHash<quint32, int> alike;
-    for (qint64 at = directory.at; at - directory.at < directory.size; ++*entries) {
+    int entries = 0;
+    for (qint64 at = directory.at; at < directory.endAt; ++entries) {
         if (deadline.hasExpired())
             return fail(QStringLiteral("zip extraction timed out"), &failure->reason);
         const QByteArray header = bytesAt(file, at, headerSize);
@@ -103,7 +114,7 @@ bool checkStoredNames(QFile &file, const QDeadlineTimer &deadline, qint64 *entri
             return fail(inconsistentArchive(), &failure->reason);
         if (!checkName(name, (number<quint16>(header, 8) & utf8Flag) != 0, failure))
             return false;
-        if (*entries == mostEntries || ++alike[libzipHash(name)] > mostAlike)
+        if (entries == mostEntries || ++alike[libzipHash(name)] > mostAlike)
             return fail(tooLargeDirectory(), &failure->reason);
         at += headerSize + nameSize + number<quint16>(header, 30) + number<quint16>(header, 32);
     }
