@@ -73,9 +73,9 @@ void UpdateManifestTest::aPackageThatIsNotTaken_data() {
     refusal("a pipe is not waited for", "mkfifo site/p.zip", "@ --out site/x.json site/p.zip",
             "site/p.zip: is no plain file");
     refusal("an installer among the packages", "", "@ --out site/x.json site/setup-1.2.0.exe",
-            "site/setup-1.2.0.exe: Unrecognized archive format");
+            "site/setup-1.2.0.exe: Not a zip archive");
     refusal("a manifest among the packages", "", "@ --out site/x.json site/manifest.json",
-            "site/manifest.json: Unrecognized archive format");
+            "site/manifest.json: Not a zip archive");
     refusal("an archive without a project", "", "@ --out site/x.json site/none-in-it.zip",
             "site/none-in-it.zip: its project has no name or no version");
     refusal("an archive of a project without a version", "",
