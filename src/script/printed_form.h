@@ -48,7 +48,7 @@ void programToJson(const Program &program, const TextSink &sink);
 [[nodiscard]] QString statementToText(const Stmt *statement);
 [[nodiscard]] QString statementToJson(const Stmt *statement);
 
-// `text` in double quotes, escaped as JSON asks.
+// `text` in double quotes, escaped as JSON asks; so is what would steer a terminal.
 [[nodiscard]] QString quotedJson(const QString &text);
 
 } // namespace ast

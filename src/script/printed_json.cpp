@@ -1,4 +1,5 @@
 // The JSON form.
+#include "frame/steering_characters.h"
 #include "script/printed_form.h"
 #include "script/printing.h"
 
@@ -214,7 +215,7 @@ struct Json {
 QString quotedJson(const QString &text) {
     QString result(QLatin1Char('"'));
     for (const QChar unit : text) {
-        const bool isPlain = unit >= QLatin1Char(' ') && !unit.isSurrogate();
+        const bool isPlain = !steersDisplay(unit) && !unit.isSurrogate();
         if (unit == QLatin1Char('"') || unit == QLatin1Char('\\'))
             (result += QLatin1Char('\\')) += unit;
         else if (unit == QLatin1Char('\n'))
@@ -222,7 +223,7 @@ QString quotedJson(const QString &text) {
         else if (isPlain)
             result += unit;
         else
-            result += QStringLiteral("\\u%1").arg(unit.unicode(), 4, 16, QLatin1Char('0'));
+            result += unicodeEscape(unit);
     }
     return result + QLatin1Char('"');
 }

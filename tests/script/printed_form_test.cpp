@@ -152,6 +152,9 @@ void PrintedFormTest::null() {
 void PrintedFormTest::quoting() {
     QCOMPARE(ast::quotedJson(QString("a\"\\\n\t相") + QChar(0xd800)),
              QString("\"a\\\"\\\\\\n\\u0009相\\ud800\""));
+    // What would steer a terminal, in one character of two bytes or by turning the line around.
+    QCOMPARE(ast::quotedJson(QString("a") + QChar(0x9b) + QChar(0x202e)),
+             QString("\"a\\u009b\\u202e\""));
 }
 
 // Whatever the script, the JSON can be read back.

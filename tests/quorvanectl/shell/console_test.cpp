@@ -101,6 +101,10 @@ void ConsoleTest::controlCharactersAreSpelledOut_data() {
                            << "\\x00x";
     QTest::newRow("a delete") << "\x7f"
                               << "\\x7f";
+    QTest::newRow("a mark that turns the name around")
+        << QString::fromUtf8("line\xE2\x80\xAEslay.exe") << "line\\u202eslay.exe";
+    QTest::newRow("a joiner that turns nothing stays")
+        << QString(QChar(0x200d)) << QString(QChar(0x200d));
 }
 
 void ConsoleTest::controlCharactersAreSpelledOut() {
@@ -121,6 +125,8 @@ void ConsoleTest::harmlessTextKeepsItsColumns_data() {
     QTest::newRow("each control character becomes one sign") << "\x1b[0m\a" << sign + "[0m" + sign;
     QTest::newRow("one of two bytes becomes one sign") << QString(QChar(0x85)) << sign;
     QTest::newRow("a NUL becomes a sign") << QString(QChar(0)) << sign;
+    QTest::newRow("a mark that turns the line around becomes a sign")
+        << "a" + QString(QChar(0x2067)) << "a" + sign;
 }
 
 void ConsoleTest::harmlessTextKeepsItsColumns() {

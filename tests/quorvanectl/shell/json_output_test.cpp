@@ -115,6 +115,11 @@ void JsonOutputTest::documents_data() {
                                       << QByteArray("[\n    \"\xE5\x90\x8D\"\n]\n");
     QTest::newRow("a control character cannot reach a terminal")
         << QJsonDocument(QJsonArray{"\x1b\n"}) << QByteArray("[\n    \"\\u001b\\n\"\n]\n");
+    QTest::newRow("nor one of two bytes")
+        << QJsonDocument(QJsonArray{QString(QChar(0x9b))}) << QByteArray("[\n    \"\\u009b\"\n]\n");
+    QTest::newRow("nor a mark that turns the line around")
+        << QJsonDocument(QJsonObject{{QString(QChar(0x202e)), 1}})
+        << QByteArray("{\n    \"\\u202e\": 1\n}\n");
 }
 
 void JsonOutputTest::documents() {

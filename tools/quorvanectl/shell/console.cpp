@@ -1,5 +1,6 @@
 #include "quorvanectl/shell/console.h"
 
+#include "frame/steering_characters.h"
 #include "quorvanectl/shell/command.h"
 
 #include <QFile>
@@ -84,6 +85,8 @@ QString spelledOut(const QString &text) {
             result += QLatin1String("\\n");
         else if (unit.category() == QChar::Other_Control)
             result += QStringLiteral("\\x%1").arg(unit.unicode(), 2, 16, QLatin1Char('0'));
+        else if (steersDisplay(unit))
+            result += unicodeEscape(unit);
         else
             result += unit;
     }
@@ -93,8 +96,7 @@ QString spelledOut(const QString &text) {
 QString harmless(const QString &text) {
     QString result = text;
     for (QChar &unit : result) {
-        if (unit.category() == QChar::Other_Control && unit != QLatin1Char('\n') &&
-            unit != QLatin1Char('\t'))
+        if (steersDisplay(unit) && unit != QLatin1Char('\n') && unit != QLatin1Char('\t'))
             unit = QChar::ReplacementCharacter;
     }
     return result;

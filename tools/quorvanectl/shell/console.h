@@ -43,12 +43,12 @@ enum class Ink { Error, Warning, Good, Heading, Caret };
 // The text in its colour; as it is where no colours are shown.
 [[nodiscard]] QString inked(const Console &console, Ink ink, const QString &text);
 
-// The text with its control characters spelled out: a foreign file's name must neither end a line
-// nor steer a terminal.
+// The text with its control characters and direction marks spelled out: a foreign file's name must
+// neither end a line nor steer a terminal, nor show as another name.
 [[nodiscard]] QString spelledOut(const QString &text);
 
-// The text with a sign in place of each control character but line feeds and tabs: for a foreign
-// text that keeps its lines and columns.
+// The text with a sign in place of each control character but line feeds and tabs, and of each
+// direction mark: for a foreign text that keeps its lines and columns.
 [[nodiscard]] QString harmless(const QString &text);
 
 } // namespace ctl

@@ -1,5 +1,7 @@
 #include "quorvanectl/shell/json_output.h"
 
+#include "frame/steering_characters.h"
+
 #include <QCommandLineParser>
 #include <QJsonDocument>
 
@@ -31,8 +33,18 @@ QString chosenFormat(const QCommandLineParser &parser, const QStringList &format
     return {};
 }
 
+// Qt escapes some of what steers a terminal. The rest can only stand in strings, where it may be escaped
+// too; line feeds stand between them.
 void printJson(const Console &console, const QJsonDocument &document) {
-    print(console, QString::fromUtf8(document.toJson(QJsonDocument::Indented)));
+    QString escaped;
+    const QString json = QString::fromUtf8(document.toJson(QJsonDocument::Indented));
+    for (const QChar unit : json) {
+        if (steersDisplay(unit) && unit != QLatin1Char('\n'))
+            escaped += unicodeEscape(unit);
+        else
+            escaped += unit;
+    }
+    print(console, escaped);
 }
 
 } // namespace ctl
