@@ -56,6 +56,7 @@ private Q_SLOTS:
     void init();
     void writesOneLine_data();
     void writesOneLine();
+    void theTimeIsLocal();
     void linesCanGoElsewhere();
     void linesAreAdded();
     void lineThatCannotBeWrittenIsLostInSilence();
@@ -98,6 +99,25 @@ void LaunchLogTest::writesOneLine() {
     QCOMPARE(line.mid(19), support::textLines(tail));
     const auto time = QDateTime::fromString(line.left(19), "yyyy-MM-dd HH:mm:ss");
     QVERIFY(time.isValid());
+    QVERIFY(time >= before.addSecs(-1) && time <= after);
+}
+
+// In a zone of its own, five and a half hours before the world's time: here the two may be one.
+void LaunchLogTest::theTimeIsLocal() {
+    if (support::onWindows)
+        QSKIP("the zone is the system's there, not the environment's");
+    QProcess probe;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TZ", "XST-5:30");
+    probe.setProcessEnvironment(environment);
+    const QDateTime before = QDateTime::currentDateTimeUtc();
+    probe.start(FRAME_PROBE, {"log", "zone", "1"});
+    QVERIFY(probe.waitForFinished());
+    const QDateTime after = QDateTime::currentDateTimeUtc();
+    auto time = QDateTime::fromString(logBytes().left(19), "yyyy-MM-dd HH:mm:ss");
+    QVERIFY(time.isValid());
+    time.setTimeSpec(Qt::UTC);
+    time = time.addSecs(-(5 * 60 + 30) * 60);
     QVERIFY(time >= before.addSecs(-1) && time <= after);
 }
 

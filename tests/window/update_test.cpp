@@ -24,6 +24,8 @@ private Q_SLOTS:
     void theDialogIsRefusedWhileATaskIsActive();
     void theDialogHoldsTheFiveItemsInTheirOrder_data();
     void theDialogHoldsTheFiveItemsInTheirOrder();
+    void theDialogAsksAndExplains_data();
+    void theDialogAsksAndExplains();
     void anUnavailableItemSaysWhy();
     void withoutAReasonNothingIsAdded();
     void cancellingTheDialogChangesNothing();
@@ -199,6 +201,48 @@ void UpdateTest::theDialogHoldsTheFiveItemsInTheirOrder() {
             dialog->close();
         });
     QVERIFY(seen);
+}
+
+void UpdateTest::theDialogAsksAndExplains_data() {
+    QTest::addColumn<Language>("language");
+    QTest::addColumn<QStringList>("texts");
+    QTest::newRow("Chinese")
+        << Language::Chinese
+        << QStringList{
+               "请选择需要更新的内容（可多选）：",
+               "说明：组件更新包会按勾选项提供安装引导。Python 工具优先于 Runtime/Editor "
+               "安装；Runtime/Editor/Launcher 安装器会按既定顺序拉起，建议在空闲时执行更新。"};
+    QTest::newRow("English")
+        << Language::English
+        << QStringList{
+               "Choose what to update (one or more):",
+               "Note: an installer opens for each component that you tick. The Python tools are "
+               "installed before Runtime and Editor; the installers of Runtime, Editor and "
+               "Launcher "
+               "then open in a fixed order. It is best to update while the line is idle."};
+}
+
+// The question above the boxes, the explanation below them.
+void UpdateTest::theDialogAsksAndExplains() {
+    QFETCH(Language, language);
+    useLanguage(language);
+    WindowScene scene;
+    QStringList texts;
+    QVector<int> places;
+    QVERIFY(duringModal([&] { withOffer(scene).parts.bannerUpdateButton->click(); },
+                        [&](QWidget *dialog) {
+                            for (int i = 0; i < dialog->layout()->count(); ++i) {
+                                const QWidget *item = dialog->layout()->itemAt(i)->widget();
+                                const auto *label = qobject_cast<const QLabel *>(item);
+                                if (label == nullptr)
+                                    continue;
+                                QVERIFY(label->wordWrap());
+                                texts.append(label->text());
+                                places.append(i);
+                            }
+                        }));
+    QTEST(texts, "texts");
+    QCOMPARE(places, QVector<int>({0, 6}));
 }
 
 void UpdateTest::anUnavailableItemSaysWhy() {
