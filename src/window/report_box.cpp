@@ -1,5 +1,8 @@
 #include "window/report_box.h"
 
+#include "window/bounded_pane.h"
+#include "window/shown_part.h"
+
 #include <QFontMetrics>
 #include <QGridLayout>
 #include <QLabel>
@@ -11,6 +14,8 @@ constexpr int boxLines = 16;             // beyond these the text scrolls
 const QSize scrollingTextSize(560, 320); // pixels; leaves the OK button on a small screen
 
 bool isLong(const QMessageBox &box) {
+    if (box.text().size() > mostShown)
+        return true;
     const QRect area(QPoint(), scrollingTextSize);
     const QRect needed =
         box.fontMetrics().boundingRect(area, Qt::TextWordWrap | Qt::TextWrapAnywhere, box.text());
@@ -23,7 +28,9 @@ void letTextScroll(QMessageBox &box) {
     auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_label"));
     if (grid == nullptr || label == nullptr)
         return; // a platform with a box of its own shows long texts in its own way
-    auto *pane = new QPlainTextEdit(box.text(), &box);
+    auto *pane = new QPlainTextEdit(&box);
+    boundLayout(pane);
+    pane->setPlainText(box.text());
     pane->setReadOnly(true);
     pane->setTabChangesFocus(true);
     pane->setAccessibleName(box.windowTitle());

@@ -1,5 +1,6 @@
 // The widgets of the launcher window and how they lie.
 
+#include "window/bounded_pane.h"
 #include "window/launcher_window.h"
 #include "window/text_label.h"
 
@@ -79,6 +80,7 @@ void LauncherWindow::createWidgets() {
     languageButton->setAutoRaise(true);
     languageButton->setIconSize(QSize(28, 28));
     logView = new QPlainTextEdit(this);
+    boundLayout(logView);
     logView->setReadOnly(true);
     logView->setTabChangesFocus(true);
     logView->setMinimumHeight(120);

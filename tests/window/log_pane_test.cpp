@@ -1,11 +1,14 @@
 // The pane that shows this run's part of the launch log.
 #include "support/file_kinds.h"
 #include "support/staged_main.h"
+#include "window/shown_part.h"
 #include "window_scene.h"
 
 #include "frame/app_paths.h"
 
 #include <QScrollBar>
+#include <QTextBlock>
+#include <QTextLayout>
 
 using State = LauncherService::State;
 
@@ -21,6 +24,7 @@ private Q_SLOTS:
     void theNoticeFileIsShownTrimmed();
     void anEmptyNoticeFileShowsNothing();
     void aNoticeThatIsAPipeIsNotWaitedFor();
+    void ofALineBeyondAllMeasureThePaneLaysOutAPart();
     void statusAndCountdownRenewThePane();
     void anUnchangedLogKeepsTheScrollPosition();
 
@@ -112,6 +116,29 @@ void LogPaneTest::aNoticeThatIsAPipeIsNotWaitedFor() {
     const WindowScene scene;
     QCOMPARE(scene.parts.logView->toPlainText(),
              QString("本次会话尚无日志。启动过程将显示在这里。"));
+}
+
+void LogPaneTest::ofALineBeyondAllMeasureThePaneLaysOutAPart() {
+    const QString line = QString("word ").repeated(mostShown) + "end";
+    WindowScene scene;
+    LauncherService::appendLaunchLog(line);
+    scene.put(State::Countdown);
+    scene.window.show();
+    scene.parts.logView->grab();
+    const QTextBlock block = scene.parts.logView->document()->firstBlock();
+    const QTextLayout &layout = *block.layout();
+    QVERIFY(layout.lineCount() > 1);
+    const QTextLine last = layout.lineAt(layout.lineCount() - 1);
+    QVERIFY(last.textStart() < mostShown);
+    QVERIFY(last.textStart() + last.textLength() >= mostShown);
+    QVERIFY(last.textStart() + last.textLength() < line.size() / 2);
+    QCOMPARE(scene.parts.logView->toPlainText().mid(20), line);
+    // The lines behind it are still there.
+    LauncherService::appendLaunchLog("two");
+    scene.refresh();
+    scene.parts.logView->grab();
+    QCOMPARE(scene.parts.logView->document()->lastBlock().layout()->lineCount(), 1);
+    QVERIFY(scene.parts.logView->toPlainText().endsWith(" two"));
 }
 
 void LogPaneTest::statusAndCountdownRenewThePane() {
