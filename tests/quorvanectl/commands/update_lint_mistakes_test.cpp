@@ -105,6 +105,11 @@ void UpdateLintTest::whatIsFound_data() {
                " [missing-package]\n";
     };
     outcome("nothing", withHash("setup-1.2.0.exe"), "@ site/x.json", {0, "site/x.json: clean\n"});
+    outcome("an installer of somebody else's has no hash",
+            withHash("setup-1.2.0.exe") + "chmod 755 . site; chmod 000 site/setup-1.2.0.exe",
+            "$user @ site/x.json",
+            {1, "site/x.json: runtime.setupUrl: @here/site/setup-1.2.0.exe cannot be read: "
+                "Permission denied [bad-package]\n"});
     outcome("nothing, for programs", withHash("setup-1.2.0.exe"), "@ site/x.json --format json",
             {0, "{\n    \"findings\": [\n    ],\n    \"manifest\": \"site/x.json\"\n}\n"});
     outcome("of two formats the last counts", withHash("setup-1.2.0.exe"),

@@ -7,7 +7,8 @@
 namespace ctl {
 
 // The signature in the bytes of a file: as a signing program writes it, or as base64 text with any
-// white space. Empty if the file holds nothing or another text, such as a manifest or a key.
+// white space, in UTF-16 too behind its mark. Empty if the file holds nothing or another text, such as a
+// manifest or a key.
 [[nodiscard]] QByteArray signatureIn(const QByteArray &fileContent);
 
 // The manifest with `signature` set, in indented JSON, ending in a line feed. An old signature is
