@@ -31,7 +31,7 @@ QByteArray ownMounts() {
     return QByteArray();
 }
 
-const QByteArray noOwnMounts = ownMounts(); // NOLINT(cert-err58-cpp)
+const QByteArray noOwnMounts = ownMounts();
 
 class DeadVolume {
 public:
