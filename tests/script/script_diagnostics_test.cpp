@@ -51,8 +51,8 @@ void ScriptDiagnosticsTest::finding_data() {
                                                  << "1:6-7 " + bad;
     QTest::newRow("a NUL is a bad character") << QString(QChar(0)) + "abc"
                                               << "1:1-2 " + bad;
-    QTest::newRow("a NUL on a later line keeps its position") << QString("\n") + QChar(0)
-                                                              << "2:1-1 " + bad;
+    QTest::newRow("a NUL on a later line keeps its position")
+        << QString("\n") + QChar(0) << "2:1-1 " + bad;
     QTest::newRow("a full-width comma is a bad character")
         << QStringLiteral("f(a，b);") << "1:4-5 " + bad;
     QTest::newRow("a character of two code units keeps its position")
