@@ -15,9 +15,12 @@ class Closing(Scenario):
         launcher = self.start_launcher()
         launcher.wait_for_monitor()
         runtime, = launcher.children_pids()
+        nonce_file, = self.installation.nonce_files()
+        written = nonce_file.read_text()
         launcher.close()
         self.assertEqual(launcher.wait_for_end(), 0)
         wait_for(lambda: not is_alive(runtime), "the end of the target")
+        self.assertEqual(nonce_file.read_text(), written)  # stays behind
         self.assertNotIn("ending with code", "\n".join(self.installation.runtime_log()))
 
     def test_escape_ends_a_running_target_too(self):
