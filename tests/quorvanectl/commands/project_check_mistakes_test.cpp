@@ -157,8 +157,8 @@ void ProjectCheckTest::whatIsSaidOfAProject_data() {
             "diagnostics": [
                 {
                     "code": "YS100",
-                    "column": 1,
-                    "endColumn": 2,
+                    "column": 2,
+                    "endColumn": 3,
                     "line": 1,
                     "message": "无法识别的字符",
                     "severity": 0

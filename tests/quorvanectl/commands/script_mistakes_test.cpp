@@ -119,9 +119,9 @@ void ScriptMistakesTest::aScriptWithoutTokensOrATree_data() {
             refusalOf(command, name, arrangement, words, text);
         };
         row("in UTF-16", "iconv -t UTF-16LE a.ys >u.ys", "@ u.ys",
-            "u.ys:1:1: YS100 无法识别的字符");
+            "u.ys:1:2: YS100 无法识别的字符");
         row("in UTF-16, for programs", "iconv -t UTF-16LE a.ys >u.ys", "@ u.ys --format json",
-            "u.ys:1:1: YS100 无法识别的字符");
+            "u.ys:1:2: YS100 无法识别的字符");
         row("a package in its place", R"(printf 'PK\003\004' >a.zip)", "@ a.zip",
             "a.zip:1:3: YS100 无法识别的字符");
         row("a semicolon of a Chinese keyboard", "echo 'int a；' >a.ys", "@ a.ys",
@@ -152,7 +152,7 @@ void ScriptMistakesTest::whatCheckSaysOfAScript_data() {
     outcome("check: with the line ends of Windows", R"(printf 'int a;\r\nint b;\r\n' >a.ys)",
             "@ a.ys", {0, "a.ys: clean\n"});
     outcome("check: in UTF-16, which nobody reads", "iconv -t UTF-16LE a.ys >u.ys", "@ u.ys",
-            {1, QString("u.ys:1:1: YS100 无法识别的字符\n    i%1n%1t%1 %1a%1;%1\n    ^\n")
+            {1, QString("u.ys:1:2: YS100 无法识别的字符\n    i%1n%1t%1 %1a%1;%1\n     ^\n")
                     .arg(QChar(QChar::ReplacementCharacter))});
     outcome("check: a package in its place", R"(printf 'PK\003\004' >a.zip)", "@ a.zip",
             {1, QString("a.zip:1:3: YS100 无法识别的字符\n    PK%1%1\n      ^\n")

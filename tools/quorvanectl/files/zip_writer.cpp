@@ -33,6 +33,9 @@ public:
         return static_cast<Output *>(output)->carryOut(command, data, size);
     }
 
+    // What the device said when it first failed; empty: it never has.
+    [[nodiscard]] QString fault() const { return deviceFault; }
+
 private:
     zip_int64_t carryOut(zip_source_cmd_t command, void *data, zip_uint64_t size) {
         switch (command) {
@@ -64,20 +67,31 @@ private:
         return -1;
     }
 
+    zip_int64_t failDevice(int reason) {
+        if (deviceFault.isEmpty())
+            deviceFault = device->errorString();
+        return fail(reason, EIO);
+    }
+
     zip_int64_t write(const char *data, qint64 size) {
-        errno = 0;
-        return device->write(data, size) == size ? size : fail(ZIP_ER_WRITE, errno);
+        if (device->write(data, size) != size)
+            return failDevice(ZIP_ER_WRITE);
+        end = qMax(end, device->pos());
+        return size;
     }
 
     zip_int64_t seek(void *data, zip_uint64_t size) {
         const zip_int64_t to = zip_source_seek_compute_offset(
-            zip_uint64_t(device->pos()), zip_uint64_t(device->size()), data, size, &error);
+            zip_uint64_t(device->pos()), zip_uint64_t(end), data, size, &error);
         if (to < 0)
             return -1;
-        return device->seek(to) ? 0 : fail(ZIP_ER_SEEK, EIO);
+        return device->seek(to) ? 0 : failDevice(ZIP_ER_SEEK);
     }
 
     QIODevice *device;
+    qint64 end =
+        0; // of what was written; the device's own size is short of what it still holds back
+    QString deviceFault;
     zip_error_t error = {};
 };
 
@@ -232,7 +246,8 @@ bool ZipWriter::fail(const QString &text) {
 }
 
 bool ZipWriter::failWriting() {
-    return fail(QString::fromUtf8(zip_strerror(archive.get())));
+    const QString fault = output->fault(); // libzip knows less of it
+    return fail(fault.isEmpty() ? QString::fromUtf8(zip_strerror(archive.get())) : fault);
 }
 
 } // namespace ctl
