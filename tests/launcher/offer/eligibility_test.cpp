@@ -94,8 +94,8 @@ void VersionCandidatesTest::releaseVersionValue_data() {
     QTest::addColumn<QString>("expected");
     QTest::newRow("a string") << R"({"k": "1.2"})"
                               << "1.2";
-    QTest::newRow("a text with a mark") << "\uFEFF{\"k\": \"1.2\"}"
-                                        << "1.2";
+    QTest::newRow("a text with a mark")
+        << QChar(QChar::ByteOrderMark) + QString(R"({"k": "1.2"})") << "1.2";
     QTest::newRow("another key") << R"({"K": "1.2"})"
                                  << "";
     QTest::newRow("a number is no string") << R"({"k": 1.2})"
@@ -394,6 +394,9 @@ void VersionCandidatesTest::collectPluginWarnings_data() {
         << QJsonArray{plugin("plugins/a.dll")} << QStringList();
     QTest::newRow("leading dots are dropped, however many")
         << QJsonArray{plugin(" ././plugins/a.dll ")} << QStringList();
+    QTest::newRow("none of the leading dots is left in the place of a missing one")
+        << QJsonArray{plugin("./././plugins/none.dll"), plugin(".\\./bin/none.dll")}
+        << missing("%a/plugins/none.dll") + missing("%u/bin/none.dll");
     QTest::newRow("a backslash separates on every system")
         << QJsonArray{plugin(".\\.\\plugins\\a.dll"), plugin("BIN\\above.dll"),
                       plugin("plugins\\none.dll")}
