@@ -72,10 +72,13 @@ private Q_SLOTS:
     void init();
     void evaluateManifest_data();
     void evaluateManifest();
+    void aProjectWithoutANameGoesByItsFolder_data();
+    void aProjectWithoutANameGoesByItsFolder();
     void evaluateManifestKeepsTheRecords();
     void resolveManifestUrl_data();
     void resolveManifestUrl();
     void aStickWinsOverTheNetwork();
+    void aStickWhoseHashCannotBeComputedIsTaken();
     void aStickThatCannotBeReadLeadsToTheNetwork_data();
     void aStickThatCannotBeReadLeadsToTheNetwork();
     void aStickThatProvesFalseDoesNotLeadToTheNetwork();
@@ -85,6 +88,7 @@ private Q_SLOTS:
     void theNetworkFails();
     void anOnlineManifestIsRefused_data();
     void anOnlineManifestIsRefused();
+    void aByteOrderMarkAloneIsNoManifest();
     void aManifestThatOffersNothingFillsTheSnapshot();
     void aCancelledCheckAsksNobody();
 
@@ -156,6 +160,9 @@ void UpdateCheckTest::evaluateManifest_data() {
                "Python 工具 -> 1.4.0" +
                tail
         << "";
+    QTest::newRow("a runtime of the lowest version is not warned of")
+        << QJsonObject{{"runtime", component("1.1.1", "1.0.0")}} << "" << true
+        << head + "可更新项：Runtime -> 1.1.1" + tail << "";
     QTest::newRow("warnings stand before the last line of an offer")
         << QJsonObject{{"launcher", component("1.2.0")},
                        {"runtime", component("1.1.1", "1.0.5")},
@@ -196,6 +203,26 @@ void UpdateCheckTest::evaluateManifest() {
     QStringList logged = installation::takeLog();
     const QStringList tail = logged.mid(logged.size() - summary.count('\n') - 1);
     QCOMPARE(tail == given.split('\n'), expected);
+}
+
+void UpdateCheckTest::aProjectWithoutANameGoesByItsFolder_data() {
+    QTest::addColumn<QString>("text"); // of the project file
+    QTest::newRow("no name") << R"({"project": {"version": "1.1"}})";
+    QTest::newRow("an empty name") << R"({"project": {"name": ""}})";
+    QTest::newRow("a name that is a number") << R"({"project": {"name": 5}})";
+    QTest::newRow("no project in it") << "{}";
+    QTest::newRow("no JSON") << "name = line";
+    QTest::newRow("an empty file") << "";
+}
+
+void UpdateCheckTest::aProjectWithoutANameGoesByItsFolder() {
+    QFETCH(QString, text);
+    UpdateContext context;
+    context.projectPath = installation::addProject("产线 3", text);
+    QString summary;
+    QVERIFY(!context.evaluateManifest({{"projects", QJsonArray{project("x", "2.0")}}}, &summary));
+    QCOMPARE(summary.section('\n', 1, 1),
+             QString("项目：未找到与当前项目匹配的项目记录（产线 3）。"));
 }
 
 void UpdateCheckTest::evaluateManifestKeepsTheRecords() {
@@ -284,6 +311,25 @@ void UpdateCheckTest::aStickWinsOverTheNetwork() {
              QStringList("已读取 U 盘 manifest：" + stickManifest() +
                          "（file_sha256=" + fileSha256Hex(stickManifest()) + "）") +
                  summary.split('\n'));
+}
+
+// Pulled out between the two readings: what was read is proved by its signature.
+void UpdateCheckTest::aStickWhoseHashCannotBeComputedIsTaken() {
+    support::ScriptedServer server;
+    serve(server, signedRuntime());
+    QVERIFY(installation::write(stickFolder() + "/setup.exe", ""));
+    StickManifest read;
+    read.path = stickManifest();
+    read.text = signedRuntime();
+    read.error = "no %1";
+    UpdateContext context;
+    QString summary;
+    QVERIFY(context.runUpdateCheck(StickSearch{read, false}, &summary));
+    QCOMPARE(summary, found(stickManifest(), true, "Runtime -> 1.2.0"));
+    QVERIFY(server.requests().isEmpty());
+    QCOMPARE(installation::takeLog(), QStringList("已读取 U 盘 manifest：" + stickManifest() +
+                                                  "（文件 SHA256 计算失败：no %1）") +
+                                          summary.split('\n'));
 }
 
 void UpdateCheckTest::aStickThatCannotBeReadLeadsToTheNetwork_data() {
@@ -414,6 +460,18 @@ void UpdateCheckTest::anOnlineManifestIsRefused() {
                  summary.endsWith("（source=" + onlineUrl + "）。将继续使用当前版本。"),
              qPrintable(summary));
     QCOMPARE(installation::takeLog().mid(1), QStringList(summary));
+}
+
+// A body that is not empty, with no text in it.
+void UpdateCheckTest::aByteOrderMarkAloneIsNoManifest() {
+    support::ScriptedServer server;
+    serve(server, QChar(QChar::ByteOrderMark));
+    UpdateContext context;
+    QString summary;
+    QVERIFY(!context.runUpdateCheck(QString(), &summary));
+    QCOMPARE(server.paths(), QStringList("/Quorvaner/Update/manifest.json"));
+    QCOMPARE(summary, QString("未找到更新 manifest，将继续使用当前版本。"));
+    QCOMPARE(installation::takeLog(), QStringList("已读取在线 manifest：" + onlineUrl));
 }
 
 void UpdateCheckTest::aManifestThatOffersNothingFillsTheSnapshot() {
