@@ -164,6 +164,8 @@ private Q_SLOTS:
     void aStartedInstallerIsIndependent();
     void aStickFileWithAnotherHashIsNotDownloaded();
     void aStickFileWithoutAHashIsStartedUnchecked();
+    void aHashOfBlanksIsNoLeaveToStart_data();
+    void aHashOfBlanksIsNoLeaveToStart();
     void aStickFileThatIsExchangedIsNotStarted_data();
     void aStickFileThatIsExchangedIsNotStarted();
     void aStickFileThatIsChangedAndFitsAllTheSameIsStarted();
@@ -184,6 +186,7 @@ private Q_SLOTS:
     void anInstallerWithoutAFileOfItsOwnIsMissing();
     void aStaleCacheWithoutAUsableAddress();
     void theCacheGoesByTheLastSegment();
+    void aQueryIsPartOfTheNameInTheCache();
     void aCancelDuringTheSecondDownload();
 };
 
@@ -338,6 +341,34 @@ void ComponentSetupTest::aStickFileWithoutAHashIsStartedUnchecked() {
              startedText("Runtime", stick.path("sub/安装.exe")));
     QCOMPARE(error, QString());
     QTRY_COMPARE(ran(), QStringList("runtime 0"));
+}
+
+void ComponentSetupTest::aHashOfBlanksIsNoLeaveToStart_data() {
+    QTest::addColumn<bool>("fromUsb");
+    QTest::addColumn<QString>("hash");
+    QTest::addColumn<QStringList>("requested");
+    const QStringList twice{"/u/setup.exe", "/u/setup.exe"};
+    QTest::newRow("a blank, on a stick") << true << " " << QStringList();
+    QTest::newRow("a tab and a line feed, on a stick") << true << "\t\n" << QStringList();
+    QTest::newRow("a blank, online") << false << " " << twice;
+}
+
+// What is not empty is a hash to be checked, so nothing fits it.
+void ComponentSetupTest::aHashOfBlanksIsNoLeaveToStart() {
+    QFETCH(bool, fromUsb);
+    QFETCH(QString, hash);
+    const Stick stick;
+    stick.add("setup.exe", installer("runtime"));
+    Online online;
+    online.offer("setup.exe", installer("runtime"));
+    const UpdateContext &context = fromUsb ? stick.context : online.context;
+    QString error;
+    QCOMPARE(context.setupComponent(record("setup.exe", hash), "Runtime", true, &error), QString());
+    QCOMPARE(error, QString("Runtime 安装包校验失败（expected SHA256 is empty），"
+                            "将继续使用当前版本。"));
+    QCOMPARE(installation::takeLog(), QStringList(error));
+    QTEST(online.server.paths(), "requested");
+    QCOMPARE(ran(), QStringList());
 }
 
 void ComponentSetupTest::aStickFileThatIsExchangedIsNotStarted_data() {
@@ -644,6 +675,25 @@ void ComponentSetupTest::theCacheGoesByTheLastSegment() {
     QTRY_COMPARE(ran(), QStringList({"one 0", "two 0"}));
     // Without a hash the first that came would have been started again.
     QCOMPARE(online.server.paths(), QStringList({"/u/1/setup.exe", "/u/2/setup.exe"}));
+}
+
+// What stands behind the last slash is the name, a query included: another query, another package.
+void ComponentSetupTest::aQueryIsPartOfTheNameInTheCache() {
+    if (support::onWindows)
+        QSKIP("no file can have such a name there");
+    Online online;
+    for (const QByteArray name : {"one", "two"}) {
+        const QByteArray address = "setup.exe?v=" + name;
+        online.offer(address, installer(name));
+        const QString told = QString::fromUtf8(address);
+        QCOMPARE(online.context.setupComponent(record(told), "Runtime", true),
+                 startedText("Runtime", cached(told)));
+        QTRY_VERIFY(ran().contains(name + " 0"));
+    }
+    QCOMPARE(online.server.paths(), QStringList({"/u/setup.exe?v=one", "/u/setup.exe?v=two"}));
+    QCOMPARE(support::readTree(AppPaths::updateCacheDirectory()),
+             (support::FileTree{{"setup.exe?v=one", installer("one")},
+                                {"setup.exe?v=two", installer("two")}}));
 }
 
 void ComponentSetupTest::aCancelDuringTheSecondDownload() {
