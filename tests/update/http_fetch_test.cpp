@@ -50,6 +50,8 @@ private Q_SLOTS:
     void theTimeHoldsForEachHop();
     void failures_data();
     void failures();
+    void anEmptyBodyWithoutAStatus_data();
+    void anEmptyBodyWithoutAStatus();
     void nobodyListens();
     void aFailureOfHttpNeverCallsTheFallback();
     void anEndlessBodyEndsAtTheLimit();
@@ -314,6 +316,24 @@ void HttpFetchTest::failures() {
                                .replace("\n:", "URL:")
                                .replace("\n", server.url("/a").toString()));
     QCOMPARE(result.statusCode, status);
+}
+
+void HttpFetchTest::anEmptyBodyWithoutAStatus_data() {
+    QTest::addColumn<QUrl>("url");
+    const QString file = support::stageRoot() + "/empty";
+    writeFile(file, "");
+    QTest::newRow("a file") << QUrl::fromLocalFile(file);
+    QTest::newRow("data in the address itself") << QUrl("data:text/plain,");
+}
+
+// A signed address may have any scheme, and what comes by another than HTTP's has no status.
+void HttpFetchTest::anEmptyBodyWithoutAStatus() {
+    QFETCH(QUrl, url);
+    const FetchResult result = fetchUrl(url, plenty, 8);
+    QVERIFY(!result.ok);
+    QCOMPARE(result.error,
+             QStringLiteral("empty response body (HTTP unknown) from %1").arg(url.toString()));
+    QCOMPARE(result.statusCode, 0);
 }
 
 void HttpFetchTest::nobodyListens() {

@@ -71,6 +71,7 @@ private Q_SLOTS:
     void theLimitInSeconds();
     void theUrlIsAscii();
     void percentSignsInUrlAndPathStay();
+    void aQuoteInThePathIsDoubledForPowershell();
     void theProgramOfPowershell();
     void powershellGetsTheBody();
     void powershellEnds_data();
@@ -177,6 +178,16 @@ void HttpsFallbackTest::percentSignsInUrlAndPathStay() {
         powershellFetchArguments(QUrl("https://h/%2525%253"), 1000, "/t/%1%3").last();
     QVERIFY(script.contains("-Uri 'https://h/%2525%253' "));
     QVERIFY(script.contains("-OutFile '/t/%1%3';"));
+}
+
+// As the name of a user may have it, in whose folder the temporary files lie.
+void HttpsFallbackTest::aQuoteInThePathIsDoubledForPowershell() {
+    const QString target = "/home/o'x'/a";
+    QVERIFY(powershellFetchArguments(url, 1000, target)
+                .last()
+                .contains(" -OutFile '/home/o''x''/a'; "));
+    const QStringList curl = curlFetchArguments(url, 1000, target);
+    QCOMPARE(curl.value(curl.indexOf("--output") + 1), target);
 }
 
 void HttpsFallbackTest::theProgramOfPowershell() {
