@@ -151,7 +151,7 @@ def matches(name, project_name, folder):
 def plugin_warnings(installation, plugins):
     warnings = []
     for plugin in plugins:
-        path = text_of(plugin, "path").strip()
+        path = text_of(plugin, "path").strip().replace("\\", "/")
         if not path:
             continue
         while path.startswith("./"):

@@ -334,6 +334,7 @@ for folder in ("demo", "Demo_line3", "demolition", "my_demo"):
     offer(f"demo and the folder {folder}", with_project(name="demo"), project=project_of("line", folder=folder))
 offer("demo as the project's own name", with_project(name="demo"), project=project_of("DEMO"))
 offer("a project that does not say its name", with_project(name="line3"), project=project_of(None))
+offer("a project that does not say its name and has no record", with_project(name="x"), project=project_of(None))
 offer("a project file that is no JSON", with_project(name="line3"),
       project={"folder": "line3", "file": "a.yslib", "sidecar": None, "text": 'x "version" : "v0.9" {'})
 offer("an empty project file", with_project(name="line3"),
@@ -378,6 +379,8 @@ offer("a package in a folder of Chinese name", with_component("editor", setupUrl
 for name, plugins in {
     "beside the program's folder": [{"id": "a", "path": "bin/above.dll"}],
     "in the program's folder": [{"id": "a", "path": "BIN/x.dll"}], "leading dots": [{"id": "a", "path": "././plugins/a.dll"}],
+    "leading dots of one that is missing": [{"id": "a", "path": "./././none.dll"}, {"id": "b", "path": "././bin/none.dll"}],
+    "backslashes": [{"id": "a", "path": ".\\plugins\\a.dll"}, {"id": "b", "path": ".\\bin\\none.dll"}],
     "missing in bin": [{"id": "a", "path": "bin/none.dll"}], "missing elsewhere": [{"id": "b", "path": "none.dll"}],
     "missing and absolute": [{"id": "c", "path": "/no/where/c.dll"}], "no path": [{"id": "d"}, {"id": "e", "path": "  "}],
     "other types": [5, "x", None, {"path": 5}], "blanks around it": [{"id": "f", "path": " plugins/none.dll "}],
@@ -385,6 +388,7 @@ for name, plugins in {
 }.items():
     offer("plug-ins: " + name, {"plugins": plugins, **with_component("launcher")},
           files=["{above}/bin/above.dll", "{app}/BIN/x.dll", "{app}/plugins/a.dll"])
+offer("a runtime of the lowest version", with_component("runtime", minVersion="1.1"), release=ALL_OLD)
 offer("warnings without an offer", {"plugins": [{"id": "b", "path": "none.dll"}], **with_component("runtime", minVersion="1.3")},
       release=ALL_OLD)
 
