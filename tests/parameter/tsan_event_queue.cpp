@@ -22,22 +22,12 @@ const bool isInstalled = QInternal::registerCallback(QInternal::EventNotifyCallb
 
 } // namespace
 
-// QMetaType::registerNormalizedType, the overload that takes a name and a type's functions, under the
-// names that the linker's --wrap gives to it and to what stands in for it.
-#define WRAPPED                                                                                    \
-    "_ZN9QMetaType22registerNormalizedTypeERK10QByteArrayPFvPvEPFS3_S3_PKvEi6QFlagsINS_"           \
-    "8TypeFlagEE"                                                                                  \
-    "PK11QMetaObject"
-int registerInQt(const QByteArray &name, QMetaType::Destructor destructor,
-                 QMetaType::Constructor constructor, int size, QMetaType::TypeFlags flags,
-                 const QMetaObject *metaObject) asm("__real_" WRAPPED);
-int registerHere(const QByteArray &name, QMetaType::Destructor destructor,
-                 QMetaType::Constructor constructor, int size, QMetaType::TypeFlags flags,
-                 const QMetaObject *metaObject) asm("__wrap_" WRAPPED);
-
-int registerHere(const QByteArray &name, QMetaType::Destructor destructor,
-                 QMetaType::Constructor constructor, int size, QMetaType::TypeFlags flags,
-                 const QMetaObject *metaObject) {
+// In the place of Qt's own for all that this program registers. The overload that it passes on to is the one
+// of older programs, which looks at neither of its first two functions.
+int QMetaType::registerNormalizedType(const ::QByteArray &name, Destructor destructor,
+                                      Constructor constructor, int size, TypeFlags flags,
+                                      const QMetaObject *metaObject) {
     __tsan_release(&queue);
-    return registerInQt(name, destructor, constructor, size, flags, metaObject);
+    return registerNormalizedType(name, nullptr, nullptr, destructor, constructor, size, flags,
+                                  metaObject);
 }
