@@ -6,10 +6,12 @@
 #include "support/manifest_maker.h"
 #include "support/platform.h"
 #include "support/scripted_server.h"
+#include "support/search_path.h"
 #include "support/staged_main.h"
 #include "update/default_manifest_url.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QJsonDocument>
 
 namespace {
@@ -83,6 +85,9 @@ private Q_SLOTS:
     void aStickThatCannotBeReadLeadsToTheNetwork();
     void aStickThatProvesFalseDoesNotLeadToTheNetwork();
     void theNetworkServesWithoutAStick();
+    void theManifestIsFetchedOverEightRedirects();
+    void aSilentServerIsWaitedForThreeSeconds();
+    void theClientIsGivenThreeSeconds();
     void volumesThatDoNotAnswerLeadToTheNetwork();
     void theNetworkFails_data();
     void theNetworkFails();
@@ -387,6 +392,56 @@ void UpdateCheckTest::theNetworkServesWithoutAStick() {
     QCOMPARE(context.snapshot.baseLocation, server.url("/Quorvaner/Update/").toString());
     QCOMPARE(installation::takeLog(),
              QStringList("已读取在线 manifest：" + onlineUrl) + summary.split('\n'));
+}
+
+void UpdateCheckTest::theManifestIsFetchedOverEightRedirects() {
+    support::ScriptedServer server;
+    for (int hop = 0; hop < 9; ++hop)
+        server.on("/" + QByteArray::number(hop),
+                  support::redirect(302, "/" + QByteArray::number(hop + 1)));
+    server.on("/9", support::answer(200, signedRuntime().toUtf8()));
+    UpdateContext context;
+    QString summary;
+    onlineUrl = server.url("/1").toString();
+    QVERIFY(context.runUpdateCheck(QString(), &summary));
+    QCOMPARE(summary, found(onlineUrl, false, "Runtime -> 1.2.0"));
+    QCOMPARE(server.paths().size(), 9);
+
+    onlineUrl = server.url("/0").toString();
+    QVERIFY(!context.runUpdateCheck(QString(), &summary));
+    QCOMPARE(summary, "在线更新不可用（empty response body (HTTP 302) from " +
+                          server.url("/8").toString() +
+                          "）。可使用 U 盘更新：QuorvanerUpdate/manifest.json。");
+    QCOMPARE(server.paths().size(), 18);
+}
+
+// A timer of Qt's may ring a twentieth early, and late on a busy machine; the server would answer in the end.
+void UpdateCheckTest::aSilentServerIsWaitedForThreeSeconds() {
+    support::ScriptedServer server;
+    support::ServerScript script{support::pause(20000)};
+    script += support::answer(200, signedRuntime().toUtf8());
+    server.on("/Quorvaner/Update/manifest.json", script);
+    onlineUrl = server.url("/Quorvaner/Update/manifest.json").toString();
+    UpdateContext context;
+    QString summary;
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(!context.runUpdateCheck(QString(), &summary));
+    QVERIFY2(clock.elapsed() >= 2850, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(summary, "在线更新不可用（Operation canceled URL: " + onlineUrl +
+                          "）。可使用 U 盘更新：QuorvanerUpdate/manifest.json。");
+}
+
+void UpdateCheckTest::theClientIsGivenThreeSeconds() {
+    if (support::onWindows)
+        QSKIP("another client runs there");
+    support::SearchPath path(false);
+    path.addScript("curl", "echo \"$*\" > \"$here/log\"\nexit 7\n");
+    onlineUrl = "https://127.0.0.1:1/Quorvaner/Update/manifest.json"; // nobody listens
+    UpdateContext context;
+    QString summary;
+    QVERIFY(!context.runUpdateCheck(QString(), &summary));
+    QVERIFY2(path.read("log").contains(" --max-time 3 "), path.read("log"));
 }
 
 // As if there were no stick, with the one line that says why.
