@@ -137,13 +137,17 @@ bool runFetchClient(const FetchClient &client, const QUrl &url, int waitMs, QByt
     return true;
 }
 
+int clientWaitMs(int timeoutMs) {
+    return timeoutMs + graceMs;
+}
+
 bool powershellFetch(const QUrl &url, int timeoutMs, QByteArray *body, qint32 *status,
                      QUrl *finalUrl, QString *error) {
     const QString target = newTargetPath();
     const FetchClient client{QStringLiteral("powershell"), powershellProgram(),
                              powershellFetchArguments(url, timeoutMs, target), target,
                              statusInExitCode};
-    return runFetchClient(client, url, timeoutMs + graceMs, body, status, finalUrl, error);
+    return runFetchClient(client, url, clientWaitMs(timeoutMs), body, status, finalUrl, error);
 }
 
 bool curlFetch(const QUrl &url, int timeoutMs, QByteArray *body, qint32 *status, QUrl *finalUrl,
@@ -151,5 +155,5 @@ bool curlFetch(const QUrl &url, int timeoutMs, QByteArray *body, qint32 *status,
     const QString target = newTargetPath();
     const FetchClient client{QStringLiteral("curl"), QStringLiteral("curl"),
                              curlFetchArguments(url, timeoutMs, target), target, statusInOutput};
-    return runFetchClient(client, url, timeoutMs + graceMs, body, status, finalUrl, error);
+    return runFetchClient(client, url, clientWaitMs(timeoutMs), body, status, finalUrl, error);
 }

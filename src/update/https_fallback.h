@@ -36,6 +36,9 @@
                                                    const QString &target);
 [[nodiscard]] QStringList curlFetchArguments(const QUrl &url, int timeoutMs, const QString &target);
 
+// How long a client is waited for that was given `timeoutMs`, before it is killed.
+[[nodiscard]] int clientWaitMs(int timeoutMs);
+
 // What a client left when it ended.
 struct ClientEnd {
     bool normal = false; // false if it crashed

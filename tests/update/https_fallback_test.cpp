@@ -8,7 +8,11 @@
 
 #include <QElapsedTimer>
 #include <QRegularExpression>
+#include <QSslCertificate>
+#include <QSslConfiguration>
 #include <QStandardPaths>
+
+#include <thread>
 
 using support::answer;
 using support::ScriptedServer;
@@ -47,6 +51,12 @@ Fetched fetchWith(Fetch fetch, const QUrl &address = url, int timeoutMs = timeou
     return fetched;
 }
 
+// Qt's words for a status that is a failure.
+QString refusedText(const QUrl &address, int status) {
+    return QStringLiteral("Error transferring %1 - server replied: Refused (HTTP %2) URL: %1")
+        .arg(address.toString(), QString::number(status));
+}
+
 QStringList leftovers() {
     return QDir::temp().entryList({"quorvane_https_*"}, QDir::Files);
 }
@@ -78,11 +88,17 @@ private Q_SLOTS:
     void powershellEnds();
     void noPowershell();
     void aClientThatHangsIsKilled();
+    void aClientIsWaitedForFiveSecondsMore();
+    void theWholeWait_data();
+    void theWholeWait();
     void theCommandOfCurl();
     void curlGetsTheBody();
     void curlEnds_data();
     void curlEnds();
     void aFetchThatFailsOverTlsGoesOnWithTheClient();
+    void aFetchThatIsRefusedGoesOnWithTheClient_data();
+    void aFetchThatIsRefusedGoesOnWithTheClient();
+    void aDownloadGivesTheClientTwoMinutes();
     void aSchemeInCapitalsCounts();
     void theClientGetsTheUrlOfTheHopThatFailed();
     void theLibrarysTextStandsIfTheClientFailsToo();
@@ -289,6 +305,45 @@ void HttpsFallbackTest::aClientThatHangsIsKilled() {
     QVERIFY(!QFileInfo::exists("/proc/" + pid));
 }
 
+// Both clients would give the body in the end. A busy machine lets them wait longer, never shorter.
+void HttpsFallbackTest::aClientIsWaitedForFiveSecondsMore() {
+    SearchPath path(false);
+    const QByteArray late = "/bin/sleep 30\nprintf body > \"$target\"\n";
+    path.addScript("powershell", findsPowershellTarget + late + "exit 200\n");
+    path.addScript("curl", findsTarget + late + "printf 200\n");
+    const auto waitOf = [](Fetch fetch, qint64 *elapsed) {
+        QElapsedTimer clock;
+        clock.start();
+        const Fetched fetched = fetchWith(fetch, url, 0);
+        *elapsed = clock.elapsed();
+        return fetched;
+    };
+    qint64 ofCurl = 0;
+    qint64 ofPowershell = 0;
+    Fetched byCurl;
+    std::thread other([&] { byCurl = waitOf(curlFetch, &ofCurl); });
+    const Fetched byPowershell = waitOf(powershellFetch, &ofPowershell);
+    other.join();
+    refuse(byCurl, "curl HTTPS fallback timed out");
+    refuse(byPowershell, "powershell HTTPS fallback timed out");
+    QVERIFY2(ofCurl >= 5000, qPrintable(QString::number(ofCurl)));
+    QVERIFY2(ofPowershell >= 5000, qPrintable(QString::number(ofPowershell)));
+}
+
+void HttpsFallbackTest::theWholeWait_data() {
+    QTest::addColumn<int>("timeoutMs");
+    QTest::addColumn<int>("waitMs");
+    QTest::newRow("nothing and the grace") << 0 << 5000;
+    QTest::newRow("the part of a second counts") << 1999 << 6999;
+    QTest::newRow("a manifest's") << 3000 << 8000;
+    QTest::newRow("a package's") << 120000 << 125000;
+}
+
+void HttpsFallbackTest::theWholeWait() {
+    QFETCH(int, timeoutMs);
+    QTEST(clientWaitMs(timeoutMs), "waitMs");
+}
+
 // --- curl, by a stand-in
 
 void HttpsFallbackTest::theCommandOfCurl() {
@@ -368,6 +423,54 @@ void HttpsFallbackTest::aFetchThatFailsOverTlsGoesOnWithTheClient() {
     QCOMPARE(result.finalUrl, server.url("/a"));
     QCOMPARE(result.error, QString());
     QCOMPARE(path.read("log"), QByteArray("called\n"));
+}
+
+void HttpsFallbackTest::aFetchThatIsRefusedGoesOnWithTheClient_data() {
+    QTest::addColumn<int>("status");
+    QTest::addColumn<bool>("clientGets");
+    for (const int status : {400, 404, 410, 500, 503}) {
+        for (const bool gets : {true, false}) {
+            const QString name = "%1, and the client gets %2";
+            QTest::newRow(qPrintable(name.arg(status).arg(gets ? "it" : "nothing")))
+                << status << gets;
+        }
+    }
+}
+
+// The server is trusted and answers; its status alone is the failure.
+void HttpsFallbackTest::aFetchThatIsRefusedGoesOnWithTheClient() {
+    QFETCH(int, status);
+    QFETCH(bool, clientGets);
+    const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
+    QSslConfiguration trusting = before;
+    trusting.setCaCertificates({QSslCertificate(authority.pem)});
+    QSslConfiguration::setDefaultConfiguration(trusting);
+    SearchPath path(false);
+    path.addScript("curl",
+                   findsTarget + "echo called >> \"$here/log\"\n" +
+                       (clientGets ? "printf body > \"$target\"\nprintf 200\n" : "exit 22\n"));
+    ScriptedServer server(support::tlsWith(certificate));
+    server.on("/a", answer(status, "gone"));
+    const FetchResult result = fetchUrl(server.url("/a"), timeout, 8);
+    QSslConfiguration::setDefaultConfiguration(before);
+    QCOMPARE(server.paths(), QStringList("/a"));
+    QCOMPARE(path.read("log"), QByteArray("called\n"));
+    QCOMPARE(result.ok, clientGets);
+    QCOMPARE(result.statusCode, clientGets ? 200 : status);
+    QCOMPARE(result.error, clientGets ? QString() : refusedText(server.url("/a"), status));
+    if (clientGets)
+        QCOMPARE(result.body, QByteArray("body"));
+}
+
+void HttpsFallbackTest::aDownloadGivesTheClientTwoMinutes() {
+    SearchPath path(false);
+    path.addScript("curl", "echo \"$*\" > \"$here/log\"\n" + findsTarget +
+                               "printf body > \"$target\"\nprintf 200\n");
+    const QString target = support::stageRoot() + "/a.zip";
+    QString error;
+    QVERIFY2(downloadToFile(QUrl("https://127.0.0.1:1/a"), target, &error), qPrintable(error));
+    QVERIFY2(path.read("log").contains(" --max-time 120 "), path.read("log"));
+    QVERIFY(QFile::remove(target));
 }
 
 void HttpsFallbackTest::aSchemeInCapitalsCounts() {
