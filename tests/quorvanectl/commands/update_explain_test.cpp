@@ -22,6 +22,8 @@ using support::Answer;
 
 namespace {
 
+constexpr int patience = 30000; // ms
+
 const support::KeyPair &publisher() {
     static const support::KeyPair key = support::KeyPair::rsa(2048);
     return key;
@@ -117,10 +119,11 @@ private Q_SLOTS:
     void refusals();
 };
 
+// A program that has just ended may hold what it used for a moment more.
 void UpdateExplainTest::init() {
     for (const QString &folder : {app("/config"), app("/translations"), stick(),
                                   support::stageRoot() + "/USER", support::stageRoot() + "/data"})
-        QVERIFY(QDir(folder).removeRecursively());
+        QTRY_VERIFY_WITH_TIMEOUT(QDir(folder).removeRecursively(), patience);
     support::writeTree(app(),
                        {{"config/update.pub", publisher().publicPem().toUtf8()},
                         {"config/FunctionLib.ini", ""},
@@ -288,7 +291,7 @@ void UpdateExplainTest::installationIsFoundByItsFolderToo() {
                                      {"config/FunctionLib.ini", ""}});
     const Answer answer =
         support::runProgram({"update", "explain", stick("/manifest.json"), "--install", pc}, "/");
-    QVERIFY(QDir(pc).removeRecursively());
+    QTRY_VERIFY_WITH_TIMEOUT(QDir(pc).removeRecursively(), patience);
     QCOMPARE(answer.status, 0);
     QVERIFY(answer.out.contains(pc + "/bin/config/update.pub"));
 }
