@@ -2,13 +2,15 @@
 """Kills a project update at its file operations and lets `quorvanectl project recover` clear up.
 
   recover.py TOOL REFERENCE_APPLY INTERPOSER    after a kill at each operation, on one volume and two
-  recover.py --sample N --seed S ...            N of these, chosen by chance
+  recover.py --sample N ...                     N of these, chosen by chance: others each run
+  recover.py --sample N --seed S ...            the N that a run with this seed chose; the environment
+                                                variable FAULT_SEED gives one too
   recover.py --part I N ...                     each N-th point, beginning with the I-th of them
   recover.py --only LAYOUT OPERATION ...        one of them, with what the tool says
   recover.py --clock SECONDS ...                the system's clock is set by so much between unpacking
                                                 and swap
   recover.py --again N ...                      kills the recovery too, at N operations of it chosen by
-                                                chance for each point, and runs it again
+                                                chance (by the seed) for each point, and runs it again
 
 After it the project must be the old one whole or the new one whole, and pass the validator; a second
 run must find nothing to do. A project file that was being written comes from the package, which the
@@ -26,6 +28,7 @@ import subprocess
 import sys
 import tempfile
 
+import chance
 from run import (FAULTS, PROJECT_FILE, Bench, is_stamp_file, read_tree, same_but_for_version,
                  without_hidden)
 
@@ -44,13 +47,18 @@ class RecoveryBench(Bench):
         self.seed = seed
         self.recovering = False
 
-    def observe(self, layout, told, code, data, project):
-        outcome = super().observe(layout, told, code, data, project)
+    def further_options(self):
+        """What the same run of one point needs besides."""
+        return ((f" --again {self.kills} --seed {self.seed}" if self.kills else "") +
+                (f" --clock {self.clock}" if self.clock else ""))
+
+    def observe(self, point, told, code, data, project):
+        outcome = super().observe(point, told, code, data, project)
         if not self.recovering:
             return outcome
         if code != -signal.SIGKILL:
             return Recovered(None, f"the update was not killed: {code}", 0)
-        return self.recover(layout, data, project)
+        return self.recover(point, data, project)
 
     def call(self, data, project, *options, **more):
         environment = dict(os.environ, XDG_DATA_HOME=str(data), LC_ALL="C.UTF-8", **more)
@@ -58,19 +66,19 @@ class RecoveryBench(Bench):
                               env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                               text=True, timeout=120)
 
-    def killed_recoveries(self, data, project):
+    def killed_recoveries(self, point, data, project):
         """Recoveries that were killed. One that came to its end is no more than an early recovery."""
-        chance = random.Random(f"{self.seed} {project}")
+        dice = random.Random(f"{self.seed} {point}")
         kills = 0
         for _ in range(self.kills):
-            at = chance.randrange(1, 3000)
+            at = dice.randrange(1, 3000)
             done = self.call(data, project, "--apply", LD_PRELOAD=str(self.interposer),
                              FAULT_START="1", FAULT_AT=str(at), FAULT_WITH="0")
             kills += done.returncode == -signal.SIGKILL
         return kills
 
-    def recover(self, layout, data, project):
-        kills = self.killed_recoveries(data, project)
+    def recover(self, point, data, project):
+        kills = self.killed_recoveries(point, data, project)
         done = self.call(data, project, "--apply")
         package = ()
         if done.returncode == 1 and "No whole copy was found" in done.stdout:
@@ -80,7 +88,7 @@ class RecoveryBench(Bench):
         again = self.call(data, project)
         if done.returncode != 0 or again.returncode != 0 or "The project is whole." not in again.stdout:
             return Recovered(None, said + again.stdout, kills)
-        return Recovered(self.whole(layout, read_tree(project), bool(package)), said, kills)
+        return Recovered(self.whole(point[0], read_tree(project), bool(package)), said, kills)
 
     def whole(self, layout, tree, package):
         tree = without_hidden(tree or {})
@@ -102,7 +110,7 @@ def arguments():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--sample", type=int)
-    parser.add_argument("--seed", type=int, default=0)
+    chance.add_seed(parser)
     parser.add_argument("--part", nargs=2, type=int, metavar=("I", "N"), default=(1, 1))
     parser.add_argument("--only", nargs=2, metavar=("LAYOUT", "OPERATION"))
     parser.add_argument("--again", type=int, default=0)
@@ -125,7 +133,7 @@ def run_points(bench, points, jobs):
             if result.name is None:
                 bad += 1
                 if bad <= 10:
-                    print(f"not whole: --only {layout} {operation}: "
+                    print(f"not whole: --only {layout} {operation}{bench.further_options()}: "
                           f"{bench.operations[layout][operation - 1]}\n{result.said}")
     for name, number in counts.most_common():
         print(f"{number:7}  {name}")
@@ -141,7 +149,8 @@ def main():
     near = pathlib.Path(tempfile.mkdtemp(prefix="fault", dir=shared if shared.is_dir() else None))
     far = pathlib.Path(tempfile.mkdtemp(prefix="fault"))
     try:
-        bench = RecoveryBench(options.tool.resolve(), options.again, options.seed, options.program,
+        seed = chance.seed_of(options) if options.sample or options.again else 0
+        bench = RecoveryBench(options.tool.resolve(), options.again, seed, options.program,
                               options.interposer.resolve(), near, far)
         bench.clock = options.clock
         layouts = ["one", "two"] if near.stat().st_dev != far.stat().st_dev else ["one"]
@@ -157,7 +166,7 @@ def main():
             print(f"{bench.operations[layout][int(operation) - 1]}\n{result.said}\n{result.name}")
             return 0 if result.name else 1
         if options.sample:
-            points = random.Random(options.seed).sample(points, min(options.sample, len(points)))
+            points = chance.sample_of(points, options.sample, seed)
         return run_points(bench, points, options.jobs)
     finally:
         shutil.rmtree(near)

@@ -22,7 +22,7 @@ PROJECT_FOLDER = "/产线三"
 class OrderBench(RecoveryBench):
     """A bench on which the recovery's operations are written down."""
 
-    def recover(self, layout, data, project):
+    def recover(self, point, data, project):
         trace = self.near / "recovery"
         done = self.call(data, project, "--apply", LD_PRELOAD=str(self.interposer), FAULT_START="1",
                          FAULT_TRACE=str(trace))

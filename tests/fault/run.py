@@ -6,7 +6,9 @@
                                                 fails at each further try (STUCK), from it on the
                                                 disk is full (FULL), and an operation that moves
                                                 data moves half of it before that (SHORT)
-  run.py --sample N --seed S ...                N of these, chosen by chance
+  run.py --sample N ...                         N of these, chosen by chance: others each run
+  run.py --sample N --seed S ...                the N that a run with this seed chose; the environment
+                                                variable FAULT_SEED gives one too
   run.py --every N ...                          each N-th operation
   run.py --only LAYOUT OPERATION FAULT ...      one of them, with its outcome in full
   run.py --list ...                             the operations of each layout
@@ -22,11 +24,12 @@ import errno
 import json
 import os
 import pathlib
-import random
 import shutil
 import subprocess
 import sys
 import tempfile
+
+import chance
 
 Fault = collections.namedtuple("Fault", "errno stays short")
 FAULTS = {"EACCES": Fault(errno.EACCES, False, False), "ENOSPC": Fault(errno.ENOSPC, False, False),
@@ -113,14 +116,14 @@ class Bench:
                                   env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                   timeout=120)
             told = json.loads(done.stdout) if done.returncode == 0 else None
-            return self.observe(layout, told, done.returncode, data, project)
+            return self.observe((layout, operation), told, done.returncode, data, project)
         finally:
             shutil.rmtree(data)
             shutil.rmtree(home)
 
-    def observe(self, layout, told, code, data, project):
+    def observe(self, point, told, code, data, project):
         backups = sorted((data / "Quorvane/update/backup").iterdir())
-        return Outcome(layout, told, code, read_tree(project),
+        return Outcome(point[0], told, code, read_tree(project),
                        [read_tree(backup) for backup in backups])
 
 
@@ -217,7 +220,7 @@ def arguments():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--sample", type=int)
-    parser.add_argument("--seed", type=int, default=0)
+    chance.add_seed(parser)
     parser.add_argument("--every", type=int, default=1)
     parser.add_argument("--only", nargs=3, metavar=("LAYOUT", "OPERATION", "FAULT"))
     parser.add_argument("--list", action="store_true")
@@ -274,7 +277,7 @@ def main():
                   for operation in range(1, len(bench.operations[layout]) + 1, options.every)
                   for fault in faults_at(bench.operations[layout][operation - 1])]
         if options.sample:
-            points = random.Random(options.seed).sample(points, min(options.sample, len(points)))
+            points = chance.sample_of(points, options.sample, chance.seed_of(options))
         print(f"{len(points)} runs")
         failed = run_points(bench, points, options.jobs)
         print(f"{failed} outcomes that are not listed")
