@@ -117,7 +117,7 @@ void LaunchLogTest::theTimeIsLocal() {
     auto time = QDateTime::fromString(logBytes().left(19), "yyyy-MM-dd HH:mm:ss");
     QVERIFY(time.isValid());
     time.setTimeSpec(Qt::UTC);
-    time = time.addSecs(-(5 * 60 + 30) * 60);
+    time = time.addSecs(-qint64((5 * 60 + 30) * 60));
     QVERIFY(time >= before.addSecs(-1) && time <= after);
 }
 

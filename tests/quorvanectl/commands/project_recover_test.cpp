@@ -80,16 +80,11 @@ struct Place {
     }
     FileTree project() const { return support::readTree(path("line")); }
 
-    Answer recover(QStringList more = {}) const {
-        more = QStringList{"project",
-                           "recover",
-                           path("line/line.yslib"),
-                           "--data",
-                           path("data"),
-                           "--library",
-                           QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini"} +
-               more;
-        return support::runTool(more);
+    Answer recover(const QStringList &more = {}) const {
+        const QString library = QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini";
+        return support::runTool(QStringList{"project", "recover", path("line/line.yslib"), "--data",
+                                            path("data"), "--library", library} +
+                                more);
     }
 
     // All contents, wherever they lie.
