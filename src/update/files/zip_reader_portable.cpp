@@ -96,8 +96,8 @@ private:
     qint64 headerBytes = 0;
 };
 
-void ZipReader::Discard::operator()(zip *archive) const {
-    zip_discard(archive);
+void ZipReader::Discard::operator()(zip *opened) const {
+    zip_discard(opened);
 }
 
 ZipReader::ZipReader(const QString &path, const QDeadlineTimer &until)

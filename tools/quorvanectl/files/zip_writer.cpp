@@ -176,8 +176,8 @@ private:
     zip_error_t error = {};
 };
 
-void ZipWriter::Discard::operator()(zip *archive) const {
-    zip_discard(archive);
+void ZipWriter::Discard::operator()(zip *opened) const {
+    zip_discard(opened);
 }
 
 ZipWriter::ZipWriter(QIODevice *out)
