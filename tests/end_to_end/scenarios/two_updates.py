@@ -26,8 +26,9 @@ class TwoUpdates(UpdateScenario):
             self.accept(second)
             wait_for(self.copy_of_the_second, "the second one's copy of the package")
             self.assertEqual((self.left_in("backup"), self.unpacked()), (backups, unpacked))
+        for launcher in (first, second):
+            launcher.wait_for_box(FINISHED)  # both, so that none takes the keyboard from the other
         for count, launcher in enumerate((first, second), 1):
-            launcher.wait_for_box(FINISHED)
             launcher.answer_box(FINISHED)
             self.wait_for_exits(launcher, count)
         self.check_new_project()
