@@ -272,7 +272,7 @@ void TargetLaunchTest::nonceFilesStay_data() {
 void TargetLaunchTest::nonceFilesStay() {
     QFETCH(bool, ends);
     const QString earlier = AppPaths::dataDirectory() + "/launch_nonce_4711.txt";
-    QVERIFY(installation::write(earlier, "earlier\n"));
+    QVERIFY(installation::write(earlier, "earlier"));
     QVERIFY(installation::addTarget("wait exit 0"));
     QString written;
     {
@@ -288,7 +288,7 @@ void TargetLaunchTest::nonceFilesStay() {
         }
     }
     QCOMPARE(readTextFile(noncePath()), written);
-    QCOMPARE(readTextFile(earlier), QString("earlier\n"));
+    QCOMPARE(readTextFile(earlier), QString("earlier"));
     QVERIFY(QFile::remove(earlier));
 }
 

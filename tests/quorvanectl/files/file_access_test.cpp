@@ -157,7 +157,7 @@ void FileAccessTest::whatIsTheSamePlace() {
 // A process's own memory is such a file: it opens, and its first byte cannot be read.
 void FileAccessTest::aFileThatBreaksOffIsNoShorterOne() {
     const QString file = "/proc/self/mem";
-    if (!QFileInfo(file).isFile())
+    if (support::onWindows) // Wine shows it, and has other words for it
         QSKIP("no such file on this system");
     QString error;
     QVERIFY(ctl::readText(file, &error).isNull());
