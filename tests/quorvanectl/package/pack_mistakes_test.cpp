@@ -52,9 +52,9 @@ QString PackMistakesTest::path(const QString &name) const {
 }
 
 Answer PackMistakesTest::pack(const QString &project, const QStringList &more) const {
+    const QString library = QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini";
     return support::runTool(QStringList{"update", "pack", project, "--version", "1.2.0", "--out",
-                                        path("out"), "--library",
-                                        QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini"} +
+                                        path("out"), "--library", library} +
                             more);
 }
 

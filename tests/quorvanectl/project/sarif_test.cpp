@@ -267,7 +267,8 @@ QString SarifTest::summary(const QJsonObject &result) {
             QString("%1:%2").arg(region["startLine"].toInt()).arg(region["startColumn"].toInt()) +
             (region.contains("endColumn") ? QString("-%1").arg(region["endColumn"].toInt())
                                           : QString()));
-    for (const QJsonValue &name : location["logicalLocations"].toArray())
+    const QJsonArray names = location["logicalLocations"].toArray();
+    for (const QJsonValue &name : names)
         words.append(name.toObject()["fullyQualifiedName"].toString());
     return words.join(' ');
 }
