@@ -22,7 +22,8 @@ public:
     RunLogView();
 
     // The lines of this run without white space at the ends, read anew; empty if there are none or
-    // the file cannot be read, or is a pipe or a device. A log that became shorter was replaced and is read from its start.
+    // the file cannot be read, or is a pipe or a device. A log that became shorter was replaced and
+    // is read from its start.
     [[nodiscard]] QString text() const;
 
 private:
