@@ -38,7 +38,8 @@ endfunction()
 # "folder/header.h". Each library exports an include folder that holds nothing but a link to its own
 # folder (with HEADERS: links to these alone, where two libraries share a folder), so an include
 # compiles only where the library is linked: an upward include cannot build. META_OBJECTS: one of its
-# headers has Q_OBJECT.
+# headers has Q_OBJECT. Eight files are compiled as one, since a compiler spends more on Qt's headers than
+# on what a file says: within a room a name stands for one thing, in unnamed namespaces too.
 function(quorvane_add_library folder)
     cmake_parse_arguments(ARG "META_OBJECTS" "NAME;IN" "SOURCES;LINKS;HEADERS" ${ARGN})
     get_filename_component(name "${folder}" NAME)
@@ -65,7 +66,9 @@ function(quorvane_add_library folder)
     target_include_directories(quorvane_${name} PUBLIC "${include_root}")
     target_compile_definitions(quorvane_${name} PRIVATE QT_NO_CAST_FROM_ASCII)
     target_link_libraries(quorvane_${name} PUBLIC ${ARG_LINKS} PRIVATE quorvane_options)
-    set_target_properties(quorvane_${name} PROPERTIES AUTOMOC ${ARG_META_OBJECTS})
+    set_target_properties(
+        quorvane_${name} PROPERTIES AUTOMOC ${ARG_META_OBJECTS} UNITY_BUILD ${QUORVANE_UNITY}
+                                    UNITY_BUILD_BATCH_SIZE 8)
     quorvane_use_precompiled(quorvane_${name} product)
 endfunction()
 

@@ -2,8 +2,6 @@
 
 namespace {
 
-const QChar ellipsis(0x2026);
-
 // The whole characters among the first `most` units, and among the last.
 QString beginning(const QString &text, int most) {
     return text.left(text.at(most - 1).isHighSurrogate() ? most - 1 : most);

@@ -7,6 +7,8 @@
 // Characters that one paragraph hands to a layout. More than the largest window holds.
 inline constexpr int mostShown = 3000;
 
+inline constexpr QChar ellipsis(0x2026);
+
 // The text itself, or its part with an ellipsis for what is missing: at the end, or in the middle with
 // Qt::ElideMiddle. At most mostShown characters and the ellipsis; no character is split in two.
 [[nodiscard]] QString shownPart(const QString &text, Qt::TextElideMode mode = Qt::ElideRight);

@@ -12,8 +12,6 @@
 
 namespace {
 
-const QChar ellipsis(0x2026);
-
 // Whether a font made for European scripts may lack some of the characters.
 bool needsStandIn(const QString &text) {
     constexpr ushort firstBeyond = 0x0590; // where Latin, Greek and Cyrillic end

@@ -9,7 +9,7 @@
 namespace ctl {
 namespace {
 
-QString option() {
+QString installationOption() {
     return QStringLiteral("install");
 }
 
@@ -20,15 +20,15 @@ bool isProgramFolder(const QString &folder) {
 } // namespace
 
 void declareInstall(QCommandLineParser &parser) {
-    parser.addOption({option(),
+    parser.addOption({installationOption(),
                       QStringLiteral("The installation to look at, if not the one of this program. "
                                      "Nothing in it is changed."),
                       QStringLiteral("folder")});
 }
 
 bool inspectInstallation(const QCommandLineParser &parser, QString *error) {
-    if (parser.isSet(option()))
-        return inspectInstallation(parser.value(option()), error);
+    if (parser.isSet(installationOption()))
+        return inspectInstallation(parser.value(installationOption()), error);
     AppPaths::inspect(AppPaths::applicationDirectory());
     return true;
 }

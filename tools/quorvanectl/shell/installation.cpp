@@ -9,12 +9,12 @@
 namespace ctl {
 namespace {
 
-const QLatin1String option("library");
+const QLatin1String libraryOption("library");
 
 } // namespace
 
 void declareLibrary(QCommandLineParser &parser) {
-    parser.addOption({option,
+    parser.addOption({libraryOption,
                       QStringLiteral("Reads the script language's words from this file, not from "
                                      "the one of the installation."),
                       QStringLiteral("FunctionLib.ini")});
@@ -26,7 +26,7 @@ QString installedLibraryPath() {
 }
 
 QString libraryPath(const QCommandLineParser &parser) {
-    return parser.isSet(option) ? parser.value(option) : installedLibraryPath();
+    return parser.isSet(libraryOption) ? parser.value(libraryOption) : installedLibraryPath();
 }
 
 bool loadLibrary(const QCommandLineParser &parser, QString *error) {

@@ -8,7 +8,7 @@
 namespace ctl {
 namespace {
 
-const QLatin1String option("format");
+const QLatin1String formatOption("format");
 
 } // namespace
 
@@ -17,14 +17,14 @@ QStringList textOrJson() {
 }
 
 void declareFormat(QCommandLineParser &parser, const QStringList &formats) {
-    parser.addOption({option,
+    parser.addOption({formatOption,
                       QStringLiteral("Form of the output: %1 (default: %2).")
                           .arg(formats.join(QStringLiteral(", ")), formats.first()),
                       QStringLiteral("name"), formats.first()});
 }
 
 QString chosenFormat(const QCommandLineParser &parser, const QStringList &formats, QString *error) {
-    const QString chosen = parser.value(option);
+    const QString chosen = parser.value(formatOption);
     if (formats.contains(chosen))
         return chosen;
     if (error != nullptr)
