@@ -5,7 +5,7 @@
     <name>LauncherService</name>
     <message>
         <source>未选择 yslib 项目。</source>
-        <translation>No yslib project is selected.</translation>
+        <translation>No project is chosen. Press &quot;Choose project…&quot; and pick one.</translation>
     </message>
     <message>
         <source>正在执行项目预检...</source>
@@ -13,47 +13,47 @@
     </message>
     <message>
         <source>更新任务进行中。请先取消任务或等待完成，再进入修复模式（F8）。</source>
-        <translation>An update task is running. Cancel it or wait for it to finish before entering repair mode (F8).</translation>
+        <translation>An update is being worked on, so F8 does nothing yet. Wait for it to end, or press &quot;Cancel update&quot;, then press F8 again.</translation>
     </message>
     <message>
         <source>未选择项目。按 F8 进入修复模式。</source>
-        <translation>No project is selected. Press F8 for repair mode.</translation>
+        <translation>No project is chosen. Press F8 for repair mode and choose one.</translation>
     </message>
     <message>
         <source>就绪，即将启动：%1</source>
-        <translation>Ready. About to start: %1</translation>
+        <translation>Ready. This project will be started: %1</translation>
     </message>
     <message>
         <source>正在检查更新...</source>
-        <translation>Checking for updates...</translation>
+        <translation>Looking for updates...</translation>
     </message>
     <message>
         <source>正在应用更新...</source>
-        <translation>Applying the update...</translation>
+        <translation>Installing the update... Leave the PC on.</translation>
     </message>
     <message>
         <source>正在启动...</source>
-        <translation>Starting...</translation>
+        <translation>Starting the line...</translation>
     </message>
     <message>
         <source>正在监护目标进程。日志：%1</source>
-        <translation>Watching the target process. Log: %1</translation>
+        <translation>The line is running. Leave this window open: closing it stops the line. Log: %1</translation>
     </message>
     <message>
         <source>修复模式：选择 yslib、查看日志或手动启动。</source>
-        <translation>Repair mode: choose a yslib, read the logs or start manually.</translation>
+        <translation>Repair mode: nothing starts by itself. Choose a project, read the log, or press &quot;Start now&quot;.</translation>
     </message>
     <message>
         <source>已选项目：%1</source>
-        <translation>Project selected: %1</translation>
+        <translation>Project chosen: %1</translation>
     </message>
     <message>
         <source>（进程崩溃）</source>
-        <translation> (the process crashed)</translation>
+        <translation> (it crashed)</translation>
     </message>
     <message>
         <source>（可能被外部终止，如任务管理器）</source>
-        <translation> (possibly ended from outside, for example by Task Manager)</translation>
+        <translation> (it may have been ended from outside, for example in Task Manager)</translation>
     </message>
     <message>
         <source>已启动 %1</source>
@@ -61,67 +61,67 @@
     </message>
     <message>
         <source>Dump 目录：%1</source>
-        <translation>Dump folder: %1</translation>
+        <translation>Crash reports: %1</translation>
     </message>
     <message>
         <source>目标进程已退出，代码 %1%2。
 日志：%3
 %4</source>
-        <translation>The target process has exited with code %1%2.
+        <translation>The line has stopped with code %1%2. Press &quot;Start now&quot; to start it again.
 Log: %3
 %4</translation>
     </message>
     <message>
         <source>检测到离线更新包。请选择是否更新，或继续启动。</source>
-        <translation>An offline update was found. Choose whether to update, or go on starting.</translation>
+        <translation>There is an update on the USB stick. The start waits for you: update, or start without it.</translation>
     </message>
     <message>
         <source>发现在线更新。请选择是否更新，或继续启动。</source>
-        <translation>An online update is available. Choose whether to update, or go on starting.</translation>
+        <translation>There is an update on the network. The start waits for you: update, or start without it.</translation>
     </message>
     <message>
         <source>已设为下次启动再提醒。本次可继续启动。</source>
-        <translation>You will be reminded at the next start. You can go on starting now.</translation>
+        <translation>You will be asked again at the next start. This time the line can start without the update.</translation>
     </message>
     <message>
         <source>已跳过此在线版本提示。可通过「有更新」再次打开更新。</source>
-        <translation>This online version will not be offered again. Use &quot;Update available&quot; to open it.</translation>
+        <translation>You will not be asked about this version again. To install it after all, press &quot;Update available&quot;.</translation>
     </message>
     <message>
         <source>更新检查已取消。</source>
-        <translation>The update check was cancelled.</translation>
+        <translation>The search for updates was stopped. What is installed stays in use.</translation>
     </message>
     <message>
         <source>无可用更新，将启动当前版本。</source>
-        <translation>No update is available. The current version will be started.</translation>
+        <translation>There is no update. What is installed will be started.</translation>
     </message>
     <message>
         <source>当前没有可取消的更新任务。</source>
-        <translation>There is no update task to cancel.</translation>
+        <translation>There is nothing to cancel: no update is being worked on.</translation>
     </message>
     <message>
         <source>正在取消更新任务…</source>
-        <translation>Cancelling the update task…</translation>
+        <translation>Cancelling the update… This can take a moment.</translation>
     </message>
     <message>
         <source>当前没有可应用的已验证更新。</source>
-        <translation>There is no verified update to apply.</translation>
+        <translation>There is no checked update that could be installed.</translation>
     </message>
     <message>
         <source>组件更新任务已取消。</source>
-        <translation>The component update was cancelled.</translation>
+        <translation>The component update was cancelled. Press &quot;Start now&quot; to start the line.</translation>
     </message>
     <message>
         <source>项目更新已完成。</source>
-        <translation>The project update is complete.</translation>
+        <translation>The project has been updated.</translation>
     </message>
     <message>
         <source>已跳过项目更新。</source>
-        <translation>The project update was skipped.</translation>
+        <translation>The project was left as it is.</translation>
     </message>
     <message>
         <source>已处理所选更新内容，正在启动…</source>
-        <translation>The selected updates have been handled. Starting…</translation>
+        <translation>What you ticked has been dealt with. Starting the line…</translation>
     </message>
     <message>
         <source>未知</source>
@@ -133,83 +133,83 @@ Log: %3
     </message>
     <message>
         <source>下载项目更新包…</source>
-        <translation>Downloading the project update…</translation>
+        <translation>Getting the new project…</translation>
     </message>
     <message>
         <source>校验 manifest…</source>
-        <translation>Verifying the manifest…</translation>
+        <translation>Checking the update list…</translation>
     </message>
     <message>
         <source>拉取并校验 manifest…</source>
-        <translation>Fetching and verifying the manifest…</translation>
+        <translation>Getting and checking the update list…</translation>
     </message>
     <message>
         <source>项目包校验完成</source>
-        <translation>The project package has been verified</translation>
+        <translation>The new project has passed its check</translation>
     </message>
     <message>
         <source>项目包校验失败</source>
-        <translation>The project package failed verification</translation>
+        <translation>The new project did not pass its check</translation>
     </message>
     <message>
         <source>准备组件安装包…</source>
-        <translation>Preparing the component installers…</translation>
+        <translation>Getting the installers ready…</translation>
     </message>
     <message>
         <source>正在检查更新，请稍候…</source>
-        <translation>Checking for updates, please wait…</translation>
+        <translation>Still looking for updates… Please wait, or press &quot;Cancel update&quot; to start without them.</translation>
     </message>
     <message>
         <source>插件 %1 版本 %2 低于 manifest 要求 %3（仅警告，不拦截）。</source>
-        <translation>Plug-in %1 has version %2, below the %3 that the manifest asks for (a warning only, nothing is blocked).</translation>
+        <translation>Plug-in %1 has version %2, this update expects %3 (only a warning, you can go on).</translation>
     </message>
     <message>
         <source>插件 %1 缺失：%2（仅警告，不拦截）。</source>
-        <translation>Plug-in %1 is missing: %2 (a warning only, nothing is blocked).</translation>
+        <translation>Plug-in %1 is missing: %2 (only a warning, you can go on).</translation>
     </message>
     <message>
         <source>项目预检失败：
 %1
 日志：%2</source>
-        <translation>The project check failed:
+        <translation>The project has errors and cannot run. Choose another, or give this text to its engineer:
 %1
 Log: %2</translation>
     </message>
     <message>
         <source>Runtime 版本 %1 低于 manifest 要求 %2（仅警告，不拦截）。</source>
-        <translation>Runtime version %1 is below the %2 that the manifest asks for (a warning only, nothing is blocked).</translation>
+        <translation>The Runtime has version %1, this update expects %2 (only a warning, you can go on).</translation>
     </message>
     <message>
         <source>在线更新不可用（%1）。可使用 U 盘更新：QuorvanerUpdate/manifest.json。</source>
-        <translation>Online updates are not available (%1). You can update from a USB stick: QuorvanerUpdate/manifest.json.</translation>
+        <translation>Online updates are not available (%1). You can update from a USB stick instead: QuorvanerUpdate/manifest.json.</translation>
     </message>
     <message>
         <source>未找到更新 manifest，将继续使用当前版本。</source>
-        <translation>No update manifest was found. The current version stays in use.</translation>
+        <translation>No update list was found. What is installed stays in use.</translation>
     </message>
     <message>
         <source>更新被拒绝：%1（source=%2）。将继续使用当前版本。</source>
-        <translation>The update was refused: %1 (source=%2). The current version stays in use.</translation>
+        <translation>The update was refused: %1 (from %2). Do not use it; what is installed stays in use.</translation>
     </message>
     <message>
         <source>更新 manifest 解析失败，将继续使用当前版本。</source>
-        <translation>The update manifest could not be parsed. The current version stays in use.</translation>
+        <translation>The update list cannot be read. What is installed stays in use.</translation>
     </message>
     <message>
         <source>U 盘 manifest 无法读取，尝试在线更新：%1 (%2)</source>
-        <translation>The manifest on the USB stick cannot be read, trying the online update: %1 (%2)</translation>
+        <translation>The update list on the USB stick cannot be read, trying the server: %1 (%2)</translation>
     </message>
     <message>
         <source>已读取 U 盘 manifest：%1（文件 SHA256 计算失败：%2）</source>
-        <translation>Read the manifest on the USB stick: %1 (the SHA256 of the file could not be computed: %2)</translation>
+        <translation>Read the update list on the USB stick: %1 (its SHA256 could not be computed: %2)</translation>
     </message>
     <message>
         <source>已读取 U 盘 manifest：%1（file_sha256=%2）</source>
-        <translation>Read the manifest on the USB stick: %1 (file_sha256=%2)</translation>
+        <translation>Read the update list on the USB stick: %1 (file_sha256=%2)</translation>
     </message>
     <message>
         <source>已读取在线 manifest：%1</source>
-        <translation>Read the online manifest: %1</translation>
+        <translation>Read the update list from the server: %1</translation>
     </message>
     <message>
         <source>%1：%2</source>
@@ -217,7 +217,7 @@ Log: %2</translation>
     </message>
     <message>
         <source>未检测到高于当前版本的可用更新。</source>
-        <translation>No update newer than the current version was found.</translation>
+        <translation>There is no update newer than what is installed.</translation>
     </message>
     <message>
         <source>项目：%1</source>
@@ -225,7 +225,7 @@ Log: %2</translation>
     </message>
     <message>
         <source>未找到与当前项目匹配的项目记录（%1）。</source>
-        <translation>There is no project record for the current project (%1).</translation>
+        <translation>This update is not for the project in use (%1).</translation>
     </message>
     <message>
         <source>新版本</source>
@@ -233,23 +233,23 @@ Log: %2</translation>
     </message>
     <message>
         <source>已验证的更新可用（来源：%1）。</source>
-        <translation>A verified update is available (source: %1).</translation>
+        <translation>A genuine update is available (from %1).</translation>
     </message>
     <message>
         <source>当前项目版本：%1（%2）</source>
-        <translation>Current project version: %1 (%2)</translation>
+        <translation>Installed project version: %1 (%2)</translation>
     </message>
     <message>
         <source>可更新项：%1</source>
-        <translation>Can be updated: %1</translation>
+        <translation>It can update: %1</translation>
     </message>
     <message>
         <source>检测到离线更新包，可在主界面选择「立即更新」或继续启动。</source>
-        <translation>An offline update was found. Choose &quot;Update now&quot; in the main window, or go on starting.</translation>
+        <translation>It is on the USB stick. Press &quot;Update now&quot;, or start without it.</translation>
     </message>
     <message>
         <source>发现在线更新，可在主界面选择「立即更新」「稍后提醒」或「跳过此版本」。</source>
-        <translation>An online update is available. Choose &quot;Update now&quot;, &quot;Remind me later&quot; or &quot;Skip this version&quot; in the main window.</translation>
+        <translation>It is on the network. Press &quot;Update now&quot;, &quot;Remind me later&quot; or &quot;Skip this version&quot;.</translation>
     </message>
     <message>
         <source>Runtime</source>
@@ -269,27 +269,27 @@ Log: %2</translation>
     </message>
     <message>
         <source>修复模式下更新检查命中节流窗口（%1 秒），跳过重复请求。</source>
-        <translation>Repair mode: the last update check started less than %1 seconds ago, the repeated request was skipped.</translation>
+        <translation>Repair mode: updates were looked for less than %1 seconds ago, so not again now.</translation>
     </message>
     <message>
         <source>%1 未提供 setupUrl。</source>
-        <translation>%1 has no setupUrl.</translation>
+        <translation>This update holds no installer for: %1.</translation>
     </message>
     <message>
         <source>%1 安装包缺失：%2</source>
-        <translation>The installer of %1 is missing: %2</translation>
+        <translation>The %1 installer is missing on the USB stick: %2</translation>
     </message>
     <message>
         <source>%1 缺少可识别的目标版本（manifest 未提供 version 且 setupUrl 无版本号）。</source>
-        <translation>%1 has no recognisable target version (the manifest gives no version, and setupUrl holds none).</translation>
+        <translation>The new version of %1 is not known: neither the update list nor the name of the installer tells it.</translation>
     </message>
     <message>
         <source>目标版本 %1 不高于当前版本 %2。</source>
-        <translation>Target version %1 is not newer than the current version %2.</translation>
+        <translation>The version on offer, %1, is not newer than the installed %2.</translation>
     </message>
     <message>
         <source>当前版本 %1 低于该更新包最小可更新版本 %2。</source>
-        <translation>The current version %1 is below %2, the lowest version that this package can update.</translation>
+        <translation>The installed version %1 is too old: this update needs at least %2.</translation>
     </message>
     <message>
         <source>未知版本</source>
@@ -301,23 +301,23 @@ Log: %2</translation>
     </message>
     <message>
         <source>manifest 未提供可更新的项目记录。</source>
-        <translation>The manifest offers no project record to update with.</translation>
+        <translation>This update holds nothing for the project in use.</translation>
     </message>
     <message>
         <source>当前项目版本 %1 已不低于更新版本 %2。</source>
-        <translation>The current project version %1 is not below the update&apos;s version %2.</translation>
+        <translation>The installed project %1 is as new as the %2 on offer, or newer.</translation>
     </message>
     <message>
         <source>项目记录缺少 zipUrl。</source>
-        <translation>The project record has no zipUrl.</translation>
+        <translation>The update list names no package for the project. Tell the publisher.</translation>
     </message>
     <message>
         <source>项目记录缺少 zipSha256。</source>
-        <translation>The project record has no zipSha256.</translation>
+        <translation>The update list holds no checksum of the project package. Tell the publisher.</translation>
     </message>
     <message>
         <source>项目更新包缺失：%1</source>
-        <translation>The project package is missing: %1</translation>
+        <translation>The project package is missing on the USB stick: %1</translation>
     </message>
     <message>
         <source>可更新到 %1。</source>
@@ -325,27 +325,27 @@ Log: %2</translation>
     </message>
     <message>
         <source>%1 安装包下载失败（%2），将继续使用当前版本。</source>
-        <translation>The %1 installer could not be downloaded (%2). The current version stays in use.</translation>
+        <translation>The %1 installer could not be downloaded (%2). What is installed stays in use.</translation>
     </message>
     <message>
         <source>%1 安装包不存在：%2，将继续使用当前版本。</source>
-        <translation>The %1 installer does not exist: %2. The current version stays in use.</translation>
+        <translation>The %1 installer was not found: %2. What is installed stays in use.</translation>
     </message>
     <message>
         <source>%1 安装包校验失败且重下失败（校验：%2；重下：%3），将继续使用当前版本。</source>
-        <translation>The %1 installer failed its check and could not be downloaded again (check: %2; download: %3). The current version stays in use.</translation>
+        <translation>The %1 installer did not pass its check and could not be downloaded again (check: %2; download: %3). What is installed stays in use.</translation>
     </message>
     <message>
         <source>%1 安装包缓存命中但校验不一致，已自动重下并通过校验：%2</source>
-        <translation>The %1 installer in the cache did not match; it was downloaded again and passed its check: %2</translation>
+        <translation>The stored %1 installer did not pass its check; a fresh download did: %2</translation>
     </message>
     <message>
         <source>%1 安装包校验失败（%2），将继续使用当前版本。</source>
-        <translation>The %1 installer failed its check (%2). The current version stays in use.</translation>
+        <translation>The %1 installer did not pass its check and was not started (%2). What is installed stays in use.</translation>
     </message>
     <message>
         <source>%1 安装包已就绪：%2（请在关闭 Launcher 后手动执行该安装包）</source>
-        <translation>The %1 installer is ready: %2 (run it by hand after closing the Launcher)</translation>
+        <translation>The %1 installer is ready: %2 (close the Launcher, then run it by hand)</translation>
     </message>
     <message>
         <source>%1 安装包启动失败：%2，请稍后手动执行。</source>
@@ -353,50 +353,50 @@ Log: %2</translation>
     </message>
     <message>
         <source>%1 安装包已自动启动：%2（组件版本将在安装程序完成后写入本地配置）</source>
-        <translation>The %1 installer was started: %2 (the component version is recorded once the installer has finished)</translation>
+        <translation>The %1 installer has been started: %2 (follow its window; it records the new version when it is done)</translation>
     </message>
     <message>
         <source>更新任务正在进行中...</source>
-        <translation>An update task is already running...</translation>
+        <translation>An update is being worked on already...</translation>
     </message>
     <message>
         <source>未选择任何更新内容。</source>
-        <translation>Nothing was chosen to update.</translation>
+        <translation>Nothing was ticked, so nothing was updated.</translation>
     </message>
     <message>
         <source>项目更新不可用：%1</source>
-        <translation>The project update is not available: %1</translation>
+        <translation>The project cannot be updated: %1</translation>
     </message>
     <message>
         <source>正在应用更新（后台执行）...</source>
-        <translation>Applying the update in the background...</translation>
+        <translation>Installing the update in the background... Leave the PC on.</translation>
     </message>
     <message>
         <source>更新任务已取消。</source>
-        <translation>The update task was cancelled.</translation>
+        <translation>The update was cancelled. Press &quot;Start now&quot; to start the line.</translation>
     </message>
 </context>
 <context>
     <name>LauncherWindow</name>
     <message>
         <source>预检失败</source>
-        <translation>Project check failed</translation>
+        <translation>The project cannot run</translation>
     </message>
     <message>
         <source>启动失败</source>
-        <translation>Start failed</translation>
+        <translation>The line could not be started</translation>
     </message>
     <message>
         <source>Dump 目录：</source>
-        <translation>Dump folder: </translation>
+        <translation>Crash reports: </translation>
     </message>
     <message>
         <source>目标进程提前退出</source>
-        <translation>The target process exited early</translation>
+        <translation>The line stopped unexpectedly</translation>
     </message>
     <message>
         <source>选择 yslib 项目</source>
-        <translation>Choose a yslib project</translation>
+        <translation>Choose a project</translation>
     </message>
     <message>
         <source>项目文件 (*.yslib)</source>
@@ -412,11 +412,15 @@ Log: %2</translation>
     </message>
     <message>
         <source>将在 %1 秒后自动启动（F8 = 修复模式）</source>
-        <translation>Starting automatically in %1 s (F8 = repair mode)</translation>
+        <translation>The line starts by itself in %1 s (F8 = stop, repair mode)</translation>
     </message>
     <message>
-        <source>本次会话尚无日志。启动过程将显示在这里。</source>
-        <translation>Nothing has been logged in this session yet. What the launcher does will be shown here.</translation>
+        <source>倒计时结束后，启动器检查项目并自动启动产线，无需任何操作。
+在此之前会查找更新；显示黄色面板时，F8 暂不起作用。
+按 F8 可停止自动启动并进入修复模式：选择项目、查看日志或手动启动。</source>
+        <translation>When the count reaches zero, the project is checked and the line starts by itself.
+Until then updates are looked for. While the yellow panel shows this, F8 does nothing.
+Press F8 to stop and choose a project, read the log or start by hand (repair mode).</translation>
     </message>
     <message>
         <source>Quorvane 启动器</source>
@@ -428,19 +432,19 @@ Log: %2</translation>
     </message>
     <message>
         <source>跳过核心插件预检（有风险）</source>
-        <translation>Skip the core plug-in check (risky)</translation>
+        <translation>Start without checking the core plug-in (risky)</translation>
     </message>
     <message>
         <source>浏览 yslib…</source>
-        <translation>Browse for yslib…</translation>
+        <translation>Choose project…</translation>
     </message>
     <message>
         <source>打开启动日志</source>
-        <translation>Open launch log</translation>
+        <translation>Open log</translation>
     </message>
     <message>
         <source>打开 dump 目录</source>
-        <translation>Open dump folder</translation>
+        <translation>Open crash reports</translation>
     </message>
     <message>
         <source>立即启动</source>
@@ -448,11 +452,11 @@ Log: %2</translation>
     </message>
     <message>
         <source>应用更新</source>
-        <translation>Apply update</translation>
+        <translation>Install update</translation>
     </message>
     <message>
         <source>跳过并启动当前版本</source>
-        <translation>Skip and start the current version</translation>
+        <translation>Skip and start what is installed</translation>
     </message>
     <message>
         <source>立即更新</source>
@@ -472,15 +476,15 @@ Log: %2</translation>
     </message>
     <message>
         <source>取消更新任务</source>
-        <translation>Cancel update task</translation>
+        <translation>Cancel update</translation>
     </message>
     <message>
         <source>更新任务</source>
-        <translation>Update task</translation>
+        <translation>Update</translation>
     </message>
     <message>
         <source>启动日志（本次会话）</source>
-        <translation>Launch log (this session)</translation>
+        <translation>Log of this start</translation>
     </message>
     <message>
         <source>切换到中文</source>
@@ -489,7 +493,7 @@ Log: %2</translation>
     </message>
     <message>
         <source>项目文件路径</source>
-        <translation>Project file path</translation>
+        <translation>Path of the project file</translation>
     </message>
     <message>
         <source>正在处理</source>
@@ -497,11 +501,11 @@ Log: %2</translation>
     </message>
     <message>
         <source>检测到离线更新包，建议尽快更新。</source>
-        <translation>An offline update was found. It is best to update soon.</translation>
+        <translation>There is an update on the USB stick. It is best to update soon.</translation>
     </message>
     <message>
         <source>发现在线更新，可选择立即更新或稍后处理。</source>
-        <translation>An online update is available. Update now or deal with it later.</translation>
+        <translation>There is an update on the network. Update now, or leave it for later.</translation>
     </message>
     <message>
         <source>跳过并启动</source>
@@ -509,11 +513,11 @@ Log: %2</translation>
     </message>
     <message>
         <source>更新进行中</source>
-        <translation>Update in progress</translation>
+        <translation>An update is being worked on</translation>
     </message>
     <message>
         <source>当前已有更新任务在执行，请等待完成或取消后再试。</source>
-        <translation>An update task is already running. Wait for it to finish, or cancel it and try again.</translation>
+        <translation>An update is being worked on already. Wait for it to end, or press &quot;Cancel update&quot;, then try again.</translation>
     </message>
     <message>
         <source>选择更新内容</source>
@@ -525,43 +529,43 @@ Log: %2</translation>
     </message>
     <message>
         <source>更新项目（USER/projects）</source>
-        <translation>Update the project (USER/projects)</translation>
+        <translation>Project (in USER/projects)</translation>
     </message>
     <message>
         <source>更新 Python 工具 (Black/Ruff)</source>
-        <translation>Update the Python tools (Black/Ruff)</translation>
+        <translation>Python tools (Black/Ruff)</translation>
     </message>
     <message>
         <source>更新 Runtime 组件</source>
-        <translation>Update the Runtime</translation>
+        <translation>Runtime (runs the line)</translation>
     </message>
     <message>
         <source>更新 Launcher 组件</source>
-        <translation>Update the Launcher</translation>
+        <translation>Launcher (this program)</translation>
     </message>
     <message>
         <source>更新 Editor 组件</source>
-        <translation>Update the Editor</translation>
+        <translation>Editor (for writing projects)</translation>
     </message>
     <message>
         <source>请选择需要更新的内容（可多选）：</source>
-        <translation>Choose what to update (one or more):</translation>
+        <translation>Tick what you want to update (one or more):</translation>
     </message>
     <message>
         <source>说明：组件更新包会按勾选项提供安装引导。Python 工具优先于 Runtime/Editor 安装；Runtime/Editor/Launcher 安装器会按既定顺序拉起，建议在空闲时执行更新。</source>
-        <translation>Note: an installer opens for each component that you tick. The Python tools are installed before Runtime and Editor; the installers of Runtime, Editor and Launcher then open in a fixed order. It is best to update while the line is idle.</translation>
+        <translation>Note: each component that you tick opens its own installer. The Python tools come before Runtime and Editor; Runtime, Editor and Launcher follow in a fixed order. It is best to update while the line stands still.</translation>
     </message>
     <message>
         <source>未选择更新内容</source>
-        <translation>Nothing selected</translation>
+        <translation>Nothing is ticked</translation>
     </message>
     <message>
         <source>请至少勾选一项更新内容。</source>
-        <translation>Tick at least one item to update.</translation>
+        <translation>Nothing was updated. Open the choice again and tick at least one item.</translation>
     </message>
     <message>
         <source>检查更新</source>
-        <translation>Checking for updates</translation>
+        <translation>Looking for updates</translation>
     </message>
     <message>
         <source>下载</source>
@@ -569,7 +573,7 @@ Log: %2</translation>
     </message>
     <message>
         <source>校验</source>
-        <translation>Verifying</translation>
+        <translation>Checking</translation>
     </message>
     <message>
         <source>安装组件</source>
@@ -577,11 +581,11 @@ Log: %2</translation>
     </message>
     <message>
         <source>更新任务 [%1]：%2</source>
-        <translation>Update task [%1]: %2</translation>
+        <translation>Update [%1]: %2</translation>
     </message>
     <message>
         <source>进行中…</source>
-        <translation>In progress…</translation>
+        <translation>Working…</translation>
     </message>
     <message>
         <source>网络错误</source>

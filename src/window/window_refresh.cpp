@@ -78,8 +78,10 @@ void LauncherWindow::showCountdown(int secondsRemaining) {
 // A text that is already there is left alone, so that the pane stays where it was scrolled to.
 void LauncherWindow::refreshLogView() {
     const QString run = runLog.text();
-    const QString text =
-        run.isEmpty() ? logNotice(tr("本次会话尚无日志。启动过程将显示在这里。")) : run;
+    const QString notice = tr("倒计时结束后，启动器检查项目并自动启动产线，无需任何操作。\n"
+                              "在此之前会查找更新；显示黄色面板时，F8 暂不起作用。\n"
+                              "按 F8 可停止自动启动并进入修复模式：选择项目、查看日志或手动启动。");
+    const QString text = run.isEmpty() ? logNotice(notice) : run;
     if (logView->toPlainText() != text)
         logView->setPlainText(text);
 }

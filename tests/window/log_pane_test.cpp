@@ -21,6 +21,7 @@ private Q_SLOTS:
     void aFirstRunShowsTheWholeLog();
     void aReplacedLogIsShownFromItsStart();
     void theBuiltInNoticeIsTranslated();
+    void theNoticeThatShipsSaysTheSameInBothLanguages();
     void theNoticeFileIsShownTrimmed();
     void anEmptyNoticeFileShowsNothing();
     void aNoticeThatIsAPipeIsNotWaitedFor();
@@ -37,6 +38,14 @@ QString LogPaneTest::noticePath() {
 }
 
 namespace {
+
+const QString chineseNotice = "倒计时结束后，启动器检查项目并自动启动产线，无需任何操作。\n"
+                              "在此之前会查找更新；显示黄色面板时，F8 暂不起作用。\n"
+                              "按 F8 可停止自动启动并进入修复模式：选择项目、查看日志或手动启动。";
+const QString englishNotice =
+    "When the count reaches zero, the project is checked and the line starts by itself.\n"
+    "Until then updates are looked for. While the yellow panel shows this, F8 does nothing.\n"
+    "Press F8 to stop and choose a project, read the log or start by hand (repair mode).";
 
 void write(const QString &path, const QByteArray &bytes) {
     QVERIFY(QDir().mkpath(QFileInfo(path).path()));
@@ -89,12 +98,16 @@ void LogPaneTest::aReplacedLogIsShownFromItsStart() {
 void LogPaneTest::theBuiltInNoticeIsTranslated() {
     stageTranslation();
     WindowScene scene;
-    QCOMPARE(scene.parts.logView->toPlainText(),
-             QString("本次会话尚无日志。启动过程将显示在这里。"));
+    QCOMPARE(scene.parts.logView->toPlainText(), chineseNotice);
     useLanguage(Language::English);
-    QCOMPARE(scene.parts.logView->toPlainText(),
-             QString("Nothing has been logged in this session yet. "
-                     "What the launcher does will be shown here."));
+    QCOMPARE(scene.parts.logView->toPlainText(), englishNotice);
+}
+
+// Whoever installs it sees the same words, in both languages whichever is in force.
+void LogPaneTest::theNoticeThatShipsSaysTheSameInBothLanguages() {
+    QFile shipped(QUORVANE_SOURCES "/resources/config/launcher_notice.txt");
+    QVERIFY(shipped.open(QIODevice::ReadOnly));
+    QCOMPARE(QString::fromUtf8(shipped.readAll()), chineseNotice + '\n' + englishNotice + '\n');
 }
 
 void LogPaneTest::theNoticeFileIsShownTrimmed() {
@@ -114,8 +127,7 @@ void LogPaneTest::aNoticeThatIsAPipeIsNotWaitedFor() {
     if (!support::makePipe(noticePath()))
         QSKIP("there are none");
     const WindowScene scene;
-    QCOMPARE(scene.parts.logView->toPlainText(),
-             QString("本次会话尚无日志。启动过程将显示在这里。"));
+    QCOMPARE(scene.parts.logView->toPlainText(), chineseNotice);
 }
 
 void LogPaneTest::ofALineBeyondAllMeasureThePaneLaysOutAPart() {

@@ -133,8 +133,8 @@ void OfferTest::theLanguageChangesWhileTheCheckRuns() {
     run.startCheck();
     run.parts.languageButton->click();
     QCOMPARE(run.parts.taskTitleLabel->text(),
-             "Update task [" + run.service.taskId + "]: Checking for updates");
-    QCOMPARE(run.parts.taskDetailLabel->text(), QString("Fetching and verifying the manifest…"));
+             "Update [" + run.service.taskId + "]: Looking for updates");
+    QCOMPARE(run.parts.taskDetailLabel->text(), QString("Getting and checking the update list…"));
     server.reset();
     QTRY_VERIFY(!run.service.isUpdateTaskActive());
 }

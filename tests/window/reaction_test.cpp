@@ -146,12 +146,12 @@ void ReactionTest::boxes_data() {
     QTest::addColumn<QString>("chineseTitle");
     QTest::addColumn<QString>("englishTitle");
     QTest::newRow("the precheck failed") << "precheck" << int(QMessageBox::Warning) << "预检失败"
-                                         << "Project check failed";
+                                         << "The project cannot run";
     QTest::newRow("the launch failed") << "launch" << int(QMessageBox::Critical) << "启动失败"
-                                       << "Start failed";
+                                       << "The line could not be started";
     QTest::newRow("the target ended with a code")
         << "exit" << int(QMessageBox::Warning) << "目标进程提前退出"
-        << "The target process exited early";
+        << "The line stopped unexpectedly";
 }
 
 void ReactionTest::boxes() {
@@ -175,7 +175,7 @@ void ReactionTest::boxes() {
         });
         QString text = details;
         if (signal == "exit")
-            text += (english ? "\nDump folder: " : "\nDump 目录：") + AppPaths::dumpsDirectory();
+            text += (english ? "\nCrash reports: " : "\nDump 目录：") + AppPaths::dumpsDirectory();
         QCOMPARE(box.title, english ? englishTitle : chineseTitle);
         QCOMPARE(box.text, text);
         QCOMPARE(box.icon, QMessageBox::Icon(icon));

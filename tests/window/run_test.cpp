@@ -128,16 +128,15 @@ void RunTest::theLanguageChangesWhileTheTargetRuns() {
     QTRY_COMPARE(scene.service.state, State::Monitor);
     scene.parts.languageButton->click();
     QCOMPARE(scene.parts.statusLabel->text(),
-             "Watching the target process. Log: " + AppPaths::launchLogPath());
+             "The line is running. Leave this window open: closing it stops the line. Log: " +
+                 AppPaths::launchLogPath());
     installation::release();
     QTRY_COMPARE(scene.service.state, State::Failed);
     QTRY_VERIFY(scene.parts.repairPanel->isVisible());
-    QVERIFY(
-        scene.parts.statusLabel->text().startsWith("The target process has exited with code 0."));
+    QVERIFY(scene.parts.statusLabel->text().startsWith("The line has stopped with code 0."));
     // What was said about an end is said: it keeps its language.
     scene.parts.languageButton->click();
-    QVERIFY(
-        scene.parts.statusLabel->text().startsWith("The target process has exited with code 0."));
+    QVERIFY(scene.parts.statusLabel->text().startsWith("The line has stopped with code 0."));
 }
 
 void RunTest::aStartByHandFollowsAFailedRun() {

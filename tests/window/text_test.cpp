@@ -53,24 +53,23 @@ QList<Text> textsOf(const WindowScene &scene) {
         {"title", parts.titleLabel->text(), "Quorvane 启动器", "Quorvane Launcher"},
         {"project", parts.projectLabel->text(), "项目：/p/a.yslib", "Project: /p/a.yslib"},
         {"skip precheck", parts.skipPrecheckCheck->text(), "跳过核心插件预检（有风险）",
-         "Skip the core plug-in check (risky)"},
-        {"browse", parts.browseButton->text(), "浏览 yslib…", "Browse for yslib…"},
-        {"open log", parts.openLogButton->text(), "打开启动日志", "Open launch log"},
-        {"open dumps", parts.openDumpsButton->text(), "打开 dump 目录", "Open dump folder"},
+         "Start without checking the core plug-in (risky)"},
+        {"browse", parts.browseButton->text(), "浏览 yslib…", "Choose project…"},
+        {"open log", parts.openLogButton->text(), "打开启动日志", "Open log"},
+        {"open dumps", parts.openDumpsButton->text(), "打开 dump 目录", "Open crash reports"},
         {"launch", parts.launchButton->text(), "立即启动", "Start now"},
-        {"apply", parts.applyButton->text(), "应用更新", "Apply update"},
+        {"apply", parts.applyButton->text(), "应用更新", "Install update"},
         {"skip", parts.skipButton->text(), "跳过并启动当前版本",
-         "Skip and start the current version"},
+         "Skip and start what is installed"},
         {"update now", parts.bannerUpdateButton->text(), "立即更新", "Update now"},
         {"remind", parts.bannerRemindButton->text(), "稍后提醒", "Remind me later"},
         {"skip version", parts.bannerSkipButton->text(), "跳过此版本", "Skip this version"},
         {"badge", parts.hasUpdateButton->text(), "有更新", "Update available"},
-        {"cancel", parts.taskCancelButton->text(), "取消更新任务", "Cancel update task"},
-        {"task", parts.taskTitleLabel->text(), "更新任务", "Update task"},
-        {"log", parts.logView->placeholderText(), "启动日志（本次会话）",
-         "Launch log (this session)"},
+        {"cancel", parts.taskCancelButton->text(), "取消更新任务", "Cancel update"},
+        {"task", parts.taskTitleLabel->text(), "更新任务", "Update"},
+        {"log", parts.logView->placeholderText(), "启动日志（本次会话）", "Log of this start"},
         {"countdown", parts.countdownLabel->text(), "将在 5 秒后自动启动（F8 = 修复模式）",
-         "Starting automatically in 5 s (F8 = repair mode)"},
+         "The line starts by itself in 5 s (F8 = stop, repair mode)"},
     };
 }
 
@@ -185,7 +184,8 @@ void TextTest::aStatusOfTheFlowFollowsTheLanguage() {
              QString("修复模式：选择 yslib、查看日志或手动启动。"));
     useLanguage(Language::English);
     QCOMPARE(scene.parts.statusLabel->text(),
-             QString("Repair mode: choose a yslib, read the logs or start manually."));
+             QString("Repair mode: nothing starts by itself. Choose a project, read the log, or "
+                     "press \"Start now\"."));
 }
 
 void TextTest::theTaskPanelTurnsBusyUntilTheNextReport() {
@@ -198,11 +198,10 @@ void TextTest::theTaskPanelTurnsBusyUntilTheNextReport() {
                                                    "detail:fetch-manifest");
     QCOMPARE(parts.taskProgressBar->value(), 30);
     useLanguage(Language::English);
-    QCOMPARE(parts.taskTitleLabel->text(),
-             QString("Update task [check_12345678]: Checking for updates"));
-    QCOMPARE(parts.taskDetailLabel->text(), QString("Fetching and verifying the manifest…"));
+    QCOMPARE(parts.taskTitleLabel->text(), QString("Update [check_12345678]: Looking for updates"));
+    QCOMPARE(parts.taskDetailLabel->text(), QString("Getting and checking the update list…"));
     QCOMPARE(parts.taskProgressBar->maximum(), 0);
-    QCOMPARE(parts.taskProgressBar->format(), QString("In progress…"));
+    QCOMPARE(parts.taskProgressBar->format(), QString("Working…"));
     Q_EMIT scene.service.updateTaskProgressChanged("check_12345678", "check", 60, "");
     QCOMPARE(parts.taskProgressBar->maximum(), 100);
     QCOMPARE(parts.taskProgressBar->value(), 60);
@@ -213,7 +212,7 @@ void TextTest::aTaskWithoutAReportKeepsItsTitle() {
     scene.service.taskId = "check_12345678";
     scene.setTaskActive(true);
     useLanguage(Language::English);
-    QCOMPARE(scene.parts.taskTitleLabel->text(), QString("Update task"));
+    QCOMPARE(scene.parts.taskTitleLabel->text(), QString("Update"));
 }
 
 QUORVANE_TEST_MAIN(QApplication, TextTest)

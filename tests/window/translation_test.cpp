@@ -18,6 +18,10 @@ private Q_SLOTS:
     void thePlacesOfAPairAgree();
     void aPairBeginsAndEndsAlike();
     void englishHoldsNoChinese();
+    void englishHoldsNoWordOfTheTrade_data();
+    void englishHoldsNoWordOfTheTrade();
+    void cancelledStandsWhereTheEndOfAnUpdateIsToldByIt();
+    void noTextIsTakenForAClassOfFailure();
     void noTextOfTheSourcesIsMissingAndNoneIsStale();
     void textsOutsideTranslationStayOutside_data();
     void textsOutsideTranslationStayOutside();
@@ -139,6 +143,52 @@ void TranslationTest::englishHoldsNoChinese() {
         else
             QVERIFY2(!holdsChinese(message.translation), qPrintable(message.translation));
     }
+}
+
+void TranslationTest::englishHoldsNoWordOfTheTrade_data() {
+    QTest::addColumn<QString>("word");
+    for (const char *word : {"manifest", "dump", "target", "yslib", "precheck", "setupUrl",
+                             "zipUrl", "zipSha256", "parse", "offline", "process"})
+        QTest::newRow(word) << word;
+}
+
+// Who reads them runs a line and has not seen the inside of the program. Names of files stay.
+void TranslationTest::englishHoldsNoWordOfTheTrade() {
+    QFETCH(QString, word);
+    const auto messages = messagesOf(translationSource());
+    for (const Message &message : messages) {
+        QString told = message.translation;
+        told.remove("QuorvanerUpdate/manifest.json").remove("*.yslib");
+        QVERIFY2(!told.contains(word, Qt::CaseInsensitive), qPrintable(told));
+    }
+}
+
+// The title of the box at the end is found by this word, so it stands in the texts of a cancel that
+// are shown there and in no other, the title itself aside.
+void TranslationTest::cancelledStandsWhereTheEndOfAnUpdateIsToldByIt() {
+    QStringList awaited{"LauncherService: 更新任务已取消。",
+                        "LauncherService: 组件更新任务已取消。", "LauncherWindow: 取消",
+                        "LauncherWindow: 已取消"};
+    QStringList found;
+    const auto messages = messagesOf(translationSource());
+    for (const Message &message : messages) {
+        if (message.translation.contains("cancelled", Qt::CaseInsensitive))
+            found.append(message.context + ": " + message.source);
+        if (message.source == "取消")
+            QCOMPARE(message.translation, QString("cancelled"));
+    }
+    awaited.sort();
+    found.sort();
+    QCOMPARE(found, awaited);
+}
+
+// The same box looks for these first.
+void TranslationTest::noTextIsTakenForAClassOfFailure() {
+    static const QRegularExpression failure("\\[(network|hash|verify|cancel)\\]",
+                                            QRegularExpression::CaseInsensitiveOption);
+    const auto messages = messagesOf(translationSource());
+    for (const Message &message : messages)
+        QVERIFY2(!failure.match(message.translation).hasMatch(), qPrintable(message.translation));
 }
 
 void TranslationTest::noTextOfTheSourcesIsMissingAndNoneIsStale() {

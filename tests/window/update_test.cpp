@@ -45,7 +45,8 @@ private Q_SLOTS:
     void theEnd_data();
     void theEnd();
     void theEndRefreshesTheWindow();
-    void inEnglishTheTitleOfACancelIsFoundToo();
+    void everyEndOfTheFlowHasItsTitle_data();
+    void everyEndOfTheFlowHasItsTitle();
 };
 
 void UpdateTest::initTestCase() {
@@ -141,11 +142,13 @@ void UpdateTest::theDialogIsRefusedWhileATaskIsActive() {
             auto *box = qobject_cast<QMessageBox *>(widget);
             QVERIFY(box);
             QCOMPARE(box->icon(), QMessageBox::Information);
-            QCOMPARE(box->windowTitle(), QString(english ? "Update in progress" : "更新进行中"));
-            QCOMPARE(box->text(), QString(english ? "An update task is already running. Wait for "
-                                                    "it to finish, or cancel it and try again."
-                                                  : "当前已有更新任务在执行，请等待完成或取消后再"
-                                                    "试。"));
+            QCOMPARE(box->windowTitle(),
+                     QString(english ? "An update is being worked on" : "更新进行中"));
+            QCOMPARE(box->text(),
+                     QString(english ? "An update is being worked on already. Wait for it "
+                                       "to end, or press \"Cancel update\", then try again."
+                                     : "当前已有更新任务在执行，请等待完成或取消后再"
+                                       "试。"));
             QCOMPARE(box->buttons().size(), 1);
             box->close();
         });
@@ -162,10 +165,10 @@ void UpdateTest::theDialogHoldsTheFiveItemsInTheirOrder_data() {
                                             "更新 Python 工具 (Black/Ruff)", "更新 Runtime 组件",
                                             "更新 Launcher 组件", "更新 Editor 组件"};
     QTest::newRow("English") << Language::English << "Choose what to update"
-                             << QStringList{"Update the project (USER/projects)",
-                                            "Update the Python tools (Black/Ruff)",
-                                            "Update the Runtime", "Update the Launcher",
-                                            "Update the Editor"};
+                             << QStringList{"Project (in USER/projects)",
+                                            "Python tools (Black/Ruff)", "Runtime (runs the line)",
+                                            "Launcher (this program)",
+                                            "Editor (for writing projects)"};
 }
 
 void UpdateTest::theDialogHoldsTheFiveItemsInTheirOrder() {
@@ -215,11 +218,10 @@ void UpdateTest::theDialogAsksAndExplains_data() {
     QTest::newRow("English")
         << Language::English
         << QStringList{
-               "Choose what to update (one or more):",
-               "Note: an installer opens for each component that you tick. The Python tools are "
-               "installed before Runtime and Editor; the installers of Runtime, Editor and "
-               "Launcher "
-               "then open in a fixed order. It is best to update while the line is idle."};
+               "Tick what you want to update (one or more):",
+               "Note: each component that you tick opens its own installer. The Python tools "
+               "come before Runtime and Editor; Runtime, Editor and Launcher follow in a fixed "
+               "order. It is best to update while the line stands still."};
 }
 
 // The question above the boxes, the explanation below them.
@@ -576,18 +578,46 @@ void UpdateTest::theEndRefreshesTheWindow() {
     QCOMPARE(scene.parts.projectPathEdit->text(), scene.service.projectPath);
 }
 
-void UpdateTest::inEnglishTheTitleOfACancelIsFoundToo() {
-    useLanguage(Language::English);
-    WindowScene scene;
-    const QString text = QCoreApplication::translate("LauncherService", "更新任务已取消。");
-    QString title;
-    QVERIFY(duringModal([&] { Q_EMIT scene.service.applyUpdateFinished(false, text); },
-                        [&](QWidget *box) {
-                            title = box->windowTitle();
-                            box->close();
-                        }));
-    QCOMPARE(text, QString("The update task was cancelled."));
-    QCOMPARE(title, QString("Cancelled"));
+// The texts with which the flow itself ends an update; those of the layers below are one language.
+void UpdateTest::everyEndOfTheFlowHasItsTitle_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("english");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("englishTitle");
+    const auto ends = [](const char *text, const char *english, bool cancelled) {
+        QTest::newRow(text) << text << english << (cancelled ? "已取消" : "更新失败")
+                            << (cancelled ? "Cancelled" : "Update failed");
+    };
+    ends("更新任务已取消。", "The update was cancelled. Press \"Start now\" to start the line.",
+         true);
+    ends("组件更新任务已取消。",
+         "The component update was cancelled. Press \"Start now\" to start the line.", true);
+    ends("当前没有可应用的已验证更新。", "There is no checked update that could be installed.",
+         false);
+    ends("未选择任何更新内容。", "Nothing was ticked, so nothing was updated.", false);
+    ends("项目更新不可用：%1", "The project cannot be updated: %1", false);
+}
+
+void UpdateTest::everyEndOfTheFlowHasItsTitle() {
+    QFETCH(QString, text);
+    QFETCH(QString, english);
+    QFETCH(QString, title);
+    QFETCH(QString, englishTitle);
+    const QByteArray source = text.toUtf8();
+    for (const Language language : {Language::Chinese, Language::English}) {
+        useLanguage(language);
+        const bool inEnglish = language == Language::English;
+        WindowScene scene;
+        const QString told = QCoreApplication::translate("LauncherService", source);
+        QCOMPARE(told, inEnglish ? english : text);
+        QString shown;
+        QVERIFY(duringModal([&] { Q_EMIT scene.service.applyUpdateFinished(false, told); },
+                            [&](QWidget *box) {
+                                shown = box->windowTitle();
+                                box->close();
+                            }));
+        QCOMPARE(shown, inEnglish ? englishTitle : title);
+    }
 }
 
 QUORVANE_TEST_MAIN(QApplication, UpdateTest)

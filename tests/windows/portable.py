@@ -20,7 +20,7 @@ import zipfile
 LOADER = "/usr/lib/wine/wine64"
 SERVER = "/usr/lib/wine/wineserver64"
 TITLE = "Quorvane Launcher"
-REPORT = "The target process exited early"
+REPORT = "The line stopped unexpectedly"
 FONTS = r"HKCU\Software\Wine\Fonts\Replacements"
 FOLDER = "产线 3 & line's"
 # The share of dark dots in a window with text in it. One that is not painted yet is black, or as plain
