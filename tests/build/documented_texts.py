@@ -6,8 +6,8 @@
 Texts are all that is translated, as lupdate finds it, each with its English; and the untranslated
 ones: string literals of src with more than one word. They must stand in docs/operators.md or
 docs/support.md to the letter, with %1 for what is filled in and <br> for a line feed; a line of the
-launch log in the table of those lines. A literal that nobody ever reads as a text is named in NO_TEXT.
-The pictures that the two show must be there too.
+launch log in the table of those lines. So they must in the Chinese pages of the same names. A literal
+that nobody ever reads as a text is named in NO_TEXT. The pictures that the pages show must be there too.
 """
 import pathlib
 import re
@@ -16,8 +16,9 @@ import sys
 import tempfile
 import xml.etree.ElementTree
 
-LOG_TABLE = re.compile(r"\n## The launch log\n(.*?)\n## ", re.S)  # in the second document
-DOCUMENTS = ("docs/operators.md", "docs/support.md")
+# Where the pages of a language lie, and the heading over the lines of the log.
+LANGUAGES = {"docs": "The launch log", "docs/zh": "启动日志"}
+PAGES = ("operators.md", "support.md")
 FOLDERS = ("frame", "launcher", "project", "script", "update", "window")
 
 # Beginnings of literals that are no texts.
@@ -95,6 +96,26 @@ def as_written(text):
     return text.strip().replace("\n", "<br>").replace("|", "\\|")
 
 
+def lacking(folder, log_heading, known, plain, lines):
+    """What the pages in this folder do not tell."""
+    documents = "\n".join((folder / name).read_text(encoding="utf-8") for name in PAGES)
+    table = re.search(rf"\n## {log_heading}\n(.*?)\n## ", documents, re.S)
+    for source, english in sorted(known.items()):
+        if as_written(source) not in documents:
+            yield f"{source!r} (translated)"
+        if as_written(english) not in documents:
+            yield f"{english!r} (English)"
+    for text, file in plain.items():
+        if as_written(text) not in documents:
+            yield f"{text!r} of {file}"
+    for line in lines:
+        if not table or as_written(line) not in table[1]:
+            yield f"{line!r} (a line of the launch log)"
+    for picture in re.findall(r"\]\(((?:\.\./)?screenshots/[^)]*)\)", documents):
+        if not (folder / picture).is_file():
+            yield picture
+
+
 def main():
     tree = pathlib.Path(sys.argv[1])
     known = translated(tree, sys.argv[2])
@@ -103,22 +124,12 @@ def main():
         for text, file in plain.items():
             print(f"{file}: {as_written(text)}")
         return 0
-    documents = "\n".join((tree / name).read_text(encoding="utf-8") for name in DOCUMENTS)
-    missing = [f"{source!r} (translated)" for source in sorted(known)
-               if as_written(source) not in documents]
-    missing += [f"{english!r} (English)" for english in sorted(known.values())
-                if as_written(english) not in documents]
-    missing += [f"{text!r} of {file}" for text, file in plain.items()
-                if as_written(text) not in documents]
     lines = list(logged(tree))
-    table = LOG_TABLE.search(documents)
-    missing += [f"{line!r} (a line of the launch log)" for line in lines
-                if not table or as_written(line) not in table[1]]
-    missing += [picture for picture in re.findall(r"\]\((screenshots/[^)]*)\)", documents)
-                if not (tree / "docs" / picture).is_file()]
+    missing = [f"{folder}: {entry}" for folder, heading in LANGUAGES.items()
+               for entry in lacking(tree / folder, heading, known, plain, lines)]
     print(f"{len(known)} translated and {len(plain)} other texts; {len(lines)} calls of the log")
     for entry in missing:
-        print("has no entry in the documentation:", entry)
+        print("has no entry in the documentation,", entry)
     return 1 if missing or not known or not plain or not lines else 0
 
 
