@@ -22,6 +22,7 @@ private Q_SLOTS:
     void englishHoldsNoWordOfTheTrade();
     void cancelledStandsWhereTheEndOfAnUpdateIsToldByIt();
     void noTextIsTakenForAClassOfFailure();
+    void aButtonThatATextNamesIsThere();
     void noTextOfTheSourcesIsMissingAndNoneIsStale();
     void textsOutsideTranslationStayOutside_data();
     void textsOutsideTranslationStayOutside();
@@ -189,6 +190,24 @@ void TranslationTest::noTextIsTakenForAClassOfFailure() {
     const auto messages = messagesOf(translationSource());
     for (const Message &message : messages)
         QVERIFY2(!failure.match(message.translation).hasMatch(), qPrintable(message.translation));
+}
+
+// Letter by letter, the mark of a key aside.
+void TranslationTest::aButtonThatATextNamesIsThere() {
+    static const QRegularExpression named("\"([^\"]*)\"");
+    const auto messages = messagesOf(translationSource());
+    QStringList labels;
+    for (const Message &message : messages)
+        labels.append(QString(message.translation).remove('&'));
+    int count = 0;
+    for (const Message &message : messages) {
+        auto found = named.globalMatch(message.translation);
+        for (; found.hasNext(); ++count) {
+            const QString label = found.next().captured(1);
+            QVERIFY2(labels.contains(label), qPrintable(message.translation));
+        }
+    }
+    QVERIFY(count > 0);
 }
 
 void TranslationTest::noTextOfTheSourcesIsMissingAndNoneIsStale() {
