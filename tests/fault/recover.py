@@ -11,6 +11,8 @@
                                                 and swap
   recover.py --again N ...                      kills the recovery too, at N operations of it chosen by
                                                 chance (by the seed) for each point, and runs it again
+  recover.py --results FILE ...                 keeps what came of each point in FILE, and tries only
+                                                those that it does not know yet
 
 After it the project must be the old one whole or the new one whole, and pass the validator; a second
 run must find nothing to do. A project file that was being written comes from the package, which the
@@ -18,7 +20,6 @@ tool is given only if it does without it in no other way. Ends with 1 if anythin
 """
 import argparse
 import collections
-import concurrent.futures
 import os
 import pathlib
 import random
@@ -29,8 +30,9 @@ import sys
 import tempfile
 
 import chance
-from run import (FAULTS, PROJECT_FILE, Bench, is_stamp_file, read_tree, same_but_for_version,
-                 without_hidden)
+import results
+from run import (FAULTS, PATIENCE, PROJECT_FILE, Bench, is_stamp_file, read_tree,
+                 same_but_for_version, without_hidden)
 
 FROM_PACKAGE = "the new project, whole; its project file from the package"
 
@@ -64,7 +66,7 @@ class RecoveryBench(Bench):
         environment = dict(os.environ, XDG_DATA_HOME=str(data), LC_ALL="C.UTF-8", **more)
         return subprocess.run([self.tool, "project", "recover", project / PROJECT_FILE, *options],
                               env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              text=True, timeout=120)
+                              text=True, timeout=PATIENCE)
 
     def killed_recoveries(self, point, data, project):
         """Recoveries that were killed. One that came to its end is no more than an early recovery."""
@@ -115,36 +117,37 @@ def arguments():
     parser.add_argument("--only", nargs=2, metavar=("LAYOUT", "OPERATION"))
     parser.add_argument("--again", type=int, default=0)
     parser.add_argument("--clock", type=int, default=0)
-    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    results.add_options(parser)
     for name in ("tool", "program", "interposer"):
         parser.add_argument(name, type=pathlib.Path)
     return parser.parse_args()
 
 
-def run_points(bench, points, jobs):
-    counts = collections.Counter()
-    kills = 0
-    bad = 0
-    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-        results = pool.map(lambda point: bench.run(*point, FAULTS["KILL"]), points)
-        for (layout, operation), result in zip(points, results):
-            counts[result.name or "NOT WHOLE"] += 1
-            kills += result.kills
-            if result.name is None:
-                bad += 1
-                if bad <= 10:
-                    print(f"not whole: --only {layout} {operation}{bench.further_options()}: "
-                          f"{bench.operations[layout][operation - 1]}\n{result.said}")
-    for name, number in counts.most_common():
-        print(f"{number:7}  {name}")
+def result_of(bench, point, kills):
+    """`kills` collects how many recoveries were killed."""
+    try:
+        recovered = bench.run(*point, FAULTS["KILL"])
+    except subprocess.TimeoutExpired:
+        return results.Result(None, f"  it did not end within {PATIENCE} s")
+    kills.append(recovered.kills)
+    return results.Result(recovered.name, recovered.said)
+
+
+def run_points(bench, points, options):
+    kills = []
+    bad = results.run_points(options,
+                             [(f"{layout} {operation}{bench.further_options()}",
+                               bench.operations[layout][operation - 1]) for layout, operation in points],
+                             lambda number: result_of(bench, points[number], kills), "NOT WHOLE")
     if bench.kills:
-        print(f"{kills} recoveries were killed themselves")
+        print(f"{sum(kills)} recoveries were killed themselves")
     print(f"{bad} of {len(points)} were not brought back")
     return 1 if bad else 0
 
 
 def main():
     options = arguments()
+    results.end_on_request()
     shared = pathlib.Path("/dev/shm")
     near = pathlib.Path(tempfile.mkdtemp(prefix="fault", dir=shared if shared.is_dir() else None))
     far = pathlib.Path(tempfile.mkdtemp(prefix="fault"))
@@ -167,7 +170,7 @@ def main():
             return 0 if result.name else 1
         if options.sample:
             points = chance.sample_of(points, options.sample, seed)
-        return run_points(bench, points, options.jobs)
+        return run_points(bench, points, options)
     finally:
         shutil.rmtree(near)
         shutil.rmtree(far)

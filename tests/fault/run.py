@@ -12,6 +12,8 @@
   run.py --every N ...                          each N-th operation
   run.py --only LAYOUT OPERATION FAULT ...      one of them, with its outcome in full
   run.py --list ...                             the operations of each layout
+  run.py --results FILE ...                     keeps what came of each point in FILE, and tries only
+                                                those that it does not know yet
 
 Layouts: "one" has the data folder and the project on one volume, "two" on two. The outcome must be
 the old project whole, the new project whole, the whole backup in its place or beside it, or one of
@@ -19,7 +21,6 @@ the cases that `named_case` knows. Ends with 1 if any other came.
 """
 import argparse
 import collections
-import concurrent.futures
 import errno
 import json
 import os
@@ -30,6 +31,7 @@ import sys
 import tempfile
 
 import chance
+import results
 
 Fault = collections.namedtuple("Fault", "errno stays short")
 FAULTS = {"EACCES": Fault(errno.EACCES, False, False), "ENOSPC": Fault(errno.ENOSPC, False, False),
@@ -37,6 +39,7 @@ FAULTS = {"EACCES": Fault(errno.EACCES, False, False), "ENOSPC": Fault(errno.ENO
           "KILL": Fault(0, False, False),  # no errno: the process is killed
           "STUCK": Fault(errno.EACCES, True, False), "FULL": Fault(errno.ENOSPC, True, False),
           "SHORT": Fault(errno.ENOSPC, True, True)}
+PATIENCE = 900  # seconds for one apply, also where only the time that nobody else wants is taken
 MOVE_DATA = ("write", "pwrite64", "sendfile", "sendfile64", "copy_file_range")
 PROJECT_FILE = "产线三.yslib"
 SIDECAR = ".quorvane-installed-version"
@@ -114,7 +117,7 @@ class Bench:
                 environment["FAULT_TRACE"] = str(trace)
             done = subprocess.run([self.program, "apply", self.place, project / PROJECT_FILE],
                                   env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                  timeout=120)
+                                  timeout=PATIENCE)
             told = json.loads(done.stdout) if done.returncode == 0 else None
             return self.observe((layout, operation), told, done.returncode, data, project)
         finally:
@@ -203,17 +206,25 @@ def judge(bench, layout, operation, fault):
 
 def explain(bench, layout, outcome):
     new = bench.new[layout]
-    print(f"  told: {outcome.told}, exit code {outcome.code}, {len(outcome.backups)} backups")
+    lines = [f"  told: {outcome.told}, exit code {outcome.code}, {len(outcome.backups)} backups"]
     if outcome.project is None:
-        print("  there is no project folder")
-        return
+        return "\n".join([*lines, "  there is no project folder"])
     for title, tree in (("old", bench.old), ("new", new)):
         missing = sorted(name for name in tree if name not in outcome.project)
         other = sorted(name for name in tree
                        if name in outcome.project and tree[name] != outcome.project[name])
         extra = sorted(name for name in outcome.project if name not in tree)
-        print(f"  beside the {title} project: missing {missing[:5]} ({len(missing)}), "
-              f"different {other[:5]} ({len(other)}), more {extra[:5]} ({len(extra)})")
+        lines.append(f"  beside the {title} project: missing {missing[:5]} ({len(missing)}), "
+                     f"different {other[:5]} ({len(other)}), more {extra[:5]} ({len(extra)})")
+    return "\n".join(lines)
+
+
+def result_of(bench, point):
+    try:
+        name, outcome = judge(bench, *point)
+    except subprocess.TimeoutExpired:
+        return results.Result(None, f"  it did not end within {PATIENCE} s")
+    return results.Result(name, "" if name else explain(bench, point[0], outcome))
 
 
 def arguments():
@@ -224,31 +235,22 @@ def arguments():
     parser.add_argument("--every", type=int, default=1)
     parser.add_argument("--only", nargs=3, metavar=("LAYOUT", "OPERATION", "FAULT"))
     parser.add_argument("--list", action="store_true")
-    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    results.add_options(parser)
     parser.add_argument("program", type=pathlib.Path)
     parser.add_argument("interposer", type=pathlib.Path)
     return parser.parse_args()
 
 
-def run_points(bench, points, jobs):
-    counts = collections.Counter()
-    unlisted = []
-    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-        for point, (name, outcome) in zip(points, pool.map(lambda p: judge(bench, *p), points)):
-            counts[name or "NOT LISTED"] += 1
-            if name is None:
-                unlisted.append((point, outcome))
-    for name, number in counts.most_common():
-        print(f"{number:7}  {name}")
-    for (layout, operation, fault), outcome in unlisted[:20]:
-        print(f"not listed: --only {layout} {operation} {fault}: "
-              f"{bench.operations[layout][operation - 1]}")
-        explain(bench, layout, outcome)
-    return len(unlisted)
+def run_points(bench, points, options):
+    return results.run_points(options,
+                              [(" ".join(map(str, point)), bench.operations[point[0]][point[1] - 1])
+                               for point in points],
+                              lambda number: result_of(bench, points[number]), "NOT LISTED")
 
 
 def main():
     options = arguments()
+    results.end_on_request()
     shared = pathlib.Path("/dev/shm")
     near = pathlib.Path(tempfile.mkdtemp(prefix="fault", dir=shared if shared.is_dir() else None))
     far = pathlib.Path(tempfile.mkdtemp(prefix="fault"))
@@ -271,15 +273,14 @@ def main():
             name, outcome = judge(bench, layout, int(operation), fault)
             print(bench.operations[layout][int(operation) - 1])
             print(name or "NOT LISTED")
-            explain(bench, layout, outcome)
+            print(explain(bench, layout, outcome))
             return 0 if name else 1
         points = [(layout, operation, fault) for layout in layouts
                   for operation in range(1, len(bench.operations[layout]) + 1, options.every)
                   for fault in faults_at(bench.operations[layout][operation - 1])]
         if options.sample:
             points = chance.sample_of(points, options.sample, chance.seed_of(options))
-        print(f"{len(points)} runs")
-        failed = run_points(bench, points, options.jobs)
+        failed = run_points(bench, points, options)
         print(f"{failed} outcomes that are not listed")
         return 1 if failed else 0
     finally:
