@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QDir>
 #include <QFileInfo>
+#include <QLibrary>
 
 namespace support {
 
@@ -33,11 +34,16 @@ inline QString rootedBeside(const QString &folder, const QString &path) {
     return folder.section('/', 0, 0) + path;
 }
 
-// Refusals of signatures with the number of Windows. Wine's CryptoAPI has numbers of its own for one of
-// the wrong length, and for one that, read as a number, is larger than the key: of a signature with its
-// bytes reversed that is a matter of chance.
-inline QString withWindowsNumbers(QString details) {
-    if (onWindows)
+// Whether Windows is Wine's. Its libraries say so, and those of Windows have no such function.
+inline bool underWine() {
+    return onWindows && QLibrary::resolve("ntdll", "wine_get_version") != nullptr;
+}
+
+// Refusals of signatures with the number of Windows, which itself is taken at its word. Wine's CryptoAPI has
+// numbers of its own for one of the wrong length, and for one that, read as a number, is larger than the
+// key: of a signature with its bytes reversed that is a matter of chance.
+inline QString withWindowsNumbers(QString details, bool isWine = underWine()) {
+    if (isWine)
         for (const char *const own : {"2148073504", "2148073488"})
             details.replace(own, "2148073478");
     return details;
