@@ -132,3 +132,25 @@ function(quorvane_add_test test)
         "${test}" PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen" TIMEOUT ${ARG_TIMEOUT}
                              LABELS "${folder};${ARG_LABELS}")
 endfunction()
+
+# quorvane_run_as_user(<folder>/<name>...)
+#
+# Registers tests once more, as <folder>/<name>/as_user: where root runs the tests, an ordinary user runs
+# these too, since root passes over their rows on permissions. Comes after all that is set for the test.
+function(quorvane_run_as_user)
+    if(CMAKE_CROSSCOMPILING)
+        return() # no permissions keep anybody out there
+    endif()
+    find_package(Python3 REQUIRED COMPONENTS Interpreter)
+    foreach(test IN LISTS ARGN)
+        string(REPLACE "/" "_" target "test_${test}")
+        add_test(NAME "${test}/as_user"
+                 COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/tests/support/as_user.py"
+                         $<TARGET_FILE:${target}>)
+        set_tests_properties("${test}/as_user" PROPERTIES SKIP_RETURN_CODE 77)
+        foreach(property IN ITEMS ENVIRONMENT TIMEOUT LABELS)
+            get_test_property("${test}" ${property} value)
+            set_tests_properties("${test}/as_user" PROPERTIES ${property} "${value}")
+        endforeach()
+    endforeach()
+endfunction()

@@ -67,6 +67,10 @@ class SecondTry(unittest.TestCase):
     def test_no_test_at_all_is_no_success(self):
         self.assertFalse(Run({"flow": 0, "log": 0, "window": 0}, LIST, "-R", "none").passes)
 
+    def test_a_test_of_many_is_known_by_its_name(self):
+        others = dict.fromkeys((f"other{number}" for number in range(10)), 0)
+        self.assertTrue(Run({"flow": 1, **others}, "flow  loses an event\n").passes)
+
     def test_lists_that_are_refused(self):
         for line, reason in (
                 ("flow", "list.txt has no reason for flow"),

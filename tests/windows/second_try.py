@@ -8,6 +8,7 @@ run fails if any other test did, if more than two needed a second try, or if one
 """
 import argparse
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -37,7 +38,7 @@ def read_list(path):
 def tests_of(tree):
     listed = subprocess.run(["ctest", "--test-dir", tree, "-N"], check=True, stdout=subprocess.PIPE,
                             text=True).stdout
-    return {line.split(": ", 1)[1].strip() for line in listed.splitlines() if "Test #" in line}
+    return set(re.findall(r"^ *Test +#\d+: (.+)$", listed, re.M))
 
 
 class Run:

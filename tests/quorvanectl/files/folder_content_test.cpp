@@ -133,7 +133,8 @@ void FolderContentTest::aFolderThatCannotBeListed() {
     QString error;
     QVERIFY(!ctl::readContent(path("f"), &content, &error));
     QCOMPARE(error, "cannot list the folder " + path("f/closed"));
-    QVERIFY(QFile::setPermissions(path("f/closed"), QFile::ReadOwner | QFile::ExeOwner));
+    QVERIFY(QFile::setPermissions(path("f/closed"),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
 }
 
 void FolderContentTest::aSubfolderIsTakenOut_data() {
