@@ -16,6 +16,7 @@
 namespace {
 
 constexpr int cancelPollMs = 100;
+constexpr qint64 readAhead = 1 << 20; // bytes
 constexpr int downloadTimeoutMs = 120000;
 constexpr int downloadRedirects = 8;
 
@@ -117,6 +118,9 @@ bool runHop(QUrl *current, bool mayRedirect, int timeoutMs, const CancelFlag *ca
     // no event loop that would carry out deleteLater.
     QNetworkAccessManager manager;
     QNetworkReply *const reply = manager.get(requestFor(*current));
+    // What comes faster than it is taken stays with the server: the library's own thread, which would keep
+    // it, ends the process where there is no memory left.
+    reply->setReadBufferSize(readAhead);
     IncomingBody body;
     QObject::connect(reply, &QNetworkReply::readyRead, reply,
                      [reply, &body] { takeWhatCame(*reply, &body); });

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 using support::answer;
@@ -59,6 +60,7 @@ private Q_SLOTS:
     void aFailureOfHttpNeverCallsTheFallback();
     void anEndlessBodyEndsAtTheLimit();
     void aBodyTooLargeForMemory();
+    void whatIsNotTakenStaysWithTheServer();
     void aCancelEndsTheWaitSoon();
     void aCancelIsSeenTenTimesASecond();
     void aCancelWithinTheBodyOfARedirectFollowsNothing();
@@ -408,6 +410,34 @@ void HttpFetchTest::aBodyTooLargeForMemory() {
     QCOMPARE(fetchWithin(600, server.url("/large")),
              QStringLiteral("response body too large for memory from %1\n")
                  .arg(server.url("/large").toString()));
+}
+
+// While the fetch takes nothing, nothing else in this process takes it all either. A server that could send
+// the whole body would do so within a fraction of that second.
+void HttpFetchTest::whatIsNotTakenStaysWithTheServer() {
+    const QByteArray body(64 << 20, 'x');
+    const QByteArray head = "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n";
+    std::atomic<bool> begun{false};
+    std::atomic<bool> sent{false};
+    bool sentUntaken = true;
+    ScriptedServer server;
+    server.on("/a", {support::send("HTTP/1.1 200 OK\r\n" + head + "x"),
+                     support::call([&begun] { begun = true; }), support::send(body.mid(1)),
+                     support::call([&sent] { sent = true; })});
+    QTimer look;
+    connect(&look, &QTimer::timeout, this, [&] {
+        if (!begun)
+            return;
+        look.stop();
+        QElapsedTimer clock;
+        clock.start();
+        while (!sent && !clock.hasExpired(1000))
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        sentUntaken = sent;
+    });
+    look.start(1);
+    QCOMPARE(fetchUrl(server.url("/a"), plenty, 8).body, body);
+    QVERIFY(!sentUntaken);
 }
 
 // --- cancel
