@@ -7,6 +7,6 @@
 // lie there. The system writes the copy to the disk in its own time. Any thread.
 [[nodiscard]] bool copyFileContent(const QString &source, const QString &destination);
 
-// Waits until all that was written to the volume of `folder` is on the disk, so that a power cut
-// cannot take it back. False if that failed, or `folder` cannot be opened. Any thread.
-[[nodiscard]] bool flushVolume(const QString &folder);
+// Waits until all that lies in `folder` is on the disk, so that a power cut cannot take it back: by the
+// whole volume, or file by file. False if that failed, or `folder` or a file cannot be opened. Any thread.
+[[nodiscard]] bool flushFolder(const QString &folder);

@@ -18,7 +18,7 @@ bool copyFileContent(const QString &source, const QString &destination) {
     return std::filesystem::copy_file(native(source), native(destination), failure);
 }
 
-bool flushVolume(const QString &folder) {
+bool flushFolder(const QString &folder) {
     const int descriptor =
         ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)

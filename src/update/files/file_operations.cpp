@@ -3,6 +3,7 @@
 #include "update/files/failure.h"
 #include "update/files/file_copy.h"
 #include "update/files/folder_listing.h"
+#include "update/files/folder_removal.h"
 #include "update/files/place_facts.h"
 #include "update/files/text_file.h"
 
@@ -37,7 +38,7 @@ bool removeEntry(const QString &path) {
         return true;
     if (!isLink(QFileInfo(path)))
         QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteUser);
-    return QFile::remove(path) || QDir().rmdir(path);
+    return QFile::remove(path) || removeEmptyFolder(path);
 }
 
 bool failCopying(const QString &path, QString *error) {
@@ -64,7 +65,7 @@ bool removeTree(const QString &path) {
     }
     std::reverse(folders.begin(), folders.end());
     for (const QString &folder : qAsConst(folders))
-        removed = QDir().rmdir(folder) && removed;
+        removed = removeEmptyFolder(folder) && removed;
     return removed;
 }
 
@@ -78,7 +79,7 @@ bool copyFile(const QString &source, const QString &destination, QString *error)
 
 // A copy counts once it would outlive a power cut.
 bool waitForDisk(const QString &folder, QString *error) {
-    return flushVolume(folder) || failCopying(folder, error);
+    return flushFolder(folder) || failCopying(folder, error);
 }
 
 // A link to a folder becomes a folder; what is neither a folder nor a file is left out.
@@ -98,7 +99,7 @@ struct Inside {
 // Of a folder that cannot be listed only its removal tells whether it is empty. If it was, one that
 // can be listed takes its place, for the copies to come.
 bool isEmptyWhenRemoved(const QString &folder) {
-    return QDir().rmdir(folder) && QDir().mkdir(folder);
+    return removeEmptyFolder(folder) && QDir().mkdir(folder);
 }
 
 // The project is still whole. One of which a file could not be copied could not be backed up whole,
@@ -138,15 +139,24 @@ QString placeOf(const QString &path) {
     const QString absolute = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
     const QFileInfo info(absolute);
     if (info.exists())
-        return info.canonicalFilePath();
+        return realPath(absolute);
     const QString parent = info.path();
     return parent == absolute
                ? absolute
                : QDir::cleanPath(placeOf(parent) + QLatin1Char('/') + info.fileName());
 }
 
-bool isRootOfVolume(const QString &place) {
-    return QDir(place).isRoot() || (QFileInfo::exists(place) && rootOfVolume(place) == place);
+// Whether `inner` is `outer` or lies below it. One folder can have several names: each folder above
+// is compared by what it is, and by its name where that is not there yet.
+bool liesIn(const QString &outer, const QString &inner) {
+    QString place = inner;
+    while (place != outer && !isSamePlace(place, outer)) {
+        const QString above = QFileInfo(place).path();
+        if (above == place)
+            return false;
+        place = above;
+    }
+    return true;
 }
 
 // A folder whose removal would take more than the project with it is left alone.
@@ -154,12 +164,10 @@ bool mayBeReplaced(const QString &target, const QStringList &others) {
     if (target.isEmpty())
         return false;
     const QString place = placeOf(target);
-    if (isRootOfVolume(place))
+    if (QDir(place).isRoot() || (QFileInfo::exists(place) && isRootOfVolume(place)))
         return false;
-    return std::none_of(others.begin(), others.end(), [&place](const QString &other) {
-        const QString otherPlace = placeOf(other);
-        return otherPlace == place || otherPlace.startsWith(place + QLatin1Char('/'));
-    });
+    return std::none_of(others.begin(), others.end(),
+                        [&place](const QString &other) { return liesIn(place, placeOf(other)); });
 }
 
 void dropBackup(const QString &backup) {
@@ -194,7 +202,7 @@ bool clearTarget(const QString &target, const QString &backup, QString *error) {
     if (removeDirectory(target, error))
         return true;
     if (isFolder(backup) && removeDirectory(target) && !QDir().rename(backup, target))
-        (void)(copyDirectory(backup, target) && flushVolume(target));
+        (void)(copyDirectory(backup, target) && flushFolder(target));
     dropBackup(backup);
     return false;
 }

@@ -3,12 +3,18 @@
 #include "frame/qt_compat.h"
 
 #include <QFileInfo>
-#include <QStorageInfo>
 
 bool isLink(const QFileInfo &info) {
     return info.isSymLink() || qt_compat::isJunction(info);
 }
 
-QString rootOfVolume(const QString &path) {
-    return QStorageInfo(path).rootPath();
+bool isRootOfVolume(const QString &folder) {
+    const QString root = rootOfVolume(folder);
+    return root == realPath(folder) || isSamePlace(root, folder);
+}
+
+bool lieOnOneVolume(const QString &one, const QString &other) {
+    const QString root = rootOfVolume(one);
+    const QString otherRoot = rootOfVolume(other);
+    return root == otherRoot || isSamePlace(root, otherRoot);
 }

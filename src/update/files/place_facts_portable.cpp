@@ -1,6 +1,8 @@
 #include "update/files/place_facts.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <QStorageInfo>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,6 +15,22 @@ std::filesystem::file_type kindOf(const QString &path) {
     const auto place = std::filesystem::u8path(path.toUtf8().constData());
     std::error_code failure;
     return std::filesystem::symlink_status(place, failure).type();
+}
+
+QString realPath(const QString &path) {
+    return QFileInfo(path).canonicalFilePath();
+}
+
+bool isSamePlace(const QString &one, const QString &other) {
+    struct stat first {};
+    struct stat second {};
+    return ::stat(QFile::encodeName(one).constData(), &first) == 0 &&
+           ::stat(QFile::encodeName(other).constData(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+QString rootOfVolume(const QString &path) {
+    return QStorageInfo(path).rootPath();
 }
 
 bool mayTakeFrom(const QString &folder) {

@@ -8,11 +8,38 @@
 #include <QTemporaryDir>
 
 #include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <functional>
 
 using support::FileTree;
 using support::OrdinaryUser;
+
+namespace {
+
+enum class Outcome { True, False, NoMounts };
+
+// What `work` gives in a process of its own, for which `from` is at `to` too.
+Outcome whileMounted(const QString &from, const QString &to, const std::function<bool()> &work) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool mounted =
+            (::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
+            ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+            ::mount(QFile::encodeName(from).constData(), QFile::encodeName(to).constData(), nullptr,
+                    MS_BIND, nullptr) == 0;
+        ::_exit(int(!mounted ? Outcome::NoMounts : work() ? Outcome::True : Outcome::False));
+    }
+    int status = 0;
+    const bool ended = ::waitpid(child, &status, 0) == child && WIFEXITED(status);
+    return ended ? Outcome(WEXITSTATUS(status)) : Outcome::False;
+}
+
+} // namespace
 
 class FileRightsTest : public QObject {
     Q_OBJECT
@@ -24,6 +51,7 @@ private Q_SLOTS:
     void aFolderThatCannotBeTakenApartIsLeftAlone();
     void whatALinkedProjectHoldsStaysAsItIs();
     void aNameThatIsNoUtf8LeavesTheFolderAlone();
+    void whatHoldsThePackageIsLeftAloneAtAnotherMountToo();
 };
 
 void FileRightsTest::aFolderThatCannotBeLookedAtIsNotTakenForGone() {
@@ -166,6 +194,25 @@ void FileRightsTest::aNameThatIsNoUtf8LeavesTheFolderAlone() {
                  error.endsWith(".log"),
              qPrintable(error));
     QCOMPARE(::unlink(name.constData()), 0); // the folder's own removal could not
+}
+
+// No path of the package shows that it lies in this folder.
+void FileRightsTest::whatHoldsThePackageIsLeftAloneAtAnotherMountToo() {
+    const QTemporaryDir folder;
+    support::writeTree(folder.path(),
+                       {{"file", ""}, {"mirror/", ""}, {"p/kept", "x"}, {"p/new/file", "x"}});
+    const QString target = folder.filePath("mirror/p");
+    const Outcome refused = whileMounted(folder.path(), folder.filePath("mirror"), [&] {
+        // Were it not refused, the backup could not be made: nothing would be lost.
+        QString error;
+        return !replaceDirectory(folder.filePath("p/new"), target, {},
+                                 folder.filePath("file/backup"), &error) &&
+               error == "unable to remove directory: " + target;
+    });
+    if (refused == Outcome::NoMounts)
+        QSKIP("no mounts of its own for a process here");
+    QVERIFY(refused == Outcome::True);
+    QCOMPARE(support::readTree(folder.filePath("p")), FileTree({{"kept", "x"}, {"new/file", "x"}}));
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, FileRightsTest)

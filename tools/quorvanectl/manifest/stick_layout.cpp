@@ -151,10 +151,6 @@ bool copyAll(StickCopy &copy, const QStringList &packages, const QString &manife
     return copy.copyFile(manifest, error) && readsBack(copy, manifest, error);
 }
 
-bool isRootOfVolume(const QString &folder) {
-    return rootOfVolume(folder) == QFileInfo(folder).canonicalFilePath();
-}
-
 } // namespace
 
 StickResult layOutStick(const QString &folder, const QString &mountPoint, const QString &keyPath,

@@ -28,10 +28,6 @@ QString asideOf(const QString &path) {
     return freeName(path, QStringLiteral(".set_aside_") + apply_places::stamp());
 }
 
-bool onOneVolume(const QString &folder, const QString &target) {
-    return rootOfVolume(folder) == rootOfVolume(QFileInfo(target).absolutePath());
-}
-
 // What lies at the target makes way, and comes back if the source cannot follow.
 bool swapIn(const QString &source, const QString &target, QString *keptAs, QString *error) {
     const bool occupied = QFileInfo::exists(target);
@@ -57,7 +53,7 @@ bool copyBeside(const ProjectCopy &source, const QString &copy, QString *error) 
         return false;
     if (!isSame(source.content, copied))
         return fail(QStringLiteral("the copy differs from %1").arg(source.folder), error);
-    if (!flushVolume(copy))
+    if (!flushFolder(copy))
         return fail(QStringLiteral("cannot write %1").arg(copy), error);
     const QString file = QDir(source.folder).relativeFilePath(source.projectFile);
     return validatorErrors(QDir(copy).filePath(file)).isEmpty() ||
@@ -69,7 +65,8 @@ QString copyName(const QString &target) {
 }
 
 bool putInPlace(const ProjectCopy &source, const QString &target, QString *keptAs, QString *error) {
-    if (onOneVolume(source.folder, target) && swapIn(source.folder, target, keptAs, error))
+    const bool onOneVolume = lieOnOneVolume(source.folder, QFileInfo(target).absolutePath());
+    if (onOneVolume && swapIn(source.folder, target, keptAs, error))
         return true;
     const QString copy = copyName(target);
     return copyBeside(source, copy, error) && swapIn(copy, target, keptAs, error);
