@@ -6,6 +6,8 @@
 
 #include <windows.h>
 
+#include <atomic>
+
 namespace {
 
 // Longer than any line takes; a launcher that is held up meanwhile must not hold up the others.
@@ -23,6 +25,10 @@ QString turnName(const QString &path) {
     return QStringLiteral("Global\\Quorvane.log.") + QString::fromLatin1(hash);
 }
 
+// Whether the last to ask for a turn waited in vain. Its owner hangs, or a debugger holds it: until the
+// turn comes back nobody here waits for it again, or each line would cost a wait.
+std::atomic<bool> waitedInVain{false};
+
 // The right to write to one file, among the threads and processes that ask for it, from construction
 // to destruction. Without the system's help, or after waiting in vain, one goes on without it.
 class Turn {
@@ -31,9 +37,10 @@ public:
         : mutex(CreateMutexW(nullptr, FALSE, wide(turnName(path)))) {
         if (!mutex)
             return;
-        const DWORD outcome = WaitForSingleObject(mutex, longestWait);
+        const DWORD outcome = WaitForSingleObject(mutex, waitedInVain ? 0 : longestWait);
         // An abandoned one was held by a launcher that was killed; it is ours all the same.
         owned = outcome == WAIT_OBJECT_0 || outcome == WAIT_ABANDONED;
+        waitedInVain = outcome == WAIT_TIMEOUT;
     }
     ~Turn() {
         if (owned)

@@ -5,6 +5,7 @@
 #include "support/staged_main.h"
 
 #include <QCryptographicHash>
+#include <QElapsedTimer>
 
 #include <windows.h>
 
@@ -30,6 +31,18 @@ quintptr nextHandle() {
     const HANDLE handle = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     CloseHandle(handle);
     return reinterpret_cast<quintptr>(handle);
+}
+
+// How long a line takes that another thread appends, in milliseconds; -1 if it is lost.
+qint64 timeOfALine(const QString &path) {
+    qint64 time = -1;
+    std::thread([&] {
+        QElapsedTimer timer;
+        timer.start();
+        if (appendToFile(path, "one\n"))
+            time = timer.elapsed();
+    }).join();
+    return time;
 }
 
 // What another thread finds that asks for the turn without waiting, and gives back what it got.
@@ -63,6 +76,9 @@ private Q_SLOTS:
 
     // After the longest wait, and without taking the turn from its owner.
     void aTurnThatIsNotGivenBackCostsNoLine();
+
+    // Its owner is suspended, for example. Once it has come back it is waited for as before.
+    void aTurnThatIsNotGivenBackCostsOneWait();
 
     // Under the turn's name lies something that is no turn.
     void aNameThatIsTakenCostsNoLine();
@@ -106,6 +122,23 @@ void LogAppendTest::aTurnThatIsNotGivenBackCostsNoLine() {
     QCOMPARE(bytesOf(logPath), QByteArray("one\r\n"));
     QCOMPARE(askForTurn(myTurn), DWORD(WAIT_TIMEOUT));
     QVERIFY(ReleaseMutex(myTurn));
+    QVERIFY(timeOfALine(logPath) >= 0); // for the tests to come the turn has come back
+}
+
+void LogAppendTest::aTurnThatIsNotGivenBackCostsOneWait() {
+    constexpr qint64 wait = 5000; // ms
+    QCOMPARE(WaitForSingleObject(myTurn, INFINITE), DWORD(WAIT_OBJECT_0));
+    QVERIFY(timeOfALine(logPath) >= wait - 100); // the clocks differ by a tick or two
+    qint64 more = 0;
+    for (int i = 0; i < 20; ++i)
+        more += timeOfALine(logPath);
+    QVERIFY2(more < wait, QByteArray::number(more).constData());
+    QVERIFY(ReleaseMutex(myTurn));
+    QVERIFY(timeOfALine(logPath) >= 0);
+    QCOMPARE(WaitForSingleObject(myTurn, INFINITE), DWORD(WAIT_OBJECT_0));
+    QVERIFY(timeOfALine(logPath) >= wait - 100);
+    QVERIFY(ReleaseMutex(myTurn));
+    QCOMPARE(bytesOf(logPath), QByteArray("one\r\n").repeated(23));
 }
 
 void LogAppendTest::aNameThatIsTakenCostsNoLine() {
