@@ -62,15 +62,15 @@ private:
         }
     }
 
-    zip_int64_t fail(int reason, int systemReason) {
-        zip_error_set(&error, reason, systemReason);
+    zip_int64_t fail(int fault, int systemFault) {
+        zip_error_set(&error, fault, systemFault);
         return -1;
     }
 
-    zip_int64_t failDevice(int reason) {
+    zip_int64_t failDevice(int fault) {
         if (deviceFault.isEmpty())
             deviceFault = device->errorString();
-        return fail(reason, EIO);
+        return fail(fault, EIO);
     }
 
     zip_int64_t write(const char *data, qint64 size) {

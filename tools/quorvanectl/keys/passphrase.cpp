@@ -45,8 +45,8 @@ public:
 
     [[nodiscard]] bool isReady() const { return isSilent; }
 
-    void show(const QString &text) const {
-        const QByteArray bytes = text.toUtf8();
+    void show(const QString &line) const {
+        const QByteArray bytes = line.toUtf8();
         (void)!::write(descriptor, bytes.constData(), size_t(bytes.size()));
     }
 
