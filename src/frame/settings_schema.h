@@ -12,6 +12,11 @@ inline constexpr char skippedAtKey[] = "update/online_skipped_at";
 inline constexpr const char *ownKeys[] = {defaultProjectKey, localeKey, skippedFingerprintKey,
                                           skippedAtKey};
 
+// All tables of ours.
+inline constexpr const char *tables[] = {"schema_version", "app_settings",   "recent_files",
+                                         "debug_sessions", "debug_messages", "parameter_snapshots",
+                                         "recent_projects"};
+
 inline constexpr char readValues[] = "SELECT key, value FROM app_settings";
 inline constexpr char readValue[] = "SELECT value FROM app_settings WHERE key=?";
 inline constexpr char writeValue[] = "INSERT OR REPLACE INTO app_settings(key,value) VALUES(?,?)";

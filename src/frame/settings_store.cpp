@@ -3,6 +3,7 @@
 #include "frame/app_paths.h"
 #include "frame/launch_log.h"
 #include "frame/settings_schema.h"
+#include "frame/settings_stand_in.h"
 
 #include <QDebug>
 #include <QFileInfo>
@@ -60,6 +61,28 @@ bool ended(bool done, const QSqlQuery &query) {
     return done;
 }
 
+// Asked before anything else is: what stands in for a table may never end, and the window waits for it. A
+// file that cannot be read tells so with its first table.
+bool hasStandIn() {
+    QSqlQuery query(connection());
+    if (!ended(query.exec(QLatin1String(settings_stand_in::readObjects)), query))
+        return false;
+    while (query.next()) {
+        if (settings_stand_in::isOne(query.value(0).toString()))
+            return true;
+    }
+    return false;
+}
+
+// Without its connection each operation gives its default.
+bool giveUpFile() {
+    QSqlDatabase::removeDatabase(connectionName());
+    appendLaunchLog(
+        QStringLiteral("Settings are not available: %1 holds a view or a trigger for them.")
+            .arg(AppPaths::databasePath()));
+    return false;
+}
+
 // To prepare a statement reads the file already.
 bool run(QSqlQuery &query, const QString &statement, const QVariantList &values) {
     bool done = query.prepare(statement);
@@ -112,6 +135,21 @@ bool ensureSchema() {
     return done;
 }
 
+bool openFile() {
+    const int wait = currentWait(); // of the connection before, which may have waited in vain
+    // Adding a connection of the same name would replace it too, but with a warning.
+    if (QSqlDatabase::contains(connectionName()))
+        QSqlDatabase::removeDatabase(connectionName());
+    QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName());
+    database.setDatabaseName(AppPaths::databasePath());
+    database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(wait));
+    if (!database.open()) {
+        qWarning().noquote() << "Database open failed:" << database.lastError().text();
+        return false;
+    }
+    return true;
+}
+
 void pruneRecentProjects(SettingsStore &store) {
     const auto projects = store.recentProjects(examinedAtOpen);
     for (const RecentProject &project : projects) {
@@ -128,17 +166,10 @@ SettingsStore &SettingsStore::instance() {
 }
 
 bool SettingsStore::open() {
-    const int wait = currentWait(); // of the connection before, which may have waited in vain
-    // Adding a connection of the same name would replace it too, but with a warning.
-    if (QSqlDatabase::contains(connectionName()))
-        QSqlDatabase::removeDatabase(connectionName());
-    QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName());
-    database.setDatabaseName(AppPaths::databasePath());
-    database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(wait));
-    if (!database.open()) {
-        qWarning().noquote() << "Database open failed:" << database.lastError().text();
+    if (!openFile())
         return false;
-    }
+    if (hasStandIn())
+        return giveUpFile();
     if (!ensureSchema())
         return false;
     pruneRecentProjects(*this);

@@ -2,8 +2,9 @@
 //
 // No operation fails visibly: a read that cannot be made gives its default, a write that cannot be
 // made is lost, and the launcher runs on without a memory. A file that another program holds is waited
-// for once, two seconds at most; from then on no operation waits, and the launch log tells of it. The
-// store keeps no state of its own, each operation fetches the connection named "quorvane". Main thread
+// for once, two seconds at most; from then on no operation waits, and the launch log tells of it. It
+// tells too of a file that is not used since a view or a trigger of its own (settings_stand_in.h) could
+// keep an operation from ending. The store keeps no state of its own, each operation fetches the connection named "quorvane". Main thread
 // only.
 #pragma once
 
@@ -23,7 +24,8 @@ public:
 
     // Opens the database, brings its schema up to date and drops recent projects whose file is gone
     // from the newest 100. May be called again: the new connection replaces the old one. False,
-    // with a line in the debug log, if the file cannot be opened or is no database.
+    // with a line in the debug log or the launch log, if the file cannot be opened, is no database or
+    // is not used.
     bool open();
 
     [[nodiscard]] QString value(const QString &key, const QString &defaultValue) const;

@@ -91,6 +91,9 @@ private Q_SLOTS:
     void fileThatIsNoDatabaseGivesDefaults();
     void fileThatCannotBeOpenedGivesDefaults();
     void storeThatWasNeverOpenedGivesDefaults();
+    void fileWithStatementsOfItsOwnIsNotUsed_data();
+    void fileWithStatementsOfItsOwnIsNotUsed();
+    void whatOthersKeepInTheFileIsNoHindrance();
     void fileThatAnotherProgramHoldsIsWaitedForOnce_data();
     void fileThatAnotherProgramHoldsIsWaitedForOnce();
     void fileThatIsLetGoIsUsedAgain();
@@ -286,6 +289,52 @@ QStringList logLines() {
 }
 
 } // namespace
+
+void SettingsStoreTest::fileWithStatementsOfItsOwnIsNotUsed_data() {
+    QTest::addColumn<QStringList>("statements");
+    const QString noEnd = " WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c) SELECT ";
+    const QStringList tables{"CREATE TABLE app_settings (key TEXT PRIMARY KEY, value TEXT)",
+                             "CREATE TABLE recent_projects (yslib_path, display_name, last_opened)",
+                             "INSERT INTO recent_projects VALUES('/none.yslib','a',1)"};
+    QTest::newRow("values without end")
+        << QStringList("CREATE VIEW app_settings(key,value) AS" + noEnd + "x,x FROM c");
+    QTest::newRow("recent projects without end")
+        << QStringList("CREATE VIEW recent_projects(yslib_path,display_name,last_opened) AS" +
+                       noEnd + "x,x,x FROM c");
+    QTest::newRow("a version without end")
+        << QStringList("CREATE VIEW schema_version(version) AS" + noEnd + "max(x) FROM c");
+    QTest::newRow("a write without end")
+        << tables + QStringList("CREATE TRIGGER t BEFORE INSERT ON app_settings BEGIN" + noEnd +
+                                "max(x) FROM c; END");
+    QTest::newRow("a removal without end")
+        << tables + QStringList("CREATE TRIGGER t AFTER DELETE ON recent_projects BEGIN" + noEnd +
+                                "max(x) FROM c; END");
+}
+
+void SettingsStoreTest::fileWithStatementsOfItsOwnIsNotUsed() {
+    QFETCH(QStringList, statements);
+    run(statements);
+    const QStringList before = sql("SELECT name FROM sqlite_master");
+    const support::MessageCapture capture;
+    QVERIFY(!store().open());
+    QCOMPARE(capture.messages(), QStringList());
+    QCOMPARE(
+        logLines(),
+        QStringList(QString("Settings are not available: %1 holds a view or a trigger for them.")
+                        .arg(AppPaths::databasePath())));
+    readsDefaultsAndLosesWrites();
+    QCOMPARE(sql("SELECT name FROM sqlite_master"), before);
+}
+
+void SettingsStoreTest::whatOthersKeepInTheFileIsNoHindrance() {
+    QVERIFY(store().open());
+    run({"CREATE TABLE other (x)", "CREATE VIEW names AS SELECT key FROM app_settings",
+         "CREATE TRIGGER t AFTER INSERT ON other BEGIN DELETE FROM other; END"});
+    QVERIFY(store().open());
+    store().setValue("key", "kept");
+    QCOMPARE(store().value("key", "default"), QString("kept"));
+    QCOMPARE(logLines(), QStringList());
+}
 
 void SettingsStoreTest::fileThatAnotherProgramHoldsIsWaitedForOnce_data() {
     QTest::addColumn<QString>("lock");

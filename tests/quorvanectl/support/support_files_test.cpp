@@ -40,6 +40,7 @@ private Q_SLOTS:
     void databasesThatAreNone();
     void tablesThatAreMissing_data();
     void tablesThatAreMissing();
+    void aViewInTheSettingsPlaceIsNotRead();
     void listings_data();
     void listings();
     void linksAreNamedAndNotRead();
@@ -204,6 +205,13 @@ void SupportFilesTest::tablesThatAreMissing() {
     QFETCH(QStringList, statements);
     runSql(statements);
     QTEST(settings(), "expected");
+}
+
+// Nobody waits for a table that never ends.
+void SupportFilesTest::aViewInTheSettingsPlaceIsNotRead() {
+    runSql({"CREATE VIEW app_settings(key,value) AS WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL "
+            "SELECT x+1 FROM c) SELECT x,x FROM c"});
+    QCOMPARE(settings(), QJsonObject({{"error", "holds a view or a trigger for the settings"}}));
 }
 
 void SupportFilesTest::listings_data() {

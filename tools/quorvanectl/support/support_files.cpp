@@ -3,6 +3,7 @@
 #include "frame/app_paths.h"
 #include "frame/pipe_or_device.h"
 #include "frame/settings_schema.h"
+#include "frame/settings_stand_in.h"
 #include "launcher/offer/update_component.h"
 #include "quorvanectl/files/interruption.h"
 #include "update/files/text_file.h"
@@ -89,6 +90,13 @@ QVector<QStringList> rows(const QSqlDatabase &database, const char *statement, i
     return found;
 }
 
+// The launcher refuses such a file as well: reading it may never end.
+bool holdsStandIn(const QVector<QStringList> &objects) {
+    return std::any_of(objects.begin(), objects.end(), [](const QStringList &object) {
+        return settings_stand_in::isOne(object.at(0));
+    });
+}
+
 bool isOwnKey(const QString &key) {
     return std::any_of(std::begin(settings_schema::ownKeys), std::end(settings_schema::ownKeys),
                        [&key](const char *own) { return key == QLatin1String(own); });
@@ -98,6 +106,10 @@ bool isOwnKey(const QString &key) {
 QJsonObject settingsIn(const QSqlDatabase &database) {
     QJsonObject settings;
     QString error;
+    if (holdsStandIn(rows(database, settings_stand_in::readObjects, 1, &error)))
+        error = QStringLiteral("holds a view or a trigger for the settings");
+    if (!error.isEmpty())
+        return {{QStringLiteral("error"), error}};
     for (const QStringList &row : rows(database, settings_schema::readValues, 2, &error)) {
         if (isOwnKey(row.at(0)))
             settings.insert(row.at(0), row.at(1));
