@@ -101,17 +101,14 @@ function(quorvane_add_mocs target)
     endforeach()
 endfunction()
 
-# quorvane_add_test(<folder>/<name> SOURCES <file>... [LINKS <target>...] [LABELS <label>...]
-#                   [TIMEOUT <seconds>])
+# quorvane_add_test_program(<folder>/<name> SOURCES <file>... [LINKS <target>...])
 #
-# A QtTest program of its own, registered with CTest under the name <folder>/<name>, offscreen and
-# labelled with its first folder; the target tests_<folder> builds all of that folder's. Its main is
-# QUORVANE_TEST_MAIN of tests/support/staged_main.h.
-function(quorvane_add_test test)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+# A QtTest program of its own, the target test_<folder>_<name>; the target tests_<first folder> builds all
+# of that folder's. Its main is QUORVANE_TEST_MAIN of tests/support/staged_main.h.
+function(quorvane_add_test_program test)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
     string(REPLACE "/" "_" target "test_${test}")
-    get_filename_component(folder "${test}" DIRECTORY)
-    string(REPLACE "/" ";" rooms "${folder}")
+    string(REPLACE "/" ";" rooms "${test}")
     list(GET rooms 0 folder)
     add_executable(${target} ${ARG_SOURCES})
     target_link_libraries(${target} PRIVATE quorvane_options quorvane_test_support ${ARG_LINKS}
@@ -122,6 +119,19 @@ function(quorvane_add_test test)
         add_custom_target(tests_${folder})
     endif()
     add_dependencies(tests_${folder} ${target})
+endfunction()
+
+# quorvane_add_test(<folder>/<name> SOURCES <file>... [LINKS <target>...] [LABELS <label>...]
+#                   [TIMEOUT <seconds>])
+#
+# Such a program, registered with CTest under the name <folder>/<name>, offscreen and labelled with its
+# first folder.
+function(quorvane_add_test test)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+    quorvane_add_test_program(${test} SOURCES ${ARG_SOURCES} LINKS ${ARG_LINKS})
+    string(REPLACE "/" "_" target "test_${test}")
+    string(REPLACE "/" ";" rooms "${test}")
+    list(GET rooms 0 folder)
     add_test(NAME "${test}" COMMAND ${target})
     if(CMAKE_CROSSCOMPILING)
         set(ARG_TIMEOUT 900) # programs start slowly under Wine

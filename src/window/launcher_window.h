@@ -18,6 +18,7 @@ class QPushButton;
 class QToolButton;
 class QVBoxLayout;
 class TextLabel;
+class WindowFit;
 
 class LauncherWindow : public QDialog {
     Q_OBJECT
@@ -77,7 +78,6 @@ private:
     void refreshLogView();
     void updateLanguageButton();
     void nameForAccessibility();
-    void fitToText();
 
     // window_updates.cpp: banner, dialog, task panel and the end of an update.
     [[nodiscard]] bool bannerDue() const;
@@ -120,4 +120,5 @@ private:
     RunLogView runLog;     // the log from here on is this run's
     QString lastTaskPhase; // of the last report, for a change of language
     QString lastTaskDetail;
+    WindowFit *fit;
 };

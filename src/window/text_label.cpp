@@ -63,6 +63,8 @@ void TextLabel::setElideMode(Qt::TextElideMode mode) {
 }
 
 bool TextLabel::isElided() const {
+    if (lineLimit() == 0)
+        return !text().isEmpty();
     return shown() != text() ||
            shownLines(contentsRect().size()) != lines(contentsRect().width(), lineLimit() + 1);
 }
@@ -73,7 +75,9 @@ QString TextLabel::shown() const {
 }
 
 int TextLabel::lineLimit() const {
-    return wordWrap() ? maximumLines : 1;
+    return wordWrap() && text().isEmpty() ? 0
+           : wordWrap()                   ? maximumLines
+                                          : std::min(maximumLines, 1);
 }
 
 // Fonts that stand in for missing characters may be higher than the label's own font: for a text that
@@ -135,7 +139,7 @@ QStringList TextLabel::shownLines(const QSize &size) const {
 QSize TextLabel::minimumSizeHint() const {
     const QMargins around = contentsMargins();
     return {around.left() + around.right() + fontMetrics().averageCharWidth() * 8,
-            around.top() + around.bottom() + lineHeight()};
+            around.top() + around.bottom() + std::min(lineLimit(), 1) * lineHeight()};
 }
 
 QSize TextLabel::sizeHint() const {

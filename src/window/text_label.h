@@ -18,7 +18,8 @@ class TextLabel : public QLabel {
 public:
     explicit TextLabel(QWidget *parent);
 
-    // How many lines a word-wrapped label may show; at least 1. Without word wrap it is one line.
+    // How many lines a word-wrapped label may show. Without word wrap it is one line; at 0 either takes
+    // no height at all, as a word-wrapped label without a text does.
     void setMaximumLines(int lines);
     // Where a label of one line is cut; at its end unless set.
     void setElideMode(Qt::TextElideMode mode);

@@ -3,6 +3,7 @@
 #include "window/bounded_pane.h"
 #include "window/launcher_window.h"
 #include "window/text_label.h"
+#include "window/window_fit.h"
 
 #include <QBoxLayout>
 #include <QCheckBox>
@@ -14,9 +15,10 @@
 
 namespace {
 
-const QSize startSize(640, 360);
-const QSize largestSize(1280, 720);
 const QMargins panelPadding(6, 6, 6, 6); // of the style sheets, which a layout does not see
+// So narrow that the countdown with its log and the panel of a check fits the size at the start.
+const QMargins edges(9, 4, 9, 4);
+constexpr int gap = 3;
 
 // A button that Enter never presses by accident: the buttons of a dialog are default buttons unless
 // told otherwise, and Enter in the path field would start something.
@@ -32,14 +34,18 @@ TextLabel *wrappedLabel(QWidget *parent) {
     return label;
 }
 
+QFont boldFont(QFont font) {
+    font.setWeight(QFont::Bold);
+    return font;
+}
+
 QFont headingFont(QFont font) {
     // A font that was sized in pixels has no point size.
     if (font.pointSize() > 0)
         font.setPointSize(font.pointSize() + 2);
     else
         font.setPixelSize(font.pixelSize() + 3);
-    font.setWeight(QFont::Bold);
-    return font;
+    return boldFont(font);
 }
 
 // The panels stay light under every palette, so the text on them must stay dark.
@@ -59,35 +65,38 @@ void useWhiteGround(QWidget *badge) {
 
 } // namespace
 
+// In the order in which the eye meets them, which is the order that a screen reader walks.
 void LauncherWindow::createWidgets() {
     titleLabel = new TextLabel(this);
     titleLabel->setFont(headingFont(titleLabel->font()));
+    languageButton = new QToolButton(this);
+    languageButton->setAutoRaise(true);
+    languageButton->setIconSize(QSize(28, 28));
     projectLabel = new TextLabel(this);
     projectLabel->setElideMode(Qt::ElideMiddle);
     projectLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     versionLabel = new TextLabel(this);
-    countdownLabel = new QLabel(this);
-    countdownLabel->setTextFormat(Qt::PlainText);
     statusLabel = wrappedLabel(this);
+    statusLabel->setFont(boldFont(statusLabel->font()));
     busyBar = new QProgressBar(this);
     busyBar->setTextVisible(false);
     busyBar->hide();
-    repairPanel = new QWidget(this);
-    bannerPanel = new QWidget(this);
     taskPanel = new QWidget(this);
-    actionRow = new QWidget(this);
-    languageButton = new QToolButton(this);
-    languageButton->setAutoRaise(true);
-    languageButton->setIconSize(QSize(28, 28));
+    buildTaskPanel();
+    bannerPanel = new QWidget(this);
+    buildBannerPanel();
     logView = new QPlainTextEdit(this);
     boundLayout(logView);
     logView->setReadOnly(true);
     logView->setTabChangesFocus(true);
     logView->setMinimumHeight(120);
+    repairPanel = new QWidget(this);
     buildRepairPanel();
-    buildBannerPanel();
-    buildTaskPanel();
+    actionRow = new QWidget(this);
     buildActionRow();
+    countdownLabel = new QLabel(this);
+    countdownLabel->setTextFormat(Qt::PlainText);
+    countdownLabel->setFont(headingFont(countdownLabel->font()));
 }
 
 void LauncherWindow::buildRepairPanel() {
@@ -104,6 +113,7 @@ void LauncherWindow::buildRepairPanel() {
         buttons->addWidget(*button);
     }
     auto *panel = new QVBoxLayout(repairPanel);
+    panel->setSpacing(gap);
     panel->setContentsMargins(QMargins()); // in line with the labels above it
     panel->addWidget(projectPathEdit);
     panel->addWidget(skipPrecheckCheck);
@@ -125,6 +135,7 @@ void LauncherWindow::buildBannerPanel() {
     }
     buttons->addStretch();
     auto *panel = new QVBoxLayout(bannerPanel);
+    panel->setSpacing(gap);
     panel->setContentsMargins(panelPadding);
     panel->addWidget(bannerLabel);
     panel->addLayout(buttons);
@@ -146,6 +157,7 @@ void LauncherWindow::buildTaskPanel() {
     buttons->addStretch();
     buttons->addWidget(taskCancelButton);
     auto *panel = new QVBoxLayout(taskPanel);
+    panel->setSpacing(gap);
     panel->setContentsMargins(panelPadding);
     panel->addWidget(taskTitleLabel);
     panel->addWidget(taskDetailLabel);
@@ -170,6 +182,8 @@ void LauncherWindow::buildLayout() {
     footer->addWidget(countdownLabel, 0, Qt::AlignLeft | Qt::AlignBottom);
     footer->addStretch();
     auto *main = new QVBoxLayout(this);
+    main->setContentsMargins(edges);
+    main->setSpacing(gap);
     main->addLayout(header);
     for (QWidget *widget :
          {static_cast<QWidget *>(projectLabel), static_cast<QWidget *>(versionLabel),
@@ -178,16 +192,18 @@ void LauncherWindow::buildLayout() {
         main->addWidget(widget);
     main->addStretch();
     main->addLayout(footer);
-    setMaximumSize(largestSize);
-    resize(startSize);
+    fit = new WindowFit(this,
+                        {{busyBar, taskPanel, bannerPanel, logView, repairPanel},
+                         {statusLabel, bannerLabel, taskDetailLabel},
+                         {versionLabel, projectLabel, taskDetailLabel, statusLabel, bannerLabel}});
 }
 
-// From top to bottom, as the eye goes.
+// From top to bottom, as the eye goes; the language comes last, since it is rarely what one wants.
 void LauncherWindow::orderTabs() {
     const QList<QWidget *> order = {
-        languageButton, taskCancelButton, bannerUpdateButton, bannerRemindButton, bannerSkipButton,
-        logView,        projectPathEdit,  skipPrecheckCheck,  hasUpdateButton,    browseButton,
-        openLogButton,  openDumpsButton,  launchButton,       applyButton,        skipButton};
+        taskCancelButton, bannerUpdateButton, bannerRemindButton, bannerSkipButton, logView,
+        projectPathEdit,  skipPrecheckCheck,  hasUpdateButton,    browseButton,     openLogButton,
+        openDumpsButton,  launchButton,       applyButton,        skipButton,       languageButton};
     for (int i = 1; i < order.size(); ++i)
         setTabOrder(order.at(i - 1), order.at(i));
 }

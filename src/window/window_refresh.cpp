@@ -5,10 +5,10 @@
 #include "frame/locale_manager.h"
 #include "window/log_notice.h"
 #include "window/text_label.h"
+#include "window/window_fit.h"
 
 #include <QCheckBox>
 #include <QIcon>
-#include <QLayout>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QProgressBar>
@@ -26,7 +26,7 @@ void LauncherWindow::refreshUi() {
     statusLabel->setText(s == State::Countdown ? QString() : service->statusText);
     showPanels(s);
     refreshLogView();
-    fitToText();
+    fit->request();
 }
 
 // Replaces what the user typed into the field and did not use yet, at every refresh: it shows the
@@ -84,31 +84,6 @@ void LauncherWindow::refreshLogView() {
     const QString text = run.isEmpty() ? logNotice(notice) : run;
     if (logView->toPlainText() != text)
         logView->setPlainText(text);
-}
-
-// Lets the window grow until its text is whole: wide enough for what stands on one line, high enough
-// for the rest. Where the largest window would not hold it, the long labels lose line after line. The
-// window never shrinks by itself.
-void LauncherWindow::fitToText() {
-    constexpr int mostLines = 12;
-    const QList<TextLabel *> flowing = {statusLabel, bannerLabel, taskDetailLabel};
-    const auto layoutAnew = [this] {
-        for (QWidget *panel : {repairPanel, bannerPanel, taskPanel})
-            panel->layout()->activate();
-        layout()->invalidate();
-    };
-    layoutAnew();
-    const int wide = qBound(width(), layout()->totalSizeHint().width(), maximumWidth());
-    int high = 0;
-    for (int limit = mostLines; limit > 0; --limit) {
-        for (TextLabel *label : flowing)
-            label->setMaximumLines(limit);
-        layoutAnew();
-        high = layout()->totalHeightForWidth(wide);
-        if (high <= maximumHeight())
-            break;
-    }
-    resize(wide, qBound(height(), high, maximumHeight()));
 }
 
 // --- The language ------------------------------------------------------------------------------

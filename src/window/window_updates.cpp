@@ -5,6 +5,7 @@
 
 #include "window/report_box.h"
 #include "window/text_label.h"
+#include "window/window_fit.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>
@@ -75,6 +76,30 @@ QCheckBox *choiceBox(const QString &text, const UpdateChoice &choice, const QStr
     return box;
 }
 
+// A dialog would take two thirds of the screen at most, and cut its last text on a small one. Where it
+// needs more than the room there is, it becomes wider and denser, and at last the letters of `note` smaller.
+void fitDialog(QDialog &dialog, QLabel *note, const QSize &room) {
+    constexpr int widest = 640;
+    constexpr int reserve = 4; // where a thin frame is rounded to none
+    QLayout *layout = dialog.layout();
+    int wide = wholePixels(layout->totalSizeHint().width());
+    const auto isTooHigh = [&] {
+        layout->invalidate();
+        return layout->totalHeightForWidth(wide) > room.height();
+    };
+    if (isTooHigh()) {
+        wide = qMin(widest, room.width() - reserve);
+        layout->setSpacing(0);
+        layout->setContentsMargins(6, 2, 6, 2);
+    }
+    QFont font = note->font();
+    for (int smaller = 0; smaller < 3 && font.pointSize() > 6 && isTooHigh(); ++smaller) {
+        font.setPointSize(font.pointSize() - 1);
+        note->setFont(font);
+    }
+    dialog.resize(QSize(wide, wholePixels(layout->totalHeightForWidth(wide))).boundedTo(room));
+}
+
 } // namespace
 
 void LauncherWindow::openUpdateDialog() {
@@ -102,11 +127,13 @@ void LauncherWindow::openUpdateDialog() {
     layout->addWidget(wrappedText(tr("请选择需要更新的内容（可多选）："), &dialog));
     for (QCheckBox *box : {project, pythonTools, runtime, launcher, editor})
         layout->addWidget(box);
-    layout->addWidget(wrappedText(
+    auto *note = wrappedText(
         tr("说明：组件更新包会按勾选项提供安装引导。Python 工具优先于 Runtime/Editor "
            "安装；Runtime/Editor/Launcher 安装器会按既定顺序拉起，建议在空闲时执行更新。"),
-        &dialog));
+        &dialog);
+    layout->addWidget(note);
     layout->addWidget(buttons);
+    fitDialog(dialog, note, roomAround(this));
     if (dialog.exec() != QDialog::Accepted)
         return;
 
@@ -188,7 +215,7 @@ void LauncherWindow::onUpdateTaskProgress(const QString &taskId, const QString &
         taskProgressBar->setFormat(QStringLiteral("%p%"));
     }
     taskPanel->setVisible(service->isUpdateTaskActive());
-    fitToText();
+    fit->request();
 }
 
 // --- The end of an update ----------------------------------------------------------------------

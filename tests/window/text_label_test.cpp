@@ -15,6 +15,7 @@ private Q_SLOTS:
     void aLongWordWidensNothing();
     void aWrappedLabelTakesTheHeightOfItsLines_data();
     void aWrappedLabelTakesTheHeightOfItsLines();
+    void aLabelOfNoLinesTakesNoHeightAndIsElided();
     void theNumberOfLinesIsLimited();
     void aLabelTooLowForItsTextIsElided();
     void oneLineIsElidedWhereItIsTooLong();
@@ -67,7 +68,7 @@ void TextLabelTest::aLongWordWidensNothing() {
 void TextLabelTest::aWrappedLabelTakesTheHeightOfItsLines_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("lines");
-    QTest::newRow("no text keeps one line") << "" << 1;
+    QTest::newRow("no text takes no room") << "" << 0;
     QTest::newRow("one word") << "word" << 1;
     QTest::newRow("two paragraphs") << "one\ntwo" << 2;
     QTest::newRow("a line feed at the end is a line") << "one\n" << 2;
@@ -80,9 +81,23 @@ void TextLabelTest::aWrappedLabelTakesTheHeightOfItsLines() {
     TextLabel label(nullptr);
     label.setWordWrap(true);
     label.setText(text);
-    QCOMPARE(label.heightForWidth(500), heightOfLines(label, lines));
+    QCOMPARE(label.heightForWidth(500), lines == 0 ? 0 : heightOfLines(label, lines));
     label.setText(QString("word ").repeated(60));
     QVERIFY(label.heightForWidth(200) > label.heightForWidth(600));
+}
+
+void TextLabelTest::aLabelOfNoLinesTakesNoHeightAndIsElided() {
+    TextLabel label(nullptr);
+    for (const bool wrapped : {false, true}) {
+        label.setWordWrap(wrapped);
+        label.setText("whole for a screen reader");
+        label.setMaximumLines(0);
+        QCOMPARE(label.minimumSizeHint().height(), 0);
+        QCOMPARE(label.sizeHint().height(), 0);
+        QVERIFY(label.isElided());
+        label.setText(QString());
+        QVERIFY(!label.isElided());
+    }
 }
 
 void TextLabelTest::theNumberOfLinesIsLimited() {

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QPointer>
 #include <QTimer>
+#include <QWindow>
 
 using State = LauncherService::State;
 using PromptMode = LauncherService::UpdatePromptMode;
@@ -33,6 +34,18 @@ void WindowScene::offerUpdate(PromptMode mode) {
 
 void WindowScene::refresh() {
     QVERIFY(QMetaObject::invokeMethod(&window, "refreshUi", Qt::DirectConnection));
+}
+
+void showFramed(QWidget &window) {
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QTRY_VERIFY(frameOf(window).height() > 0);
+    QCoreApplication::processEvents();
+}
+
+QSize frameOf(const QWidget &window) {
+    const QMargins frame = window.windowHandle()->frameMargins();
+    return {frame.left() + frame.right(), frame.top() + frame.bottom()};
 }
 
 namespace {

@@ -26,6 +26,11 @@ struct WindowScene {
     WindowParts parts;
 };
 
+// Shows a window on a screen with a window manager, and waits for the frame that comes some time after.
+void showFramed(QWidget &window);
+// The frame's width and height as far as the window system has told of it.
+[[nodiscard]] QSize frameOf(const QWidget &window);
+
 // Lays the compiled English translation beside the staged program.
 void stageTranslation();
 // Takes it away again.
