@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Runs tests by ctest, and those of a list that failed a second time.
 
-    second_try.py --tree TREE [--list FILE] [CTEST_ARGUMENT...]
+    second_try.py --tree TREE [--list FILE] [--changed] [CTEST_ARGUMENT...]
 
 A line of the list is the name of a test and the reason why it may fail without a fault of its own. The
 run fails if any other test did, if more than two needed a second try, or if one of these failed again.
+--changed leaves out what scripts/run-tests knows to have passed.
 """
 import argparse
 import pathlib
@@ -14,6 +15,7 @@ import sys
 
 MOST = 2
 LIST = pathlib.Path(__file__).with_suffix(".txt")
+RUNNER = pathlib.Path(__file__).resolve().parents[2] / "scripts/run-tests"
 
 
 def refuse(reason):
@@ -42,20 +44,21 @@ def tests_of(tree):
 
 
 class Run:
-    def __init__(self, tree, arguments):
-        self.command = ["ctest", "--test-dir", str(tree), "--no-tests=error", *arguments]
+    def __init__(self, tree, arguments, changed):
+        self.changed = ["--changed"] if changed else []
+        self.arguments = [str(tree), *arguments]
         self.failures = pathlib.Path(tree, "Testing/Temporary/LastTestsFailed.log")
 
     def first(self):
         """The exit status and the names of the tests that failed."""
         self.failures.unlink(missing_ok=True)
-        status = subprocess.run(self.command, check=False).returncode
+        status = subprocess.run([RUNNER, *self.changed, *self.arguments], check=False).returncode
         lines = self.failures.read_text().splitlines() if self.failures.exists() else []
         return status, [line.split(":", 1)[1] for line in lines]
 
     def second(self):
         """The exit status of those that failed."""
-        return subprocess.run([*self.command, "--rerun-failed"], check=False).returncode
+        return subprocess.run([RUNNER, *self.arguments, "--rerun-failed"], check=False).returncode
 
 
 def judge(run, reasons):
@@ -81,12 +84,13 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--tree", required=True)
     parser.add_argument("--list", type=pathlib.Path, default=LIST)
+    parser.add_argument("--changed", action="store_true")
     options, arguments = parser.parse_known_args()
     reasons = read_list(options.list)
     unknown = sorted(set(reasons) - tests_of(options.tree))
     if unknown:
         refuse(f"{options.list.name} names {', '.join(unknown)}, and there is no such test")
-    return judge(Run(options.tree, arguments), reasons)
+    return judge(Run(options.tree, arguments, options.changed), reasons)
 
 
 if __name__ == "__main__":
