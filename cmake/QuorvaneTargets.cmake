@@ -31,7 +31,7 @@ function(quorvane_use_precompiled target name)
 endfunction()
 
 # quorvane_add_library(<folder> SOURCES <file>... [LINKS <target>...] [NAME <name>] [IN <folder>]
-#                      [HEADERS <file>...] [META_OBJECTS])
+#                      [HEADERS <file>...] [META_OBJECTS] [REPLACED <file>...])
 #
 # The static library of one room: <folder> is its path in src, or in the folder IN. It is called
 # quorvane_<name>, by default after the last part of <folder>. Headers are included by their path,
@@ -39,9 +39,10 @@ endfunction()
 # folder (with HEADERS: links to these alone, where two libraries share a folder), so an include
 # compiles only where the library is linked: an upward include cannot build. META_OBJECTS: one of its
 # headers has Q_OBJECT. Eight files are compiled as one, since a compiler spends more on Qt's headers than
-# on what a file says: within a room a name stands for one thing, in unnamed namespaces too.
+# on what a file says: within a room a name stands for one thing, in unnamed namespaces too. REPLACED files
+# are compiled alone, since a test links another in their place.
 function(quorvane_add_library folder)
-    cmake_parse_arguments(ARG "META_OBJECTS" "NAME;IN" "SOURCES;LINKS;HEADERS" ${ARGN})
+    cmake_parse_arguments(ARG "META_OBJECTS" "NAME;IN" "SOURCES;LINKS;HEADERS;REPLACED" ${ARGN})
     get_filename_component(name "${folder}" NAME)
     if(ARG_NAME)
         set(name "${ARG_NAME}")
@@ -69,6 +70,9 @@ function(quorvane_add_library folder)
     set_target_properties(
         quorvane_${name} PROPERTIES AUTOMOC ${ARG_META_OBJECTS} UNITY_BUILD ${QUORVANE_UNITY}
                                     UNITY_BUILD_BATCH_SIZE 8)
+    if(ARG_REPLACED)
+        set_source_files_properties(${ARG_REPLACED} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+    endif()
     quorvane_use_precompiled(quorvane_${name} product)
 endfunction()
 
