@@ -1,4 +1,4 @@
-// What Windows reads in the launcher's file before and beside running it.
+// What Windows reads in a program's file before and beside running it.
 #include "support/staged_main.h"
 
 #include <windows.h>
@@ -25,7 +25,7 @@ class ProgramTest : public QObject {
 private:
     HMODULE programFile = nullptr;
 
-    QString versionText(const QString &name) const;
+    static QString versionText(const QString &program, const QString &name);
 
 private Q_SLOTS:
     void initTestCase();
@@ -36,10 +36,11 @@ private Q_SLOTS:
     void itsVersion_data();
     void itsVersion();
     void itsManifest();
+    void theManifestOfTheTool();
 };
 
-QString ProgramTest::versionText(const QString &name) const {
-    const std::wstring path = QStringLiteral(LAUNCHER).toStdWString();
+QString ProgramTest::versionText(const QString &program, const QString &name) {
+    const std::wstring path = program.toStdWString();
     QByteArray block(int(GetFileVersionInfoSizeW(path.c_str(), nullptr)), '\0');
     if (!GetFileVersionInfoW(path.c_str(), 0, DWORD(block.size()), block.data()))
         return QStringLiteral("(no version)");
@@ -78,23 +79,32 @@ void ProgramTest::itsIcon() {
 }
 
 void ProgramTest::itsVersion_data() {
+    QTest::addColumn<QString>("program");
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("text");
-    QTest::newRow("whose it is") << "CompanyName"
-                                 << "Quorvane";
-    QTest::newRow("what it is") << "FileDescription"
-                                << "Quorvaner, the launcher of a production line";
-    QTest::newRow("its name") << "ProductName"
-                              << "Quorvaner";
-    QTest::newRow("its file's name") << "OriginalFilename"
-                                     << "Quorvaner.exe";
-    QTest::newRow("its version") << "ProductVersion" << QUORVANE_VERSION;
-    QTest::newRow("its file's version") << "FileVersion" << QUORVANE_VERSION ".0";
+    const auto row = [](const char *what, const char *program, const char *name, const char *text) {
+        QTest::newRow(what) << program << name << text;
+    };
+    row("whose it is", LAUNCHER, "CompanyName", "Quorvane");
+    row("what it is", LAUNCHER, "FileDescription", "Quorvaner, the launcher of a production line");
+    row("its name", LAUNCHER, "ProductName", "Quorvaner");
+    row("its file's name", LAUNCHER, "OriginalFilename", "Quorvaner.exe");
+    row("its version", LAUNCHER, "ProductVersion", QUORVANE_VERSION);
+    row("its file's version", LAUNCHER, "FileVersion", QUORVANE_VERSION ".0");
+    row("whose the tool is", TOOL, "CompanyName", "Quorvane");
+    row("what the tool is", TOOL, "FileDescription",
+        "quorvanectl, the command line beside the launcher");
+    row("what the tool belongs to", TOOL, "ProductName", "Quorvaner");
+    row("the tool's name", TOOL, "InternalName", "quorvanectl");
+    row("the tool's file's name", TOOL, "OriginalFilename", "quorvanectl.exe");
+    row("the tool's version", TOOL, "ProductVersion", QUORVANE_VERSION);
+    row("the tool's file's version", TOOL, "FileVersion", QUORVANE_VERSION ".0");
 }
 
 void ProgramTest::itsVersion() {
+    QFETCH(QString, program);
     QFETCH(QString, name);
-    QTEST(versionText(name), "text");
+    QTEST(versionText(program, name), "text");
 }
 
 void ProgramTest::itsManifest() {
@@ -107,6 +117,21 @@ void ProgramTest::itsManifest() {
     QVERIFY(manifest.contains(">true</longPathAware>"));
     QVERIFY(!manifest.contains("<activeCodePage"));
     QCOMPARE(manifest.count("requestedExecutionLevel"), 1);
+    QVERIFY(manifest.contains("name=\"Quorvane.Quorvaner\" version=\"" QUORVANE_VERSION ".0\""));
+}
+
+void ProgramTest::theManifestOfTheTool() {
+    const HMODULE tool = LoadLibraryExW(QStringLiteral(TOOL).toStdWString().c_str(), nullptr,
+                                        LOAD_LIBRARY_AS_DATAFILE);
+    QVERIFY(tool);
+    const HRSRC resource = FindResourceW(tool, MAKEINTRESOURCEW(1), MAKEINTRESOURCEW(24));
+    QVERIFY(resource);
+    const QByteArray manifest = bytesOf(tool, resource);
+    QVERIFY(manifest.contains("level=\"asInvoker\" uiAccess=\"false\""));
+    QVERIFY(manifest.contains(">true</longPathAware>"));
+    QVERIFY(manifest.contains(">UTF-8</activeCodePage>"));
+    QVERIFY(manifest.contains("name=\"Quorvane.quorvanectl\" version=\"" QUORVANE_VERSION ".0\""));
+    FreeLibrary(tool);
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, ProgramTest)
