@@ -47,16 +47,16 @@ void ProjectCheckTest::aFileThatCannotBeUsed_data() {
     refusal("a file that is missing", "", "@ line3/line4.yslib", "line3/line4.yslib: no such file");
     refusal("a pipe is not waited for", "mkfifo p.yslib", "@ p.yslib", "p.yslib: is no plain file");
     refusal("a script", "", "@ line3/scripts/main.ys",
-            "line3/scripts/main.ys: JSON 无效：illegal value (line 1, column 2)");
+            "line3/scripts/main.ys: JSON 无效：illegal value (line 1, column 1)");
     refusal("UTF-16", "iconv -t UTF-16 line3/line3.yslib >line3/u.yslib", "@ line3/u.yslib",
-            "line3/u.yslib: JSON 无效：illegal value (line 1, column 2)");
+            "line3/u.yslib: JSON 无效：illegal value (line 1, column 1)");
     refusal("a fault, with its place", R"(printf '{\n  "project": {"name" "x"}\n}\n' >p.yslib)",
-            "@ p.yslib", "p.yslib: JSON 无效：missing name separator (line 2, column 23)");
+            "@ p.yslib", "p.yslib: JSON 无效：missing name separator (line 2, column 22)");
     refusal("a fault, for programs", R"(printf '{\n  "project": {"name" "x"}\n}\n' >p.yslib)",
             "@ p.yslib --format json",
-            "p.yslib: JSON 无效：missing name separator (line 2, column 23)");
+            "p.yslib: JSON 无效：missing name separator (line 2, column 22)");
     refusal("a fault, for build servers", "echo '{\"a\":}' >p.yslib", "@ p.yslib --format sarif",
-            "p.yslib: JSON 无效：object is missing after a comma (line 1, column 7)");
+            "p.yslib: JSON 无效：object is missing after a comma (line 1, column 6)");
     refusal("a script that is a folder", "cd line3/scripts; rm main.ys; mkdir main.ys",
             "@ line3/line3.yslib", "@here/line3/scripts/main.ys: is a folder");
     refusal("a script that is a pipe", "cd line3/scripts; rm main.ys; mkfifo main.ys",

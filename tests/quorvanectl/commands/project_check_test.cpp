@@ -199,14 +199,14 @@ void ProjectCheckTest::whatCannotBeUsed_data() {
     QTest::addColumn<QString>("line");
 
     QTest::newRow("no JSON") << FileTree{{"line.yslib", "{ no"}}
-                             << "line.yslib: JSON 无效：unterminated object (line 1, column 4)";
+                             << "line.yslib: JSON 无效：unterminated object (line 1, column 3)";
     QTest::newRow("an empty file") << FileTree{{"line.yslib", ""}}
                                    << "line.yslib: JSON 无效：illegal value (line 1, column 1)";
     QTest::newRow("no object") << FileTree{{"line.yslib", "[]"}}
-                               << "line.yslib: JSON 无效：no error occurred";
+                               << "line.yslib: JSON 无效：no error occurred (it is no JSON object)";
     QTest::newRow("nested too deeply")
         << FileTree{{"line.yslib", QByteArray(100000, '[')}}
-        << "line.yslib: JSON 无效：too deeply nested document (line 1, column 1026)";
+        << "line.yslib: JSON 无效：too deeply nested document (line 1, column 1025)";
     QTest::newRow("a folder registered as a script")
         << FileTree{{"line.yslib", document()}, {"main.ys/", ""}} << "main.ys: is a folder";
 }

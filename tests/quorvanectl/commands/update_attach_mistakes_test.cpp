@@ -74,9 +74,9 @@ void UpdateAttachTest::aManifestOrKeyThatCannotBeUsed_data() {
     support::addRefusals();
     const QString takes = "update attach takes manifest.json SIGNATURE" + seeHelp;
     refusal("signature and manifest swapped", "printf 'xx' >m.sig", "@ m.sig m.json --out x.json",
-            "m.sig: is no JSON: line 1, column 2: illegal value");
+            "m.sig: is no JSON: line 1, column 1: illegal value");
     refusal("a fault in the manifest, with its place", R"(printf '{"a": tru}' >m.json)",
-            "@ m.json m.sig --out x.json", "m.json: is no JSON: line 1, column 8: illegal value");
+            "@ m.json m.sig --out x.json", "m.json: is no JSON: line 1, column 7: illegal value");
     refusal("an array", "echo '[]' >m.json", "@ m.json m.sig --out x.json",
             "m.json: is no JSON object");
     refusal("the private key as the key", "", "@ m.json m.sig --key private.pem --out x.json",

@@ -39,10 +39,10 @@ void UpdateCanonicalTest::aManifestThatCannotBeUsed_data() {
     refusal("an empty file has no bytes to sign", ": >m.json", "@ m.json --out c.bin",
             "m.json: is no JSON: line 1, column 1: illegal value");
     refusal("UTF-16", "iconv -t UTF-16 m.json >u.json", "@ u.json --out c.bin",
-            "u.json: is no JSON: line 1, column 2: illegal value");
+            "u.json: is no JSON: line 1, column 1: illegal value");
     refusal("an array", "echo '[]' >m.json", "@ m.json --out c.bin", "m.json: is no JSON object");
     refusal("the key", "", "@ private.pem --out c.bin",
-            "private.pem: is no JSON: line 1, column 2: illegal value");
+            "private.pem: is no JSON: line 1, column 1: illegal value");
 }
 
 void UpdateCanonicalTest::aManifestThatCannotBeUsed() {

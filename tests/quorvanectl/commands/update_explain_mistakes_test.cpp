@@ -55,7 +55,7 @@ void UpdateExplainTest::whatCannotBeUsed_data() {
     refusal("an empty file", ": >m.json", "@ m.json" + pc,
             "m.json: is no JSON: line 1, column 1: illegal value");
     refusal("UTF-16", "iconv -t UTF-16 m.json >u.json", "@ u.json" + pc,
-            "u.json: is no JSON: line 1, column 2: illegal value");
+            "u.json: is no JSON: line 1, column 1: illegal value");
     refusal("an array", "echo '[]' >m.json", "@ m.json" + pc, "m.json: is no JSON object");
     refusal("somebody else's", "chmod 755 . pc; chmod 000 m.json", "$user @ m.json" + pc,
             "m.json: Permission denied");
@@ -77,7 +77,7 @@ void UpdateExplainTest::whatCannotBeUsed_data() {
             "@ signed.json --project p.yslib" + pc, "p.yslib: is no JSON object");
     refusal("a project with a fault", "echo '{\"a\" 1}' >p.yslib",
             "@ signed.json --project p.yslib" + pc,
-            "p.yslib: is no JSON: line 1, column 7: missing name separator");
+            "p.yslib: is no JSON: line 1, column 6: missing name separator");
     refusal("of two faults the manifest's is told", "", "@ none.json --project none.yslib",
             "none.json: no such file");
 }

@@ -53,9 +53,9 @@ void UpdateLintTest::aFileThatCannotBeUsed_data() {
     refusal("an empty file", ": >m.json", "@ m.json",
             "m.json: is no JSON: line 1, column 1: illegal value");
     refusal("UTF-16", "iconv -t UTF-16 m.json >u.json", "@ u.json",
-            "u.json: is no JSON: line 1, column 2: illegal value");
+            "u.json: is no JSON: line 1, column 1: illegal value");
     refusal("a fault, for programs", "echo '{\"a\": 1,}' >m.json", "@ m.json --format json",
-            "m.json: is no JSON: line 1, column 10: object is missing after a comma");
+            "m.json: is no JSON: line 1, column 9: object is missing after a comma");
     refusal("an array", "echo '[]' >m.json", "@ m.json", "m.json: is no JSON object");
     refusal("somebody else's", "chmod 755 .; chmod 000 m.json", "$user @ m.json",
             "m.json: Permission denied");
@@ -66,7 +66,7 @@ void UpdateLintTest::aFileThatCannotBeUsed_data() {
             "p.json: is no plain file");
     refusal("the previous one has a fault", R"(printf '{\n"a": 1,\n}' >p.json)",
             "@ m.json --previous p.json",
-            "p.json: is no JSON: line 3, column 2: object is missing after a comma");
+            "p.json: is no JSON: line 3, column 1: object is missing after a comma");
     refusal("the previous one is an array", "echo '[]' >p.json", "@ m.json --previous p.json",
             "p.json: is no JSON object");
     refusal("of two previous ones the last, which is missing", "",

@@ -46,15 +46,15 @@ void UpdateSignTest::aManifestThatCannotBeUsed_data() {
     refusal("an empty file", ": >m.json", "@ m.json" + with,
             "m.json: is no JSON: line 1, column 1: illegal value");
     refusal("UTF-16", "iconv -t UTF-16 m.json >u.json", "@ u.json" + with,
-            "u.json: is no JSON: line 1, column 2: illegal value");
+            "u.json: is no JSON: line 1, column 1: illegal value");
     refusal("an array", "echo '[]' >m.json", "@ m.json" + with, "m.json: is no JSON object");
     refusal("a fault, with its place", R"(printf '{\n"a": 1,\n"b" 2}' >m.json)", "@ m.json" + with,
-            "m.json: is no JSON: line 3, column 6: missing name separator");
+            "m.json: is no JSON: line 3, column 5: missing name separator");
     refusal("a fault behind Chinese, counted in characters",
             R"(echo '{"publishedAt": "产线" 2}' >m.json)", "@ m.json" + with,
-            "m.json: is no JSON: line 1, column 23: unterminated object");
+            "m.json: is no JSON: line 1, column 22: unterminated object");
     refusal("manifest and key swapped", "", "@ private.pem --key m.json --out x.json",
-            "private.pem: is no JSON: line 1, column 2: illegal value");
+            "private.pem: is no JSON: line 1, column 1: illegal value");
     refusal("somebody else's", "chmod 755 .; chmod 000 m.json", "$user @ m.json" + with,
             "m.json: Permission denied");
 }

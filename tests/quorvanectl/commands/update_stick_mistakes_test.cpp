@@ -61,9 +61,9 @@ void UpdateStickTest::whatIsNotCopied_data() {
     refusal("an empty manifest", ": >site/manifest.json", "@ site stick",
             "site/manifest.json: is no JSON: line 1, column 1: illegal value");
     refusal("a manifest with a fault", "echo '{\"a\":}' >site/manifest.json", "@ site stick",
-            "site/manifest.json: is no JSON: line 1, column 7: object is missing after a comma");
+            "site/manifest.json: is no JSON: line 1, column 6: object is missing after a comma");
     refusal("a manifest in UTF-16", "iconv -t UTF-16 signed.json >site/manifest.json",
-            "@ site stick", "site/manifest.json: is no JSON: line 1, column 2: illegal value");
+            "@ site stick", "site/manifest.json: is no JSON: line 1, column 1: illegal value");
     refusal("a manifest of somebody else's", "chmod 755 .; chmod 777 stick; chmod 000 site/*.json",
             "$user @ site stick", "site/manifest.json: Permission denied");
     refusal("the private key as the key", "", "@ site stick --key private.pem",

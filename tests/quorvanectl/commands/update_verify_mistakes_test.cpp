@@ -62,21 +62,21 @@ void UpdateVerifyTest::aManifestThatCannotBeUsed_data() {
     refusal("an array", "echo '[1]' >m.json", "@ m.json --key update.pub",
             "m.json: is no JSON object");
     refusal("a text in UTF-16", "iconv -t UTF-16 signed.json >u.json", "@ u.json --key update.pub",
-            "u.json: is no JSON: line 1, column 2: illegal value");
+            "u.json: is no JSON: line 1, column 1: illegal value");
     refusal("a text in UTF-16 without a byte-order mark", "iconv -t UTF-16LE signed.json >u.json",
             "@ u.json --key update.pub",
             "u.json: is no JSON: line 1, column 2: unterminated object");
     refusal("a comma too many, with its line",
             R"(printf '{\n  "runtime": {"a": "b",}\n}\n' >m.json)", "@ m.json --key update.pub",
-            "m.json: is no JSON: line 2, column 25: object is missing after a comma");
+            "m.json: is no JSON: line 2, column 24: object is missing after a comma");
     refusal("a comma too few", R"(printf '{"schemaVersion": 1 "a": 2}' >m.json)",
             "@ m.json --key update.pub",
-            "m.json: is no JSON: line 1, column 22: unterminated object");
+            "m.json: is no JSON: line 1, column 21: unterminated object");
     refusal("two manifests in one file", "cat signed.json m.json >x.json",
             "@ x.json --key update.pub",
             "x.json: is no JSON: line 9, column 1: garbage at the end of the document");
     refusal("a package in its place", R"(printf 'PK\003\004\000\000' >p.zip)",
-            "@ p.zip --key update.pub", "p.zip: is no JSON: line 1, column 2: illegal value");
+            "@ p.zip --key update.pub", "p.zip: is no JSON: line 1, column 1: illegal value");
     refusal("a link that leads nowhere", "ln -s nowhere l.json", "@ l.json --key update.pub",
             "l.json: no such file");
     refusal("a link that leads to itself", "ln -s l.json l.json", "@ l.json --key update.pub",
@@ -108,7 +108,7 @@ void UpdateVerifyTest::aKeyThatCannotBeUsed_data() {
             "update.pub" + noKey);
     refusal("the manifest", "", "@ signed.json --key signed.json", "signed.json" + noKey);
     refusal("manifest and key swapped", "", "@ update.pub --key signed.json",
-            "update.pub: is no JSON: line 1, column 2: illegal value");
+            "update.pub: is no JSON: line 1, column 1: illegal value");
     refusal("the lines around it are left out", "grep -v -- ----- update.pub >bare.pub",
             "@ signed.json --key bare.pub", "bare.pub" + noKey);
     refusal("in UTF-16", "iconv -t UTF-16 update.pub >u.pub", "@ signed.json --key u.pub",

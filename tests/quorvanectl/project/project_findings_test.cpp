@@ -136,16 +136,17 @@ void ProjectFindingsTest::filesThatAreNoProject_data() {
     QTest::addColumn<QString>("reason");
     const QString invalid = QStringLiteral("JSON 无效：");
     QTest::newRow("nothing") << QByteArray() << invalid + "illegal value (line 1, column 1)";
-    QTest::newRow("a list") << QByteArray("[]") << invalid + "no error occurred";
+    QTest::newRow("a list") << QByteArray("[]")
+                            << invalid + "no error occurred (it is no JSON object)";
     QTest::newRow("a comma too many")
         << QByteArray("{\"a\": 1,\n }")
-        << invalid + "object is missing after a comma (line 2, column 3)";
+        << invalid + "object is missing after a comma (line 2, column 2)";
     QTest::newRow("a key without quotes")
-        << QByteArray("{\n  a: 1\n}") << invalid + "unterminated object (line 2, column 4)";
+        << QByteArray("{\n  a: 1\n}") << invalid + "unterminated object (line 2, column 3)";
     QTest::newRow("a comment") << QByteArray("// mine\n{}")
-                               << invalid + "illegal value (line 1, column 2)";
+                               << invalid + "illegal value (line 1, column 1)";
     QTest::newRow("a script instead")
-        << QByteArray("int a;\n") << invalid + "illegal value (line 1, column 2)";
+        << QByteArray("int a;\n") << invalid + "illegal value (line 1, column 1)";
 }
 
 void ProjectFindingsTest::filesThatAreNoProject() {

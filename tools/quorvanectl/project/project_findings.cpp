@@ -27,9 +27,10 @@ bool readProject(const QString &path, QJsonObject *project, QString *error) {
         return true;
     const QVector<ProjectIssue> issues = validateProjectText(text, path);
     const QString place = placeOfJsonFault(text);
-    *error = QStringLiteral("%1: %2").arg(path, issues.value(0).message);
-    if (!place.isNull())
-        *error += QStringLiteral(" (%1)").arg(place);
+    // Of JSON that is no object the validator gives the parser's word, which finds no fault.
+    *error = QStringLiteral("%1: %2 (%3)")
+                 .arg(path, issues.value(0).message,
+                      place.isNull() ? QStringLiteral("it is no JSON object") : place);
     return false;
 }
 
