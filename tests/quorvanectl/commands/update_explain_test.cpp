@@ -303,7 +303,7 @@ void UpdateExplainTest::refusals_data() {
         << QStringList{"--install", "/proc"} << "/proc: no installation is there";
     QTest::newRow("a project that is no JSON")
         << QStringList{"--project", "line3.zip"}
-        << "line3.zip: is no JSON: line 1, column 2: illegal value";
+        << "line3.zip: is no JSON: line 1, column 1: illegal value";
     QTest::newRow("no project") << QStringList{"--project", "none.yslib"} << "none.yslib";
     QTest::newRow("no address") << QStringList{"--url", "nowhere"} << "nowhere: not an address";
     QTest::newRow("no language") << QStringList{"--locale", "de"} << "de: the launcher speaks";

@@ -128,7 +128,7 @@ void SignMistakesTest::manifestsThatAreNone_data() {
     QTest::newRow("an empty file") << QByteArray() << "line 1, column 1";
     QTest::newRow("a list") << QByteArray("[]") << "";
     QTest::newRow("a comma too many")
-        << QByteArray("{\n\"a\": 1,\n}") << "line 3, column 2: object is missing after a comma";
+        << QByteArray("{\n\"a\": 1,\n}") << "line 3, column 1: object is missing after a comma";
     QTest::newRow("cut off") << QByteArray("{\"a\": ") << "line 1, column ";
     QTest::newRow("something behind it") << QByteArray("{}\n{}") << "line 2, column 1";
     QTest::newRow("a key instead")
