@@ -21,9 +21,9 @@ VerifyResult refused(const char *message) {
 }
 
 // The checks from the signature on, in their order. `canonical` is empty if the text held no
-// manifest, which is told after a missing signature and a missing key.
+// manifest, which is told after a missing signature and a missing key. `attempts` may be null.
 VerifyResult verifyCanonical(const QString &canonical, const QString &signatureBase64,
-                             const QString &keyPath) {
+                             const QString &keyPath, QString *attempts) {
     if (signatureBase64.trimmed().isEmpty())
         return refused("signature is empty");
     const QString path = keyPath.isEmpty() ? AppPaths::updatePublicKeyPath() : keyPath;
@@ -46,7 +46,10 @@ VerifyResult verifyCanonical(const QString &canonical, const QString &signatureB
 
     const QByteArray data = canonical.toUtf8();
     QString details;
-    if (verifyRsaSha256(key, data, signature, &details))
+    const bool verified = verifyRsaSha256(key, data, signature, &details);
+    if (attempts != nullptr)
+        *attempts = details;
+    if (verified)
         return {true, QStringLiteral("signature verified")};
     const QByteArray hash = QCryptographicHash::hash(data, QCryptographicHash::Sha256);
     return refused(QStringLiteral("RSA signature verification failed (%1), key=%2, "
@@ -58,11 +61,16 @@ VerifyResult verifyCanonical(const QString &canonical, const QString &signatureB
 } // namespace
 
 ManifestProof proveManifest(const QString &manifestText, const QString &keyPath) {
-    const std::optional<QJsonObject> manifest = parseManifest(manifestText);
-    if (!manifest)
-        return {refused("manifest JSON is invalid"), std::nullopt};
-    const QString signature = manifest->value(manifest_keys::signature).toString();
-    return {verifyCanonical(canonicalManifest(*manifest), signature, keyPath), manifest};
+    ManifestProof proof;
+    proof.manifest = parseManifest(manifestText);
+    if (!proof.manifest) {
+        proof.result = refused("manifest JSON is invalid");
+        return proof;
+    }
+    const QString signature = proof.manifest->value(manifest_keys::signature).toString();
+    proof.canonical = canonicalManifest(*proof.manifest);
+    proof.result = verifyCanonical(proof.canonical, signature, keyPath, &proof.attempts);
+    return proof;
 }
 
 VerifyResult verifyManifest(const QString &manifestText, const QString &keyPath) {
@@ -73,7 +81,7 @@ VerifyResult verifyManifestSignature(const QString &manifestText, const QString 
                                      const QString &keyPath) {
     if (manifestText.trimmed().isEmpty())
         return refused("manifest JSON is empty");
-    return verifyCanonical(canonicalManifestText(manifestText), signatureBase64, keyPath);
+    return verifyCanonical(canonicalManifestText(manifestText), signatureBase64, keyPath, nullptr);
 }
 
 QByteArray decodeSignature(const QString &base64) {

@@ -20,6 +20,8 @@ struct VerifyResult {
 struct ManifestProof {
     VerifyResult result;
     std::optional<QJsonObject> manifest; // as parsed; to be believed only if `result.ok`
+    QString canonical;                   // its signed form; null if there is no manifest
+    QString attempts; // which one passed, or what each answered; empty if none was made
 };
 
 // Checks the manifest against the `signature` that it carries. `keyPath` is a PEM file with an RSA

@@ -102,6 +102,7 @@ private Q_SLOTS:
     void aManifestWithoutItsSignature_data();
     void aManifestWithoutItsSignature();
     void aProvenManifestIsHandedOnAsItWasParsed();
+    void aRefusedManifestTellsItsAttempts();
     void aTextThatIsNoManifestHandsNothingOn();
     void everyWrongTypeInEveryPlaceIsAnswered();
     void invalidUtf8IsRefused();
@@ -350,6 +351,20 @@ void ManifestSignatureTest::aProvenManifestIsHandedOnAsItWasParsed() {
     QVERIFY(proof.manifest.has_value());
     QCOMPARE(*proof.manifest, QJsonDocument::fromJson(text.toUtf8()).object());
     QCOMPARE(canonicalManifest(*proof.manifest), canonicalManifestText(text));
+    QCOMPARE(proof.canonical, canonicalManifestText(text));
+    QCOMPARE(proof.attempts, QString("BCryptVerifySignature direct"));
+}
+
+void ManifestSignatureTest::aRefusedManifestTellsItsAttempts() {
+    QJsonObject manifest = support::fullManifest();
+    const ManifestProof none = proveManifest(support::jsonText(manifest), publicKeyPath);
+    QCOMPARE(none.result.message, QString("signature is empty"));
+    QCOMPARE(none.attempts, QString());
+    manifest.insert("signature", "AAAA");
+    const ManifestProof foreign = proveManifest(support::jsonText(manifest), publicKeyPath);
+    QVERIFY(foreign.attempts.startsWith("BCryptVerifySignature direct=0x"));
+    QVERIFY(foreign.result.message.contains('(' + foreign.attempts + ')'));
+    QCOMPARE(foreign.canonical, none.canonical);
 }
 
 void ManifestSignatureTest::aTextThatIsNoManifestHandsNothingOn() {
@@ -357,6 +372,7 @@ void ManifestSignatureTest::aTextThatIsNoManifestHandsNothingOn() {
         const ManifestProof proof = proveManifest(text, publicKeyPath);
         QCOMPARE(proof.result.message, QString("manifest JSON is invalid"));
         QVERIFY(!proof.manifest.has_value());
+        QVERIFY(proof.canonical.isNull());
     }
 }
 

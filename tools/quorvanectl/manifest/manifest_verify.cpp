@@ -1,45 +1,24 @@
 #include "quorvanectl/manifest/manifest_verify.h"
 
-#include "update/canonical_manifest.h"
-#include "update/files/text_file.h"
 #include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
-#include "update/rsa_attempts.h"
 
 #include <QCryptographicHash>
-#include <QJsonDocument>
 
 namespace ctl {
-namespace {
-
-// The outcome of the attempts, which the launcher's message holds only after a failure.
-QString attemptDetails(const QByteArray &canonical, const QByteArray &signature,
-                       const QString &keyPath) {
-    const QByteArray key = decodePemBody(readTextFile(keyPath));
-    if (key.isEmpty() || signature.isEmpty())
-        return QString();
-    QString details;
-    (void)verifyRsaSha256(key, canonical, signature, &details); // the verdict is the launcher's
-    return details;
-}
-
-} // namespace
 
 VerifyReport verifyReport(const QString &manifestText, const QString &keyPath) {
-    const VerifyResult result = verifyManifest(manifestText, keyPath);
+    const ManifestProof proof = proveManifest(manifestText, keyPath);
     VerifyReport report;
-    report.ok = result.ok;
-    report.message = result.message;
-    const QString canonical = canonicalManifestText(manifestText);
-    if (canonical.isNull())
+    report.ok = proof.result.ok;
+    report.message = proof.result.message;
+    report.details = proof.attempts;
+    if (!proof.manifest)
         return report;
-    const QByteArray signedBytes = canonical.toUtf8();
     report.canonicalSha256 = QString::fromLatin1(
-        QCryptographicHash::hash(signedBytes, QCryptographicHash::Sha256).toHex());
-    const QJsonObject root = QJsonDocument::fromJson(manifestText.toUtf8()).object();
-    const QByteArray signature = decodeSignature(root.value(manifest_keys::signature).toString());
-    report.signatureBytes = signature.size();
-    report.details = attemptDetails(signedBytes, signature, keyPath);
+        QCryptographicHash::hash(proof.canonical.toUtf8(), QCryptographicHash::Sha256).toHex());
+    report.signatureBytes =
+        decodeSignature(proof.manifest->value(manifest_keys::signature).toString()).size();
     return report;
 }
 
