@@ -47,6 +47,9 @@ private Q_SLOTS:
     void wrongWords();
     void whatAManifestIsToldToBe_data();
     void whatAManifestIsToldToBe();
+    void severalManifests_data();
+    void severalManifests();
+    void severalManifestsForPrograms();
     void aForeignManifestForPrograms();
     void anEditForPrograms();
 };
@@ -131,11 +134,8 @@ void UpdateVerifyTest::aKeyThatCannotBeUsed() {
 
 void UpdateVerifyTest::wrongWords_data() {
     support::addRefusals();
-    const QString takes = "update verify takes manifest.json" + seeHelp;
-    refusal("no manifest", "", "@ --key update.pub", takes);
-    refusal("two manifests", "", "@ signed.json m.json --key update.pub", takes);
-    refusal("a name with a blank and no quotes", "cp signed.json 'my update.json'",
-            "@ my update.json --key update.pub", takes);
+    refusal("no manifest", "", "@ --key update.pub",
+            "update verify takes manifest.json..." + seeHelp);
     refusal("one dash before the option", "", "@ signed.json -key update.pub",
             "Unknown options: k, e, y" + support::behindDashes + seeHelp);
     refusal("a name that begins with a dash", "cp signed.json ./-m.json",
@@ -143,6 +143,13 @@ void UpdateVerifyTest::wrongWords_data() {
             "Unknown options: m, ., j, s, o, n" + support::behindDashes + seeHelp);
     refusal("the option of another command", "", "@ signed.json --key update.pub --out x.json",
             "Unknown option 'out'" + seeHelp);
+    refusal("no key for several manifests", "", "@ signed.json m.json",
+            "no key given; --key names the file");
+    refusal("of several manifests and the key the key's fault is told", "",
+            "@ none.json m.json --key none.pub", "none.pub: no such file");
+    refusal("a format in capitals, for several manifests", "",
+            "@ signed.json m.json --key update.pub --format JSON",
+            "no format 'JSON'; there are: text, json");
     refusal("a format in capitals", "", "@ signed.json --key update.pub --format JSON",
             "no format 'JSON'; there are: text, json");
     refusal("a format of another command", "", "@ signed.json --key update.pub --format sarif",
@@ -199,6 +206,83 @@ void UpdateVerifyTest::whatAManifestIsToldToBe_data() {
 
 void UpdateVerifyTest::whatAManifestIsToldToBe() {
     support::expectOutcome(PublisherDesk(command));
+}
+
+void UpdateVerifyTest::severalManifests_data() {
+    support::addOutcomes();
+    const QString good = "signed.json: signature verified\n";
+    const QString unsignedOne = "m.json: signature is empty\n";
+    const QString missing = "none.json: no such file\n";
+    outcome("all good", "cp signed.json b.json", "@ signed.json b.json --key update.pub",
+            {0, good + "b.json: signature verified\n"});
+    outcome("the same one twice", "", "@ signed.json signed.json --key update.pub",
+            {0, good + good});
+    outcome("one that is not signed", "", "@ signed.json m.json signed.json --key update.pub",
+            {1, good + unsignedOne + good});
+    outcome("another publisher's", "", "@ signed.json m.json --key other.pub",
+            {1, "signed.json: " + support::verificationFailed("other.pub", support::signedSum()) +
+                    "\n" + unsignedOne});
+    outcome("one that is missing is told in its place", "",
+            "@ m.json none.json signed.json --key update.pub", {2, unsignedOne + missing + good});
+    outcome("the missing one first, and the worst counts", "",
+            "@ none.json m.json --key update.pub", {2, missing + unsignedOne});
+    outcome("one that is no JSON", "echo '[' >x.json", "@ signed.json x.json --key update.pub",
+            {2, good + "x.json: is no JSON: line 2, column 1: unterminated array\n"});
+    outcome("an array and a folder", "echo '[1]' >x.json",
+            "@ x.json site signed.json --key update.pub",
+            {2, "x.json: is no JSON object\nsite: is a folder\n" + good});
+    outcome("a pipe is not waited for", "mkfifo pipe", "@ pipe signed.json --key update.pub",
+            {2, "pipe: is no plain file\n" + good});
+    outcome("somebody else's", "chmod 755 .; cp signed.json x.json; chmod 000 x.json",
+            "$user @ signed.json x.json --key update.pub",
+            {2, good + "x.json: Permission denied\n"});
+    outcome("a line feed in a name is spelled out", "",
+            "@ 'a\nb.json' signed.json --key update.pub", {2, "a\\nb.json: no such file\n" + good});
+    outcome("a name with a blank and no quotes", "cp signed.json 'my update.json'",
+            "@ my update.json --key update.pub",
+            {2, "my: no such file\nupdate.json: no such file\n"});
+    outcome("one alone is told in full", "", "@ signed.json --key update.pub",
+            {0, verified("signed.json")});
+}
+
+void UpdateVerifyTest::severalManifests() {
+    support::expectOutcome(PublisherDesk(command));
+}
+
+void UpdateVerifyTest::severalManifestsForPrograms() {
+    const PublisherDesk desk(command);
+    const Answer answer =
+        desk.type("@ signed.json m.json none.json --key update.pub --format json");
+    QCOMPARE(answer.out, QString(R"([
+    {
+        "canonical_sha256": "%1",
+        "details": "BCryptVerifySignature direct",
+        "manifest": "signed.json",
+        "message": "signature verified",
+        "ok": true,
+        "sig_bytes": 384
+    },
+    {
+        "canonical_sha256": "%1",
+        "details": "",
+        "manifest": "m.json",
+        "message": "signature is empty",
+        "ok": false,
+        "sig_bytes": 0
+    },
+    {
+        "canonical_sha256": "",
+        "details": "",
+        "manifest": "none.json",
+        "message": "no such file",
+        "ok": false,
+        "sig_bytes": 0
+    }
+]
+)")
+                             .arg(support::signedSum()));
+    QCOMPARE(answer.err, QString());
+    QCOMPARE(answer.status, 2);
 }
 
 void UpdateVerifyTest::aForeignManifestForPrograms() {
