@@ -2,6 +2,17 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="zh_CN">
 <context>
+    <name>BoxButtons</name>
+    <message>
+        <source>确定</source>
+        <translation>&amp;OK</translation>
+    </message>
+    <message>
+        <source>取消</source>
+        <translation>&amp;Cancel</translation>
+    </message>
+</context>
+<context>
     <name>LauncherService</name>
     <message>
         <source>未选择 yslib 项目。</source>
@@ -432,51 +443,51 @@ Press F8 to stop and choose a project, read the log or start by hand (repair mod
     </message>
     <message>
         <source>跳过核心插件预检（有风险）</source>
-        <translation>Start without checking the core plug-in (risky)</translation>
+        <translation>Start without checking the core &amp;plug-in (risky)</translation>
     </message>
     <message>
         <source>浏览 yslib…</source>
-        <translation>Choose project…</translation>
+        <translation>Ch&amp;oose project…</translation>
     </message>
     <message>
         <source>打开启动日志</source>
-        <translation>Open log</translation>
+        <translation>Open &amp;log</translation>
     </message>
     <message>
         <source>打开 dump 目录</source>
-        <translation>Open crash reports</translation>
+        <translation>Open crash r&amp;eports</translation>
     </message>
     <message>
         <source>立即启动</source>
-        <translation>Start now</translation>
+        <translation>&amp;Start now</translation>
     </message>
     <message>
         <source>应用更新</source>
-        <translation>Install update</translation>
+        <translation>&amp;Install update</translation>
     </message>
     <message>
         <source>跳过并启动当前版本</source>
-        <translation>Skip and start what is installed</translation>
+        <translation>Skip and start &amp;what is installed</translation>
     </message>
     <message>
         <source>立即更新</source>
-        <translation>Update now</translation>
+        <translation>&amp;Update now</translation>
     </message>
     <message>
         <source>稍后提醒</source>
-        <translation>Remind me later</translation>
+        <translation>&amp;Remind me later</translation>
     </message>
     <message>
         <source>跳过此版本</source>
-        <translation>Skip this version</translation>
+        <translation>S&amp;kip this version</translation>
     </message>
     <message>
         <source>有更新</source>
-        <translation>Update available</translation>
+        <translation>Update &amp;available</translation>
     </message>
     <message>
         <source>取消更新任务</source>
-        <translation>Cancel update</translation>
+        <translation>&amp;Cancel update</translation>
     </message>
     <message>
         <source>更新任务</source>
@@ -500,6 +511,14 @@ Press F8 to stop and choose a project, read the log or start by hand (repair mod
         <translation>Working</translation>
     </message>
     <message>
+        <source>更新提示</source>
+        <translation>Update on offer</translation>
+    </message>
+    <message>
+        <source>项目与手动启动</source>
+        <translation>Project and manual start</translation>
+    </message>
+    <message>
         <source>检测到离线更新包，建议尽快更新。</source>
         <translation>There is an update on the USB stick. It is best to update soon.</translation>
     </message>
@@ -509,7 +528,7 @@ Press F8 to stop and choose a project, read the log or start by hand (repair mod
     </message>
     <message>
         <source>跳过并启动</source>
-        <translation>Skip and start</translation>
+        <translation>S&amp;kip and start</translation>
     </message>
     <message>
         <source>更新进行中</source>
@@ -529,23 +548,23 @@ Press F8 to stop and choose a project, read the log or start by hand (repair mod
     </message>
     <message>
         <source>更新项目（USER/projects）</source>
-        <translation>Project (in USER/projects)</translation>
+        <translation>&amp;Project (in USER/projects)</translation>
     </message>
     <message>
         <source>更新 Python 工具 (Black/Ruff)</source>
-        <translation>Python tools (Black/Ruff)</translation>
+        <translation>P&amp;ython tools (Black/Ruff)</translation>
     </message>
     <message>
         <source>更新 Runtime 组件</source>
-        <translation>Runtime (runs the line)</translation>
+        <translation>&amp;Runtime (runs the line)</translation>
     </message>
     <message>
         <source>更新 Launcher 组件</source>
-        <translation>Launcher (this program)</translation>
+        <translation>&amp;Launcher (this program)</translation>
     </message>
     <message>
         <source>更新 Editor 组件</source>
-        <translation>Editor (for writing projects)</translation>
+        <translation>&amp;Editor (for writing projects)</translation>
     </message>
     <message>
         <source>请选择需要更新的内容（可多选）：</source>

@@ -2,6 +2,7 @@
 
 #include "frame/app_paths.h"
 #include "frame/locale_manager.h"
+#include "window/announcement.h"
 #include "window/report_box.h"
 #include "window/text_label.h"
 
@@ -67,13 +68,16 @@ void LauncherWindow::connectService() {
 
 void LauncherWindow::onStatusChanged(const QString &message) {
     if (service->state != LauncherService::State::Countdown)
-        statusLabel->setText(message);
+        showStatus(message);
     refreshUi();
     refreshLogView();
 }
 
 void LauncherWindow::onCountdownChanged(int secondsRemaining) {
+    constexpr int lastSeconds = 3;
     showCountdown(secondsRemaining);
+    if (secondsRemaining > 0 && secondsRemaining <= lastSeconds)
+        announce(countdownLabel);
     refreshLogView();
 }
 

@@ -17,6 +17,7 @@ class QProgressBar;
 class QPushButton;
 class QToolButton;
 class QVBoxLayout;
+class FocusGuide;
 class TextLabel;
 class WindowFit;
 
@@ -73,7 +74,11 @@ private:
 
     // window_refresh.cpp: what the state of the service looks like.
     void showProject();
+    void showStatus(const QString &text);
     void showPanels(LauncherService::State s);
+    void showBanner(bool shown);
+    [[nodiscard]] QPushButton *likeliestButton() const;
+    void guideFocus();
     void showCountdown(int secondsRemaining);
     void refreshLogView();
     void updateLanguageButton();
@@ -120,5 +125,7 @@ private:
     RunLogView runLog;     // the log from here on is this run's
     QString lastTaskPhase; // of the last report, for a change of language
     QString lastTaskDetail;
+    QString announcedStatus; // while it stands, it is not said again
     WindowFit *fit;
+    FocusGuide *focusGuide;
 };

@@ -1,8 +1,10 @@
 #include "window/report_box.h"
 
 #include "window/bounded_pane.h"
+#include "window/box_buttons.h"
 #include "window/shown_part.h"
 
+#include <QDialogButtonBox>
 #include <QFontMetrics>
 #include <QGridLayout>
 #include <QLabel>
@@ -50,6 +52,8 @@ void showReport(QWidget *parent, QMessageBox::Icon icon, const QString &title,
     box.setTextFormat(Qt::PlainText);
     box.setText(text);
     box.setStandardButtons(QMessageBox::Ok);
+    if (auto *buttons = box.findChild<QDialogButtonBox *>())
+        nameButtons(buttons);
     if (isLong(box))
         letTextScroll(box);
     box.exec();

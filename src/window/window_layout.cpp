@@ -1,13 +1,18 @@
 // The widgets of the launcher window and how they lie.
 
+#include "window/announcement.h"
 #include "window/bounded_pane.h"
+#include "window/focus_guide.h"
 #include "window/launcher_window.h"
+#include "window/still_bar.h"
 #include "window/text_label.h"
 #include "window/window_fit.h"
 
 #include <QBoxLayout>
 #include <QCheckBox>
+#include <QIcon>
 #include <QLineEdit>
+#include <QPixmap>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -63,10 +68,19 @@ void useWhiteGround(QWidget *badge) {
     badge->setAutoFillBackground(true);
 }
 
+// The format is named because Qt otherwise loads every image plug-in to look at the content.
+QIcon programIcon() {
+    QIcon icon;
+    for (const int size : {16, 32, 48, 64})
+        icon.addPixmap(QPixmap(QStringLiteral(":/quorvaner-%1.png").arg(size), "PNG"));
+    return icon;
+}
+
 } // namespace
 
 // In the order in which the eye meets them, which is the order that a screen reader walks.
 void LauncherWindow::createWidgets() {
+    setWindowIcon(programIcon());
     titleLabel = new TextLabel(this);
     titleLabel->setFont(headingFont(titleLabel->font()));
     languageButton = new QToolButton(this);
@@ -77,9 +91,11 @@ void LauncherWindow::createWidgets() {
     projectLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     versionLabel = new TextLabel(this);
     statusLabel = wrappedLabel(this);
+    makeAlert(statusLabel);
     statusLabel->setFont(boldFont(statusLabel->font()));
     busyBar = new QProgressBar(this);
     busyBar->setTextVisible(false);
+    moveOnlyIfWanted(busyBar);
     busyBar->hide();
     taskPanel = new QWidget(this);
     buildTaskPanel();
@@ -95,6 +111,7 @@ void LauncherWindow::createWidgets() {
     actionRow = new QWidget(this);
     buildActionRow();
     countdownLabel = new QLabel(this);
+    makeAlert(countdownLabel);
     countdownLabel->setTextFormat(Qt::PlainText);
     countdownLabel->setFont(headingFont(countdownLabel->font()));
 }
@@ -127,6 +144,7 @@ void LauncherWindow::buildBannerPanel() {
         QStringLiteral("#updateBanner { background-color: #e3f2fd; border: 1px solid #90caf9; "
                        "border-radius: 4px; padding: 6px; }"));
     bannerLabel = wrappedLabel(bannerPanel);
+    makeAlert(bannerLabel);
     useDarkText(bannerLabel);
     auto *buttons = new QHBoxLayout;
     for (QPushButton **button : {&bannerUpdateButton, &bannerRemindButton, &bannerSkipButton}) {
@@ -152,6 +170,7 @@ void LauncherWindow::buildTaskPanel() {
     useDarkText(taskDetailLabel);
     taskProgressBar = new QProgressBar(taskPanel);
     taskProgressBar->setTextVisible(true);
+    moveOnlyIfWanted(taskProgressBar);
     taskCancelButton = plainButton(taskPanel);
     auto *buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -192,6 +211,7 @@ void LauncherWindow::buildLayout() {
         main->addWidget(widget);
     main->addStretch();
     main->addLayout(footer);
+    focusGuide = new FocusGuide(this, projectPathEdit);
     fit = new WindowFit(this,
                         {{busyBar, taskPanel, bannerPanel, logView, repairPanel},
                          {statusLabel, bannerLabel, taskDetailLabel},

@@ -3,6 +3,8 @@
 #include "window/launcher_window.h"
 
 #include "frame/locale_manager.h"
+#include "window/announcement.h"
+#include "window/focus_guide.h"
 #include "window/log_notice.h"
 #include "window/text_label.h"
 #include "window/window_fit.h"
@@ -22,11 +24,22 @@ using PromptMode = LauncherService::UpdatePromptMode;
 
 void LauncherWindow::refreshUi() {
     const State s = service->state;
+    focusGuide->beforeChange();
     showProject();
-    statusLabel->setText(s == State::Countdown ? QString() : service->statusText);
+    showStatus(s == State::Countdown ? QString() : service->statusText);
     showPanels(s);
     refreshLogView();
+    guideFocus();
     fit->request();
+}
+
+// Where the flow waits for the user, a screen reader says what the status has become.
+void LauncherWindow::showStatus(const QString &text) {
+    statusLabel->setText(text);
+    const bool waits = service->state == State::RepairMode || service->state == State::Failed;
+    if (waits && !text.isEmpty() && text != announcedStatus)
+        announce(statusLabel);
+    announcedStatus = waits ? text : QString();
 }
 
 // Replaces what the user typed into the field and did not use yet, at every refresh: it shows the
@@ -52,12 +65,10 @@ void LauncherWindow::showPanels(State s) {
 
     const bool active = service->isUpdateTaskActive();
     const bool banner = !active && bannerDue();
-    bannerPanel->setVisible(banner);
+    showBanner(banner);
     for (QPushButton *button :
          {bannerUpdateButton, bannerRemindButton, bannerSkipButton, hasUpdateButton, launchButton})
         button->setEnabled(!active);
-    if (banner)
-        fillBanner();
     hasUpdateButton->setVisible(service->isOnlineUpdatePending() &&
                                 service->promptMode == PromptMode::BadgeOnly && showRepair);
 
@@ -69,6 +80,30 @@ void LauncherWindow::showPanels(State s) {
     taskPanel->setVisible(service->isUpdateTaskActive());
     // Only while the seconds run: the repair panel has a button that opens the whole file.
     logView->setVisible(s == State::Countdown);
+}
+
+// Filled before it is shown: a screen reader says what it holds then.
+void LauncherWindow::showBanner(bool shown) {
+    const bool wasShown = bannerPanel->isVisible();
+    const QString before = bannerLabel->text();
+    if (shown)
+        fillBanner();
+    bannerPanel->setVisible(shown);
+    if (wasShown && shown && bannerLabel->text() != before)
+        announce(bannerLabel);
+}
+
+QPushButton *LauncherWindow::likeliestButton() const {
+    if (!service->isUpdateTaskActive() && bannerDue())
+        return bannerUpdateButton;
+    const bool waits = service->state == State::RepairMode || service->state == State::Failed;
+    return waits ? launchButton : nullptr;
+}
+
+void LauncherWindow::guideFocus() {
+    QPushButton *button = likeliestButton();
+    focusGuide->afterChange(button,
+                            2 * int(service->state) + (button == bannerUpdateButton ? 1 : 0));
 }
 
 void LauncherWindow::showCountdown(int secondsRemaining) {
@@ -142,4 +177,7 @@ void LauncherWindow::nameForAccessibility() {
     projectPathEdit->setAccessibleName(tr("项目文件路径"));
     busyBar->setAccessibleName(tr("正在处理"));
     taskProgressBar->setAccessibleName(tr("更新任务"));
+    taskPanel->setAccessibleName(tr("更新任务"));
+    bannerPanel->setAccessibleName(tr("更新提示"));
+    repairPanel->setAccessibleName(tr("项目与手动启动"));
 }

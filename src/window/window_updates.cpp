@@ -3,6 +3,8 @@
 
 #include "window/launcher_window.h"
 
+#include "window/box_buttons.h"
+#include "window/refusals.h"
 #include "window/report_box.h"
 #include "window/text_label.h"
 #include "window/window_fit.h"
@@ -120,6 +122,7 @@ void LauncherWindow::openUpdateDialog() {
     auto *launcher = boxFor(tr("更新 Launcher 组件"), choices.launcher);
     auto *editor = boxFor(tr("更新 Editor 组件"), choices.editor);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+    nameButtons(buttons);
     connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
 
@@ -133,6 +136,8 @@ void LauncherWindow::openUpdateDialog() {
         &dialog);
     layout->addWidget(note);
     layout->addWidget(buttons);
+    tellRefusalsByKeyboard(note, {project, pythonTools, runtime, launcher, editor});
+    QWidget::setTabOrder(editor, note);
     fitDialog(dialog, note, roomAround(this));
     if (dialog.exec() != QDialog::Accepted)
         return;

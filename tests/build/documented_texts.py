@@ -35,6 +35,8 @@ NO_TEXT = {
 # Files of which no literal is ever shown: the words of the flow's table, which a test prints.
 NO_TEXTS_IN = {"src/launcher/transitions.cpp"}
 
+MNEMONIC = re.compile(r"&(?=\w)")  # marks the letter of a key and is not shown
+
 LITERAL = re.compile(r'''R"\((?P<raw>.*?)\)"|"(?P<plain>(?:[^"\\\n]|\\.)*)"|'(?:[^'\\]|\\.)+'|//[^\n]*|/\*.*?\*/|(?P<other>[^\s"'/]+|/)''', re.S)
 ESCAPES = {"n": "\n", "t": "\t", "r": "\r", "\\": "\\", '"': '"', "0": "\0"}
 
@@ -68,7 +70,7 @@ def translated(tree, lupdate):
                         "-ts", found], check=True)
         sources = {message.findtext("source")
                    for message in xml.etree.ElementTree.parse(found).iter("message")}
-    english = {message.findtext("source"): message.findtext("translation") for message in
+    english = {message.findtext("source"): MNEMONIC.sub("", message.findtext("translation")) for message in
                xml.etree.ElementTree.parse(tree / "resources/translations/quorvane_en.ts").iter("message")}
     return {source: english.get(source) or "" for source in sources}
 

@@ -7,6 +7,8 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QMessageBox>
+#include <QProgressBar>
+#include <QProxyStyle>
 
 #include <algorithm>
 #include <cmath>
@@ -23,6 +25,12 @@ private Q_SLOTS:
     void everyControlHasANameAndARole();
     void theDialogOfUpdatesIsNamedToo();
     void theRolesAreThoseOfTheControls();
+    void thePanelsHaveNames_data();
+    void thePanelsHaveNames();
+    void theChildrenStandInTheOrderOfTheEye();
+    void theMovingBarStandsStillWhereLessMotionIsWanted_data();
+    void theMovingBarStandsStillWhereLessMotionIsWanted();
+    void theWindowHasAnIcon();
     void theLabelsAreReadInFull();
     void whatAToolTipCutsIsDescribedInFull();
     void textStandsOutFromItsGround_data();
@@ -155,7 +163,7 @@ void AccessibilityTest::theDialogOfUpdatesIsNamedToo() {
     QVERIFY(duringModal([&] { scene.parts.bannerUpdateButton->click(); },
                         [](QWidget *dialog) {
                             const QStringList names = namesOfInteractive(dialog);
-                            QCOMPARE(names.size(), 7); // five boxes, OK and Cancel
+                            QCOMPARE(names.size(), 8); // five boxes, the note, OK and Cancel
                             for (const QString &name : names)
                                 QVERIFY(!name.trimmed().isEmpty());
                         }));
@@ -172,7 +180,100 @@ void AccessibilityTest::theRolesAreThoseOfTheControls() {
     QCOMPARE(roleOf(scene.parts.skipPrecheckCheck), QAccessible::CheckBox);
     QCOMPARE(roleOf(scene.parts.projectPathEdit), QAccessible::EditableText);
     QCOMPARE(roleOf(scene.parts.taskProgressBar), QAccessible::ProgressBar);
-    QCOMPARE(roleOf(scene.parts.statusLabel), QAccessible::StaticText);
+    QCOMPARE(roleOf(scene.parts.versionLabel), QAccessible::StaticText);
+    for (QLabel *said :
+         {scene.parts.statusLabel, scene.parts.bannerLabel, scene.parts.countdownLabel})
+        QCOMPARE(roleOf(said), QAccessible::AlertMessage);
+}
+
+void AccessibilityTest::thePanelsHaveNames_data() {
+    QTest::addColumn<Language>("language");
+    QTest::addColumn<QStringList>("names");
+    QTest::newRow("Chinese") << Language::Chinese
+                             << QStringList{"更新任务", "更新提示", "项目与手动启动"};
+    QTest::newRow("English") << Language::English
+                             << QStringList{"Update task", "Update on offer",
+                                            "Project and manual start"};
+}
+
+void AccessibilityTest::thePanelsHaveNames() {
+    QFETCH(Language, language);
+    QFETCH(QStringList, names);
+    useLanguage(language);
+    const WindowScene scene;
+    QStringList told;
+    for (QWidget *panel : {scene.parts.taskPanel, scene.parts.bannerPanel, scene.parts.repairPanel})
+        told.append(QAccessible::queryAccessibleInterface(panel)->text(QAccessible::Name));
+    QCOMPARE(told, names);
+}
+
+void AccessibilityTest::theChildrenStandInTheOrderOfTheEye() {
+    WindowScene scene;
+    const WindowParts &parts = scene.parts;
+    const QObjectList expected = {parts.titleLabel,   parts.languageButton, parts.projectLabel,
+                                  parts.versionLabel, parts.statusLabel,    parts.busyBar,
+                                  parts.taskPanel,    parts.bannerPanel,    parts.logView,
+                                  parts.repairPanel,  parts.actionRow,      parts.countdownLabel};
+    const QAccessibleInterface *window = QAccessible::queryAccessibleInterface(&scene.window);
+    QObjectList told;
+    for (int i = 0; i < window->childCount(); ++i)
+        told.append(window->child(i)->object());
+    QCOMPARE(told, expected);
+}
+
+namespace {
+
+class StyleOfDuration : public QProxyStyle {
+public:
+    explicit StyleOfDuration(int lasting)
+        : QProxyStyle("Fusion")
+        , duration(lasting) {}
+
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *data) const override {
+        return hint == SH_Widget_Animation_Duration
+                   ? duration
+                   : QProxyStyle::styleHint(hint, option, widget, data);
+    }
+
+private:
+    int duration;
+};
+
+} // namespace
+
+void AccessibilityTest::theMovingBarStandsStillWhereLessMotionIsWanted_data() {
+    QTest::addColumn<int>("duration"); // of animations, as the desktop tells
+    QTest::addColumn<bool>("moves");
+    QTest::newRow("as usual") << 200 << true;
+    QTest::newRow("less motion") << 0 << false;
+}
+
+void AccessibilityTest::theMovingBarStandsStillWhereLessMotionIsWanted() {
+    QFETCH(int, duration);
+    QFETCH(bool, moves);
+    QApplication::setStyle(new StyleOfDuration(duration));
+    WindowScene scene;
+    scene.window.show();
+    scene.put(State::UpdateCheck);
+    for (QProgressBar *bar : {scene.parts.busyBar, scene.parts.taskProgressBar}) {
+        QEvent step(QEvent::StyleAnimationUpdate);
+        step.setAccepted(false);
+        bar->parentWidget()->show();
+        bar->show();
+        QCoreApplication::processEvents();
+        QVERIFY(bar->isVisible());
+        QApplication::sendEvent(bar, &step);
+        QCOMPARE(step.isAccepted(), moves);
+    }
+    QCOMPARE(scene.parts.busyBar->minimum(), 0);
+    QCOMPARE(scene.parts.busyBar->maximum(), 0);
+}
+
+void AccessibilityTest::theWindowHasAnIcon() {
+    const WindowScene scene;
+    QCOMPARE(scene.window.windowIcon().availableSizes(),
+             (QList<QSize>{{16, 16}, {32, 32}, {48, 48}, {64, 64}}));
 }
 
 void AccessibilityTest::theLabelsAreReadInFull() {

@@ -2,6 +2,12 @@
 #include "support/staged_main.h"
 #include "window_scene.h"
 
+#include "window/focus_guide.h"
+
+#include <QAbstractButton>
+#include <QElapsedTimer>
+#include <QKeySequence>
+#include <QRegularExpression>
 #include <QSignalSpy>
 
 using State = LauncherService::State;
@@ -12,6 +18,7 @@ class KeyboardTest : public QObject {
 
 private Q_SLOTS:
     void initTestCase();
+    void init();
     void f8LeadsToTheRepairMode_data();
     void f8LeadsToTheRepairMode();
     void f8WorksFromEveryWidget();
@@ -22,10 +29,25 @@ private Q_SLOTS:
     void enterInThePathFieldStartsNothing();
     void theTabOrderGoesFromTopToBottom_data();
     void theTabOrderGoesFromTopToBottom();
-    void spacePressesTheFocusedButton();
+    void theFocusGoesToTheLikeliestButton_data();
+    void theFocusGoesToTheLikeliestButton();
+    void enterPressesNoButtonThatHasTheFocus();
+    void theFocusMovesOnce();
+    void theFocusIsNeverTakenFromThePathField();
+    void aDisabledButtonIsWaitedForOnItsPanel();
+    void whoMovedOnIsNotCalledBack();
+    void anOpenBoxKeepsTheFocusAndGivesItBack();
+    void spacePressesTheButtonUnlessItComesTooEarly();
+    void everyButtonHasALetterOfItsOwn_data();
+    void everyButtonHasALetterOfItsOwn();
+    void theDialogsLettersAreTheirOwnToo();
 };
 
 void KeyboardTest::initTestCase() {
+    stageTranslation();
+}
+
+void KeyboardTest::init() {
     useLanguage(Language::Chinese);
 }
 
@@ -161,20 +183,22 @@ void KeyboardTest::theTabOrderGoesFromTopToBottom() {
     scene.service.checkInFlight = task;
     scene.offerUpdate(mode);
     showActive(scene);
+    // From the last one on: the language is rarely what one wants.
     scene.parts.languageButton->setFocus();
-
     QList<QWidget *> visited;
     QPoint last(-1, -1);
     do {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         QWidget *focus = QApplication::focusWidget();
         QVERIFY(focus);
+        QVERIFY(!visited.contains(focus));
+        visited.append(focus);
+        if (focus == scene.parts.languageButton)
+            break;
         const QPoint place = focus->mapTo(&scene.window, QPoint());
         QVERIFY2(place.y() > last.y() || place.x() > last.x(), focus->metaObject()->className());
         last = place;
-        visited.append(focus);
-        QTest::keyClick(focus, Qt::Key_Tab);
-    } while (!visited.contains(QApplication::focusWidget()));
-    QCOMPARE(QApplication::focusWidget(), visited.first());
+    } while (true);
 
     QSet<QWidget *> expected;
     const auto widgets = scene.window.findChildren<QWidget *>();
@@ -185,15 +209,210 @@ void KeyboardTest::theTabOrderGoesFromTopToBottom() {
     QCOMPARE(QSet<QWidget *>(visited.begin(), visited.end()), expected);
 }
 
-void KeyboardTest::spacePressesTheFocusedButton() {
+// --- The focus ---------------------------------------------------------------------------------
+
+void KeyboardTest::theFocusGoesToTheLikeliestButton_data() {
+    QTest::addColumn<State>("state");
+    QTest::addColumn<PromptMode>("mode");
+    QTest::addColumn<QString>("button");
+    QTest::newRow("the repair mode") << State::RepairMode << PromptMode::None << "立即启动";
+    QTest::newRow("an end") << State::Failed << PromptMode::None << "立即启动";
+    QTest::newRow("the badge") << State::RepairMode << PromptMode::BadgeOnly << "立即启动";
+    QTest::newRow("a banner") << State::RepairMode << PromptMode::OnlineBanner << "立即更新";
+    QTest::newRow("a banner of a stick")
+        << State::RepairMode << PromptMode::UsbBanner << "立即更新";
+    QTest::newRow("a banner over a running target")
+        << State::Monitor << PromptMode::OnlineBanner << "立即更新";
+}
+
+void KeyboardTest::theFocusGoesToTheLikeliestButton() {
+    QFETCH(State, state);
+    QFETCH(PromptMode, mode);
+    QFETCH(QString, button);
     WindowScene scene;
-    scene.service.projectPath.clear();
+    scene.put(State::Countdown);
+    showActive(scene);
+    scene.parts.languageButton->setFocus(); // moved to before there was a button to go to
+    scene.service.state = state;
+    scene.offerUpdate(mode);
+    auto *focus = qobject_cast<QPushButton *>(QApplication::focusWidget());
+    QVERIFY(focus);
+    QCOMPARE(focus->text(), button);
+}
+
+void KeyboardTest::enterPressesNoButtonThatHasTheFocus() {
+    WindowScene scene;
     scene.put(State::RepairMode);
     showActive(scene);
-    scene.parts.launchButton->setFocus();
-    QVERIFY(duringModal([&] { QTest::keyClick(scene.parts.launchButton, Qt::Key_Space); },
+    QSignalSpy pressed(scene.parts.launchButton, &QPushButton::clicked);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.launchButton);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
+        QTest::keyClick(scene.parts.launchButton, key);
+    QCOMPARE(pressed.size(), 0);
+    QVERIFY(scene.window.isVisible());
+}
+
+void KeyboardTest::theFocusMovesOnce() {
+    WindowScene scene;
+    scene.put(State::RepairMode);
+    showActive(scene);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.launchButton);
+    scene.parts.browseButton->setFocus();
+    scene.refresh();
+    QCOMPARE(QApplication::focusWidget(), scene.parts.browseButton);
+    scene.offerUpdate(PromptMode::OnlineBanner); // the user has moved there since
+    QCOMPARE(QApplication::focusWidget(), scene.parts.browseButton);
+    scene.service.updateAvailable = false;
+    scene.put(State::Monitor); // where that button is gone
+    scene.put(State::Failed);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.launchButton);
+}
+
+void KeyboardTest::theFocusIsNeverTakenFromThePathField() {
+    WindowScene scene;
+    scene.put(State::RepairMode);
+    showActive(scene);
+    scene.parts.projectPathEdit->setFocus();
+    scene.put(State::Failed);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.projectPathEdit);
+    scene.offerUpdate(PromptMode::UsbBanner);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.projectPathEdit);
+}
+
+void KeyboardTest::aDisabledButtonIsWaitedForOnItsPanel() {
+    WindowScene scene;
+    scene.put(State::Countdown);
+    scene.setTaskActive(true);
+    showActive(scene);
+    scene.put(State::Failed);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.repairPanel);
+    QTest::keyClick(scene.parts.repairPanel, Qt::Key_Space);
+    scene.setTaskActive(false);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.launchButton);
+    scene.setTaskActive(true); // and back, when it turns grey under the hand
+    QCOMPARE(QApplication::focusWidget(), scene.parts.repairPanel);
+    scene.setTaskActive(false);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.launchButton);
+}
+
+void KeyboardTest::whoMovedOnIsNotCalledBack() {
+    WindowScene scene;
+    scene.put(State::Countdown);
+    scene.setTaskActive(true);
+    showActive(scene);
+    scene.put(State::Failed);
+    scene.parts.openLogButton->setFocus();
+    scene.setTaskActive(false);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.openLogButton);
+}
+
+void KeyboardTest::anOpenBoxKeepsTheFocusAndGivesItBack() {
+    WindowScene scene;
+    scene.put(State::RepairMode);
+    showActive(scene);
+    scene.parts.openLogButton->setFocus();
+    QVERIFY(duringModal([&] { Q_EMIT scene.service.launchFailed("why"); },
                         [](QWidget *box) { box->close(); }));
+    QApplication::setActiveWindow(&scene.window); // off screen nobody else does it
+    QTRY_COMPARE(QApplication::focusWidget(), scene.parts.openLogButton);
+
+    scene.put(State::Monitor);
+    QVERIFY(duringModal([&] { Q_EMIT scene.service.targetExited(1, "why"); },
+                        [&](QWidget *box) {
+                            QApplication::setActiveWindow(box);
+                            scene.put(State::Failed);
+                            QVERIFY(box->isAncestorOf(QApplication::focusWidget()));
+                        }));
+    QApplication::setActiveWindow(&scene.window);
+    QTRY_COMPARE(QApplication::focusWidget(), scene.parts.launchButton);
+}
+
+void KeyboardTest::spacePressesTheButtonUnlessItComesTooEarly() {
+    WindowScene scene;
+    scene.put(State::Countdown);
+    showActive(scene);
+    QSignalSpy pressed(scene.parts.launchButton, &QPushButton::clicked);
+    QElapsedTimer sinceMove;
+    sinceMove.start();
+    scene.put(State::RepairMode);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.launchButton);
+    QVERIFY(duringModal(
+        [&] {
+            scene.service.projectPath.clear(); // so that a start ends at once, with a box
+            do {
+                QTest::keyClick(scene.parts.launchButton, Qt::Key_Space);
+            } while (pressed.isEmpty() && sinceMove.elapsed() < 5000);
+        },
+        [](QWidget *box) { box->close(); }));
+    QCOMPARE(pressed.size(), 1);
     QCOMPARE(scene.service.state, State::Failed);
+    QVERIFY(sinceMove.elapsed() >= FocusGuide::restAfterMove);
+
+    // A key that is held down repeats itself, and is no press however long it lasts.
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, " ", true);
+    QApplication::sendEvent(scene.parts.launchButton, &held);
+    QVERIFY(!scene.parts.launchButton->isDown());
+}
+
+// --- Mnemonics ---------------------------------------------------------------------------------
+
+namespace {
+
+// The letters of all buttons that can be seen; a question mark for one without.
+QStringList lettersOf(const QWidget &window) {
+    QStringList letters;
+    const auto buttons = window.findChildren<QAbstractButton *>();
+    for (const QAbstractButton *button : buttons) {
+        if (!button->isVisibleTo(&window) || button->text().isEmpty())
+            continue;
+        const QKeySequence key = QKeySequence::mnemonic(button->text());
+        letters.append(key.isEmpty() ? "? in " + button->text() : key.toString());
+    }
+    letters.sort();
+    return letters;
+}
+
+QStringList withoutDoubles(QStringList letters) {
+    letters.removeDuplicates();
+    return letters.filter(QRegularExpression("^[^?]"));
+}
+
+} // namespace
+
+void KeyboardTest::everyButtonHasALetterOfItsOwn_data() {
+    QTest::addColumn<State>("state");
+    for (const State state : allStates())
+        QTest::newRow(nameOf(state)) << state;
+}
+
+void KeyboardTest::everyButtonHasALetterOfItsOwn() {
+    QFETCH(State, state);
+    useLanguage(Language::English);
+    WindowScene scene;
+    scene.service.state = state;
+    for (const PromptMode mode :
+         {PromptMode::None, PromptMode::UsbBanner, PromptMode::OnlineBanner, PromptMode::BadgeOnly})
+        for (const bool task : {false, true}) {
+            scene.service.checkInFlight = task;
+            scene.service.snapshot.projectEntry = {{"name", "demo"}};
+            scene.offerUpdate(mode);
+            const QStringList letters = lettersOf(scene.window);
+            QCOMPARE(letters, withoutDoubles(letters));
+        }
+    scene.service.checkInFlight = false;
+}
+
+void KeyboardTest::theDialogsLettersAreTheirOwnToo() {
+    useLanguage(Language::English);
+    WindowScene scene;
+    scene.put(State::RepairMode);
+    scene.offerUpdate(PromptMode::OnlineBanner);
+    QVERIFY(duringModal([&] { scene.parts.bannerUpdateButton->click(); },
+                        [](QWidget *dialog) {
+                            const QStringList letters = lettersOf(*dialog);
+                            QCOMPARE(letters.size(), 7);
+                            QCOMPARE(letters, withoutDoubles(letters));
+                        }));
 }
 
 QUORVANE_TEST_MAIN(QApplication, KeyboardTest)

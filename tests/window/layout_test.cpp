@@ -13,6 +13,7 @@ private Q_SLOTS:
     void thePanelsHoldTheirParts();
     void theWidgetsLookAsTold();
     void theTitleIsBoldAndTwoPointsLarger();
+    void theCountdownIsAsBoldAsTheTitleAndTheStatusIsBold();
     void theTitleOfAFontSizedInPixelsIsLargerToo();
     void onlyThreeStyleSheetsExist();
     void noButtonIsADefaultButton();
@@ -108,6 +109,15 @@ void LayoutTest::theTitleIsBoldAndTwoPointsLarger() {
     QCOMPARE(scene.parts.titleLabel->font().pointSize(), plain.pointSize() + 2);
     QCOMPARE(scene.parts.titleLabel->font().weight(), 75);
     QCOMPARE(scene.parts.projectLabel->font(), plain);
+}
+
+// What one must know is what one sees first.
+void LayoutTest::theCountdownIsAsBoldAsTheTitleAndTheStatusIsBold() {
+    const WindowScene scene;
+    const QFont plain = QLabel().font();
+    QCOMPARE(scene.parts.countdownLabel->font(), scene.parts.titleLabel->font());
+    QCOMPARE(scene.parts.statusLabel->font().weight(), 75);
+    QCOMPARE(scene.parts.statusLabel->font().pointSize(), plain.pointSize());
 }
 
 void LayoutTest::theTitleOfAFontSizedInPixelsIsLargerToo() {

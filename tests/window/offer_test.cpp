@@ -212,8 +212,8 @@ void OfferTest::theLanguageOfTheBannerFollows() {
     QVERIFY(run.parts.bannerLabel->text().contains("Runtime -> 9.0.0"));
     QVERIFY(!run.parts.bannerLabel->text().contains("可更新项"));
     QCOMPARE(run.parts.bannerLabel->text(), run.service.updateSummary);
-    QCOMPARE(run.parts.bannerUpdateButton->text(), QString("Update now"));
-    QCOMPARE(run.parts.bannerSkipButton->text(), QString("Skip this version"));
+    QCOMPARE(run.parts.bannerUpdateButton->text(), QString("&Update now"));
+    QCOMPARE(run.parts.bannerSkipButton->text(), QString("S&kip this version"));
     QCOMPARE(run.parts.statusLabel->text(),
              QCoreApplication::translate("LauncherService",
                                          "发现在线更新。请选择是否更新，或继续启动。"));

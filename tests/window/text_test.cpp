@@ -73,11 +73,16 @@ QList<Text> textsOf(const WindowScene &scene) {
     };
 }
 
+// Which letters they are is the keyboard's test.
+QString withoutMnemonic(QString text) {
+    return text.remove('&');
+}
+
 void compareTexts(const WindowScene &scene, Language language) {
     const auto texts = textsOf(scene);
     for (const Text &text : texts) {
         const QString wanted = language == Language::English ? text.english : text.chinese;
-        QVERIFY2(text.shown == wanted, text.part);
+        QVERIFY2(withoutMnemonic(text.shown) == wanted, text.part);
     }
     QCOMPARE(scene.parts.versionLabel->text(), scene.service.versionSummary());
 }
@@ -146,7 +151,7 @@ void TextTest::theLanguageButtonTogglesInEveryState() {
         if (state == State::Countdown)
             compareTexts(scene, language);
         QCOMPARE(scene.parts.launchButton->text(),
-                 QString(language == Language::English ? "Start now" : "立即启动"));
+                 QString(language == Language::English ? "&Start now" : "立即启动"));
         QCOMPARE(scene.parts.statusLabel->text(),
                  state == State::Countdown ? QString() : scene.service.statusText);
         QCOMPARE(scene.service.state, state);

@@ -28,6 +28,9 @@ private Q_SLOTS:
     void theDialogAsksAndExplains();
     void anUnavailableItemSaysWhy();
     void withoutAReasonNothingIsAdded();
+    void theButtonsSpeakTheLanguageInForce_data();
+    void theButtonsSpeakTheLanguageInForce();
+    void aReasonIsReachedByTheTabKey();
     void cancellingTheDialogChangesNothing();
     void nothingTickedGivesAWarning();
     void whatWasTickedIsAppliedItemByItem_data();
@@ -189,7 +192,7 @@ void UpdateTest::theDialogHoldsTheFiveItemsInTheirOrder() {
             QCOMPARE(layout->count(), 8);
             QStringList shown = textsOf(boxesOf(dialog));
             for (QString &text : shown)
-                text.remove(refusal);
+                text.remove(refusal).remove('&');
             QCOMPARE(shown, texts);
             for (const int place : {0, 6}) {
                 auto *label = qobject_cast<QLabel *>(layout->itemAt(place)->widget());
@@ -293,6 +296,77 @@ void UpdateTest::withoutAReasonNothingIsAdded() {
                                 QCOMPARE(box->toolTip(), QString());
                             }
                             dialog->close();
+                        }));
+}
+
+// Qt's own translation is not loaded: the names are the launcher's.
+void UpdateTest::theButtonsSpeakTheLanguageInForce_data() {
+    QTest::addColumn<Language>("language");
+    QTest::addColumn<QString>("ok");
+    QTest::addColumn<QString>("cancel");
+    QTest::newRow("Chinese") << Language::Chinese << "确定"
+                             << "取消";
+    QTest::newRow("English") << Language::English << "&OK"
+                             << "&Cancel";
+}
+
+void UpdateTest::theButtonsSpeakTheLanguageInForce() {
+    QFETCH(Language, language);
+    QFETCH(QString, ok);
+    QFETCH(QString, cancel);
+    useLanguage(language);
+    WindowScene scene;
+    withOffer(scene);
+    QVERIFY(duringModal([&] { scene.parts.bannerUpdateButton->click(); },
+                        [&](QWidget *dialog) {
+                            auto *buttons = dialog->findChild<QDialogButtonBox *>();
+                            QCOMPARE(buttons->button(QDialogButtonBox::Ok)->text(), ok);
+                            QCOMPARE(buttons->button(QDialogButtonBox::Cancel)->text(), cancel);
+                        }));
+    QVERIFY(duringModal(
+        [&] { Q_EMIT scene.service.launchFailed("why"); },
+        [&](QWidget *box) {
+            QCOMPARE(qobject_cast<QMessageBox *>(box)->button(QMessageBox::Ok)->text(), ok);
+        }));
+}
+
+namespace {
+
+// The texts of the tool tips that come up, also of those that a platform without activation hides at once.
+class ShownTips : public QObject {
+public:
+    QStringList texts;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override {
+        auto *label = qobject_cast<QLabel *>(watched);
+        if (event->type() == QEvent::Show && label != nullptr && label->inherits("QTipLabel"))
+            texts.append(label->text());
+        return false;
+    }
+};
+
+} // namespace
+
+void UpdateTest::aReasonIsReachedByTheTabKey() {
+    ShownTips tips;
+    qApp->installEventFilter(&tips);
+    WindowScene scene;
+    withOffer(scene);
+    const UpdateChoices choices = scene.service.updateChoices();
+    QVERIFY(!choices.editor.available && !choices.editor.reason.isEmpty());
+    QVERIFY(duringModal([&] { scene.parts.bannerUpdateButton->click(); },
+                        [&](QWidget *dialog) {
+                            QApplication::setActiveWindow(dialog);
+                            QWidget *note = dialog->layout()->itemAt(6)->widget();
+                            for (int i = 0; i < 8 && QApplication::focusWidget() != note; ++i)
+                                QTest::keyClick(dialog, Qt::Key_Tab);
+                            QCOMPARE(QApplication::focusWidget(), note);
+                            QTRY_COMPARE(tips.texts.size(), 1);
+                            QVERIFY(tips.texts.first().contains(choices.editor.reason));
+                            QVERIFY(note->accessibleDescription().contains(choices.editor.reason));
+                            QTest::keyClick(dialog, Qt::Key_Tab);
+                            QVERIFY(QApplication::focusWidget() != note);
                         }));
 }
 

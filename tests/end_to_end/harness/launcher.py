@@ -62,7 +62,7 @@ class Launcher:
         """The button, box or field of this name that can be seen, or None."""
         for window in self.windows():
             for node in window.showing():
-                if node.name() == name and node.role() not in ("label", "dialog", "frame"):
+                if node.name() == name and node.role() not in ("label", "alert", "dialog", "frame"):
                     return node
         return None
 

@@ -7,6 +7,7 @@ from gi.repository import Gio, GLib  # noqa: E402
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 ROOT = "/org/a11y/atspi/accessible/root"
 CALL_TIMEOUT_MS = 10_000
+ALERTS = ("alert", "alert message")
 
 # Bits of a state set.
 CHECKED, EDITABLE, ENABLED, FOCUSED, SHOWING = 4, 7, 8, 12, 25
@@ -17,6 +18,31 @@ class ScreenReader:
         session = _connect(session_bus_address)
         address = _call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")[0]
         self.bus = _connect(address)
+        self.heard = None
+
+    def listen(self):
+        """From now on `said` tells what alerts have said. Programs tell of events that someone asked for."""
+        listens = self.heard is not None
+        self.heard = []
+        if listens:
+            return
+        for event in ("object:state-changed:showing", "object:property-change:accessible-name"):
+            _call(self.bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/registry",
+                  "org.a11y.atspi.Registry", "RegisterEvent", GLib.Variant("(s)", (event,)))
+        self.bus.signal_subscribe(None, "org.a11y.atspi.Event.Object", None, None, None,
+                                  Gio.DBusSignalFlags.NONE, self._hear)
+
+    def said(self):
+        """The texts of the alerts that were shown since the reader listens, in order."""
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return self.heard
+
+    def _hear(self, _bus, owner, path, _interface, event, arguments):
+        kind, shown = arguments.unpack()[:2]
+        node = Node(self.bus, owner, path)
+        if (event, kind, shown) == ("StateChanged", "showing", 1) and node.role() in ALERTS:
+            self.heard.append(node.name())
 
     def program(self, pid):
         """The program with this process id, or None as long as it has not told of itself."""

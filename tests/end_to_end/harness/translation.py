@@ -1,14 +1,18 @@
 """The English text of each Chinese one, read from the translation's source."""
 import os
 import pathlib
+import re
 import xml.etree.ElementTree as ElementTree
 
 FILE = pathlib.Path(os.environ["QUORVANE_STAGE"]) / "quorvane_en.ts"
 
 
+MNEMONIC = re.compile(r"&(?=\w)")  # marks the letter of a key; a name is told without it
+
+
 def _pairs():
     for message in ElementTree.parse(FILE).getroot().iter("message"):
-        yield message.findtext("source"), message.findtext("translation")
+        yield message.findtext("source"), MNEMONIC.sub("", message.findtext("translation"))
 
 
 ENGLISH = dict(_pairs())

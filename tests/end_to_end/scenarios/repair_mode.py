@@ -1,6 +1,7 @@
 """F8, and what the user does by hand from there."""
 from harness.launcher import STATUS_REPAIR
 from harness.scenario import Scenario
+from harness.screen_reader import FOCUSED
 from harness.waiting import stays_true, wait_for
 
 # The countdown takes five; a start that was not stopped would be seen by then.
@@ -24,9 +25,11 @@ class RepairMode(Scenario):
         launcher = self.start_launcher()
         self.enter_repair_mode(launcher)
         button = wait_for(lambda: launcher.control(launcher.say("立即启动")), "the start button")
-        launcher.tab_to(button)
-        launcher.press("space")
+        # The focus is there already; what is pressed within half a second of that counts for nothing.
+        wait_for(lambda: button.has(FOCUSED), "the focus on it", told=launcher.situation)
+        wait_for(lambda: launcher.press("space") or self.starts(), "a start", told=launcher.situation)
         launcher.wait_for_monitor()
+        self.assertEqual(len(self.starts()), 1)
 
     def test_enter_in_the_path_starts_nothing(self):
         launcher = self.start_launcher()
