@@ -200,6 +200,14 @@ void KeyboardTest::theTabOrderGoesFromTopToBottom() {
         last = place;
     } while (true);
 
+    // The ring begins at the window: what comes first there has the focus when nothing else has.
+    QWidget *end = nullptr;
+    for (QWidget *at = scene.window.nextInFocusChain(); at != &scene.window;
+         at = at->nextInFocusChain())
+        if (visited.contains(at))
+            end = at;
+    QCOMPARE(end, scene.parts.languageButton);
+
     QSet<QWidget *> expected;
     const auto widgets = scene.window.findChildren<QWidget *>();
     for (QWidget *widget : widgets)
