@@ -41,3 +41,8 @@ if(QUORVANE_SANITIZE)
                         -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${QUORVANE_SANITIZE})
 endif()
+
+if(QUORVANE_COVERAGE)
+    # What counts is compiled so in src/CMakeLists.txt; each program has to write it down.
+    add_link_options(-fprofile-instr-generate)
+endif()
