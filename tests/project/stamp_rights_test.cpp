@@ -20,6 +20,7 @@ private Q_SLOTS:
     void aFileThatCannotBeReplacedIsWrittenOver_data();
     void aFileThatCannotBeReplacedIsWrittenOver();
     void aFileThatMayNotBeWrittenEitherStaysAsItIs();
+    void theStampFailsWhereNeitherFileNorFolderMayBeWritten();
 };
 
 namespace {
@@ -76,6 +77,20 @@ void StampRightsTest::aFileThatMayNotBeWrittenEitherStaysAsItIs() {
     QVERIFY(stampProjectVersion(file, "1.0"));
     QCOMPARE(folder.read("shared/line.yslib"), QByteArray("{}"));
     QCOMPARE(folder.read("shared/.quorvane-installed-version"), QByteArray("1.0\n"));
+}
+
+void StampRightsTest::theStampFailsWhereNeitherFileNorFolderMayBeWritten() {
+    if (::geteuid() != 0)
+        QSKIP("only root can have a file that is somebody else's");
+    const ProjectFolder folder;
+    const QString file = writeInStickyFolder(folder, "{}", 0644);
+    QCOMPARE(::chmod(QFile::encodeName(folder.path("shared")).constData(), 0755), 0);
+    const OrdinaryUser user(folder.path(""));
+    if (!user.isOne)
+        QSKIP("root cannot become anybody else here");
+    QVERIFY(!stampProjectVersion(file, "1.0"));
+    QCOMPARE(folder.read("shared/line.yslib"), QByteArray("{}"));
+    QCOMPARE(everythingIn(folder.path("shared")), QStringList("line.yslib"));
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, StampRightsTest)
