@@ -2,6 +2,8 @@
 // the wait for one that is held.
 #include "update/files/work_lock.h"
 
+#include "update/files/left_lock.h"
+
 #include "support/file_tree.h"
 
 #include <QCoreApplication>
@@ -14,28 +16,53 @@
 #include <QtTest>
 
 #include <cerrno>
+#include <csignal>
+#include <cstdio>
 #include <ctime>
 #include <dlfcn.h>
 #include <functional>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
 bool fileSystemLocks = true;
 QVector<qint64> waits;        // milliseconds
 std::function<void()> onWait; // none: the time passes
+std::function<void()> beforeLocking;
+std::function<void()> beforeLooking; // whether a process is there
+std::function<void()> afterRenaming;
+
+void callOnce(std::function<void()> &callback) {
+    if (const auto called = std::exchange(callback, nullptr))
+        called();
+}
 
 } // namespace
 
 // A program's own functions come before those of the C library, for the libraries it uses too.
 extern "C" int flock(int descriptor, int operation) {
     static const auto next = reinterpret_cast<decltype(&::flock)>(dlsym(RTLD_NEXT, "flock"));
+    callOnce(beforeLocking);
     if (fileSystemLocks)
         return next(descriptor, operation);
     errno = ENOLCK;
     return -1;
+}
+
+extern "C" int kill(pid_t process, int number) noexcept {
+    static const auto next = reinterpret_cast<decltype(&::kill)>(dlsym(RTLD_NEXT, "kill"));
+    callOnce(beforeLooking);
+    return next(process, number);
+}
+
+extern "C" int rename(const char *from, const char *to) noexcept {
+    static const auto next = reinterpret_cast<decltype(&::rename)>(dlsym(RTLD_NEXT, "rename"));
+    const int result = next(from, to);
+    callOnce(afterRenaming);
+    return result;
 }
 
 extern "C" int nanosleep(const timespec *time, timespec *left) {
@@ -69,8 +96,8 @@ struct Process {
     qint64 id = 0;
     QString name;
 
-    explicit Process(bool ends) {
-        process.start("/bin/sh", {"-c", "echo here; read go"});
+    explicit Process(bool ends, const QString &program = "/bin/sh") {
+        process.start(program, {"-c", "echo here; read go"});
         process.waitForReadyRead();
         id = process.processId();
         name = QFileInfo(QFile::symLinkTarget(QString("/proc/%1/exe").arg(id))).fileName();
@@ -102,6 +129,13 @@ private Q_SLOTS:
     void cleanup();
     void aLockThatWasLeft_data();
     void aLockThatWasLeft();
+    void aLockOfAProcessWhoseProgramWasRemovedStays();
+    void aLockOfAnotherUsersProcess_data();
+    void aLockOfAnotherUsersProcess();
+    void aLockThatIsReplacedBeforeItIsLockedStays();
+    void aLockThatGoesBeforeItIsLockedIsNotRemoved();
+    void aLockThatIsReplacedWhileItIsJudgedStays();
+    void aLockThatIsMadeWhileAnotherIsPutBackStays();
     void aLockThatIsHeldIsNotTaken_data();
     void aLockThatIsHeldIsNotTaken();
     void everybodyMayReadALock();
@@ -124,6 +158,9 @@ void WorkLockTest::init() {
 void WorkLockTest::cleanup() {
     fileSystemLocks = true;
     onWait = nullptr;
+    beforeLocking = nullptr;
+    beforeLooking = nullptr;
+    afterRenaming = nullptr;
 }
 
 void WorkLockTest::aLockThatWasLeft_data() {
@@ -148,7 +185,10 @@ void WorkLockTest::aLockThatWasLeft_data() {
         false);
     row("of this machine, which did not tell its number",
         {ended.id, ended.name, QSysInfo::machineHostName(), "", ""}, true);
+    row("of this machine, with neither its name nor its number", {ended.id, ended.name, "", "", ""},
+        true);
     row("of a process without a name", {running.id, ""}, false);
+    row("of no process", {0, "Other"}, false);
     QTest::newRow("without a text") << true << QByteArray() << true;
     QTest::newRow("without a text, without locks") << false << QByteArray() << false;
     QTest::newRow("with half a text, without locks") << false << QByteArray("12") << false;
@@ -170,6 +210,95 @@ void WorkLockTest::aLockThatWasLeft() {
     QCOMPARE(files(), taken ? QStringList() : QStringList("work.lock"));
     if (!taken)
         QCOMPARE(support::readTree(folder->path()).value("work.lock"), text);
+}
+
+void WorkLockTest::aLockOfAProcessWhoseProgramWasRemovedStays() {
+    const QString program = folder->filePath("Program");
+    QVERIFY(QFile::copy("/bin/sh", program));
+    const Process running(false, program);
+    QVERIFY(QFile::remove(program));
+    support::writeTree(folder->path(), {{"work.lock", textOf({running.id, "Program"})}});
+    fileSystemLocks = false;
+    QLockFile lock(path());
+    QVERIFY(!takeLock(lock, path()));
+    QCOMPARE(files(), QStringList("work.lock"));
+}
+
+void WorkLockTest::aLockOfAnotherUsersProcess_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("taken");
+    QTest::newRow("the name is cut as the system cuts it") << "AProgramOfSomebodyElse" << false;
+    QTest::newRow("another name") << "AnotherProgramOfSomebodyElse" << true;
+}
+
+// Of such a process the system tells no more than a short name.
+void WorkLockTest::aLockOfAnotherUsersProcess() {
+    QFETCH(QString, name);
+    QFETCH(bool, taken);
+    if (::geteuid() != 0)
+        QSKIP("only root can be two users");
+    const QTemporaryDir programs;
+    const QString program = programs.filePath("AProgramOfSomebodyElse");
+    QVERIFY(QFile::copy("/bin/sh", program));
+    const Process running(false, program);
+    support::writeTree(folder->path(), {{"work.lock", textOf({running.id, name})}});
+    QVERIFY(QFile::setPermissions(path(), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
+    constexpr uid_t nobody = 65534;
+    QCOMPARE(::chown(QFile::encodeName(folder->path()).constData(), nobody, nobody), 0);
+    fileSystemLocks = false;
+    QCOMPARE(::seteuid(nobody), 0);
+    const bool isRemoved = removeLeftLock(path(), false);
+    QCOMPARE(::seteuid(0), 0);
+    QCOMPARE(isRemoved, taken);
+    QCOMPARE(files(), taken ? QStringList() : QStringList("work.lock"));
+}
+
+void WorkLockTest::aLockThatIsReplacedBeforeItIsLockedStays() {
+    support::writeTree(folder->path(), {{"work.lock", "left"}});
+    beforeLocking = [this] {
+        QFile::remove(path());
+        support::writeTree(folder->path(), {{"work.lock", "another's"}});
+    };
+    QVERIFY(!removeLeftLock(path(), false));
+    QCOMPARE(files(), QStringList("work.lock"));
+    QCOMPARE(support::readTree(folder->path()).value("work.lock"), QByteArray("another's"));
+}
+
+void WorkLockTest::aLockThatGoesBeforeItIsLockedIsNotRemoved() {
+    support::writeTree(folder->path(), {{"work.lock", "left"}});
+    beforeLocking = [this] { QFile::remove(path()); };
+    QVERIFY(!removeLeftLock(path(), false));
+    QCOMPARE(files(), QStringList());
+}
+
+void WorkLockTest::aLockThatIsReplacedWhileItIsJudgedStays() {
+    const Process ended(true);
+    support::writeTree(folder->path(), {{"work.lock", textOf({ended.id, ended.name})}});
+    fileSystemLocks = false;
+    beforeLooking = [this] {
+        QFile::remove(path());
+        support::writeTree(folder->path(), {{"work.lock", "another's"}});
+    };
+    QVERIFY(!removeLeftLock(path(), false));
+    QCOMPARE(files(), QStringList("work.lock"));
+    QCOMPARE(support::readTree(folder->path()).value("work.lock"), QByteArray("another's"));
+}
+
+// The second one's file is aside when a third makes its own: both cannot have the name.
+void WorkLockTest::aLockThatIsMadeWhileAnotherIsPutBackStays() {
+    const Process ended(true);
+    support::writeTree(folder->path(), {{"work.lock", textOf({ended.id, ended.name})}});
+    fileSystemLocks = false;
+    beforeLooking = [this] {
+        QFile::remove(path());
+        support::writeTree(folder->path(), {{"work.lock", "the second one's"}});
+    };
+    afterRenaming = [this] {
+        support::writeTree(folder->path(), {{"work.lock", "the third one's"}});
+    };
+    QVERIFY(!removeLeftLock(path(), false));
+    QCOMPARE(files(), QStringList("work.lock"));
+    QCOMPARE(support::readTree(folder->path()).value("work.lock"), QByteArray("the third one's"));
 }
 
 void WorkLockTest::aLockThatIsHeldIsNotTaken_data() {
