@@ -96,6 +96,8 @@ private Q_SLOTS:
     void aMarkedFileIsWaitedForAndKeepsItsMark();
     void otherNamesOfWhatHoldsThePackage_data();
     void otherNamesOfWhatHoldsThePackage();
+    void otherNamesOfWhatHoldsTheProgram_data();
+    void otherNamesOfWhatHoldsTheProgram();
 };
 
 void ReplacementTest::init() {
@@ -257,6 +259,24 @@ void ReplacementTest::otherNamesOfWhatHoldsThePackage() {
     QVERIFY(!replaceDirectory(path("Holding Folder/new"), target, {}, path("file/backup"), &error));
     QCOMPARE(error, "unable to remove directory: " + target);
     QCOMPARE(support::readTree(folder->path()), before);
+}
+
+void ReplacementTest::otherNamesOfWhatHoldsTheProgram_data() {
+    QTest::addColumn<QString>("target");
+    const QString program = QCoreApplication::applicationDirPath();
+    QTest::newRow("its folder in capitals") << program.toUpper();
+    QTest::newRow("its folder by a short name") << shortName(program);
+    QTest::newRow("the folder above in capitals") << support::stageRoot().toUpper();
+    QTest::newRow("the folder above by a short name") << shortName(support::stageRoot());
+}
+
+void ReplacementTest::otherNamesOfWhatHoldsTheProgram() {
+    QFETCH(QString, target);
+    support::writeTree(folder->path(), {{"file", ""}});
+    QVERIFY(QFileInfo(target).isDir());
+    QString error;
+    QVERIFY(!replaceDirectory(path("new"), target, {}, path("file/backup"), &error));
+    QCOMPARE(error, "unable to remove directory: " + target);
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, ReplacementTest)
