@@ -79,7 +79,7 @@ QString realPath(const QString &path) {
     return QDir::fromNativeSeparators(plainName(QString::fromStdWString(name)));
 }
 
-// The numbers hold as long as both are open.
+// The numbers hold as long as both are open. Some servers number nothing, and say 0 of each.
 bool isSamePlace(const QString &one, const QString &other) {
     const OpenPlace first(one, FILE_READ_ATTRIBUTES);
     const OpenPlace second(other, FILE_READ_ATTRIBUTES);
@@ -88,6 +88,7 @@ bool isSamePlace(const QString &one, const QString &other) {
     return first.isOpen() && second.isOpen() &&
            GetFileInformationByHandle(first.handle, &a) != FALSE &&
            GetFileInformationByHandle(second.handle, &b) != FALSE &&
+           (a.nFileIndexHigh != 0 || a.nFileIndexLow != 0) &&
            a.dwVolumeSerialNumber == b.dwVolumeSerialNumber &&
            a.nFileIndexHigh == b.nFileIndexHigh && a.nFileIndexLow == b.nFileIndexLow;
 }
