@@ -24,7 +24,11 @@ Spent runProcess(const std::vector<QByteArray> &command) {
     if (posix_spawnp(&child, arguments.front(), nullptr, nullptr, arguments.data(), environ) != 0 ||
         wait4(child, &status, 0, &usage) != child || status != 0)
         qFatal("%s failed", command.front().constData());
-    return {double(clock.nsecsElapsed()) / 1e9, double(usage.ru_maxrss) / 1024};
+    const auto seconds = [](const timeval &time) {
+        return double(time.tv_sec) + double(time.tv_usec) / 1e6;
+    };
+    return {double(clock.nsecsElapsed()) / 1e9, double(usage.ru_maxrss) / 1024,
+            seconds(usage.ru_utime) + seconds(usage.ru_stime)};
 }
 
 double median(std::vector<double> values) {

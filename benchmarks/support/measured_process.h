@@ -7,7 +7,8 @@
 
 struct Spent {
     double seconds = 0;
-    double peakMebibytes = 0; // of memory
+    double peakMebibytes = 0;    // of memory
+    double processorSeconds = 0; // its own and the system's for it
 };
 
 // A command that cannot be run, or fails, ends the benchmark.
