@@ -83,9 +83,6 @@ void LauncherWindow::createWidgets() {
     setWindowIcon(programIcon());
     titleLabel = new TextLabel(this);
     titleLabel->setFont(headingFont(titleLabel->font()));
-    languageButton = new QToolButton(this);
-    languageButton->setAutoRaise(true);
-    languageButton->setIconSize(QSize(28, 28));
     projectLabel = new TextLabel(this);
     projectLabel->setElideMode(Qt::ElideMiddle);
     projectLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -114,6 +111,11 @@ void LauncherWindow::createWidgets() {
     makeAlert(countdownLabel);
     countdownLabel->setTextFormat(Qt::PlainText);
     countdownLabel->setFont(headingFont(countdownLabel->font()));
+    // Made last, so that Tab comes to it last; to the eye and a screen reader it is beside the title.
+    languageButton = new QToolButton(this);
+    languageButton->setAutoRaise(true);
+    languageButton->setIconSize(QSize(28, 28));
+    languageButton->stackUnder(projectLabel);
 }
 
 void LauncherWindow::buildRepairPanel() {
@@ -223,7 +225,7 @@ void LauncherWindow::orderTabs() {
     const QList<QWidget *> order = {
         taskCancelButton, bannerUpdateButton, bannerRemindButton, bannerSkipButton, logView,
         projectPathEdit,  skipPrecheckCheck,  hasUpdateButton,    browseButton,     openLogButton,
-        openDumpsButton,  launchButton,       applyButton,        skipButton,       languageButton};
+        openDumpsButton,  launchButton,       applyButton,        skipButton};
     for (int i = 1; i < order.size(); ++i)
         setTabOrder(order.at(i - 1), order.at(i));
 }
