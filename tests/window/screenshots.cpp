@@ -189,6 +189,15 @@ void shootAll(const Camera &camera) {
     shootCrowded(camera);
 }
 
+// What an installation of today has, so that the pictures show versions.
+bool stageVersions() {
+    const QString folder = support::stageRoot() + "/app/config";
+    QFile file(folder + "/release_version.json");
+    return QDir().mkpath(folder) && file.open(QIODevice::WriteOnly) &&
+           file.write(R"({"launcherPackageVersion": "1.4.0", "runtimePackageVersion": "1.8.1",
+                          "editorPackageVersion": "1.3.2"})") > 0;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -206,6 +215,8 @@ int main(int argc, char **argv) {
     font.setPointSizeF(font.pointSizeF() * percent / 100);
     QApplication::setFont(font);
     stageTranslation();
+    if (!stageVersions())
+        return 1;
     useLanguage(Language::Chinese);
     shootAll(Camera(arguments.at(1), suffix.arg("zh"), wanted));
     useLanguage(Language::English);
