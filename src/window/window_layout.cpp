@@ -220,7 +220,7 @@ void LauncherWindow::buildLayout() {
                          {versionLabel, projectLabel, taskDetailLabel, statusLabel, bannerLabel}});
 }
 
-// From top to bottom, as the eye goes; the language comes last, since it is rarely what one wants.
+// From top to bottom, as the eye goes; the language, which is rarely what one wants, stays behind all.
 void LauncherWindow::orderTabs() {
     const QList<QWidget *> order = {
         taskCancelButton, bannerUpdateButton, bannerRemindButton, bannerSkipButton, logView,
