@@ -18,6 +18,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
 
 using PromptMode = LauncherService::UpdatePromptMode;
@@ -78,6 +79,49 @@ QCheckBox *choiceBox(const QString &text, const UpdateChoice &choice, const QStr
     return box;
 }
 
+// What can be updated, in the order of the dialog.
+struct ChoiceBoxes {
+    QCheckBox *project;
+    QCheckBox *pythonTools;
+    QCheckBox *runtime;
+    QCheckBox *launcher;
+    QCheckBox *editor;
+
+    QList<QCheckBox *> inOrder() const { return {project, pythonTools, runtime, launcher, editor}; }
+    bool isAnyChecked() const;
+    UpdateSelection chosen() const;
+};
+
+bool ChoiceBoxes::isAnyChecked() const {
+    const QList<QCheckBox *> boxes = inOrder();
+    return std::any_of(boxes.cbegin(), boxes.cend(),
+                       [](const QCheckBox *box) { return box->isChecked(); });
+}
+
+UpdateSelection ChoiceBoxes::chosen() const {
+    UpdateSelection chosen;
+    chosen.project = project->isChecked();
+    chosen.runtime = runtime->isChecked();
+    chosen.launcher = launcher->isChecked();
+    chosen.editor = editor->isChecked();
+    chosen.pythonTools = pythonTools->isChecked();
+    return chosen;
+}
+
+ChoiceBoxes choiceBoxes(const UpdateChoices &choices, QWidget *parent) {
+    const auto boxFor = [parent](const QString &text, const UpdateChoice &choice) {
+        return choiceBox(text, choice, LauncherWindow::tr("（不可用）"), parent);
+    };
+    ChoiceBoxes boxes = {};
+    boxes.project = boxFor(LauncherWindow::tr("更新项目（USER/projects）"), choices.project);
+    boxes.pythonTools =
+        boxFor(LauncherWindow::tr("更新 Python 工具 (Black/Ruff)"), choices.pythonTools);
+    boxes.runtime = boxFor(LauncherWindow::tr("更新 Runtime 组件"), choices.runtime);
+    boxes.launcher = boxFor(LauncherWindow::tr("更新 Launcher 组件"), choices.launcher);
+    boxes.editor = boxFor(LauncherWindow::tr("更新 Editor 组件"), choices.editor);
+    return boxes;
+}
+
 // A dialog would take two thirds of the screen at most, and cut its last text on a small one. Where it
 // needs more than the room there is, it becomes wider and denser, and at last the letters of `note` smaller.
 void fitDialog(QDialog &dialog, QLabel *note, const QSize &room) {
@@ -110,17 +154,9 @@ void LauncherWindow::openUpdateDialog() {
                    tr("当前已有更新任务在执行，请等待完成或取消后再试。"));
         return;
     }
-    const UpdateChoices choices = service->updateChoices();
     QDialog dialog(this);
     dialog.setWindowTitle(tr("选择更新内容"));
-    const auto boxFor = [&dialog](const QString &text, const UpdateChoice &choice) {
-        return choiceBox(text, choice, tr("（不可用）"), &dialog);
-    };
-    auto *project = boxFor(tr("更新项目（USER/projects）"), choices.project);
-    auto *pythonTools = boxFor(tr("更新 Python 工具 (Black/Ruff)"), choices.pythonTools);
-    auto *runtime = boxFor(tr("更新 Runtime 组件"), choices.runtime);
-    auto *launcher = boxFor(tr("更新 Launcher 组件"), choices.launcher);
-    auto *editor = boxFor(tr("更新 Editor 组件"), choices.editor);
+    const ChoiceBoxes boxes = choiceBoxes(service->updateChoices(), &dialog);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
     nameButtons(buttons);
     connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
@@ -128,7 +164,7 @@ void LauncherWindow::openUpdateDialog() {
 
     auto *layout = new QVBoxLayout(&dialog);
     layout->addWidget(wrappedText(tr("请选择需要更新的内容（可多选）："), &dialog));
-    for (QCheckBox *box : {project, pythonTools, runtime, launcher, editor})
+    for (QCheckBox *box : boxes.inOrder())
         layout->addWidget(box);
     auto *note = wrappedText(
         tr("说明：组件更新包会按勾选项提供安装引导。Python 工具优先于 Runtime/Editor "
@@ -136,25 +172,18 @@ void LauncherWindow::openUpdateDialog() {
         &dialog);
     layout->addWidget(note);
     layout->addWidget(buttons);
-    tellRefusalsByKeyboard(note, {project, pythonTools, runtime, launcher, editor});
-    QWidget::setTabOrder(editor, note);
+    tellRefusalsByKeyboard(note, boxes.inOrder());
+    QWidget::setTabOrder(boxes.editor, note);
     fitDialog(dialog, note, roomAround(this));
     if (dialog.exec() != QDialog::Accepted)
         return;
 
-    UpdateSelection chosen;
-    chosen.project = project->isChecked();
-    chosen.runtime = runtime->isChecked();
-    chosen.launcher = launcher->isChecked();
-    chosen.editor = editor->isChecked();
-    chosen.pythonTools = pythonTools->isChecked();
-    if (!chosen.project && !chosen.runtime && !chosen.launcher && !chosen.editor &&
-        !chosen.pythonTools) {
+    if (!boxes.isAnyChecked()) {
         showReport(this, QMessageBox::Warning, tr("未选择更新内容"),
                    tr("请至少勾选一项更新内容。"));
         return;
     }
-    service->setUpdateSelection(chosen);
+    service->setUpdateSelection(boxes.chosen());
     service->applyChosenUpdate();
     refreshUi();
 }
