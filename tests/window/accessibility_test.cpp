@@ -192,7 +192,7 @@ void AccessibilityTest::thePanelsHaveNames_data() {
     QTest::newRow("Chinese") << Language::Chinese
                              << QStringList{"更新任务", "更新提示", "项目与手动启动"};
     QTest::newRow("English") << Language::English
-                             << QStringList{"Update task", "Update on offer",
+                             << QStringList{"Update", "Update on offer",
                                             "Project and manual start"};
 }
 

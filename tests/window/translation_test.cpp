@@ -175,7 +175,8 @@ void TranslationTest::cancelledStandsWhereTheEndOfAnUpdateIsToldByIt() {
     for (const Message &message : messages) {
         if (message.translation.contains("cancelled", Qt::CaseInsensitive))
             found.append(message.context + ": " + message.source);
-        if (message.source == "取消")
+        // A box's button of that name is a text of its own.
+        if (message.source == "取消" && message.context != "BoxButtons")
             QCOMPARE(message.translation, QString("cancelled"));
     }
     awaited.sort();
