@@ -59,6 +59,11 @@ void CompletionTest::words_data() {
     row("a format", {"script", "check", "--format", "j"}, "json");
     row("a file", {"project", "check", "a"}, "a.yslib");
     row("a file with a blank", {"project", "check", "li"}, "line");
+    row("a command without a family", {"lo"}, "log");
+    row("its option", {"log", "--fai"}, "--failures");
+    row("an option behind its file", {"log", "a.yslib", "--fai"}, "--failures");
+    row("its formats", {"log", "--format", ""}, "json text");
+    row("its file", {"log", "a"}, "a.yslib");
     row("the value of an option", {"script", "check", "--library", "a"}, "a.yslib");
 }
 
@@ -74,7 +79,8 @@ void CompletionTest::everyCommandIsOffered() {
     const support::ProjectFolder folder;
     for (const ctl::Command &command : ctl::allCommands()) {
         QVERIFY(offered({command.family}, folder).contains(command.family));
-        QVERIFY2(offered({command.family, ""}, folder).contains(command.name),
+        QVERIFY2(command.name.isEmpty() ||
+                     offered({command.family, ""}, folder).contains(command.name),
                  qPrintable(command.name));
     }
 }

@@ -54,6 +54,11 @@ void layOutUpdate(const ProjectFolder &folder) {
 void layOut(const ProjectFolder &folder) {
     folder.write("main.ys", "int a = 1;\n");
     folder.write("FunctionLib.ini", "1,foo,0,\n");
+    folder.write("launcher.log",
+                 "2026-11-20 06:00:00 [task check_1] started kind=check\n"
+                 "2026-11-20 06:00:03 Online updates are not available (network request timed "
+                 "out). You can update from a USB stick instead: QuorvanerUpdate/manifest.json.\n"
+                 "2026-11-20 07:00:00 Target exited with code 1. Log: launcher.log\n");
     folder.write("demo/main.ys", "int a = 1;\n");
     folder.write("demo/demo.yslib", R"({"schemaVersion": 1,
 "project": {"name": "demo", "displayName": "Demo", "createdAt": "2026-01-01"},
@@ -247,11 +252,11 @@ void EveryCommandTest::hasAFileNamedAfterIt_data() {
 }
 
 void EveryCommandTest::hasAFileNamedAfterIt() {
-    QFETCH(QString, example);
-    const QString name = example.section(' ', 1, 2).replace(' ', '_');
+    QFETCH(QString, title);
+    const QString name = QString(title).replace(' ', '_');
     QFile file(QString(QUORVANE_SOURCE_TREE "/tools/quorvanectl/commands/%1.cpp").arg(name));
     QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
-    QVERIFY(file.readAll().startsWith("// " + example.section(' ', 0, 2).toUtf8()));
+    QVERIFY(file.readAll().startsWith("// quorvanectl " + title.toUtf8()));
 }
 
 void EveryCommandTest::badInputIsRefused_data() {
@@ -260,7 +265,7 @@ void EveryCommandTest::badInputIsRefused_data() {
     QTest::addColumn<QString>("fault");
 
     for (const ctl::Command &command : ctl::allCommands()) {
-        const QString title = command.family + ' ' + command.name;
+        const QString title = ctl::titleOf(command);
         for (const QString &file : filesOf(command.example)) {
             QStringList faults{"missing"};
             // The same reader refuses them under Wine, where a start takes long: file_access.
@@ -296,8 +301,10 @@ void EveryCommandTest::badInputIsRefused() {
 
 void EveryCommandTest::addCommands() {
     QTest::addColumn<QString>("example");
+    QTest::addColumn<QString>("title");
     for (const ctl::Command &command : ctl::allCommands())
-        QTest::newRow(qPrintable(command.family + ' ' + command.name)) << command.example;
+        QTest::newRow(qPrintable(ctl::titleOf(command)))
+            << command.example << ctl::titleOf(command);
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, EveryCommandTest)

@@ -118,25 +118,22 @@ void WrongUsageTest::lines() {
 }
 
 void WrongUsageTest::everyCommandCountsItsArguments_data() {
-    QTest::addColumn<QString>("family");
-    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("title");
     QTest::addColumn<QString>("wanted");
     for (const ctl::Command &command : ctl::allCommands())
-        QTest::newRow(qPrintable(command.family + ' ' + command.name))
-            << command.family << command.name << command.arguments;
+        QTest::newRow(qPrintable(ctl::titleOf(command)))
+            << ctl::titleOf(command) << command.arguments;
 }
 
 // One too few, where one must be, and one too many, where not any number may be.
 void WrongUsageTest::everyCommandCountsItsArguments() {
-    QFETCH(QString, family);
-    QFETCH(QString, name);
+    QFETCH(QString, title);
     QFETCH(QString, wanted);
     const QStringList words = wanted.split(' ', Qt::SkipEmptyParts);
-    const QString title = family + ' ' + name;
     const QString line = "quorvanectl: " + title + " takes " +
                          (wanted.isEmpty() ? "no arguments" : wanted) + "; see quorvanectl " +
                          title + " --help\n";
-    const QStringList command{family, name};
+    const QStringList command = title.split(' ');
     QStringList given;
     for (int i = 0; i < words.size() + 1; ++i)
         given.append("none" + QString::number(i));
@@ -151,12 +148,11 @@ void WrongUsageTest::everyCommandRefusesAnOptionThatIsNone_data() {
 }
 
 void WrongUsageTest::everyCommandRefusesAnOptionThatIsNone() {
-    QFETCH(QString, family);
-    QFETCH(QString, name);
-    const Answer answer = runTool({family, name, "--no-such\noption"});
+    QFETCH(QString, title);
+    const Answer answer = runTool(title.split(' ') + QStringList("--no-such\noption"));
     QCOMPARE(answer.err, QStringLiteral("quorvanectl: Unknown option 'no-such\\noption'; see "
-                                        "quorvanectl %1 %2 --help\n")
-                             .arg(family, name));
+                                        "quorvanectl %1 --help\n")
+                             .arg(title));
     QCOMPARE(answer.out, QString());
     QCOMPARE(answer.status, 2);
 }

@@ -17,6 +17,7 @@ namespace ctl {
 
 // The rows, one for each file.
 [[nodiscard]] Command libraryList();
+[[nodiscard]] Command logCommand();
 [[nodiscard]] Command projectCheck();
 [[nodiscard]] Command projectRecover();
 [[nodiscard]] Command scriptCheck();

@@ -8,7 +8,7 @@ const std::vector<Command> &allCommands() {
     static const std::vector<Command> table{
         projectCheck(), projectRecover(), scriptCheck(),   scriptTokens(),    scriptTree(),
         libraryList(),  updateManifest(), updateLint(),    updateCanonical(), updateAttach(),
-        updateVerify(), updateStick(),    updateExplain(),
+        updateVerify(), updateStick(),    updateExplain(), logCommand(),
     };
     return table;
 }

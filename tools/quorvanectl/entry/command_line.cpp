@@ -16,10 +16,6 @@ bool asksForHelp(const QString &argument) {
     return argument == QLatin1String("--help") || argument == QLatin1String("-h");
 }
 
-QString titleOf(const Command &command) {
-    return QStringLiteral("%1 %2").arg(command.family, command.name);
-}
-
 QString withArguments(const Command &command) {
     return QStringLiteral("%1 %2").arg(titleOf(command), command.arguments).trimmed();
 }
@@ -169,11 +165,16 @@ int runCommand(const Command &command, const QStringList &arguments, Console &co
 }
 
 int runFamily(const QString &family, const QStringList &arguments, Console &console) {
+    const auto &commands = allCommands();
+    const auto alone = std::find_if(commands.begin(), commands.end(), [&](const Command &it) {
+        return it.family == family && it.name.isEmpty();
+    });
+    if (alone != commands.end())
+        return runCommand(*alone, arguments, console);
     if (arguments.isEmpty())
         return refuseUsage(console, QStringLiteral("no command of '%1' given").arg(family), family);
     if (asksForHelp(arguments.first()))
         return familyHelp(family, console);
-    const auto &commands = allCommands();
     const auto command = std::find_if(commands.begin(), commands.end(), [&](const Command &it) {
         return it.family == family && it.name == arguments.first();
     });

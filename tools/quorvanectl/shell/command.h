@@ -19,7 +19,7 @@ enum ExitStatus {
 
 struct Command {
     QString family; // "update"
-    QString name;   // "lint"
+    QString name;   // "lint"; empty for a command without a family, which then is its own
     // The positional arguments, divided by blanks: "[...]" around one that may be missing, "..."
     // behind one that may come again. Their number is checked before `run`.
     QString arguments;
@@ -29,6 +29,11 @@ struct Command {
     void (*declare)(QCommandLineParser &parser);
     int (*run)(const QCommandLineParser &parser, Console &console);
 };
+
+// The words that call it: "update lint".
+[[nodiscard]] inline QString titleOf(const Command &command) {
+    return (command.family + QLatin1Char(' ') + command.name).trimmed();
+}
 
 // The first positional argument, of a command that has to have one.
 [[nodiscard]] inline QString firstArgument(const QCommandLineParser &parser) {

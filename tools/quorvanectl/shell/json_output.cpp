@@ -35,7 +35,7 @@ QString chosenFormat(const QCommandLineParser &parser, const QStringList &format
 
 // Qt escapes some of what steers a terminal. The rest can only stand in strings, where it may be escaped
 // too; line feeds stand between them.
-void printJson(const Console &console, const QJsonDocument &document) {
+QString jsonText(const QJsonDocument &document) {
     QString escaped;
     const QString json = QString::fromUtf8(document.toJson(QJsonDocument::Indented));
     for (const QChar unit : json) {
@@ -44,7 +44,11 @@ void printJson(const Console &console, const QJsonDocument &document) {
         else
             escaped += unit;
     }
-    print(console, escaped);
+    return escaped;
+}
+
+void printJson(const Console &console, const QJsonDocument &document) {
+    print(console, jsonText(document));
 }
 
 } // namespace ctl

@@ -23,4 +23,7 @@ void declareFormat(QCommandLineParser &parser, const QStringList &formats);
 
 void printJson(const Console &console, const QJsonDocument &document);
 
+// What printJson() prints.
+[[nodiscard]] QString jsonText(const QJsonDocument &document);
+
 } // namespace ctl
