@@ -60,6 +60,7 @@ void CompletionTest::words_data() {
     row("a file", {"project", "check", "a"}, "a.yslib");
     row("a file with a blank", {"project", "check", "li"}, "line");
     row("a command without a family", {"lo"}, "log");
+    row("a command without a family and without arguments", {"doctor", "--of"}, "--offline");
     row("its option", {"log", "--fai"}, "--failures");
     row("an option behind its file", {"log", "a.yslib", "--fai"}, "--failures");
     row("its formats", {"log", "--format", ""}, "json text");

@@ -32,6 +32,7 @@ void LeftOutTest::aCommandIsRefused_data() {
     row("keys", "there is no command 'keys' on Windows; see quorvanectl --help");
     row("support collect --out support.zip",
         "there is no command 'support collect' on Windows; see quorvanectl --help");
+    row("doctor", "there is no command 'doctor' on Windows; see quorvanectl --help");
     row("update pakc", "no command 'update pakc'; see quorvanectl update --help");
     row("keyz new", "no command 'keyz'; see quorvanectl --help");
 }
@@ -56,9 +57,10 @@ void LeftOutTest::theHelpSaysSo() {
     const Answer answer = support::runProgram(arguments, support::stageRoot());
     QCOMPARE(answer.status, 0);
     QVERIFY2(answer.out.endsWith("\nOn Windows there are no commands `update pack`, `update "
-                                 "sign`, `keys` and `support collect`.\n"),
+                                 "sign`, `keys`, `support collect` and `doctor`.\n"),
              qPrintable(answer.out));
-    for (const char *command : {"update pack", "update sign", "keys new", "support collect"})
+    for (const char *command :
+         {"update pack", "update sign", "keys new", "support collect", "doctor"})
         QVERIFY(!answer.out.contains(QString("$ quorvanectl ") + command));
 }
 

@@ -32,6 +32,7 @@ namespace ctl {
 [[nodiscard]] Command updateVerify();
 
 // Not on Windows.
+[[nodiscard]] Command doctor();
 [[nodiscard]] Command keysNew();
 [[nodiscard]] Command supportCollect();
 [[nodiscard]] Command updatePack();

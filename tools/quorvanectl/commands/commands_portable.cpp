@@ -7,7 +7,7 @@ const std::vector<Command> &allCommands() {
         projectCheck(), projectRecover(), scriptCheck(),    scriptTokens(),  scriptTree(),
         libraryList(),  updatePack(),     updateManifest(), updateLint(),    updateCanonical(),
         updateAttach(), updateVerify(),   updateStick(),    updateExplain(), updateSign(),
-        keysNew(),      supportCollect(), logCommand(),
+        keysNew(),      supportCollect(), logCommand(),     doctor(),
     };
     return table;
 }

@@ -1,4 +1,4 @@
-// Packing and signing belong to the publisher's machine, and collecting a folder for support to the
+// Packing and signing belong to the publisher's machine, and looking at a line PC for support to the
 // systems where it can be tested: neither is built here.
 #include "quorvanectl/commands/commands.h"
 
@@ -14,13 +14,14 @@ const std::vector<Command> &allCommands() {
 }
 
 QString missingCommands() {
-    return QStringLiteral("On Windows there are no commands `update pack`, `update sign`, `keys` "
-                          "and `support collect`.");
+    return QStringLiteral("On Windows there are no commands `update pack`, `update sign`, `keys`, "
+                          "`support collect` and `doctor`.");
 }
 
 QString systemWithout(const QString &title) {
     static const QStringList missing{QStringLiteral("update pack"), QStringLiteral("update sign"),
-                                     QStringLiteral("keys"), QStringLiteral("support collect")};
+                                     QStringLiteral("keys"), QStringLiteral("support collect"),
+                                     QStringLiteral("doctor")};
     return missing.contains(title) ? QStringLiteral("Windows") : QString();
 }
 

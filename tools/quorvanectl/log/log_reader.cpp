@@ -41,7 +41,8 @@ qint64 daysUntil(int year, int month, int day) {
     const int era = y / 400;
     const int yearOfEra = y - era * 400;
     const int dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-    return era * 146097LL + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - 719468;
+    const int dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+    return era * 146097LL + dayOfEra - 719468;
 }
 
 bool readTimeOf(std::string_view line, LogTime *time) {

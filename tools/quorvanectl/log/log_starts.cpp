@@ -41,7 +41,7 @@ bool StartSplitter::opensNext(const LogEntry &entry) const {
     }
 }
 
-void StartSplitter::note(Progress *progress, LogEntry &&entry) {
+void StartSplitter::note(StartProgress *progress, LogEntry &&entry) {
     switch (entry.kind()) {
     case LineKind::TaskStarted:
         progress->searches = progress->searches || isSearch(entry);
@@ -96,7 +96,7 @@ void StartSplitter::add(LogEntry &&entry) {
     lastTime = time;
 }
 
-void StartSplitter::give(Progress *progress, bool isLast) {
+void StartSplitter::give(StartProgress *progress, bool isLast) {
     progress->start.isLast = isLast;
     found(std::move(progress->start));
 }

@@ -21,6 +21,17 @@ struct LogStart {
     bool isLast = false;           // nothing follows it in the log
 };
 
+// What has been seen of a start.
+struct StartProgress {
+    LogStart start;
+    bool searches = false;     // a search for updates was begun,
+    bool searchEnded = false;  // and ended,
+    bool wasCancelled = false; // or was cancelled
+    bool passed = false;       // the project was checked and can run
+    bool launched = false;
+    bool over = false; // by whatever end
+};
+
 class StartSplitter {
 public:
     // `found` gets each start, in the order of the log.
@@ -32,27 +43,16 @@ public:
     void end();
 
 private:
-    // What has been seen of a start.
-    struct Progress {
-        LogStart start;
-        bool searches = false;     // a search for updates was begun,
-        bool searchEnded = false;  // and ended,
-        bool wasCancelled = false; // or was cancelled
-        bool passed = false;       // the project was checked and can run
-        bool launched = false;
-        bool over = false; // by whatever end
-    };
-
     [[nodiscard]] bool opensNext(const LogEntry &entry) const;
     [[nodiscard]] bool opensNextBySearch() const;
-    static void note(Progress *progress, LogEntry &&entry);
-    void give(Progress *progress, bool isLast);
+    static void note(StartProgress *progress, LogEntry &&entry);
+    void give(StartProgress *progress, bool isLast);
 
     const std::function<void(LogStart &&)> found;
     std::optional<LogTime> lastTime;
     // The end of a target is logged after what the user did meanwhile: one start is held back for it.
-    std::optional<Progress> previous;
-    std::optional<Progress> current;
+    std::optional<StartProgress> previous;
+    std::optional<StartProgress> current;
 };
 
 } // namespace ctl

@@ -123,25 +123,6 @@ QJsonObject settingsIn(const QSqlDatabase &database) {
     return settings;
 }
 
-QString settings(const QString &databasePath) {
-    const QString connection = QStringLiteral("quorvanectl");
-    if (isPipeOrDevice(databasePath))
-        return json({{QStringLiteral("error"), notAFile()}});
-    QJsonObject found;
-    {
-        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
-        database.setConnectOptions(
-            QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=%1").arg(longestWait));
-        database.setDatabaseName(databasePath);
-        if (database.open())
-            found = settingsIn(database);
-        else
-            found.insert(QStringLiteral("error"), database.lastError().text());
-    }
-    QSqlDatabase::removeDatabase(connection);
-    return json(found);
-}
-
 QString listedLine(const QString &folder, const QString &name) {
     const QFileInfo info(folder + QLatin1Char('/') + name);
     QString error;
@@ -199,12 +180,31 @@ QString withoutHomePaths(QString text) {
     return text.replace(elsewhere, QStringLiteral("~"));
 }
 
+QJsonObject launcherSettings(const QString &databasePath) {
+    const QString connection = QStringLiteral("quorvanectl");
+    if (isPipeOrDevice(databasePath))
+        return {{QStringLiteral("error"), notAFile()}};
+    QJsonObject found;
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
+        database.setConnectOptions(
+            QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=%1").arg(longestWait));
+        database.setDatabaseName(databasePath);
+        if (database.open())
+            found = settingsIn(database);
+        else
+            found.insert(QStringLiteral("error"), database.lastError().text());
+    }
+    QSqlDatabase::removeDatabase(connection);
+    return found;
+}
+
 QVector<SupportFile> supportFiles(const SupportSources &sources) {
     const QString projects = AppPaths::projectsDirectory();
     const QVector<QPair<QString, QString>> texts{
         {QStringLiteral("launcher.log"), endOfLog(sources.data.launchLog())},
         {QStringLiteral("versions.json"), versions()},
-        {QStringLiteral("settings.json"), settings(sources.data.database())},
+        {QStringLiteral("settings.json"), json(launcherSettings(sources.data.database()))},
         {QStringLiteral("installation.txt"), installation()},
         {QStringLiteral("projects.txt"), listing(QStringLiteral("Projects"), projects)},
         {QStringLiteral("data.txt"), listing(QStringLiteral("Data"), sources.data.path)}};

@@ -5,6 +5,7 @@
 #include "frame/data_folder.h"
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QString>
 #include <QVector>
 
@@ -24,6 +25,10 @@ struct SupportSources {
 // read is said in the file itself, also of a pipe or a device, which is not opened. Blocks for the
 // hashes, at most until interrupted(): then the listings are not whole.
 [[nodiscard]] QVector<SupportFile> supportFiles(const SupportSources &sources);
+
+// The launcher's own settings, under their keys, and `recent_projects`; `error` alone, if they cannot be
+// read. Waits two seconds for a program that holds the file.
+[[nodiscard]] QJsonObject launcherSettings(const QString &databasePath);
 
 // The text with "~" for the folder of whichever user: of this one, and by the places where systems
 // keep them.

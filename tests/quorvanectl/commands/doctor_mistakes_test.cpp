@@ -1,0 +1,211 @@
+// doctor: each thing that is wrong with a line PC is told with its remedy, and nothing is changed.
+#include "desk.h"
+#include "publisher.h"
+#include "support/staged_main.h"
+
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+using support::Answer;
+using support::Desk;
+using support::FileTree;
+using support::refusal;
+
+namespace {
+
+const QString command = "quorvanectl doctor";
+const QString seeHelp = "; see quorvanectl doctor --help";
+const QString healthy = "@ --offline --install pc --data data --project line/line.yslib";
+
+// A line PC on which nothing is wrong.
+FileTree linePc() {
+    return {{"pc/bin/config/update.pub", support::publisher::publicPem()},
+            {"pc/bin/config/release_version.json", R"({"runtimePackageVersion": "1.2.3"})"},
+            {"pc/bin/LineRunner.exe", "program"},
+            {"pc/bin/plugins/CoreOperators.dll", "plug-in"},
+            {"data/launcher.log", ""},
+            {"line/line.yslib", "{}"},
+            {"line/images/1.png", "0123456789"}};
+}
+
+// "Error runtime" and so on, in their order.
+QStringList kindsIn(const QString &out) {
+    QStringList kinds;
+    for (const QString &line : out.split('\n')) {
+        if (line.startsWith("Error ") || line.startsWith("Warning "))
+            kinds.append(line.section(':', 0, 0));
+    }
+    return kinds;
+}
+
+} // namespace
+
+class DoctorMistakesTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aHealthyLine();
+    void whatIsWrong_data();
+    void whatIsWrong();
+    void refusals_data();
+    void refusals();
+    void theRememberedProject();
+    void inJson();
+    void aFullDisk();
+};
+
+void DoctorMistakesTest::aHealthyLine() {
+    const Desk desk(command, linePc());
+    const Answer answer = desk.type(healthy);
+    QCOMPARE(answer.out, QString("editor: unknown\nlauncher: unknown\npythonTools: unknown\n"
+                                 "runtime: 1.2.3\nproject: %1/line/line.yslib\n"
+                                 "Nothing was found that would go wrong.\n")
+                             .arg(desk.path()));
+    QCOMPARE(answer.status, 0);
+}
+
+void DoctorMistakesTest::whatIsWrong_data() {
+    QTest::addColumn<QString>("arrangement");
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("kinds");
+    QTest::addColumn<QString>("told"); // a part of it
+    const auto row = [](const char *name, const QString &arrangement, const QString &line,
+                        const QString &kinds, const QString &told) {
+        if (!line.contains("$user") || support::hasOrdinaryUser())
+            QTest::newRow(name) << arrangement << line << kinds << told;
+    };
+    const QString everybody = "find . -type d -exec chmod 777 {} +; chmod -R a+rw .; ";
+    const QString asUser = "$user " + healthy;
+    row("no key", "rm pc/bin/config/update.pub", healthy, "Error update-key",
+        "update.pub: no such file\n    Repair the installation: no update can be verified.\n");
+    row("a key that is none", "echo none >pc/bin/config/update.pub", healthy, "Error update-key",
+        "update.pub: ");
+    row("no runtime", "rm pc/bin/LineRunner.exe", healthy, "Error runtime",
+        "@here/pc/bin/LineRunner.exe: no such file\n    Run the installer of the Runtime.\n");
+    row("no core plug-in", "rm -r pc/bin/plugins", healthy, "Error core-plugin",
+        "Core plugin missing: @here/pc/bin/plugins/CoreOperators.dll\n");
+    row("no version of the runtime", "rm pc/bin/config/release_version.json", healthy,
+        "Warning version", "the version of the runtime is not known\n");
+    row("a clock that is behind the log", "touch -d 2099-01-02 data/launcher.log", healthy,
+        "Error clock", "by the clock, and @here/data/launcher.log was written at 2099-01-02T");
+    row("a clock that is hours behind it, as of another zone",
+        "touch -d '20 hours' data/launcher.log", healthy, "", "Nothing was found");
+    row("a host that does not answer", "",
+        "@ --url http://127.0.0.1:1/m.json --install pc --data data --project line/line.yslib",
+        "Warning update-host",
+        "http://127.0.0.1:1/m.json: Connection refused URL: http://127.0.0.1:1/m.json\n    Check "
+        "cable, proxy, firewall; update from a stick meanwhile.\n");
+    row("a log that is a pipe", "rm data/launcher.log; mkfifo data/launcher.log", healthy,
+        "Warning log", "@here/data/launcher.log: is no file that this user may write\n");
+    row("settings that are a folder", "mkdir data/Quorvane.db", healthy, "Warning settings",
+        "@here/data/Quorvane.db: ");
+    row("an unpacked package", "mkdir -p data/update/temp/apply_20261120_060000", healthy,
+        "Warning left-over",
+        "@here/data/update/temp/apply_20261120_060000: is left of an update that runs or was "
+        "broken off\n");
+    row("a backup", "mkdir -p data/update/backup/line_20261120_060000", healthy,
+        "Warning left-over", "line_20261120_060000: is left");
+    row("a backup that was dealt with",
+        "mkdir -p data/update/backup/line_20261120_060000.recovered", healthy, "",
+        "Nothing was found");
+    row("no project", "", "@ --offline --install pc --data data", "Warning project",
+        "no project is selected\n");
+    row("a project that is gone", "rm -r line", healthy, "Error project",
+        "@here/line/line.yslib: no such file\n");
+    row("a data folder that may not be written", everybody + "chmod 555 data", asUser,
+        "Error data-folder", "@here/data: this user may not write there\n");
+    row("a folder of the project that may not be emptied", everybody + "chmod 555 line/images",
+        asUser, "Error project-folder",
+        "@here/line/images: nothing may be taken out of this folder\n");
+    row("a file of the project that may not be read", everybody + "chmod 000 line/images/1.png",
+        asUser, "Error project-folder", "@here/line/images/1.png: it may not be read\n");
+    row("a hidden one, which is not copied",
+        everybody + "mv line/images/1.png line/.x; chmod 000 line/.x", asUser, "",
+        "Nothing was found");
+    row("a project in a folder that may not be changed", everybody + "chmod 555 .", asUser,
+        "Error project-folder", "@here: nothing may be taken out of this folder\n");
+    row("a name that is no UTF-8", ": >\"$(printf 'line/a\\377')\"", healthy,
+        "Error project-folder", ": it cannot be listed, or its name is no UTF-8\n");
+}
+
+void DoctorMistakesTest::whatIsWrong() {
+    QFETCH(QString, arrangement);
+    QFETCH(QString, line);
+    QFETCH(QString, kinds);
+    QFETCH(QString, told);
+    const Desk desk(command, linePc());
+    desk.arrange(arrangement);
+    const FileTree before = desk.tree();
+    const Answer answer = desk.type(line);
+    QCOMPARE(answer.err, QString());
+    QCOMPARE(kindsIn(answer.out).join(", "), kinds);
+    QVERIFY2(answer.out.contains(told.replace("@here", desk.path())), qPrintable(answer.out));
+    QCOMPARE(answer.status, kinds.contains("Error") ? 1 : 0);
+    QCOMPARE(support::changes(before, desk.tree()), QStringList());
+    desk.arrange("chmod 755 . data line line/*/ 2>/dev/null; rm -rf line"); // Qt sees no such name
+}
+
+void DoctorMistakesTest::refusals_data() {
+    support::addRefusals();
+    refusal("no installation", "", "@ --offline --install none",
+            "none: no installation is there: it has no folder bin/config or config");
+    refusal("a data folder that is missing", "", "@ --offline --install pc --data none",
+            "none: no such folder");
+    refusal("an address that is none", "", "@ --install pc --data data --url here",
+            "here: not an address");
+    refusal("a project without its option", "", "@ line/line.yslib",
+            "doctor takes no arguments" + seeHelp);
+    refusal("a format that it has not", "", "@ --format sarif",
+            "no format 'sarif'; there are: text, json");
+}
+
+void DoctorMistakesTest::refusals() {
+    support::expectRefusal(Desk(command, linePc()));
+}
+
+void DoctorMistakesTest::theRememberedProject() {
+    const Desk desk(command, linePc());
+    desk.arrange("python3 -c \"import sqlite3; d = sqlite3.connect('data/Quorvane.db'); "
+                 "d.execute('CREATE TABLE app_settings (key TEXT PRIMARY KEY, value TEXT)'); "
+                 "d.execute('INSERT INTO app_settings VALUES(?, ?)', ('default_project_path', "
+                 "'$PWD/line/line.yslib')); d.commit()\"");
+    const Answer answer = desk.type("@ --offline --install pc --data data");
+    QVERIFY2(answer.out.contains("project: " + desk.path("line/line.yslib\n")),
+             qPrintable(answer.out));
+    QCOMPARE(answer.status, 0);
+}
+
+void DoctorMistakesTest::inJson() {
+    const Desk desk(command, linePc());
+    desk.arrange("rm pc/bin/LineRunner.exe");
+    const QJsonObject json =
+        QJsonDocument::fromJson(desk.type(healthy + " --format json").out.toUtf8()).object();
+    QCOMPARE(json["findings"].toArray(),
+             (QJsonArray{QJsonObject{{"kind", "runtime"},
+                                     {"severity", 0},
+                                     {"message", desk.path("pc/bin/LineRunner.exe: no such file")},
+                                     {"remedy", "Run the installer of the Runtime."}}}));
+    QCOMPARE(json["versions"].toObject()["runtime"].toString(), QString("1.2.3"));
+    QCOMPARE(json["project"].toString(), desk.path("line/line.yslib"));
+    QCOMPARE(json["neededBytes"].toInt(), 24); // twice what the project's files hold
+}
+
+void DoctorMistakesTest::aFullDisk() {
+    if (!support::canMountPrivately())
+        QSKIP("no private mounts on this system");
+    const Desk desk(command, linePc());
+    desk.arrange("mkdir full; head -c 3000000 /dev/zero >line/large; { echo 'mount -t tmpfs -o "
+                 "size=4M none full'; echo 'quorvanectl doctor --offline --install pc --data full "
+                 "--project line/line.yslib'; } >run.sh");
+    const Answer answer = desk.type(QLatin1String(support::privately) + "sh run.sh");
+    QCOMPARE(kindsIn(answer.out), QStringList("Error space"));
+    QVERIFY2(answer.out.contains(desk.path("full: 4 MiB are free, and an update of the project "
+                                           "needs 6 MiB\n")),
+             qPrintable(answer.out));
+    QCOMPARE(answer.status, 1);
+}
+
+QUORVANE_TEST_MAIN(QCoreApplication, DoctorMistakesTest)
+#include "doctor_mistakes_test.moc"
