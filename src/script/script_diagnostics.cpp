@@ -95,7 +95,8 @@ ScriptCheckContext makeCheckContext(const QString &text) {
     return {text, text.split(QLatin1Char('\n')), {}};
 }
 
-bool checkScript(ScriptCheckContext &context, std::shared_ptr<Program> *program) {
+bool checkScript(ScriptCheckContext &context, std::shared_ptr<Program> *program,
+                 QString *leftBehind) {
     QString lexicalError;
     std::vector<Token> tokens = Lexer(context.text).tokenize(&lexicalError);
     if (!lexicalError.isEmpty())
@@ -107,6 +108,8 @@ bool checkScript(ScriptCheckContext &context, std::shared_ptr<Program> *program)
     // syntaxError may hold what a failed block left behind; it is no finding.
     if (program != nullptr)
         *program = std::move(parsed);
+    if (leftBehind != nullptr)
+        *leftBehind = syntaxError;
     return true;
 }
 

@@ -53,9 +53,10 @@ struct ScriptCheckContext {
 // Lexes and parses `context.text`. True if it gave a program, which then goes into `program` if a
 // place is given; else one finding, YS100 or YS200, is added to `context.result`. A message that
 // the parser left behind beside a program is no finding: so an unclosed block at the end of a file
-// passes.
+// passes. Who wants to tell of it gives a place for it in `leftBehind`; it is empty if there is none.
 [[nodiscard]] bool checkScript(ScriptCheckContext &context,
-                               std::shared_ptr<Program> *program = nullptr);
+                               std::shared_ptr<Program> *program = nullptr,
+                               QString *leftBehind = nullptr);
 
 // The operator's text for a raw message; the raw message itself where there is none.
 [[nodiscard]] QString friendlyMessage(const QString &message);

@@ -25,7 +25,7 @@ QString printed(const ScriptReport &report, bool colour = false) {
 // A report of one finding on the first line.
 ScriptReport reportOf(const QString &line, int column) {
     ScriptReport report;
-    report.path = "a.ys";
+    report.path = report.shownPath = "a.ys";
     report.lines = QStringList(line);
     ast::ScriptDiagnostic finding;
     finding.column = column;
@@ -139,7 +139,7 @@ void ScriptFindingsTest::linesThatAreNotThere() {
 
 void ScriptFindingsTest::foreignTextSteersNothing() {
     ScriptReport report = reportOf("a\x1b[2J\r\a", 3);
-    report.path = "a\x1b\n.ys";
+    report.shownPath = "a\x1b\n.ys";
     report.result.diagnostics.front().message = "m\x1b\n";
     const QString sign(QChar::ReplacementCharacter);
     QCOMPARE(printed(report), "a\\x1b\\n.ys:1:3: YS100 m\\x1b\\n\n    a" + sign + "[2J" + sign +
@@ -168,7 +168,7 @@ void ScriptFindingsTest::texts_data() {
                                             << "";
     QTest::newRow("a brace too many, of which the parser tells no place")
         << "int a;\n}\n"
-        << "a.ys:1:1: YS200\n    int a;\n    ^\n";
+        << "a.ys:1:1: YS200 The script has a syntax error.\n    int a;\n    ^\n";
     QTest::newRow("a character of no script")
         << "a = 1;\nb = `;\n"
         << QStringLiteral("a.ys:2:5: YS100 无法识别的字符\n    b = `;\n        ^\n");
@@ -192,7 +192,8 @@ void ScriptFindingsTest::asJson() {
     QVERIFY(ctl::checkText(QStringLiteral("脚本/a.ys"), "int a;", &report, &error));
     QCOMPARE(ctl::reportJson(report), (QJsonObject{{"path", QStringLiteral("脚本/a.ys")},
                                                    {"passed", true},
-                                                   {"diagnostics", QJsonArray()}}));
+                                                   {"diagnostics", QJsonArray()},
+                                                   {"warnings", QJsonArray()}}));
     QVERIFY(ctl::checkText("b.ys", "}", &report, &error));
     const QJsonObject json = ctl::reportJson(report);
     QCOMPARE(json["path"].toString(), QString("b.ys"));

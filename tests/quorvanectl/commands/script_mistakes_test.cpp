@@ -173,10 +173,10 @@ void ScriptMistakesTest::whatCheckSaysOfAScript_data() {
     outcome("check: from another folder", "", "cd line && @ ../a.ys", {0, "../a.ys: clean\n"});
     outcome("check: of two formats the last counts", "", "@ a.ys --format json --format text",
             {0, "a.ys: clean\n"});
-    outcome(
-        "check: an empty one, for programs", ": >a.ys", "@ a.ys --format json",
-        {0,
-         "{\n    \"diagnostics\": [\n    ],\n    \"passed\": true,\n    \"path\": \"a.ys\"\n}\n"});
+    outcome("check: an empty one, for programs", ": >a.ys", "@ a.ys --format json",
+            {0, "{\n    \"diagnostics\": [\n    ],\n    \"passed\": true,\n    \"path\": "
+                "\"a.ys\",\n    \"warnings\": "
+                "[\n    ]\n}\n"});
     outcome("check: a fault, for programs", "echo 'a $' >a.ys", "@ ./a.ys --format json", {1, R"({
     "diagnostics": [
         {
@@ -189,9 +189,25 @@ void ScriptMistakesTest::whatCheckSaysOfAScript_data() {
         }
     ],
     "passed": false,
-    "path": "./a.ys"
+    "path": "./a.ys",
+    "warnings": [
+    ]
 }
 )"});
+    const QString leftOpen = "Left open in scripts. The launcher does not look for these, and only "
+                             "--strict counts them:\n"
+                             "./a.ys:1:5: open-string the text that begins here is still open at "
+                             "the end of the file\n    a = \"b\n        ^\n";
+    outcome("check: a text left open", "echo 'a = \"b' >a.ys", "@ ./a.ys", {0, leftOpen});
+    outcome("check: a text left open, which counts", "echo 'a = \"b' >a.ys", "@ --strict ./a.ys",
+            {1, leftOpen});
+    outcome("check: nothing left open, where it counts", "", "@ --strict a.ys",
+            {0, "a.ys: clean\n"});
+    outcome("check: left open, below the error that it makes", "echo 'function f() {' >a.ys",
+            "@ a.ys",
+            {1, "a.ys:2:1: YS200 缺少匹配的 '}'\n    \n    ^\n\n" + leftOpen.section('\n', 0, 0) +
+                    "\na.ys:1:14: open-bracket this '{' is still open at the end of the file\n"
+                    "    function f() {\n                 ^\n"});
     outcome("check: the library and the script are one file", "", "@ a.ys --library a.ys",
             {0, "a.ys: clean\n"});
 }

@@ -67,8 +67,9 @@ void ScriptTest::check_data() {
     QTest::newRow("behind wide characters and a tab")
         << QByteArray("\t名 = $\r\n") << 1
         << "a.ys:1:6: YS100 无法识别的字符\n    \t名 = $\n    \t     ^\n";
-    QTest::newRow("a stray brace has no text")
-        << QByteArray("}\n") << 1 << "a.ys:1:1: YS200\n    }\n    ^\n";
+    QTest::newRow("a stray brace, of which the parser says nothing")
+        << QByteArray("}\n") << 1
+        << "a.ys:1:1: YS200 The script has a syntax error.\n    }\n    ^\n";
     QTest::newRow("a control character does not reach the terminal")
         << QByteArray("a\x1b[31m\n") << 1
         << QString("a.ys:1:2: YS100 无法识别的字符\n    a\uFFFD[31m\n     ^\n");
@@ -110,7 +111,9 @@ void ScriptTest::checkAsJson() {
         }
     ],
     "passed": false,
-    "path": "a.ys"
+    "path": "a.ys",
+    "warnings": [
+    ]
 }
 )"));
 }

@@ -134,19 +134,26 @@ void ProjectFindingsTest::scriptsThatCannotBeRead() {
 void ProjectFindingsTest::filesThatAreNoProject_data() {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("reason");
+    QTest::addColumn<QString>("place");
     const QString invalid = QStringLiteral("JSON 无效：");
-    QTest::newRow("nothing") << QByteArray() << invalid + "illegal value (line 1, column 1)";
-    QTest::newRow("a list") << QByteArray("[]")
-                            << invalid + "no error occurred (it is no JSON object)";
+    QTest::newRow("nothing") << QByteArray() << invalid + "illegal value (line 1, column 1)"
+                             << "1:1";
+    QTest::newRow("a list") << QByteArray("\n [1]")
+                            << invalid + "no error occurred (it is no JSON object)"
+                            << "2:2";
     QTest::newRow("a comma too many")
         << QByteArray("{\"a\": 1,\n }")
-        << invalid + "object is missing after a comma (line 2, column 2)";
+        << invalid + "object is missing after a comma (line 2, column 2)"
+        << "2:2";
     QTest::newRow("a key without quotes")
-        << QByteArray("{\n  a: 1\n}") << invalid + "unterminated object (line 2, column 3)";
+        << QByteArray("{\n  a: 1\n}") << invalid + "unterminated object (line 2, column 3)"
+        << "2:3";
     QTest::newRow("a comment") << QByteArray("// mine\n{}")
-                               << invalid + "illegal value (line 1, column 1)";
+                               << invalid + "illegal value (line 1, column 1)"
+                               << "1:1";
     QTest::newRow("a script instead")
-        << QByteArray("int a;\n") << invalid + "illegal value (line 1, column 1)";
+        << QByteArray("int a;\n") << invalid + "illegal value (line 1, column 1)"
+        << "1:1";
 }
 
 void ProjectFindingsTest::filesThatAreNoProject() {
@@ -157,7 +164,12 @@ void ProjectFindingsTest::filesThatAreNoProject() {
     QString error;
     QVERIFY(!ctl::findAll(folder.write("line.yslib", content), QString(), &findings, &error));
     QCOMPARE(error, folder.path("line.yslib") + ": " + reason);
-    QCOMPARE(findings.projectPath, QString());
+    QCOMPARE(findings.issues.size(), 1);
+    QCOMPARE(findings.issues.first().path, QString("yslib"));
+    QTEST(QString("%1:%2")
+              .arg(findings.places.first().at.line)
+              .arg(findings.places.first().at.column),
+          "place");
 }
 
 // A project of wrong types can be looked at: what is wrong are issues, and nothing ends the program.
@@ -216,8 +228,10 @@ void ProjectFindingsTest::counts() {
     QVERIFY(!findings.hasErrors());
     ctl::ScriptReport report;
     report.result.errorCount = 2;
+    report.warnings.resize(3);
     findings.scripts = {report, report};
     QCOMPARE(findings.scriptErrorCount(), 4);
+    QCOMPARE(findings.scriptWarningCount(), 6);
     QVERIFY(findings.hasErrors());
 }
 

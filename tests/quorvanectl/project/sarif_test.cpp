@@ -83,11 +83,13 @@ void layOut(const ProjectFolder &folder) {
             "scripts": [{"id": "main", "path": ".\\scripts\\主 程序.ys", "role": "main"},
                         {"id": "brace", "path": "a:b.ys", "role": "sub"},
                         {"id": "bad", "path": "bad.ys", "role": "sub"},
+                        {"id": "open", "path": "open.ys", "role": "sub"},
                         {"id": "none", "path": "none.ys", "role": "sub"}],
             "tasks": {"main": {"entryScriptId": "main"}}})"},
                                             {"产线 #1/scripts/主 程序.ys", "if a { }\n"},
                                             {"产线 #1/a:b.ys", "}\n"},
                                             {"产线 #1/bad.ys", "名 = \"😀\" $ 1\nglobal int a\n"},
+                                            {"产线 #1/open.ys", "a = \"b\n"},
                                             {"产线 #1/extra.ys", ""},
                                         });
 }
@@ -106,6 +108,8 @@ private Q_SLOTS:
     void theResults_data();
     void theResults();
     void aMessageIsNeverEmpty();
+    void aFileThatIsNoProjectIsOneResult_data();
+    void aFileThatIsNoProjectIsOneResult();
     void aCleanProjectHasNoResults();
 
 private:
@@ -153,7 +157,8 @@ void SarifTest::theRules() {
         ids.insert(rule["id"].toString());
         nonEmpty(checked("description", rule["shortDescription"])["text"]);
     }
-    QCOMPARE(ids, (QSet<QString>{"project", "core-plugin", "YS100", "YS200"}));
+    QCOMPARE(ids, (QSet<QString>{"project", "core-plugin", "YS100", "YS200", "open-string",
+                                 "open-bracket", "incomplete-statement"}));
 }
 
 void SarifTest::everyResultIsComplete() {
@@ -183,10 +188,11 @@ void SarifTest::thePlaceOfTheProjectIsAnAbsoluteFolder() {
 void SarifTest::theResults_data() {
     QTest::addColumn<QString>("text"); // ruleId level uri line:column-end logical name
     QTest::newRow("a script that is missing")
-        << "project error %E6%A3%80%E6%B5%8B%20100%25.yslib scripts[3].path";
+        << "project error %E6%A3%80%E6%B5%8B%20100%25.yslib 7:48 scripts[4].path";
     QTest::newRow("a script that is not registered")
-        << "project warning %E6%A3%80%E6%B5%8B%20100%25.yslib scripts";
+        << "project warning %E6%A3%80%E6%B5%8B%20100%25.yslib 3:24 scripts";
     QTest::newRow("a name in a script") << "project warning bad.ys";
+    QTest::newRow("what a script leaves open") << "open-string warning open.ys 1:5";
     QTest::newRow("the core plug-in") << "core-plugin error %E6%A3%80%E6%B5%8B%20100%25.yslib";
     QTest::newRow("a syntax error, to the end of its line")
         << "YS200 error scripts/%E4%B8%BB%20%E7%A8%8B%E5%BA%8F.ys 1:4-8";
@@ -218,6 +224,35 @@ void SarifTest::aMessageIsNeverEmpty() {
     const QJsonObject result = run["results"].toArray().at(0).toObject();
     QCOMPARE(result["message"].toObject()["text"].toString(),
              QString("The script has a syntax error."));
+}
+
+void SarifTest::aFileThatIsNoProjectIsOneResult_data() {
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("result");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("a comma too many")
+        << QByteArray("{\"a\": 1,\n }") << "project error a.yslib 2:3 yslib"
+        << "JSON 无效：object is missing after a comma";
+    QTest::newRow("a list") << QByteArray("\n[]") << "project error a.yslib 2:1 yslib"
+                            << "JSON 无效：no error occurred";
+}
+
+// It is refused all the same.
+void SarifTest::aFileThatIsNoProjectIsOneResult() {
+    QFETCH(QByteArray, content);
+    const ProjectFolder folder;
+    folder.write("a.yslib", content);
+    const support::Answer answer =
+        support::runProgram({"project", "check", "a.yslib", "--format", "sarif"}, folder.path(""));
+    QCOMPARE(answer.status, 2);
+    QVERIFY2(answer.err.startsWith("quorvanectl: a.yslib: JSON 无效："), qPrintable(answer.err));
+    const QJsonObject log = QJsonDocument::fromJson(answer.out.toUtf8()).object();
+    const QJsonObject run = checked("run", checked("log", log)["runs"].toArray().at(0));
+    QCOMPARE(run["results"].toArray().size(), 1);
+    const QJsonObject result = checked("result", run["results"].toArray().at(0));
+    QTEST(summary(result), "result");
+    QTEST(checked("message", result["message"])["text"].toString(), "message");
+    checkLocation(result["locations"].toArray().at(0));
 }
 
 void SarifTest::aCleanProjectHasNoResults() {

@@ -22,6 +22,7 @@ QStringList formats() {
 void declare(QCommandLineParser &parser) {
     declareFormat(parser, formats());
     declareLibrary(parser);
+    declareStrict(parser);
     parser.addOption({pluginOption,
                       QStringLiteral("Looks for the core plug-in in this folder, as the launcher "
                                      "does beside itself."),
@@ -47,34 +48,60 @@ void printScripts(const Console &console, const ProjectFindings &findings) {
         printFindings(console, script);
 }
 
+void printScriptWarnings(const Console &console, const ProjectFindings &findings) {
+    if (findings.scriptWarningCount() == 0)
+        return;
+    if (!findings.allIssues().isEmpty() || findings.scriptErrorCount() > 0)
+        printLine(console);
+    printWarningsHeading(console);
+    for (const ScriptReport &script : findings.scripts)
+        printWarnings(console, script);
+}
+
 QString counted(int count, const char *what) {
     return QStringLiteral("%1 %2%3").arg(QString::number(count), QLatin1String(what),
                                          QLatin1String(count == 1 ? "" : "s"));
 }
 
 void printSummary(const Console &console, const ProjectFindings &findings) {
-    if (findings.allIssues().isEmpty() && !findings.hasErrors())
+    const int leftOpen = findings.scriptWarningCount();
+    if (findings.allIssues().isEmpty() && !findings.hasErrors() && leftOpen == 0)
         return printClean(console, findings.projectPath);
-    printLine(console,
-              QStringLiteral("\n%1: %2, %3, %4")
-                  .arg(spelledOut(findings.projectPath), counted(findings.issueCount(0), "error"),
+    QStringList counts{counted(findings.issueCount(0), "error"),
                        counted(findings.issueCount(1), "warning"),
-                       counted(findings.scriptErrorCount(), "syntax error")));
+                       counted(findings.scriptErrorCount(), "syntax error")};
+    if (leftOpen > 0)
+        counts.append(QStringLiteral("%1 left open").arg(leftOpen));
+    printLine(console,
+              QStringLiteral("\n%1: %2")
+                  .arg(spelledOut(findings.projectPath), counts.join(QStringLiteral(", "))));
 }
 
 void printText(const Console &console, const ProjectFindings &findings) {
     printIssues(console, findings, 0, Ink::Error);
     printIssues(console, findings, 1, Ink::Warning);
     printScripts(console, findings);
+    printScriptWarnings(console, findings);
     printSummary(console, findings);
 }
 
+// With the line and column of its value in the project file, where it lies there.
+QJsonObject issueJson(const ProjectIssue &issue, const TextPlace &at) {
+    QJsonObject json{{QStringLiteral("severity"), issue.severity},
+                     {QStringLiteral("path"), issue.path},
+                     {QStringLiteral("message"), issue.message}};
+    if (at.line > 0) {
+        json.insert(QStringLiteral("line"), at.line);
+        json.insert(QStringLiteral("column"), at.column);
+    }
+    return json;
+}
+
 QJsonObject findingsJson(const ProjectFindings &findings) {
+    const QVector<ProjectIssue> all = findings.allIssues();
     QJsonArray issues;
-    for (const ProjectIssue &issue : findings.allIssues())
-        issues.append(QJsonObject{{QStringLiteral("severity"), issue.severity},
-                                  {QStringLiteral("path"), issue.path},
-                                  {QStringLiteral("message"), issue.message}});
+    for (int i = 0; i < all.size(); ++i)
+        issues.append(issueJson(all.at(i), findings.places.value(i).at));
     QJsonArray scripts;
     for (const ScriptReport &script : findings.scripts)
         scripts.append(reportJson(script));
@@ -90,20 +117,31 @@ bool findWithProgress(const QCommandLineParser &parser, const Console &console,
     return findAll(path, parser.value(pluginOption), findings, error);
 }
 
-int run(const QCommandLineParser &parser, Console &console) {
-    QString error;
-    const QString format = chosenFormat(parser, formats(), &error);
-    ProjectFindings findings;
-    if (format.isEmpty() || !loadLibrary(parser, &error) ||
-        !findWithProgress(parser, console, &findings, &error))
-        return refuse(console, error);
+void printAll(const Console &console, const QString &format, const ProjectFindings &findings) {
     if (format == QLatin1String("json"))
         printJson(console, QJsonDocument(findingsJson(findings)));
     else if (format == QLatin1String("sarif"))
         printJson(console, QJsonDocument(sarifLog(findings)));
     else
         printText(console, findings);
-    return findings.hasErrors() ? Findings : Clean;
+}
+
+int run(const QCommandLineParser &parser, Console &console) {
+    QString error;
+    const QString format = chosenFormat(parser, formats(), &error);
+    ProjectFindings findings;
+    if (format.isEmpty() || !loadLibrary(parser, &error))
+        return refuse(console, error);
+    if (!findWithProgress(parser, console, &findings, &error)) {
+        // A build server shows where a file ceases to be a project file; it reads no error stream.
+        if (format == QLatin1String("sarif") && !findings.issues.isEmpty())
+            printJson(console, QJsonDocument(sarifLog(findings)));
+        return refuse(console, error);
+    }
+    printAll(console, format, findings);
+    const bool counts =
+        findings.hasErrors() || (isStrict(parser) && findings.scriptWarningCount() > 0);
+    return counts ? Findings : Clean;
 }
 
 } // namespace

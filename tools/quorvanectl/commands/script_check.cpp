@@ -1,4 +1,4 @@
-// quorvanectl script check: the syntax error of a script, with its line.
+// quorvanectl script check: the syntax error of a script, with its line, and what it leaves open.
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/commands/script_findings.h"
 #include "quorvanectl/commands/script_input.h"
@@ -11,6 +11,21 @@
 namespace ctl {
 namespace {
 
+void declare(QCommandLineParser &parser) {
+    declareScript(parser);
+    declareStrict(parser);
+}
+
+void printText(const Console &console, const ScriptReport &report) {
+    printFindings(console, report);
+    if (report.warnings.empty())
+        return;
+    if (!report.result.passed)
+        printLine(console);
+    printWarningsHeading(console);
+    printWarnings(console, report);
+}
+
 int run(const QCommandLineParser &parser, Console &console) {
     Script script;
     ScriptReport report;
@@ -21,11 +36,12 @@ int run(const QCommandLineParser &parser, Console &console) {
         return refuse(console, error);
     if (script.asJson)
         printJson(console, QJsonDocument(reportJson(report)));
-    else if (report.result.passed)
+    else if (report.result.passed && report.warnings.empty())
         printClean(console, script.path);
     else
-        printFindings(console, report);
-    return report.result.passed ? Clean : Findings;
+        printText(console, report);
+    const bool counts = !report.result.passed || (isStrict(parser) && !report.warnings.empty());
+    return counts ? Findings : Clean;
 }
 
 } // namespace
@@ -36,7 +52,7 @@ Command scriptCheck() {
             QStringLiteral("FILE.ys"),
             QStringLiteral("Shows the syntax error of a script, with its line."),
             QStringLiteral("quorvanectl script check main.ys"),
-            declareScript,
+            declare,
             run};
 }
 

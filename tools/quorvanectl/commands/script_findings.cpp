@@ -1,7 +1,11 @@
 #include "quorvanectl/commands/script_findings.h"
 
+#include <QCommandLineParser>
+
 namespace ctl {
 namespace {
+
+const QLatin1String strictOption("strict");
 
 // A line may be as long as its file: this much of it is shown on either side of the caret.
 constexpr int shownUnits = 60;
@@ -49,21 +53,44 @@ void printSource(const Console &console, QString line, int column) {
               indentUnder(margin + before) + inked(console, Ink::Caret, QStringLiteral("^")));
 }
 
+void printOne(const Console &console, const ScriptReport &report,
+              const ast::ScriptDiagnostic &finding) {
+    const QString place = QStringLiteral("%1:%2:%3")
+                              .arg(spelledOut(report.shownPath), QString::number(finding.line),
+                                   QString::number(finding.column));
+    const QString code =
+        inked(console, finding.severity == 0 ? Ink::Error : Ink::Warning, finding.code);
+    printLine(console,
+              QStringLiteral("%1: %2 %3").arg(place, code, spelledOut(wordsOf(finding))).trimmed());
+    if (finding.line >= 1 && finding.line <= report.lines.size())
+        printSource(console, report.lines.at(finding.line - 1), finding.column);
+}
+
 } // namespace
 
 void printFindings(const Console &console, const ScriptReport &report) {
-    for (const ast::ScriptDiagnostic &finding : report.result.diagnostics) {
-        const QString place = QStringLiteral("%1:%2:%3")
-                                  .arg(spelledOut(report.path), QString::number(finding.line),
-                                       QString::number(finding.column));
-        const QString code =
-            inked(console, finding.severity == 0 ? Ink::Error : Ink::Warning, finding.code);
-        printLine(
-            console,
-            QStringLiteral("%1: %2 %3").arg(place, code, spelledOut(finding.message)).trimmed());
-        if (finding.line >= 1 && finding.line <= report.lines.size())
-            printSource(console, report.lines.at(finding.line - 1), finding.column);
-    }
+    for (const ast::ScriptDiagnostic &finding : report.result.diagnostics)
+        printOne(console, report, finding);
+}
+
+void printWarningsHeading(const Console &console) {
+    printLine(console, inked(console, Ink::Heading,
+                             QStringLiteral("Left open in scripts. The launcher does not look for "
+                                            "these, and only --strict counts them:")));
+}
+
+void printWarnings(const Console &console, const ScriptReport &report) {
+    for (const ast::ScriptDiagnostic &warning : report.warnings)
+        printOne(console, report, warning);
+}
+
+void declareStrict(QCommandLineParser &parser) {
+    parser.addOption({strictOption, QStringLiteral("Counts what a script leaves open as an error, "
+                                                   "in the exit status.")});
+}
+
+bool isStrict(const QCommandLineParser &parser) {
+    return parser.isSet(strictOption);
 }
 
 } // namespace ctl

@@ -1,4 +1,5 @@
 #include "quorvanectl/commands/script_printing.h"
+#include "quorvanectl/project/script_report.h"
 #include "quorvanectl/shell/command.h"
 #include "quorvanectl/shell/progress.h"
 #include "update/files/memory_guard.h"
@@ -28,7 +29,7 @@ int printScript(const Script &script, const Console &console, const PrintScript 
 QString faultLine(const Script &script, const ast::ScriptDiagnostic &fault) {
     return QStringLiteral("%1:%2:%3: %4 %5")
         .arg(script.path, QString::number(fault.line), QString::number(fault.column), fault.code,
-             fault.message);
+             wordsOf(fault));
 }
 
 } // namespace ctl

@@ -71,14 +71,20 @@ QString readJsonObject(const QString &path, QString *error) {
     return text.isNull() || isJsonObject(path, text, error) ? text : QString();
 }
 
-QString placeOfJsonFault(const QString &text) {
+std::optional<TextPlace> jsonFault(const QString &text) {
     const QByteArray bytes = text.toUtf8();
     const QJsonParseError fault = faultIn(bytes);
     if (fault.error == QJsonParseError::NoError)
+        return std::nullopt;
+    return placeAtEnd(QString::fromUtf8(bytes.left(offsetOfFault(bytes, fault))));
+}
+
+QString placeOfJsonFault(const QString &text) {
+    const std::optional<TextPlace> place = jsonFault(text);
+    if (!place)
         return QString();
-    const TextPlace place = placeAtEnd(QString::fromUtf8(bytes.left(offsetOfFault(bytes, fault))));
     return QStringLiteral("line %1, column %2")
-        .arg(QString::number(place.line), QString::number(place.column));
+        .arg(QString::number(place->line), QString::number(place->column));
 }
 
 } // namespace ctl

@@ -1,5 +1,6 @@
 #include "quorvanectl/project/sarif.h"
 
+#include "quorvanectl/project/script_warnings.h"
 #include "script/script_diagnostics.h"
 #include "update/files/project_path.h"
 
@@ -24,7 +25,10 @@ const Rule rules[] = {
     {"project", "The project does not follow the rules of a project file."},
     {"core-plugin", "The core plug-in is missing."},
     {ast::lexicalErrorCode, "The script holds a character that the language does not know."},
-    {ast::syntaxErrorCode, "The script has a syntax error."},
+    {ast::syntaxErrorCode, syntaxErrorText},
+    {openStringCode, "A text in the script is still open at the end of the file."},
+    {openBracketCode, "A brace, parenthesis or bracket of the script is never closed."},
+    {incompleteCode, "The script passes, with a statement that is not whole."},
 };
 
 int ruleIndex(const QString &id) {
@@ -67,26 +71,24 @@ QJsonObject artifact(const QDir &folder, const QString &file) {
 
 QJsonObject result(const QString &ruleId, qint32 severity, const QString &message,
                    const QJsonObject &location) {
-    // The one syntax error without a text is a stray brace; the format asks for one.
-    const int index = ruleIndex(ruleId);
-    const QString text =
-        message.isEmpty() && index >= 0 ? QString(QLatin1String(rules[index].text)) : message;
     return {{QStringLiteral("ruleId"), ruleId},
-            {QStringLiteral("ruleIndex"), index},
+            {QStringLiteral("ruleIndex"), ruleIndex(ruleId)},
             {QStringLiteral("level"),
              severity == 0 ? QStringLiteral("error") : QStringLiteral("warning")},
-            {QStringLiteral("message"), textObject(text)},
+            {QStringLiteral("message"), textObject(message)},
             {QStringLiteral("locations"), QJsonArray{location}}};
 }
 
-// The path of an issue leads into the document, or names a script.
-QJsonObject issueLocation(const QDir &folder, const QString &projectPath, const QString &path) {
-    const QString script = locatedPath(folder, path);
-    const bool ofScript = !path.isEmpty() && QFileInfo(script).isFile();
-    QJsonObject location{{QStringLiteral("physicalLocation"),
-                          QJsonObject{{QStringLiteral("artifactLocation"),
-                                       artifact(folder, ofScript ? script : projectPath)}}}};
-    if (!ofScript && !path.isEmpty())
+QJsonObject issueLocation(const QDir &folder, const QString &projectPath, const QString &path,
+                          const IssuePlace &place) {
+    const QString file = place.script.isEmpty() ? projectPath : place.script;
+    QJsonObject physical{{QStringLiteral("artifactLocation"), artifact(folder, file)}};
+    if (place.at.line > 0)
+        physical.insert(QStringLiteral("region"),
+                        QJsonObject{{QStringLiteral("startLine"), place.at.line},
+                                    {QStringLiteral("startColumn"), place.at.column}});
+    QJsonObject location{{QStringLiteral("physicalLocation"), physical}};
+    if (place.script.isEmpty() && !path.isEmpty())
         location.insert(QStringLiteral("logicalLocations"),
                         QJsonArray{QJsonObject{{QStringLiteral("fullyQualifiedName"), path}}});
     return location;
@@ -112,16 +114,20 @@ QJsonArray results(const ProjectFindings &findings) {
     const QDir folder = folderOf(findings);
     const QString project = QFileInfo(findings.projectPath).absoluteFilePath();
     QJsonArray list;
-    for (const ProjectIssue &issue : findings.issues)
+    for (int i = 0; i < findings.issues.size(); ++i) {
+        const ProjectIssue &issue = findings.issues.at(i);
         list.append(result(QStringLiteral("project"), issue.severity, issue.message,
-                           issueLocation(folder, project, issue.path)));
+                           issueLocation(folder, project, issue.path, findings.places.value(i))));
+    }
     if (!findings.corePluginFault.isEmpty())
         list.append(result(QStringLiteral("core-plugin"), 0, findings.corePluginFault,
-                           issueLocation(folder, project, QString())));
+                           issueLocation(folder, project, QString(), {})));
     for (const ScriptReport &script : findings.scripts) {
-        for (const ast::ScriptDiagnostic &finding : script.result.diagnostics)
-            list.append(result(finding.code, finding.severity, finding.message,
-                               scriptLocation(folder, script.path, finding)));
+        for (const auto *const part : {&script.result.diagnostics, &script.warnings}) {
+            for (const ast::ScriptDiagnostic &finding : *part)
+                list.append(result(finding.code, finding.severity, wordsOf(finding),
+                                   scriptLocation(folder, script.path, finding)));
+        }
     }
     return list;
 }
