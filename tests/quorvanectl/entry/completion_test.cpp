@@ -54,7 +54,7 @@ void CompletionTest::words_data() {
     row("a command that is not there", {"script", "x"}, "");
     row("a family that is not there", {"scirpt", ""}, "--help");
     row("an option", {"project", "check", "--co"}, "--core-plugin");
-    row("all options of a command", {"script", "check", "-"}, "--format --help --library");
+    row("all options of a command", {"script", "check", "-"}, "--format --help --library --strict");
     row("the formats of a command", {"project", "check", "--format", ""}, "json sarif text");
     row("a format", {"script", "check", "--format", "j"}, "json");
     row("a file", {"project", "check", "a"}, "a.yslib");

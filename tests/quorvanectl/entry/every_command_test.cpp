@@ -173,7 +173,8 @@ void EveryCommandTest::theManPageNamesEveryKeyOfTheJson() {
     const ProjectFolder folder;
     layOut(folder);
     const Answer answer = support::runLine(example + " --format json", folder.path(""));
-    if (answer.err.contains("Unknown option 'format'") || example.contains(" script t"))
+    if (answer.err.contains("Unknown option 'format'") || answer.err.contains("no format 'json'") ||
+        example.contains(" script t"))
         return; // a tree has the fields of its nodes, tokens have none
     const QJsonDocument json = QJsonDocument::fromJson(answer.out.toUtf8());
     QVERIFY2(json.isObject(), qPrintable(answer.out + answer.err));

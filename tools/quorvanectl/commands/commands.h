@@ -19,6 +19,8 @@ namespace ctl {
 [[nodiscard]] Command libraryList();
 [[nodiscard]] Command logCommand();
 [[nodiscard]] Command projectCheck();
+[[nodiscard]] Command projectGraph();
+[[nodiscard]] Command projectNew();
 [[nodiscard]] Command projectRecover();
 [[nodiscard]] Command scriptCheck();
 [[nodiscard]] Command scriptTokens();
