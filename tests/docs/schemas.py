@@ -1,0 +1,208 @@
+#!/usr/bin/python3
+"""Holds the schemas for editors to what the tool finds: each of many documents is given to both.
+
+    schemas.py --schemas DIR --tool FILE --project FILE.yslib --vectors vectors.json
+
+A document without a fault of shape holds against its schema; any other is refused at the same places. A
+place that lies in another that is told is the same: where an object is a text, the tool tells each key
+that is missing in it.
+"""
+import argparse
+import copy
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+from concurrent.futures import ThreadPoolExecutor
+
+import jsonschema
+
+# What `update lint` says of keys and types; the rest is about packages, versions and names.
+SHAPE = {"wrong-type", "unlisted-key", "schema-version", "bad-time", "no-path", "nothing-offered"}
+# What `project check` says of the disk and of identifiers, which no schema can see.
+NO_SHAPE = re.compile("引用的文件不存在|未在 scripts\\[\\] 中登记")
+
+
+def place_of(path):
+    return "".join(f"[{step}]" if isinstance(step, int) else f".{step}" for step in path).lstrip(".")
+
+
+def places_of_error(error):
+    place = place_of(error.absolute_path)
+    if error.validator == "required":
+        missing = [key for key in error.validator_value if key not in error.instance]
+        return {place_of([*error.absolute_path, key]) for key in missing}
+    if error.validator == "additionalProperties":
+        extra = error.instance.keys() - error.schema["properties"].keys()
+        return {place_of([*error.absolute_path, key]) for key in extra}
+    return {place}
+
+
+def refused_by_schema(schema, document):
+    places = set()
+    for error in jsonschema.Draft202012Validator(schema).iter_errors(document):
+        places |= places_of_error(error)
+    return places
+
+
+def lies_in(place, outer):
+    return outer == "" or place == outer or place.startswith((f"{outer}.", f"{outer}["))
+
+
+def outermost(places, others):
+    """Each place, or the one of the others that it lies in."""
+    return {min((it for it in others if lies_in(place, it)), key=len, default=place)
+            for place in places}
+
+
+def agree(one, other):
+    everything = (one | other) - {""}
+    same = outermost(one, everything) == outermost(other, everything)
+    return same and ("" in one) == ("" in other)
+
+
+def run_tool(tool, words, folder):
+    result = subprocess.run([tool, *words, "--format", "json"], cwd=folder, stdout=subprocess.PIPE,
+                            stderr=subprocess.PIPE, timeout=60, check=False)
+    if result.returncode == 2:
+        raise ValueError(result.stderr.decode())
+    return json.loads(result.stdout)
+
+
+# --- manifests --------------------------------------------------------------------------------------
+
+def manifest_faults(tool, document):
+    with tempfile.TemporaryDirectory() as folder:
+        path = pathlib.Path(folder) / "manifest.json"
+        path.write_text(json.dumps(document), encoding="utf-8")
+        found = run_tool(tool, ["update", "lint", "manifest.json"], folder)
+    return {f"{it['where']}.path" if it["kind"] == "no-path" else it["where"]
+            for it in found["findings"] if it["kind"] in SHAPE}
+
+
+def manifests(vectors):
+    """The vectors that hold an object, each once."""
+    seen = {}
+    for vector in json.loads(vectors.read_text(encoding="utf-8"))["vectors"]:
+        try:
+            document = json.loads(vector["manifest"])
+        except ValueError:
+            continue
+        if isinstance(document, dict):
+            seen.setdefault(json.dumps(document), (vector["name"], document))
+    return list(seen.values())
+
+
+# --- projects ---------------------------------------------------------------------------------------
+
+def project_faults(tool, folder, number, document):
+    name = f"variant{number}.yslib"
+    (folder / name).write_text(json.dumps(document), encoding="utf-8")
+    found = run_tool(tool, ["project", "check", name], folder)
+    return {it["path"] for it in found["issues"]
+            if it["severity"] == 0 and not NO_SHAPE.search(it["message"])}
+
+
+def paths_in(value, path=()):
+    yield path
+    if isinstance(value, (dict, list)):
+        for key, inner in value.items() if isinstance(value, dict) else enumerate(value):
+            yield from paths_in(inner, (*path, key))
+
+
+def changed(document, path, value=None, remove=False):
+    document = copy.deepcopy(document)
+    holder = document
+    for step in path[:-1]:
+        holder = holder[step]
+    if remove:
+        del holder[path[-1]]
+    else:
+        holder[path[-1]] = value
+    return document
+
+
+def variants(demo):
+    """The demo; without each value; and with others in place of each."""
+    yield "the demo", demo
+    yield "an unknown key", {**demo, "mine": {"a": 1}}
+    for path in paths_in(demo):
+        if not path:
+            continue
+        yield f"{place_of(path)} is missing", changed(demo, path, remove=True)
+        for value in ("", "1", 1, 1.5, True, None, {}, [], {"x": 1}, ["x"]):
+            yield f"{place_of(path)} is {json.dumps(value)}", changed(demo, path, value)
+
+
+def is_read_as_nothing(place):
+    """Whether the launcher takes a value of a wrong type there for none, and needs none."""
+    optional = (r"hardware(\.cameras(\[\d+\]\.(config|calib|roi)Path)?)?|models(\.runner|\.configs)?|"
+                r"tasks\.subs(\[\d+\]\.writesGlobals(\[\d+\])?)?|processGroups(\[\d+\])?|"
+                r"project\.version")
+    return re.fullmatch(optional, place) is not None
+
+
+# --- both -------------------------------------------------------------------------------------------
+
+def tell(name, by_schema, by_tool):
+    print(f"{name}: the schema refuses {sorted(by_schema)}, the tool {sorted(by_tool)}")
+
+
+def check_manifests(options, pool):
+    schema = read_schema(options, "manifest")
+    documents = manifests(options.vectors)
+    faults = list(pool.map(lambda it: manifest_faults(options.tool, it[1]), documents))
+    wrong = refused = 0
+    for (name, document), by_tool in zip(documents, faults):
+        by_schema = refused_by_schema(schema, document)
+        refused += bool(by_tool)
+        if not agree(by_schema, by_tool):
+            tell(name, by_schema, by_tool)
+            wrong += 1
+    print(f"{len(documents)} manifests, {refused} of them refused")
+    return wrong + (refused == 0) + (refused == len(documents))
+
+
+def check_projects(options, pool):
+    schema = read_schema(options, "yslib")
+    documents = list(variants(json.loads(options.project.read_text(encoding="utf-8"))))
+    with tempfile.TemporaryDirectory() as folder:
+        faults = list(pool.map(
+            lambda it: project_faults(options.tool, pathlib.Path(folder), it[0], it[1][1]),
+            enumerate(documents)))
+    wrong = refused = 0
+    for (name, document), by_tool in zip(documents, faults):
+        by_schema = refused_by_schema(schema, document)
+        refused += bool(by_tool)
+        stricter = {it for it in by_schema if is_read_as_nothing(it)}
+        if not agree(by_schema - stricter, by_tool) or (name == "the demo" and by_schema):
+            tell(name, by_schema, by_tool)
+            wrong += 1
+    print(f"{len(documents)} projects, {refused} of them refused")
+    return wrong + (refused == 0) + (refused == len(documents))
+
+
+def read_schema(options, name):
+    schema = json.loads((options.schemas / f"{name}.schema.json").read_text(encoding="utf-8"))
+    jsonschema.Draft202012Validator.check_schema(schema)
+    return schema
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--schemas", type=pathlib.Path, required=True)
+    parser.add_argument("--tool", type=pathlib.Path, required=True)
+    parser.add_argument("--project", type=pathlib.Path, required=True)
+    parser.add_argument("--vectors", type=pathlib.Path, required=True)
+    options = parser.parse_args()
+    options.tool = options.tool.resolve()
+    with ThreadPoolExecutor(os.cpu_count()) as pool:
+        wrong = check_manifests(options, pool) + check_projects(options, pool)
+    sys.exit(1 if wrong else 0)
+
+
+if __name__ == "__main__":
+    main()
