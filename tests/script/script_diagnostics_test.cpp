@@ -104,23 +104,37 @@ void ScriptDiagnosticsTest::finding() {
 
 void ScriptDiagnosticsTest::passes_data() {
     QTest::addColumn<QString>("text");
-    QTest::newRow("an empty script") << "";
-    QTest::newRow("blank lines and comments") << "\n// a\n\n";
-    QTest::newRow("a statement") << "a = 1;";
-    QTest::newRow("an if whose last } is missing") << "if (a) {\n b = 1;\n";
-    QTest::newRow("a for whose last } is missing") << "for (i = 0; i < 3; i++) {\n b = 1;\n";
-    QTest::newRow("a while whose last } is missing") << "while (a) {\n b = 1;\n";
-    QTest::newRow("a switch whose last } is missing") << "switch (a) {\ncase 1: b = 1;\n";
-    QTest::newRow("a top-level if whose ) is missing") << "if (a\n b = 1;\n";
-    QTest::newRow("an open quote that swallows the file") << "a = \"b;\n } @ else\n";
-    QTest::newRow("a block that failed inside an if") << "if (a) { static";
+    QTest::addColumn<QString>("leftBehind");
+    QTest::newRow("an empty script") << ""
+                                     << "";
+    QTest::newRow("blank lines and comments") << "\n// a\n\n"
+                                              << "";
+    QTest::newRow("a statement") << "a = 1;"
+                                 << "";
+    QTest::newRow("an if whose last } is missing") << "if (a) {\n b = 1;\n"
+                                                   << "expected '}' (at 3:1)";
+    QTest::newRow("a for whose last } is missing") << "for (i = 0; i < 3; i++) {\n b = 1;\n"
+                                                   << "expected '}' (at 3:1)";
+    QTest::newRow("a while whose last } is missing") << "while (a) {\n b = 1;\n"
+                                                     << "expected '}' (at 3:1)";
+    QTest::newRow("a switch whose last } is missing") << "switch (a) {\ncase 1: b = 1;\n"
+                                                      << "expected '}' after switch (at 3:1)";
+    QTest::newRow("a top-level if whose ) is missing")
+        << "if (a\n b = 1;\n"
+        << "expected ')' after if condition (at 3:1)";
+    QTest::newRow("an open quote that swallows the file") << "a = \"b;\n } @ else\n"
+                                                          << "";
+    QTest::newRow("a block that failed inside an if") << "if (a) { static"
+                                                      << "expected type after static (at 1:16)";
 }
 
 void ScriptDiagnosticsTest::passes() {
     QFETCH(QString, text);
     ScriptCheckContext context = makeCheckContext(text);
     std::shared_ptr<Program> program;
-    QVERIFY(checkScript(context, &program));
+    QString leftBehind = "of before";
+    QVERIFY(checkScript(context, &program, &leftBehind));
+    QTEST(leftBehind, "leftBehind");
     QVERIFY(program != nullptr);
     QVERIFY(program->sourcePath.isEmpty());
     QVERIFY(context.result.passed);

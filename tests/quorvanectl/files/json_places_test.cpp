@@ -35,6 +35,7 @@ void JsonPlacesTest::places_data() {
     row("under a key that is written otherwise", "{'\\u0061': 1}", "a", "1:12");
     row("a text that looks like a key", "{'b': 'a', 'a': 1}", "a", "1:17");
     row("the whole", " {}", "", "1:2");
+    row("behind a byte-order mark", QStringLiteral("\uFEFF{'a': 1}"), "a", "1:8");
     row("missing in an object", "{'a': [{'b': 1}, {'c': 2}]}", "a[1].b", "1:18");
     row("missing in a list", "{'a': [1]}", "a[1].b", "1:7");
     row("missing at the top", "\n{'b': 1}", "a.b", "2:1");

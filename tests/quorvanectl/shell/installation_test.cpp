@@ -118,6 +118,7 @@ void InstallationTest::withoutOneCommandsSayWhereItShouldLie_data() {
     QTest::addColumn<QStringList>("arguments");
     QTest::newRow("library list") << QStringList{"library", "list"};
     QTest::newRow("project check") << QStringList{"project", "check", "none.yslib"};
+    QTest::newRow("project graph") << QStringList{"project", "graph", "none.yslib"};
     QTest::newRow("project recover") << QStringList{"project", "recover", "none.yslib"};
     QTest::newRow("script check") << QStringList{"script", "check", "none.ys"};
     QTest::newRow("update manifest") << QStringList{"update", "manifest", "--out", "none.json"};

@@ -81,6 +81,8 @@ void JsonOutputTest::everyCommandWithAFormatRefusesAnother_data() {
                                   << "text, json";
     QTest::newRow("project check") << "project check none.yslib"
                                    << "text, json, sarif";
+    QTest::newRow("project graph") << "project graph none.yslib"
+                                   << "text, dot, mermaid, svg";
     QTest::newRow("script check") << "script check none.ys"
                                   << "text, json";
     QTest::newRow("script tokens") << "script tokens none.ys"

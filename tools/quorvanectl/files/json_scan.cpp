@@ -45,7 +45,8 @@ private:
             levels.removeLast();
         else if (sign == QLatin1Char(','))
             takeComma(levels.last());
-        else if (!sign.isSpace() && sign != QLatin1Char(':'))
+        else if (sign.isLetterOrNumber() ||
+                 sign == QLatin1Char('-')) // a mark at the beginning is none
             takeWord();
     }
 
