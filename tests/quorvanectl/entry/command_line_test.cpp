@@ -101,6 +101,8 @@ Options:
   --library <FunctionLib.ini>  Reads the script language's words from this
                                file, not from the one of the installation.
   --format <name>              Form of the output: text, json (default: text).
+  --strict                     Counts what a script leaves open as an error, in
+                               the exit status.
   -h, --help                   Shows this help.
 
 Example:
