@@ -267,6 +267,16 @@ void StartVerdictTest::reasonsWithinReasons() {
     const QJsonObject reason = line["reasons"].toArray()[0].toObject();
     QCOMPARE(reason["text"].toString(), QString("empty response body (HTTP 200) from http://a"));
     QCOMPARE(reason["remedy"].toString(), QString("Look at the file on the server."));
+    const QJsonArray findings =
+        startsOf(logOf({"项目预检失败：\n[Error] scripts[0].path: 引用的文件不存在：a.ys\n"
+                        "[Error] 缺少 tasks 对象\n日志：l"}))[0]["lines"]
+            .toArray()[0]
+            .toObject()["reasons"]
+            .toArray();
+    QCOMPARE(findings.size(), 2);
+    QCOMPARE(findings[0].toObject()["cause"].toString(),
+             QString("A file that the project names is missing."));
+    QCOMPARE(findings[1].toObject()["cause"].toString(), QString("The key `tasks` is missing."));
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, StartVerdictTest)

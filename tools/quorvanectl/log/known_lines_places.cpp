@@ -100,10 +100,11 @@ constexpr KnownLine archiveRows[] = {
     {LineKind::Tells, "unable to replace file: %1", "", "A file is in use.",
      "Close what has it open.", "文件正在使用。", "关闭占用它的程序。"},
     {LineKind::Tells, "unable to remove directory: %1", "",
-     "A file in it is in use, a right is missing, or the folder may not be replaced (the root of a "
-     "volume, a folder that holds the launcher).",
+     "A file in it is in use, a program in it runs, a right is missing, or the folder may not be "
+     "replaced (the root of a volume; a folder that holds the launcher, by whatever name it goes).",
      "Close what has it open; move the project to a folder of its own.",
-     "其中有文件正在使用，缺少权限，或者该文件夹不可替换（卷的根目录，或包含启动器的文件夹）。",
+     "其中有文件正在使用、有程序正在运行、缺少权限，或者该文件夹不可替换（卷的根目录；或包含启动器"
+     "的文件夹，无论用哪个名称指向它）。",
      "关闭占用它的程序；把项目移到单独的文件夹。"},
     {LineKind::Tells, "source directory not found: %1", "",
      "`logs` in the project is a file, or a folder vanished.", "Rename that file.",
