@@ -162,8 +162,8 @@ void ProjectGraphTest::whatCannotBeDrawn_data() {
             "--format svg",
             "Graphviz draws the SVG, and its program dot is not installed; --format mermaid and "
             "--format dot need nothing");
-    refusal("a Graphviz that fails", dotThat("echo no fonts >&2; echo more >&2; exit 3"),
-            withDot, "@here/bin/dot has drawn nothing: no fonts");
+    refusal("a Graphviz that fails", dotThat("echo no fonts >&2; echo more >&2; exit 3"), withDot,
+            "@here/bin/dot has drawn nothing: no fonts");
     refusal("a Graphviz that says nothing", dotThat("exit 0"), withDot,
             "@here/bin/dot has drawn nothing: it gives no reason");
     refusal("a form that is not there", "", "@ line/line.yslib --format json",
