@@ -41,6 +41,7 @@ void JsonInputTest::texts_data() {
         "line 2, column 3: missing value separator");
     row("a letter where a list ends", "[1 x", "line 1, column 4: unterminated array");
     row("a list that is cut off", "[1\n", "line 2, column 1: unterminated array");
+    row("a list that has only begun", "[\n", "line 2, column 1: unterminated array");
     row("a colon that is missing", "{\"a\" \"b\"}", "line 1, column 6: missing name separator");
     row("a name alone", "{\"a\" ", "line 1, column 6: missing name separator");
     row("a value that is missing", "{\"a\": }",

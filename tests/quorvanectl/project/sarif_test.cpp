@@ -231,7 +231,7 @@ void SarifTest::aFileThatIsNoProjectIsOneResult_data() {
     QTest::addColumn<QString>("result");
     QTest::addColumn<QString>("message");
     QTest::newRow("a comma too many")
-        << QByteArray("{\"a\": 1,\n }") << "project error a.yslib 2:3 yslib"
+        << QByteArray("{\"a\": 1,\n }") << "project error a.yslib 2:2 yslib"
         << "JSON 无效：object is missing after a comma";
     QTest::newRow("a list") << QByteArray("\n[]") << "project error a.yslib 2:1 yslib"
                             << "JSON 无效：no error occurred";

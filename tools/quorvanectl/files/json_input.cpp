@@ -34,9 +34,11 @@ bool isToldFromBehind(QJsonParseError::ParseError error) {
     }
 }
 
-// Where the text ends too early there is no such character: one more would be it.
+// Where the text ends too early there is no such character: one more would be it. A letter is one where a
+// comma belongs, a digit where a value does.
 bool isCutOff(const QByteArray &json, const QJsonParseError &fault) {
-    return fault.offset == json.size() && faultIn(json + 'x').offset > fault.offset;
+    return fault.offset == json.size() &&
+           (faultIn(json + 'x').offset > fault.offset || faultIn(json + '1').offset > fault.offset);
 }
 
 bool isBlank(char character) {
