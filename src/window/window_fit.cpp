@@ -7,7 +7,6 @@
 #include <QLayout>
 #include <QResizeEvent>
 #include <QScreen>
-#include <QTimer>
 #include <QWidget>
 #include <QWindow>
 
@@ -31,6 +30,11 @@ QSize frameOf(const QWidget *window) {
     return {margins.left() + margins.right(), margins.top() + margins.bottom()};
 }
 
+// Sizes are rounded at fractions of a pixel.
+bool isAbout(const QSize &size, const QSize &other) {
+    return qAbs(size.width() - other.width()) <= 1 && qAbs(size.height() - other.height()) <= 1;
+}
+
 } // namespace
 
 int wholePixels(int length) {
@@ -46,6 +50,10 @@ WindowFit::WindowFit(QWidget *shown, Parts ofWindow)
     , window(shown)
     , parts(std::move(ofWindow))
     , shownBefore(parts.comeAndGo.size(), false) {
+    constexpr int interval = 200; // milliseconds
+    settling.setInterval(interval);
+    settling.setSingleShot(true);
+    connect(&settling, &QTimer::timeout, this, [this] { settle(); });
     // A layout would hold the window to its minimum, which may be larger than the screen.
     window->layout()->setSizeConstraint(QLayout::SetNoConstraint);
     window->setMaximumSize(largestSize);
@@ -148,10 +156,20 @@ void WindowFit::resizeTo(const QSize &size) {
     asked.append(size);
     window->resize(size);
     keepOnScreen();
-    // A window manager that is still about to place the window may push it out again.
-    constexpr int placedBy = 200; // milliseconds
+    constexpr int looks = 5;
+    looksLeft = looks;
     if (window->isVisible())
-        QTimer::singleShot(placedBy, this, [this] { keepOnScreen(); });
+        settling.start();
+}
+
+// A window manager that is still about to place the window may push it out of the screen again, or let an
+// earlier size come last.
+void WindowFit::settle() {
+    keepOnScreen();
+    if (!asked.isEmpty() && !isAbout(window->size(), asked.last()))
+        window->resize(asked.last());
+    if (--looksLeft > 0)
+        settling.start();
 }
 
 // What grows downwards may grow out of the screen.
@@ -172,10 +190,8 @@ void WindowFit::keepOnScreen() const {
 
 // A window system reports sizes late, and at fractions of a pixel it rounds: both are no user.
 void WindowFit::noteSize(const QSize &size) {
-    const auto isThis = [&size](const QSize &known) {
-        return qAbs(known.width() - size.width()) <= 1 && qAbs(known.height() - size.height()) <= 1;
-    };
-    if (isThis(usersSize) || std::any_of(asked.cbegin(), asked.cend(), isThis))
+    const auto isKnown = [&size](const QSize &known) { return isAbout(known, size); };
+    if (isKnown(usersSize) || std::any_of(asked.cbegin(), asked.cend(), isKnown))
         return;
     usersSize = size;
     asked.clear();

@@ -10,6 +10,7 @@
 #include <QList>
 #include <QObject>
 #include <QSize>
+#include <QTimer>
 #include <QVector>
 
 class QWidget;
@@ -52,6 +53,7 @@ private:
     [[nodiscard]] bool somethingWent();
     void resizeTo(const QSize &size);
     void keepOnScreen() const;
+    void settle();
 
     QWidget *window;
     Parts parts;
@@ -60,4 +62,6 @@ private:
     QVector<QSize> asked; // sizes that were asked for since, which a window system reports late
     bool requested = false;
     bool following = false; // the screen
+    QTimer settling;
+    int looksLeft = 0; // at how the window system has settled the last size
 };

@@ -5,6 +5,8 @@
 
 #include "window/text_label.h"
 
+#include <QWindow>
+
 using State = LauncherService::State;
 using PromptMode = LauncherService::UpdatePromptMode;
 
@@ -22,6 +24,7 @@ private Q_SLOTS:
     void theWindowGoesBackWhenAPanelGoes_data();
     void theWindowGoesBackWhenAPanelGoes();
     void changesWithinOneTurnAreFittedOnce();
+    void anEarlierSizeThatComesLateDoesNotStay();
     void aLabelAtItsLimitHoldsTheRestInItsToolTip();
 
 private:
@@ -236,6 +239,20 @@ void SizeTest::changesWithinOneTurnAreFittedOnce() {
     QCoreApplication::processEvents();
     QCOMPARE(sizes.all, QList<QSize>{scene.window.size()});
     QVERIFY(scene.window.height() > 360);
+}
+
+// As of a window manager that answers two requests in the wrong order.
+void SizeTest::anEarlierSizeThatComesLateDoesNotStay() {
+    WindowScene scene;
+    scene.window.show();
+    const QSize start = scene.window.size();
+    scene.service.statusText = findings();
+    scene.put(State::RepairMode);
+    QTRY_VERIFY(scene.window.height() > start.height());
+    const QSize grown = scene.window.size();
+    scene.window.windowHandle()->resize(start);
+    QTRY_COMPARE(scene.window.size(), start);
+    QTRY_COMPARE(scene.window.size(), grown);
 }
 
 void SizeTest::aLabelAtItsLimitHoldsTheRestInItsToolTip() {
