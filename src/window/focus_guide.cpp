@@ -30,6 +30,9 @@ void FocusGuide::afterChange(QAbstractButton *button, int occasion) {
     wanted = button;
     lastOccasion = occasion;
     move();
+    // From a button that has gone Qt hands the focus on, and a second press of Space would press the next.
+    if (button == nullptr && before && !isUsable(before) && window->focusWidget() != nullptr)
+        window->focusWidget()->clearFocus();
     if (!stays)
         settled = window->focusWidget();
 }

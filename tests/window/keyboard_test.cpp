@@ -38,6 +38,7 @@ private Q_SLOTS:
     void whoMovedOnIsNotCalledBack();
     void anOpenBoxKeepsTheFocusAndGivesItBack();
     void spacePressesTheButtonUnlessItComesTooEarly();
+    void aSecondSpacePressesNothingOnceTheButtonHasGone();
     void everyButtonHasALetterOfItsOwn_data();
     void everyButtonHasALetterOfItsOwn();
     void theDialogsLettersAreTheirOwnToo();
@@ -360,6 +361,23 @@ void KeyboardTest::spacePressesTheButtonUnlessItComesTooEarly() {
     QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, " ", true);
     QApplication::sendEvent(scene.parts.launchButton, &held);
     QVERIFY(!scene.parts.launchButton->isDown());
+}
+
+void KeyboardTest::aSecondSpacePressesNothingOnceTheButtonHasGone() {
+    WindowScene scene;
+    scene.put(State::RepairMode);
+    showActive(scene);
+    QTRY_COMPARE(QApplication::focusWidget(), scene.parts.launchButton);
+    QSignalSpy pressed(scene.parts.languageButton, &QPushButton::clicked);
+    scene.put(State::Monitor);
+    QVERIFY(!scene.parts.launchButton->isVisible());
+    QTest::keyClick(QApplication::focusWidget() != nullptr ? QApplication::focusWidget()
+                                                           : &scene.window,
+                    Qt::Key_Space);
+    QCOMPARE(pressed.size(), 0);
+    // Who wants to change the language still comes there.
+    QTest::keyClick(&scene.window, Qt::Key_Tab);
+    QVERIFY(QApplication::focusWidget() != nullptr);
 }
 
 // --- Mnemonics ---------------------------------------------------------------------------------
