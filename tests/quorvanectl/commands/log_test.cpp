@@ -135,7 +135,7 @@ void LogCommandTest::whichStarts() {
     const Answer answer = runTool(QStringList{"log", path(), "--format", "json"} + options);
     const QJsonObject json = QJsonDocument::fromJson(answer.out.toUtf8()).object();
     QStringList days;
-    for (const QJsonValue &start : json["starts"].toArray())
+    for (const auto &start : json["starts"].toArray())
         days.append(start.toObject()["begin"].toString().mid(8, 2));
     QTEST(days.join(' '), "days");
     QCOMPARE(json["startsInLog"].toInt(), 3);

@@ -237,7 +237,7 @@ void StartVerdictTest::linesOfAnyForm() {
     QFETCH(QByteArray, log);
     QStringList texts;
     for (const QJsonObject &start : startsOf(log)) {
-        for (const QJsonValue &line : start["lines"].toArray())
+        for (const auto &line : start["lines"].toArray())
             texts.append(line.toObject()["text"].toString());
     }
     QTEST(texts, "texts");
