@@ -9,7 +9,7 @@ namespace {
 
 constexpr LogTime longSilence = 15 * LogTime(60); // seconds, within a start
 constexpr LogTime longSilenceBefore =
-    7 * 24 * LogTime(3600);   // seconds, between two: no weekend is longer
+    LogTime(7) * 24 * 3600;   // seconds, between two: no weekend is longer
 constexpr LogTime jitter = 2; // seconds by which lines of two programs may be out of order
 
 bool exitedWell(const LogEntry &entry) {
