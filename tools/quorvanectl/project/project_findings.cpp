@@ -47,7 +47,7 @@ bool readProject(const QString &path, QString *text, ProjectFindings *findings, 
 QString pathFromHere(const QString &projectPath, const QString &path) {
     const QFileInfo project(projectPath);
     const QString inside = project.absolutePath() + QLatin1Char('/');
-    QString file = locatedPath(QDir(project.absolutePath()), path);
+    QString file = QDir::fromNativeSeparators(locatedPath(QDir(project.absolutePath()), path));
     if (!file.startsWith(inside))
         return file;
     file.remove(0, inside.size());
