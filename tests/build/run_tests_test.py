@@ -77,7 +77,7 @@ class Rerun(unittest.TestCase):
         files.hashes = dict.fromkeys([
             "src/window/a.cpp", "tests/window/a_test.cpp", "tests/window/rows.txt", "tests/frame/rows.txt",
             "tests/support/reader.py", "resources/a.qrc", "examples/p.yslib", "docs/support.md",
-            "CMakeLists.txt"], "")
+            "scripts/test", "CMakeLists.txt"], "")
         at_run_time = ["examples/p.yslib", "resources/a.qrc", "tests/support/reader.py"]
         for folder, expected in (("window", [*at_run_time, "tests/window/rows.txt"]),
                                  ("frame", [*at_run_time, "tests/frame/rows.txt"]),
