@@ -52,7 +52,7 @@
     </message>
     <message>
         <source>修复模式：选择 yslib、查看日志或手动启动。</source>
-        <translation>Repair mode: nothing starts by itself. Choose a project, read the log, or press &quot;Start now&quot;.</translation>
+        <translation>Repair mode: nothing starts by itself. Choose a project, read the log, or start.</translation>
     </message>
     <message>
         <source>已选项目：%1</source>
@@ -84,11 +84,11 @@ Log: %3
     </message>
     <message>
         <source>检测到离线更新包。请选择是否更新，或继续启动。</source>
-        <translation>There is an update on the USB stick. The start waits for you: update, or start without it.</translation>
+        <translation>The USB stick holds an update. The start waits: update, or start without it.</translation>
     </message>
     <message>
         <source>发现在线更新。请选择是否更新，或继续启动。</source>
-        <translation>There is an update on the network. The start waits for you: update, or start without it.</translation>
+        <translation>There is an update on the network. The start waits: update, or start without it.</translation>
     </message>
     <message>
         <source>已设为下次启动再提醒。本次可继续启动。</source>

@@ -190,7 +190,7 @@ void TextTest::aStatusOfTheFlowFollowsTheLanguage() {
     useLanguage(Language::English);
     QCOMPARE(scene.parts.statusLabel->text(),
              QString("Repair mode: nothing starts by itself. Choose a project, read the log, or "
-                     "press \"Start now\"."));
+                     "start."));
 }
 
 void TextTest::theTaskPanelTurnsBusyUntilTheNextReport() {
