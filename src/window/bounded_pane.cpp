@@ -40,6 +40,7 @@ private:
         const qreal width = qMax(qreal(1), pane->viewport()->width() - 2 * margin);
         QTextLayout *layout = block.layout();
         layout->setTextOption(option);
+        layout->setCacheEnabled(true); // each painting would look through the whole paragraph anew
         layout->beginLayout();
         int end = 0;
         for (qreal top = 0; end < mostShown;) {

@@ -1,6 +1,5 @@
 #include "window/report_box.h"
 
-#include "window/bounded_pane.h"
 #include "window/box_buttons.h"
 #include "window/shown_part.h"
 
@@ -31,8 +30,7 @@ void letTextScroll(QMessageBox &box) {
     if (grid == nullptr || label == nullptr)
         return; // a platform with a box of its own shows long texts in its own way
     auto *pane = new QPlainTextEdit(&box);
-    boundLayout(pane);
-    pane->setPlainText(box.text());
+    pane->setPlainText(inShownParts(box.text()));
     pane->setReadOnly(true);
     pane->setTabChangesFocus(true);
     pane->setAccessibleName(box.windowTitle());

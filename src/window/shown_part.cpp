@@ -20,3 +20,19 @@ QString shownPart(const QString &text, Qt::TextElideMode mode) {
         return beginning(text, mostShown / 2) + ellipsis + ending(text, mostShown / 2);
     return beginning(text, mostShown) + ellipsis;
 }
+
+QString inShownParts(const QString &text) {
+    const QLatin1Char lineBreak('\n');
+    QString result;
+    int paragraph = 0; // characters of it so far
+    for (int i = 0; i < text.size(); ++i) {
+        const bool whole = paragraph < (text.at(i).isHighSurrogate() ? mostShown - 1 : mostShown);
+        if (text.at(i) != lineBreak && !whole) {
+            result += lineBreak;
+            paragraph = 0;
+        }
+        result += text.at(i);
+        paragraph = text.at(i) == lineBreak ? 0 : paragraph + 1;
+    }
+    return result;
+}

@@ -12,3 +12,7 @@ inline constexpr QChar ellipsis(0x2026);
 // The text itself, or its part with an ellipsis for what is missing: at the end, or in the middle with
 // Qt::ElideMiddle. At most mostShown characters and the ellipsis; no character is split in two.
 [[nodiscard]] QString shownPart(const QString &text, Qt::TextElideMode mode = Qt::ElideRight);
+
+// The whole text, with a line break wherever a paragraph would pass mostShown characters: for a pane in
+// which it can be read to its end by scrolling. No character is split in two.
+[[nodiscard]] QString inShownParts(const QString &text);

@@ -3,6 +3,7 @@
 #include "launcher/signal_log.h"
 #include "support/platform.h"
 #include "support/staged_main.h"
+#include "window/shown_part.h"
 #include "window_scene.h"
 
 #include "frame/app_paths.h"
@@ -27,6 +28,7 @@ private Q_SLOTS:
     void boxes_data();
     void boxes();
     void aLongReportScrollsAndStaysOnTheScreen();
+    void aLineBeyondAllMeasureIsReadInParts();
     void exitCodeZeroShowsNoBox();
     void theDumpFolderStandsTwice();
     void theFlowGoesOnBehindABox();
@@ -209,6 +211,22 @@ void ReactionTest::aLongReportScrollsAndStaysOnTheScreen() {
                                    QVERIFY(box->width() <= 1280);
                                    QTest::keyClick(box, Qt::Key_Escape);
                                });
+    QVERIFY(visited);
+}
+
+// The layout of one would take seconds, during which nothing answers.
+void ReactionTest::aLineBeyondAllMeasureIsReadInParts() {
+    WindowScene scene;
+    const QString line = QString("word ").repeated(mostShown) + "end";
+    const bool visited =
+        duringModal([&] { Q_EMIT scene.service.precheckFailed(line); },
+                    [&](QWidget *widget) {
+                        QCOMPARE(qobject_cast<QMessageBox *>(widget)->text(), line);
+                        const auto *pane = widget->findChild<QPlainTextEdit *>();
+                        QVERIFY(pane);
+                        QCOMPARE(pane->toPlainText(), inShownParts(line));
+                        QTest::keyClick(widget, Qt::Key_Escape);
+                    });
     QVERIFY(visited);
 }
 

@@ -14,6 +14,8 @@ private Q_SLOTS:
     void theMiddleGivesWayWhereBothEndsCount();
     void noCharacterIsSplit_data();
     void noCharacterIsSplit();
+    void aPaneTakesAParagraphInParts_data();
+    void aPaneTakesAParagraphInParts();
 };
 
 namespace {
@@ -60,6 +62,30 @@ void ShownPartTest::noCharacterIsSplit() {
     const QString middle = shownPart('x' + face.repeated(mostShown), Qt::ElideMiddle);
     QVERIFY(!middle.contains(QChar::ReplacementCharacter));
     QCOMPARE(QString::fromUtf8(middle.toUtf8()), middle); // half a character would not come back
+}
+
+void ShownPartTest::aPaneTakesAParagraphInParts_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("parts");
+    const QString full(mostShown, 'x');
+    const QString almost(mostShown - 1, 'x');
+    QTest::newRow("no text") << ""
+                             << "";
+    QTest::newRow("short lines") << "one\ntwo\n"
+                                 << "one\ntwo\n";
+    QTest::newRow("as long as can be") << full << full;
+    QTest::newRow("and its line ends there") << full + "\ny" << full + "\ny";
+    QTest::newRow("one character more") << full + "y" << full + "\ny";
+    QTest::newRow("three parts") << full + full + "y" << full + '\n' + full + "\ny";
+    QTest::newRow("counted anew in each line") << almost + '\n' + almost << almost + '\n' + almost;
+    QTest::newRow("no half character") << almost + face << QString(almost + '\n' + face);
+    QTest::newRow("a character that just fits")
+        << full.mid(2) + face + 'y' << QString(full.mid(2) + face + "\ny");
+}
+
+void ShownPartTest::aPaneTakesAParagraphInParts() {
+    QFETCH(QString, text);
+    QTEST(inShownParts(text), "parts");
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, ShownPartTest)
