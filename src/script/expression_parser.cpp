@@ -2,6 +2,7 @@
 
 #include "script/lexer.h"
 
+#include <iterator>
 #include <utility>
 
 namespace ast {
@@ -36,23 +37,8 @@ int binaryLevel(qint32 kind) {
     }
 }
 
-ExprPointer newNode(ExprKind kind) {
-    auto node = std::make_shared<ExprNode>();
-    node->kind = kind;
-    return node;
-}
-
-// Position is a token or another node.
-template<typename Position>
-ExprPointer newNodeAt(ExprKind kind, const Position &position) {
-    ExprPointer node = newNode(kind);
-    node->line = position.line;
-    node->column = position.column;
-    return node;
-}
-
-ExprPointer rawNode(const QString &text) {
-    ExprPointer node = newNode(ExprKind::Raw);
+ExprPointer rawNode(const QString &text, NodePool &nodes) {
+    ExprPointer node = nodes.make<ExprNode>(); // Raw is what a new node is
     node->rawText = text;
     return node;
 }
@@ -72,23 +58,37 @@ QString memberBaseOf(const ExprNode &tree) {
            (isRaw ? tree.indexValue->rawText : QString()) + QLatin1Char(']');
 }
 
+// A tree of which only a text is kept makes room for the node that holds the text, at its own position.
+void becomeAnother(ExprNode &tree, ExprKind kind) {
+    if (tree.kind == ExprKind::Identifier) {
+        tree.identifierName.clear();
+    } else {
+        ExprNode node;
+        node.line = tree.line;
+        node.column = tree.column;
+        tree = std::move(node);
+    }
+    tree.kind = kind;
+}
+
 } // namespace
 
 ExprPointer parseExpressionText(const QString &text, QString *error) {
     const QString trimmed = text.trimmed();
     if (trimmed.isEmpty())
         return nullptr;
+    NodePool nodes;
     QString lexError;
     std::vector<Token> tokens = Lexer(text).tokenize(&lexError);
     if (!lexError.isEmpty()) {
         if (error != nullptr)
             *error = lexError;
-        return rawNode(trimmed);
+        return rawNode(trimmed, nodes);
     }
     // Without Eof. No clause was made of these tokens: they stand where the text has them.
     Token *first = tokens.data();
-    ExprPointer root = ExprParser({first, first + tokens.size() - 1}).parseOr();
-    return root ? root : rawNode(trimmed);
+    ExprPointer root = ExprParser({first, first + tokens.size() - 1}, nodes).parseOr();
+    return root ? root : rawNode(trimmed, nodes);
 }
 
 Expression makeExpression(const QString &text, qint32 line, qint32 column) {
@@ -98,19 +98,20 @@ Expression makeExpression(const QString &text, qint32 line, qint32 column) {
     return {trimmed, line, column, parseExpressionText(trimmed, &ignored)};
 }
 
-Expression makeExpression(const Clause &clause, qint32 line, qint32 column) {
+Expression makeExpression(const Clause &clause, qint32 line, qint32 column, NodePool &nodes) {
     QString text = joinedText(clause);
     if (text.isEmpty())
         return {text, line, column, nullptr};
-    ExprPointer root = ExprParser(clause).parseOr();
+    ExprPointer root = ExprParser(clause, nodes).parseOr();
     if (!root)
-        root = rawNode(text);
+        root = rawNode(text, nodes);
     return {std::move(text), line, column, std::move(root)};
 }
 
-ExprParser::ExprParser(const Clause &clause)
+ExprParser::ExprParser(const Clause &clause, NodePool &nodes)
     : next(clause.first)
-    , end(clause.last) {}
+    , end(clause.last)
+    , pool(nodes) {}
 
 const Token &ExprParser::current() const {
     static const Token behind;
@@ -133,21 +134,29 @@ const Token &ExprParser::advance() {
     return *next++;
 }
 
+ExprPointer ExprParser::newNode(ExprKind kind) {
+    ExprPointer node = pool.make<ExprNode>();
+    node->kind = kind;
+    return node;
+}
+
+// Position is a token or another node.
+template<typename Position>
+ExprPointer ExprParser::newNodeAt(ExprKind kind, const Position &position) {
+    ExprPointer node = newNode(kind);
+    node->line = position.line;
+    node->column = position.column;
+    return node;
+}
+
 void ExprParser::push(Frame::Kind kind, ExprPointer node, int level) {
-    frames.append(Frame{kind, level, std::move(node)});
+    frames.append(Frame{kind, level, std::move(node), arguments.size()});
 }
 
 ExprPointer ExprParser::pop() {
     ExprPointer node = std::move(frames.last().node);
     frames.removeLast();
     return node;
-}
-
-// A node that follows a tree takes the tree's position.
-void ExprParser::replaceValue(ExprPointer node) {
-    node->line = value->line;
-    node->column = value->column;
-    value = std::move(node);
 }
 
 // The recursive rule, with what it would leave on the stack kept in frames.
@@ -258,17 +267,17 @@ ExprParser::Step ExprParser::readPostfix() {
 ExprParser::Step ExprParser::readMember() {
     if (!check(Identifier))
         return Step::Operator;
-    ExprPointer node = newNode(ExprKind::Member);
-    node->memberName = advance().text;
-    node->memberBase = memberBaseOf(*value);
-    replaceValue(std::move(node));
+    const QString base = memberBaseOf(*value);
+    becomeAnother(*value, ExprKind::Member);
+    value->memberName = advance().text;
+    value->memberBase = base;
     return Step::Postfix;
 }
 
 ExprParser::Step ExprParser::beginCall() {
-    ExprPointer node = newNode(ExprKind::Call);
-    node->callee = nameOf(*value);
-    replaceValue(std::move(node));
+    const QString callee = nameOf(*value);
+    becomeAnother(*value, ExprKind::Call);
+    value->callee = callee;
     if (match(RParen))
         return Step::Postfix;
     push(Frame::Kind::Call, std::move(value));
@@ -335,12 +344,16 @@ ExprParser::Step ExprParser::closeBracket() {
 }
 
 ExprParser::Step ExprParser::closeArgument() {
-    frames.last().node->args.push_back(std::move(value));
+    arguments.append(std::move(value));
     if (match(Comma))
         return Step::Operand;
     // A missing parenthesis is passed over.
     (void)match(RParen);
+    const int first = frames.last().firstArgument;
     value = pop();
+    value->args.assign(std::make_move_iterator(arguments.begin() + first),
+                       std::make_move_iterator(arguments.end()));
+    arguments.resize(first);
     return Step::Postfix;
 }
 

@@ -19,6 +19,7 @@
 #pragma once
 
 #include "script/clause.h"
+#include "script/node_pool.h"
 #include "script/syntax_tree.h"
 #include "script/token.h"
 
@@ -39,13 +40,14 @@ namespace ast {
 [[nodiscard]] Expression makeExpression(const QString &text, qint32 line, qint32 column);
 
 // The same for a stretch of tokens, with the same result as for its joined text.
-[[nodiscard]] Expression makeExpression(const Clause &clause, qint32 line, qint32 column);
+[[nodiscard]] Expression makeExpression(const Clause &clause, qint32 line, qint32 column,
+                                        NodePool &nodes);
 
 // Reads one expression from the tokens of a clause, which outlive the parser. The nodes get the
-// positions of the tokens. Used once.
+// positions of the tokens, and their memory from the pool. Used once.
 class ExprParser {
 public:
-    explicit ExprParser(const Clause &clause);
+    ExprParser(const Clause &clause, NodePool &nodes);
 
     ExprParser(const ExprParser &) = delete;
     ExprParser &operator=(const ExprParser &) = delete;
@@ -68,6 +70,8 @@ private:
         int level;
         // The node that waits for its operand; null for Paren.
         std::shared_ptr<ExprNode> node;
+        // Of a Call: where its arguments begin among those that are collected.
+        int firstArgument;
     };
     // What comes next: an operand with its prefixes, what may follow a primary, what may follow an
     // operand.
@@ -75,9 +79,11 @@ private:
 
     const Token &current() const;
     const Token &advance();
+    std::shared_ptr<ExprNode> newNode(ExprKind kind);
+    template<typename Position>
+    std::shared_ptr<ExprNode> newNodeAt(ExprKind kind, const Position &position);
     void push(Frame::Kind kind, std::shared_ptr<ExprNode> node, int level = 0);
     std::shared_ptr<ExprNode> pop();
-    void replaceValue(std::shared_ptr<ExprNode> node);
 
     Step readOperand();
     Step readPrimary();
@@ -95,6 +101,9 @@ private:
     // The operand read last.
     std::shared_ptr<ExprNode> value;
     QVarLengthArray<Frame, 16> frames;
+    // Of all calls that stand open, the innermost call's last.
+    QVarLengthArray<std::shared_ptr<ExprNode>, 16> arguments;
+    NodePool &pool;
 };
 
 } // namespace ast

@@ -34,13 +34,13 @@ std::shared_ptr<Stmt> Parser::parseForInit(QString *error) {
         return nullptr;
     std::shared_ptr<Stmt> init;
     if (looksLikeDeclaration(clause)) {
-        Parser parser(tokensOf(clause));
+        Parser parser(tokensOf(clause), pool);
         init = parser.parseInitDeclaration(error);
         if (init == nullptr && error != nullptr && error->contains(QLatin1String("(at 1:")))
             report(QStringLiteral("for init: expected variable name"), at, error);
     } else {
         // An empty clause meets "empty statement" here, at 1:1.
-        Parser parser(tokensOf(clause, QStringLiteral(";")));
+        Parser parser(tokensOf(clause, QStringLiteral(";")), pool);
         init = parser.parseSimpleStatement(error);
     }
     if (init == nullptr && error != nullptr && error->isEmpty())

@@ -5,6 +5,7 @@
 #include "script/parser.h"
 #include "script/stop_tests.h"
 
+#include <iterator>
 #include <utility>
 
 namespace ast {
@@ -107,7 +108,7 @@ Parser::Step Parser::beginStatement(QString *error) {
 }
 
 Parser::Step Parser::beginBlock(QString *error) {
-    auto block = std::make_shared<Block>();
+    auto block = pool->make<Block>();
     block->line = peek().line;
     block->column = peek().column;
     if (!expect(LBrace, QStringLiteral("expected '{'"), error)) {
@@ -115,24 +116,29 @@ Parser::Step Parser::beginBlock(QString *error) {
         return Step::Finished;
     }
     skipNewlines();
-    frames.push_back({Frame::Kind::Block, nullptr, std::move(block)});
+    frames.push_back({Frame::Kind::Block, nullptr, std::move(block), collected.size()});
     return check(RBrace) || atEnd() ? closeBlock(error) : Step::Statement;
 }
 
 // A statement that fails fails its block.
 Parser::Step Parser::resumeBlock(QString *error) {
     if (!readStatement) {
+        collected.resize(frames.back().firstStatement);
         frames.pop_back();
         readBlock.reset();
         return Step::Finished;
     }
-    frames.back().block->statements.push_back(std::move(readStatement));
+    collected.push_back(std::move(readStatement));
     skipNewlines();
     return check(RBrace) || atEnd() ? closeBlock(error) : Step::Statement;
 }
 
 Parser::Step Parser::closeBlock(QString *error) {
+    const auto first = collected.begin() + std::ptrdiff_t(frames.back().firstStatement);
     readBlock = std::move(frames.back().block);
+    readBlock->statements.assign(std::make_move_iterator(first),
+                                 std::make_move_iterator(collected.end()));
+    collected.erase(first, collected.end());
     frames.pop_back();
     if (!expect(RBrace, QStringLiteral("expected '}'"), error))
         readBlock.reset();
@@ -176,7 +182,7 @@ Parser::Step Parser::enterBody(Frame::Kind kind, std::shared_ptr<Stmt> statement
 
 // A body without braces, at no position; a statement that fails leaves a null entry.
 std::shared_ptr<Block> Parser::bareBody(QString *error) {
-    auto body = std::make_shared<Block>();
+    auto body = pool->make<Block>();
     body->statements.push_back(parseSimpleStatement(error));
     return body;
 }
@@ -191,7 +197,7 @@ bool Parser::parseCondition(const QString &openMessage, const QString &closeMess
 }
 
 Parser::Step Parser::beginIf(QString *error) {
-    auto statement = std::make_shared<IfStmt>();
+    auto statement = pool->make<IfStmt>();
     statement->line = peek().line;
     statement->column = peek().column;
     advance();
@@ -244,7 +250,7 @@ Parser::Step Parser::beginElse(const std::shared_ptr<IfStmt> &statement, QString
 }
 
 Parser::Step Parser::beginWhile(QString *error) {
-    auto statement = std::make_shared<WhileStmt>();
+    auto statement = pool->make<WhileStmt>();
     statement->line = peek().line;
     statement->column = peek().column;
     advance();
@@ -260,7 +266,7 @@ Parser::Step Parser::beginWhile(QString *error) {
 }
 
 Parser::Step Parser::beginFor(QString *error) {
-    auto statement = std::make_shared<ForStmt>();
+    auto statement = pool->make<ForStmt>();
     statement->line = peek().line;
     statement->column = peek().column;
     advance();
@@ -283,7 +289,7 @@ Parser::Step Parser::beginFor(QString *error) {
 }
 
 Parser::Step Parser::beginSwitch(QString *error) {
-    auto statement = std::make_shared<SwitchStmt>();
+    auto statement = pool->make<SwitchStmt>();
     statement->line = peek().line;
     statement->column = peek().column;
     advance();
@@ -335,7 +341,7 @@ bool Parser::readArmLabel(SwitchStmt &statement, QString *error) {
         report(QStringLiteral("expected case or default in switch"), label, error);
         return false;
     }
-    arm.body = std::make_shared<Block>();
+    arm.body = pool->make<Block>();
     arm.body->line = arm.line;
     arm.body->column = arm.column;
     statement.cases.push_back(std::move(arm));

@@ -82,7 +82,11 @@ QString parameterType(qint32 kind) {
 } // namespace
 
 Parser::Parser(std::vector<Token> script)
-    : tokens(std::move(script)) {
+    : Parser(std::move(script), nullptr) {}
+
+Parser::Parser(std::vector<Token> script, NodePool *nodes)
+    : tokens(std::move(script))
+    , pool(nodes != nullptr ? nodes : &ownPool) {
     if (tokens.empty() || tokens.back().kind != Eof)
         tokens.emplace_back();
 }
@@ -159,7 +163,7 @@ QString Parser::collectText(StopTest stop) {
 }
 
 std::shared_ptr<Program> Parser::parseProgram(QString *error) {
-    auto program = std::make_shared<Program>();
+    auto program = pool->make<Program>();
     for (;;) {
         skipNewlines();
         if (atEnd())
@@ -180,7 +184,7 @@ std::shared_ptr<Program> Parser::parseProgram(QString *error) {
 }
 
 std::shared_ptr<FunctionDeclStmt> Parser::parseFunctionDecl(QString *error) {
-    auto function = std::make_shared<FunctionDeclStmt>();
+    auto function = pool->make<FunctionDeclStmt>();
     function->line = peek().line;
     function->column = peek().column;
     advance();
@@ -200,7 +204,7 @@ std::shared_ptr<FunctionDeclStmt> Parser::parseFunctionDecl(QString *error) {
         function->body = parseBlock(error);
         return function->body ? function : nullptr;
     }
-    auto body = std::make_shared<Block>();
+    auto body = pool->make<Block>();
     body->line = peek().line;
     body->column = peek().column;
     auto statement = parseSimpleStatement(error);
@@ -231,7 +235,7 @@ std::shared_ptr<Stmt> Parser::parseIncludeDirective(QString *error) {
     advance();
     if (!expect(KwInclude, QStringLiteral("expected include"), error))
         return nullptr;
-    auto statement = std::make_shared<IncludeStmt>();
+    auto statement = pool->make<IncludeStmt>();
     statement->line = peek().line;
     statement->column = peek().column;
     if (match(Less)) {
@@ -250,7 +254,7 @@ std::shared_ptr<Stmt> Parser::parseIncludeDirective(QString *error) {
 
 std::shared_ptr<Stmt> Parser::parseImportStatement(QString *error) {
     advance();
-    auto statement = std::make_shared<ImportStmt>();
+    auto statement = pool->make<ImportStmt>();
     statement->line = peek().line;
     statement->column = peek().column;
     if (!check(StringLiteral)) {

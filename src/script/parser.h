@@ -33,6 +33,7 @@
 #pragma once
 
 #include "script/clause.h"
+#include "script/node_pool.h"
 #include "script/syntax_tree.h"
 #include "script/token.h"
 
@@ -107,8 +108,10 @@ private:
         Kind kind;
         // The statement that waits for its body or its arms; null for Block.
         std::shared_ptr<Stmt> statement;
-        // Of a Block: the block that is being filled.
+        // Of a Block: the block that is being filled, and where its statements begin among those
+        // that are collected.
         std::shared_ptr<Block> block;
+        std::size_t firstStatement = 0;
     };
     // What comes next: a statement or a block to read, or a result to hand to what it stands in.
     enum class Step { Statement, Block, Finished };
@@ -119,6 +122,9 @@ private:
         qint32 column;
     };
 
+    // A parser of a part of the script: null means a pool of its own.
+    Parser(std::vector<Token> script, NodePool *nodes);
+
     // parser.cpp: the primitives, and the top of a script.
     Position here() const;
     static void report(const QString &message, Position at, QString *error);
@@ -128,7 +134,7 @@ private:
 
     // simple_statements.cpp: what holds no other statement.
     Expression collectExpression(StopTest stop);
-    static std::shared_ptr<Stmt> parseSimpleClause(const Clause &clause, Position at);
+    std::shared_ptr<Stmt> parseSimpleClause(const Clause &clause, Position at);
     std::shared_ptr<Stmt> parseStoredDeclaration(QString *error);
     std::shared_ptr<Stmt> parseReturn();
     template<typename Statement>
@@ -167,9 +173,13 @@ private:
     std::vector<Token> tokens;
     qint32 pos = 0;
     std::vector<Frame> frames;
+    // Of all blocks that stand open, the innermost block's last.
+    std::vector<std::shared_ptr<Stmt>> collected;
     // The results of the step that finished last.
     std::shared_ptr<Stmt> readStatement;
     std::shared_ptr<Block> readBlock;
+    NodePool ownPool;
+    NodePool *pool;
 };
 
 } // namespace ast

@@ -22,8 +22,9 @@ bool isIncDec(const Token &token) {
     return token.kind == PlusPlus || token.kind == MinusMinus;
 }
 
-std::shared_ptr<IncDecStmt> incDec(const Token &name, const Token &op, bool isPrefix) {
-    auto statement = std::make_shared<IncDecStmt>();
+std::shared_ptr<IncDecStmt> incDec(const Token &name, const Token &op, bool isPrefix,
+                                   NodePool &nodes) {
+    auto statement = nodes.make<IncDecStmt>();
     statement->name = name.text;
     statement->isIncrement = op.kind == PlusPlus;
     statement->isPrefix = isPrefix;
@@ -32,15 +33,15 @@ std::shared_ptr<IncDecStmt> incDec(const Token &name, const Token &op, bool isPr
 
 // The scan looks at the whole text on purpose: "x = y++" is an increment of y, and nothing of the
 // assignment remains.
-std::shared_ptr<IncDecStmt> readIncDec(const Token *first, const Token *last) {
+std::shared_ptr<IncDecStmt> readIncDec(const Token *first, const Token *last, NodePool &nodes) {
     if (last - first < 2 || hasBracketOrLiteral(first, last))
         return nullptr;
     if (isIncDec(first[0]) && first[1].kind == Identifier)
-        return incDec(first[1], first[0], true);
+        return incDec(first[1], first[0], true, nodes);
     const auto *name = std::adjacent_find(first, last, [](const Token &a, const Token &b) {
         return a.kind == Identifier && isIncDec(b);
     });
-    return name == last ? nullptr : incDec(name[0], name[1], false);
+    return name == last ? nullptr : incDec(name[0], name[1], false, nodes);
 }
 
 // The first '=' outside of parentheses and brackets; `last` if there is none, or if one opens the
@@ -59,8 +60,9 @@ Token *assignOperator(Token *first, Token *last) {
 }
 
 // What the tokens of one lexer run, without Eof, say by themselves: null for an expression.
-std::shared_ptr<Stmt> readIncDecOrAssign(Token *first, Token *last, qint32 line, qint32 column) {
-    if (auto statement = readIncDec(first, last)) {
+std::shared_ptr<Stmt> readIncDecOrAssign(Token *first, Token *last, qint32 line, qint32 column,
+                                         NodePool &nodes) {
+    if (auto statement = readIncDec(first, last, nodes)) {
         statement->line = line;
         statement->column = column;
         return statement;
@@ -68,16 +70,16 @@ std::shared_ptr<Stmt> readIncDecOrAssign(Token *first, Token *last, qint32 line,
     Token *op = assignOperator(first, last);
     if (op == last)
         return nullptr;
-    auto statement = std::make_shared<AssignStmt>();
+    auto statement = nodes.make<AssignStmt>();
     statement->line = line;
     statement->column = column;
     statement->target = joinedText(makeClause(first, op));
-    statement->value = makeExpression(makeClause(op + 1, last), line, column);
+    statement->value = makeExpression(makeClause(op + 1, last), line, column, nodes);
     return statement;
 }
 
-std::shared_ptr<Stmt> expressionStatement(Expression expression) {
-    auto statement = std::make_shared<ExprStmt>();
+std::shared_ptr<Stmt> expressionStatement(Expression expression, NodePool &nodes) {
+    auto statement = nodes.make<ExprStmt>();
     statement->line = expression.line;
     statement->column = expression.column;
     statement->expr = std::move(expression);
@@ -88,7 +90,7 @@ std::shared_ptr<Stmt> expressionStatement(Expression expression) {
 
 Expression Parser::collectExpression(StopTest stop) {
     const Position at = here();
-    return makeExpression(collectClause(stop), at.line, at.column);
+    return makeExpression(collectClause(stop), at.line, at.column, *pool);
 }
 
 std::shared_ptr<Stmt> Parser::parseSimpleText(const QString &text, qint32 line, qint32 column,
@@ -101,14 +103,16 @@ std::shared_ptr<Stmt> Parser::parseSimpleText(const QString &text, qint32 line, 
         return nullptr;
     }
     Token *first = lexed.data();
-    auto statement = readIncDecOrAssign(first, first + lexed.size() - 1, line, column);
-    return statement ? statement : expressionStatement(makeExpression(text, line, column));
+    auto statement = readIncDecOrAssign(first, first + lexed.size() - 1, line, column, *pool);
+    return statement ? statement : expressionStatement(makeExpression(text, line, column), *pool);
 }
 
 // parseSimpleText of the clause's text.
 std::shared_ptr<Stmt> Parser::parseSimpleClause(const Clause &clause, Position at) {
-    auto statement = readIncDecOrAssign(clause.first, clause.last, at.line, at.column);
-    return statement ? statement : expressionStatement(makeExpression(clause, at.line, at.column));
+    auto statement = readIncDecOrAssign(clause.first, clause.last, at.line, at.column, *pool);
+    return statement
+               ? statement
+               : expressionStatement(makeExpression(clause, at.line, at.column, *pool), *pool);
 }
 
 std::shared_ptr<Stmt> Parser::parseSimpleStatement(QString *error) {
@@ -137,7 +141,7 @@ std::shared_ptr<Stmt> Parser::parseStoredDeclaration(QString *error) {
 
 std::shared_ptr<Stmt> Parser::parseVarDecl(const Token &type, bool isStatic, bool isGlobal,
                                            QString *error) {
-    auto statement = std::make_shared<VarDeclStmt>();
+    auto statement = pool->make<VarDeclStmt>();
     statement->line = type.line;
     statement->column = type.column;
     statement->typeName = type.text;
@@ -164,7 +168,7 @@ std::shared_ptr<Stmt> Parser::parseVarDecl(const Token &type, bool isStatic, boo
 
 template<typename Statement>
 std::shared_ptr<Stmt> Parser::parseJump() {
-    auto statement = std::make_shared<Statement>();
+    auto statement = pool->make<Statement>();
     statement->line = peek().line;
     statement->column = peek().column;
     advance();
@@ -174,7 +178,7 @@ std::shared_ptr<Stmt> Parser::parseJump() {
 
 // At Eof none of the three ends stands there, so the value is there and empty.
 std::shared_ptr<Stmt> Parser::parseReturn() {
-    auto statement = std::make_shared<ReturnStmt>();
+    auto statement = pool->make<ReturnStmt>();
     statement->line = peek().line;
     statement->column = peek().column;
     advance();

@@ -313,7 +313,8 @@ void ExpressionParserTest::anExpressionOfAnUnknownCharacterIsRaw() {
 
 void ExpressionParserTest::theParserChecksAndMatches() {
     auto tokens = ast::Lexer("a )").tokenize();
-    ast::ExprParser parser(ast::makeClause(tokens.data(), tokens.data() + 2));
+    ast::NodePool nodes;
+    ast::ExprParser parser(ast::makeClause(tokens.data(), tokens.data() + 2), nodes);
     QVERIFY(parser.check(ast::Identifier));
     QVERIFY(!parser.check(ast::RParen));
     QVERIFY(!parser.match(ast::RParen));
@@ -327,7 +328,8 @@ void ExpressionParserTest::theParserChecksAndMatches() {
 }
 
 void ExpressionParserTest::aParserOfNoTokensGivesNothing() {
-    ast::ExprParser parser(ast::makeClause(nullptr, nullptr));
+    ast::NodePool nodes;
+    ast::ExprParser parser(ast::makeClause(nullptr, nullptr), nodes);
     QVERIFY(!parser.check(ast::Eof));
     QVERIFY(!parser.parseOr());
 }
