@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 
 namespace ast {
 namespace {
@@ -30,11 +31,16 @@ struct TextPosition {
 
 } // namespace
 
-Clause makeClause(Token *first, Token *last) {
-    while (first != last && first->kind == Newline)
-        ++first;
-    while (first != last && (last - 1)->kind == Newline)
-        --last;
+Clause withoutNewlines(Clause clause) {
+    while (clause.first != clause.last && clause.first->kind == Newline)
+        ++clause.first;
+    while (clause.first != clause.last && (clause.last - 1)->kind == Newline)
+        --clause.last;
+    return clause;
+}
+
+Clause makeClause(Token *begin, Token *end) {
+    const auto [first, last] = withoutNewlines({begin, end});
     // An open literal at the end of the file may end in blanks, which the trimmed text loses. No other
     // token ends in one.
     if (first != last && last[-1].text.back().isSpace())
@@ -54,12 +60,16 @@ QString joinedText(const Clause &clause) {
     qint64 length = 0;
     for (const Token *token = clause.first; token != clause.last; ++token)
         length += token->text.size() + 1;
-    QString text;
-    text.reserve(int(std::min<qint64>(length, std::numeric_limits<int>::max())));
+    if (length == 0)
+        return QString();
+    if (length > std::numeric_limits<int>::max())
+        throw std::bad_alloc(); // as where memory ends
+    QString text(int(length) - 1, Qt::Uninitialized);
+    QChar *next = text.data();
     for (const Token *token = clause.first; token != clause.last; ++token) {
-        if (!text.isEmpty())
-            text += QLatin1Char(' ');
-        text += token->text;
+        if (token != clause.first)
+            *next++ = QLatin1Char(' ');
+        next = std::copy(token->text.cbegin(), token->text.cend(), next);
     }
     return text;
 }

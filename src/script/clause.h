@@ -25,6 +25,9 @@ struct Clause {
 // change: they take the positions that they have in the clause's text.
 [[nodiscard]] Clause makeClause(Token *first, Token *last);
 
+// The clause less the line feeds at its ends, which its text loses.
+[[nodiscard]] Clause withoutNewlines(Clause clause);
+
 // The token texts joined by single blanks.
 [[nodiscard]] QString joinedText(const Clause &clause);
 

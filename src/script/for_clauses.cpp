@@ -30,17 +30,18 @@ bool looksLikeDeclaration(const Clause &clause) {
 std::shared_ptr<Stmt> Parser::parseForInit(QString *error) {
     const Position at = here();
     const Clause clause = collectClause(isSemicolon);
+    const bool isDeclaration = looksLikeDeclaration(clause);
+    std::vector<Token> ownTokens = tokensOf(clause, QString::fromLatin1(isDeclaration ? "" : ";"));
     if (!expect(Semicolon, QStringLiteral("expected ';' after for init"), error))
         return nullptr;
     std::shared_ptr<Stmt> init;
-    if (looksLikeDeclaration(clause)) {
-        Parser parser(tokensOf(clause), pool);
+    Parser parser(std::move(ownTokens), *this);
+    if (isDeclaration) {
         init = parser.parseInitDeclaration(error);
         if (init == nullptr && error != nullptr && error->contains(QLatin1String("(at 1:")))
             report(QStringLiteral("for init: expected variable name"), at, error);
     } else {
         // An empty clause meets "empty statement" here, at 1:1.
-        Parser parser(tokensOf(clause, QStringLiteral(";")), pool);
         init = parser.parseSimpleStatement(error);
     }
     if (init == nullptr && error != nullptr && error->isEmpty())
@@ -62,7 +63,7 @@ std::shared_ptr<Stmt> Parser::parseInitDeclaration(QString *error) {
 // An empty clause is an expression statement of empty text.
 std::shared_ptr<Stmt> Parser::parseForUpdate() {
     const Position at = here();
-    return parseSimpleClause(collectClause(isCloseParen), at);
+    return parseSimpleClause(collectStatement(isCloseParen), at);
 }
 
 } // namespace ast

@@ -82,13 +82,21 @@ QString parameterType(qint32 kind) {
 } // namespace
 
 Parser::Parser(std::vector<Token> script)
-    : Parser(std::move(script), nullptr) {}
-
-Parser::Parser(std::vector<Token> script, NodePool *nodes)
-    : tokens(std::move(script))
-    , pool(nodes != nullptr ? nodes : &ownPool) {
+    : tokens(std::move(script)) {
     if (tokens.empty() || tokens.back().kind != Eof)
         tokens.emplace_back();
+}
+
+Parser::Parser(std::vector<Token> clause, const Parser &whole)
+    : Parser(std::move(clause)) {
+    detail = whole.detail;
+    pool = whole.pool;
+}
+
+Parser::Parser(TokenScan &scan, Detail wanted)
+    : source(&scan)
+    , detail(wanted) {
+    readOn(0);
 }
 
 const Token &Parser::peek(qint32 offset) const {
@@ -108,6 +116,8 @@ bool Parser::check(qint32 kind) const {
 const Token &Parser::advance() {
     if (!atEnd())
         ++pos;
+    if (size_t(pos) == tokens.size())
+        readOn(size_t(pos) - 1);
     return tokens[size_t(pos > 0 ? pos - 1 : 0)];
 }
 
@@ -145,17 +155,31 @@ void Parser::skipNewlines() {
         advance();
 }
 
-Clause Parser::collectClause(StopTest stop) {
+// Does not consume them by advance(): while a clause is used, its tokens stay where they are.
+Clause Parser::collectTokens(StopTest stop) {
     BracketWalk walk;
-    Token *first = &tokens[size_t(pos)];
-    Token *token = first;
-    for (; token->kind != Eof; ++token) {
-        if (walk.mayStop() && stop(*token))
+    qint32 length = 0;
+    for (;; ++length) {
+        if (size_t(pos + length) == tokens.size())
+            readOn(size_t(pos));
+        const Token &token = tokens[size_t(pos + length)];
+        if (token.kind == Eof || (walk.mayStop() && stop(token)))
             break;
-        walk.stepOver(*token);
+        walk.stepOver(token);
     }
-    pos += qint32(token - first);
-    return makeClause(first, token);
+    Token *first = &tokens[size_t(pos)];
+    pos += length;
+    return {first, first + length};
+}
+
+Clause Parser::collectClause(StopTest stop) {
+    const Clause raw = collectTokens(stop);
+    return makeClause(raw.first, raw.last);
+}
+
+// Of an outline's statement nobody looks at more than whether it is empty.
+Clause Parser::collectStatement(StopTest stop) {
+    return detail == Detail::Whole ? collectClause(stop) : withoutNewlines(collectTokens(stop));
 }
 
 QString Parser::collectText(StopTest stop) {

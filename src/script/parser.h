@@ -44,6 +44,13 @@
 
 namespace ast {
 
+class TokenScan;
+struct ParsedText;
+
+// What a tree is read for. In an outline each Expression keeps its position alone, with no text and no
+// root, and a simple statement is an ExprStmt whatever it says: no message depends on either.
+enum class Detail { Whole, Outline };
+
 // Used once. Any thread; FunctionLibrary must have been loaded.
 class Parser {
 public:
@@ -122,14 +129,23 @@ private:
         qint32 column;
     };
 
-    // A parser of a part of the script: null means a pool of its own.
-    Parser(std::vector<Token> script, NodePool *nodes);
+    friend ParsedText parseText(const QString &text, Detail detail);
+
+    // Of a whole script, read as the parser comes to it. peek() then sees no token but the current one.
+    Parser(TokenScan &scan, Detail detail);
+    // Of a clause, as a part of the tree that `whole` reads.
+    Parser(std::vector<Token> clause, const Parser &whole);
+
+    // text_parser.cpp: drops the tokens before `from` and reads more behind the last one, which is not Eof.
+    void readOn(std::size_t from);
 
     // parser.cpp: the primitives, and the top of a script.
     Position here() const;
     static void report(const QString &message, Position at, QString *error);
     static bool isType(const Token &token);
+    Clause collectTokens(StopTest stop);
     Clause collectClause(StopTest stop);
+    Clause collectStatement(StopTest stop);
     bool parseParameters(FunctionDeclStmt &function, QString *error);
 
     // simple_statements.cpp: what holds no other statement.
@@ -178,8 +194,12 @@ private:
     // The results of the step that finished last.
     std::shared_ptr<Stmt> readStatement;
     std::shared_ptr<Block> readBlock;
+    // Null: all tokens are at hand.
+    TokenScan *source = nullptr;
+    bool metUnknown = false;
+    Detail detail = Detail::Whole;
     NodePool ownPool;
-    NodePool *pool;
+    NodePool *pool = &ownPool;
 };
 
 } // namespace ast

@@ -1,7 +1,6 @@
 #include "script/script_diagnostics.h"
 
-#include "script/lexer.h"
-#include "script/parser.h"
+#include "script/text_parser.h"
 
 #include <QRegularExpression>
 
@@ -97,19 +96,18 @@ ScriptCheckContext makeCheckContext(const QString &text) {
 
 bool checkScript(ScriptCheckContext &context, std::shared_ptr<Program> *program,
                  QString *leftBehind) {
-    QString lexicalError;
-    std::vector<Token> tokens = Lexer(context.text).tokenize(&lexicalError);
-    if (!lexicalError.isEmpty())
-        return refuseCharacter(context, lexicalError);
-    QString syntaxError;
-    std::shared_ptr<Program> parsed = Parser(std::move(tokens)).parseProgram(&syntaxError);
-    if (parsed == nullptr)
-        return refuseSyntax(context, syntaxError);
+    // Where nobody asks for the tree, its outline finds the same.
+    ParsedText parsed =
+        parseText(context.text, program != nullptr ? Detail::Whole : Detail::Outline);
+    if (!parsed.lexicalError.isEmpty())
+        return refuseCharacter(context, parsed.lexicalError);
+    if (!parsed.program)
+        return refuseSyntax(context, parsed.syntaxError);
     // syntaxError may hold what a failed block left behind; it is no finding.
     if (program != nullptr)
-        *program = std::move(parsed);
+        *program = std::move(parsed.program);
     if (leftBehind != nullptr)
-        *leftBehind = syntaxError;
+        *leftBehind = parsed.syntaxError;
     return true;
 }
 

@@ -1,7 +1,6 @@
 #include "script/script_facts.h"
 
-#include "script/lexer.h"
-#include "script/parser.h"
+#include "script/text_parser.h"
 #include "update/files/memory_guard.h"
 #include "update/files/project_path.h"
 #include "update/files/text_file.h"
@@ -16,20 +15,10 @@
 namespace ast {
 namespace {
 
-// Null where the text does not lex or parse. What the parser leaves behind beside a program is of
-// no interest here.
-std::shared_ptr<Program> parsedText(const QString &text) {
-    QString lexicalError;
-    std::vector<Token> tokens = Lexer(text).tokenize(&lexicalError);
-    if (!lexicalError.isEmpty())
-        return nullptr;
-    QString syntaxError;
-    return Parser(std::move(tokens)).parseProgram(&syntaxError);
-}
-
 ScriptFacts factsOf(const QString &filePath, const QString &text) {
     ScriptFacts facts;
-    const std::shared_ptr<Program> program = parsedText(text);
+    // Nothing that a clause says is asked for, nor what the parser leaves behind beside a program.
+    const std::shared_ptr<Program> program = parseText(text, Detail::Outline).program;
     if (program == nullptr)
         return facts;
     const QDir folder = QFileInfo(filePath).absoluteDir();

@@ -90,7 +90,10 @@ std::shared_ptr<Stmt> expressionStatement(Expression expression, NodePool &nodes
 
 Expression Parser::collectExpression(StopTest stop) {
     const Position at = here();
-    return makeExpression(collectClause(stop), at.line, at.column, *pool);
+    if (detail == Detail::Whole)
+        return makeExpression(collectClause(stop), at.line, at.column, *pool);
+    (void)collectTokens(stop);
+    return {QString(), at.line, at.column, nullptr};
 }
 
 std::shared_ptr<Stmt> Parser::parseSimpleText(const QString &text, qint32 line, qint32 column,
@@ -109,6 +112,8 @@ std::shared_ptr<Stmt> Parser::parseSimpleText(const QString &text, qint32 line, 
 
 // parseSimpleText of the clause's text.
 std::shared_ptr<Stmt> Parser::parseSimpleClause(const Clause &clause, Position at) {
+    if (detail == Detail::Outline)
+        return expressionStatement({QString(), at.line, at.column, nullptr}, *pool);
     auto statement = readIncDecOrAssign(clause.first, clause.last, at.line, at.column, *pool);
     return statement
                ? statement
@@ -117,7 +122,7 @@ std::shared_ptr<Stmt> Parser::parseSimpleClause(const Clause &clause, Position a
 
 std::shared_ptr<Stmt> Parser::parseSimpleStatement(QString *error) {
     const Position at = here();
-    const Clause clause = collectClause(isStatementEnd);
+    const Clause clause = collectStatement(isStatementEnd);
     if (clause.first == clause.last) {
         report(QStringLiteral("empty statement"), at, error);
         return nullptr;
