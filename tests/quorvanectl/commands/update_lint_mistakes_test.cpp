@@ -159,6 +159,32 @@ void UpdateLintTest::whatIsFound_data() {
                 offer("2026-11-22T06:00:00Z", "1.2.0", "new.json"),
             "@ new.json --previous old.json", {0, "new.json: clean\n"});
 
+    const QString gone =
+        "new.json: editor: stood in the previous manifest (e-1.0.0.exe) and is gone "
+        "[no-longer-offered]\n";
+    const QString withdrawn = R"(echo '{"publishedAt": "2026-11-20T06:00:00Z", )"
+                              R"("editor": {"setupUrl": "e-1.0.0.exe"}}' >old.json; )" +
+                              offer("2026-11-21T06:00:00Z", "1.1.0", "new.json");
+    outcome("what is no longer offered is a warning", withdrawn, "@ new.json --previous old.json",
+            {0, gone});
+    outcome("the same, for programs", withdrawn, "@ new.json --previous old.json --format json",
+            {0, R"({
+    "findings": [
+        {
+            "kind": "no-longer-offered",
+            "message": "stood in the previous manifest (e-1.0.0.exe) and is gone",
+            "severity": 1,
+            "where": "editor"
+        }
+    ],
+    "manifest": "new.json"
+}
+)"});
+    outcome("a warning beside an error", withdrawn + "sed -i s/-21T/-19T/ new.json; ",
+            "@ new.json --previous old.json",
+            {1, gone + "new.json: publishedAt: is not later than that of the previous manifest "
+                       "[not-later]\n"});
+
     outcome("in the encoding of an old editor",
             R"(printf '{"publishedAt": "\262\372\317\337", "signature": ""}' >m.json)", "@ m.json",
             {1, QString("m.json: the file is not UTF-8, and a server's manifest is read as nothing "
@@ -179,11 +205,13 @@ void UpdateLintTest::whatIsFound_data() {
         {
             "kind": "unlisted-key",
             "message": "nobody reads this key, and no signature covers it",
+            "severity": 0,
             "where": "a\u001b[31m\n"
         },
         {
             "kind": "nothing-offered",
             "message": "the manifest names no component and no project",
+            "severity": 0,
             "where": ""
         }
     ],

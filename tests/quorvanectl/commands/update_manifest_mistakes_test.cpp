@@ -58,6 +58,11 @@ private Q_SLOTS:
     void whereItIsWritten_data();
     void whereItIsWritten();
     void aPackageGivenTwiceGoesInTwice();
+    void aPreviousOneThatIsNotTaken_data();
+    void aPreviousOneThatIsNotTaken();
+    void whatIsCarriedOver_data();
+    void whatIsCarriedOver();
+    void withAPreviousOneTheTimeIsBehindIt();
     void withoutATimeItIsNow();
 };
 
@@ -185,7 +190,7 @@ void UpdateManifestTest::wrongWords_data() {
     refusal("a library that is a folder", "", "@ --out site/x.json --library site" + runtime,
             "site: is a folder");
     refusal("a key, which signs later", "", "@ --out site/x.json --key private.pem" + runtime,
-            "Unknown option 'key'" + seeHelp);
+            "--key verifies what --previous names");
     refusal("a component that no option has", "", "@ --out site/x.json --plc setup-1.0.0.exe",
             "Unknown option 'plc'" + seeHelp);
 }
@@ -300,6 +305,97 @@ void UpdateManifestTest::aPackageGivenTwiceGoesInTwice() {
     QCOMPARE(projects.size(), 2);
     QCOMPARE(projects.at(0), projects.at(1));
     QCOMPARE(projects.at(0).toObject()["zipUrl"].toString(), QString("a.zip"));
+}
+
+void UpdateManifestTest::aPreviousOneThatIsNotTaken_data() {
+    support::addRefusals();
+    const QString make = "@ --out site/x.json --previous ";
+    refusal("a file that is missing", "", make + "none.json", "none.json: no such file");
+    refusal("one that is no manifest", "", make + "m.sig",
+            "m.sig: is no JSON: line 1, column 1: illegal value");
+    refusal("one that is not signed", "", make + "m.json --key update.pub",
+            "m.json: signature is empty");
+    refusal("one of another publisher", "", make + "signed.json --key other.pub",
+            "signed.json: " + support::verificationFailed("other.pub", support::signedSum()));
+    refusal("a key that is none", "", make + "signed.json --key private.pem",
+            "private.pem: holds no RSA public key in PEM form");
+    refusal("it is not written over, by force", "",
+            "@ --force --out signed.json --previous signed.json",
+            "signed.json: is read by this command and not overwritten");
+    refusal("a lowest version for what is carried over", "",
+            make + "signed.json --min-version runtime=1.0.0",
+            "--min-version runtime=1.0.0: no installer of this component is given");
+}
+
+void UpdateManifestTest::aPreviousOneThatIsNotTaken() {
+    support::expectRefusal(PublisherDesk(command));
+}
+
+void UpdateManifestTest::whatIsCarriedOver_data() {
+    QTest::addColumn<QByteArray>("previous");
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<QByteArray>("manifest"); // beside the time
+    const auto row = [](const char *name, const char *previous, const QString &options,
+                        const QByteArray &manifest) {
+        QTest::newRow(name) << QByteArray(previous) << options << manifest;
+    };
+    row("all of it, and no package has to be there",
+        R"({"schemaVersion": 1, "signature": "ab", "runtime": {"minVersion": "1.0.0",
+            "setupUrl": "r-1.3.0.exe", "setupSha256": "ab", "version": "1.3.0"},
+            "plugins": [{"id": "a", "minVersion": "1", "path": "p"}],
+            "projects": [{"name": "a", "version": "1.0.0", "zipUrl": "a", "zipSha256": "ab"}]})",
+        "",
+        R"({"schemaVersion": 1, "runtime": {"minVersion": "1.0.0",
+            "setupUrl": "r-1.3.0.exe", "setupSha256": "ab", "version": "1.3.0"},
+            "plugins": [{"id": "a", "minVersion": "1", "path": "p"}],
+            "projects": [{"name": "a", "version": "1.0.0", "zipUrl": "a", "zipSha256": "ab"}]})");
+    row("a component that is given anew is not, nor its lowest version",
+        R"({"runtime": {"minVersion": "1.0.0", "setupUrl": "r-1.1.0.exe"}})", runtime,
+        R"({"schemaVersion": 1, "runtime": )" +
+            QJsonDocument(installer("1.2.0", "setup-1.2.0.exe")).toJson() + "}");
+    row("a project that is given anew takes the other's place, in whatever letters",
+        R"({"projects": [{"name": "A", "version": "0.9.0"}, {"name": "b", "zipUrl": "b"}, 7]})",
+        " site/a.zip",
+        R"({"schemaVersion": 1, "projects": [{"name": "a", "version": "1.0.0",
+            "zipUrl": "a.zip", "zipSha256": "@sum"}, {"name": "b", "zipUrl": "b"}, 7]})");
+    row("a plug-in that is given anew takes the other's place",
+        R"({"plugins": [{"id": "a", "minVersion": "1", "path": "p"}, {"id": "b"}]})",
+        " --plugin b,2,q --plugin c,3,r",
+        R"({"schemaVersion": 1, "plugins": [{"id": "a", "minVersion": "1", "path": "p"},
+            {"id": "b", "minVersion": "2", "path": "q"},
+            {"id": "c", "minVersion": "3", "path": "r"}]})");
+    row("of a component's version what is signed of it",
+        R"({"editor": {"setupUrl": "e-1.3.0.exe", "version": "9.9.9"}})", "",
+        R"({"schemaVersion": 1, "editor": {"setupUrl": "e-1.3.0.exe", "version": "1.3.0"}})");
+    row("what this program does not know stays", R"({"schemaVersion": 2, "note": "ours"})", "",
+        R"({"schemaVersion": 2, "note": "ours"})");
+}
+
+void UpdateManifestTest::whatIsCarriedOver() {
+    QFETCH(QByteArray, previous);
+    QFETCH(QString, options);
+    QFETCH(QByteArray, manifest);
+    const PublisherDesk desk(command);
+    layPackages(desk);
+    support::writeTree(desk.path("site"), {{"old.json", previous}});
+    const Answer answer =
+        desk.type("@ --out site/x.json --previous site/old.json" + published + options);
+    QCOMPARE(answer.err, QString());
+    QCOMPARE(answer.status, 0);
+    QJsonObject made = QJsonDocument::fromJson(desk.read("site/x.json")).object();
+    QCOMPARE(made.take("publishedAt").toString(), QString("2026-11-20T06:00:00Z"));
+    manifest.replace(
+        "@sum",
+        QCryptographicHash::hash(desk.read("site/a.zip"), QCryptographicHash::Sha256).toHex());
+    QCOMPARE(made, QJsonDocument::fromJson(manifest).object());
+}
+
+void UpdateManifestTest::withAPreviousOneTheTimeIsBehindIt() {
+    const PublisherDesk desk(command);
+    support::writeTree(desk.path(), {{"old.json", R"({"publishedAt": "2126-01-01T06:00:00Z"})"}});
+    QCOMPARE(desk.type("@ --out site/x.json --previous old.json").status, 0);
+    QCOMPARE(QJsonDocument::fromJson(desk.read("site/x.json")).object()["publishedAt"].toString(),
+             QString("2126-01-01T06:00:01Z"));
 }
 
 void UpdateManifestTest::withoutATimeItIsNow() {

@@ -38,6 +38,7 @@ namespace ctl {
 [[nodiscard]] Command keysNew();
 [[nodiscard]] Command supportCollect();
 [[nodiscard]] Command updatePack();
+[[nodiscard]] Command updateRelease();
 [[nodiscard]] Command updateSign();
 
 } // namespace ctl

@@ -1,5 +1,6 @@
 // quorvanectl update lint: a publisher's mistakes that the manifest's format does not forbid.
 #include "quorvanectl/commands/commands.h"
+#include "quorvanectl/commands/lint_printing.h"
 #include "quorvanectl/commands/update_options.h"
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/json_input.h"
@@ -35,18 +36,15 @@ QJsonDocument toJson(const QString &path, const QVector<LintFinding> &findings) 
     for (const LintFinding &finding : findings) {
         list.append(QJsonObject{{QStringLiteral("kind"), finding.kind},
                                 {QStringLiteral("where"), finding.where},
-                                {QStringLiteral("message"), finding.message}});
+                                {QStringLiteral("message"), finding.message},
+                                {QStringLiteral("severity"), finding.severity}});
     }
     return QJsonDocument(
         QJsonObject{{QStringLiteral("manifest"), path}, {QStringLiteral("findings"), list}});
 }
 
 void printText(const Console &console, const QString &path, const QVector<LintFinding> &findings) {
-    for (const LintFinding &finding : findings) {
-        printLine(console,
-                  QStringLiteral("%1: %2").arg(
-                      spelledOut(path), inked(console, Ink::Error, spelledOut(lintLine(finding)))));
-    }
+    printLint(console, path, findings);
     if (findings.isEmpty())
         printClean(console, path);
 }
@@ -70,7 +68,7 @@ int run(const QCommandLineParser &parser, Console &console) {
         printJson(console, toJson(path, findings));
     else
         printText(console, path, findings);
-    return findings.isEmpty() ? Clean : Findings;
+    return hasErrors(findings) ? Findings : Clean;
 }
 
 } // namespace

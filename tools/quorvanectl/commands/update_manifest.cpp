@@ -2,15 +2,19 @@
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/commands/update_options.h"
 #include "quorvanectl/files/file_access.h"
+#include "quorvanectl/files/json_input.h"
 #include "quorvanectl/manifest/manifest_build.h"
 #include "quorvanectl/manifest/manifest_format.h"
+#include "quorvanectl/manifest/public_key.h"
 #include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/progress.h"
+#include "update/files/failure.h"
 #include "update/manifest_keys.h"
+#include "update/manifest_signature.h"
 
-#include <QDateTime>
 #include <QFileInfo>
+#include <QJsonDocument>
 
 namespace ctl {
 namespace {
@@ -46,6 +50,12 @@ void declare(QCommandLineParser &parser) {
     parser.addOption({QStringLiteral("published-at"),
                       QStringLiteral("The time of publication (default: now)."),
                       QStringLiteral("time")});
+    parser.addOption(
+        {QStringLiteral("previous"),
+         QStringLiteral("Carries over what this published manifest offers and is not given anew."),
+         QStringLiteral("manifest.json")});
+    declarePublicKey(
+        parser, QStringLiteral("Carries nothing over unless this public key verifies that one."));
     declareBase(parser);
     declareLibrary(parser);
 }
@@ -73,7 +83,25 @@ bool readMinVersions(const QCommandLineParser &parser, ManifestWish *wish, QStri
 }
 
 QStringList inputsOf(const ManifestWish &wish, const QCommandLineParser &parser) {
-    return wish.projects + wish.installers.values() << libraryPath(parser);
+    return wish.projects + wish.installers.values()
+           << libraryPath(parser) << parser.value(QStringLiteral("previous"))
+           << parser.value(QStringLiteral("key"));
+}
+
+// False, with a line in `error`, if there is none to be had of what is asked for.
+bool readPrevious(const QCommandLineParser &parser, ManifestWish *wish, QString *error) {
+    const QString path = parser.value(QStringLiteral("previous"));
+    const QString key = parser.value(QStringLiteral("key"));
+    if (path.isEmpty())
+        return key.isEmpty() || fail(QStringLiteral("--key verifies what --previous names"), error);
+    const QString text = readJsonObject(path, error);
+    if (text.isNull() || (!key.isEmpty() && !isPublicKey(key, error)))
+        return false;
+    wish->previous = QJsonDocument::fromJson(text.toUtf8()).object();
+    if (key.isEmpty())
+        return true;
+    const VerifyResult verified = verifyManifest(text, key);
+    return verified.ok || failAbout(path, verified.message, error);
 }
 
 bool readWish(const QCommandLineParser &parser, ManifestWish *wish, QString *error) {
@@ -83,11 +111,13 @@ bool readWish(const QCommandLineParser &parser, ManifestWish *wish, QString *err
             QStringLiteral("--out must name the manifest: packages are addressed from its folder");
         return false;
     }
+    if (!readPrevious(parser, wish, error))
+        return false;
     wish->folder = QFileInfo(out).absolutePath();
     wish->base = parser.value(QStringLiteral("base"));
     wish->publishedAt = parser.value(QStringLiteral("published-at"));
     if (wish->publishedAt.isEmpty())
-        wish->publishedAt = QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
+        wish->publishedAt = timeBehind(wish->previous);
     wish->projects = parser.positionalArguments();
     wish->plugins = parser.values(QStringLiteral("plugin"));
     for (const InstallerOption &installer : installerOptions) {

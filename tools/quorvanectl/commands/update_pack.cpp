@@ -1,5 +1,6 @@
 // quorvanectl update pack: a package of a project that passes its checks. Not on Windows.
 #include "quorvanectl/commands/commands.h"
+#include "quorvanectl/commands/package_printing.h"
 #include "quorvanectl/package/project_pack.h"
 #include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/installation.h"
@@ -18,23 +19,11 @@ void declare(QCommandLineParser &parser) {
     declareLibrary(parser);
 }
 
-void printIssues(const Console &console, const PackResult &result) {
-    for (const ProjectIssue &issue : result.issues) {
-        const Ink ink = isError(issue) ? Ink::Error : Ink::Warning;
-        printLine(console, inked(console, ink, spelledOut(formatProjectIssues({issue}))));
-    }
-    for (const QString &finding : result.findings)
-        printLine(console, inked(console, Ink::Error, spelledOut(finding)));
-}
-
 int run(const QCommandLineParser &parser, Console &console) {
     const QString version = parser.value(QStringLiteral("version"));
     const QString out = parser.value(QStringLiteral("out"));
-    if (!isFullVersion(version)) {
-        return refuse(console, QStringLiteral("--version %1: must be three or four numbers such as "
-                                              "1.2.0")
-                                   .arg(version));
-    }
+    if (!isFullVersion(version))
+        return refuse(console, notFullVersion(version));
     if (out.isEmpty())
         return refuse(console, QStringLiteral("--out must name the folder to write to"));
     QString error;

@@ -6,6 +6,7 @@ namespace ctl {
 namespace {
 
 volatile std::sig_atomic_t wasInterrupted = 0;
+int watches = 0; // alive
 
 void note(int) {
     wasInterrupted = 1;
@@ -14,10 +15,12 @@ void note(int) {
 } // namespace
 
 InterruptionWatch::InterruptionWatch()
-    : interruptBefore((wasInterrupted = 0, std::signal(SIGINT, note)))
+    : interruptBefore(
+          (wasInterrupted = watches++ > 0 ? wasInterrupted : 0, std::signal(SIGINT, note)))
     , terminateBefore(std::signal(SIGTERM, note)) {}
 
 InterruptionWatch::~InterruptionWatch() {
+    --watches;
     (void)std::signal(SIGINT, interruptBefore);
     (void)std::signal(SIGTERM, terminateBefore);
 }

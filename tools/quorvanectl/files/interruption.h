@@ -3,7 +3,8 @@
 
 namespace ctl {
 
-// While one lives, Ctrl-C and a request to terminate only set a flag. One at a time; main thread.
+// While one lives, Ctrl-C and a request to terminate only set a flag. Main thread; one that is made
+// while another lives goes before it, and shares its flag.
 class InterruptionWatch {
 public:
     InterruptionWatch();
@@ -17,7 +18,7 @@ private:
     Handler terminateBefore;
 };
 
-// Whether the user has asked for the end since the watch began. Any thread.
+// Whether the user has asked for the end since the first watch began. Any thread.
 [[nodiscard]] bool interrupted();
 
 } // namespace ctl

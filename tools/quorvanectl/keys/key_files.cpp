@@ -4,9 +4,8 @@
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/interruption.h"
 #include "quorvanectl/keys/signing_key.h"
-#include "update/manifest_signature.h"
+#include "quorvanectl/manifest/public_key.h"
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -75,11 +74,6 @@ bool isFree(const QString &path, QString *error) {
     return false;
 }
 
-QString fingerprintOf(const QByteArray &publicPem) {
-    const QByteArray der = decodePemBody(QString::fromLatin1(publicPem));
-    return QString::fromLatin1(QCryptographicHash::hash(der, QCryptographicHash::Sha256).toHex());
-}
-
 } // namespace
 
 KeyFiles makeKeyFiles(const QString &folder, const Passphrase *passphrase) {
@@ -110,7 +104,7 @@ KeyFiles makeKeyFiles(const QString &folder, const Passphrase *passphrase) {
     files.ok = writeNew(files.publicPath, publicPem, everybody, &files.error);
     if (!files.ok)
         ::unlink(QFile::encodeName(files.privatePath).constData()); // made a moment ago
-    files.fingerprint = fingerprintOf(publicPem);
+    files.fingerprint = fingerprintOf(QString::fromLatin1(publicPem));
     return files;
 }
 

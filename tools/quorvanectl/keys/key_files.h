@@ -12,9 +12,7 @@ struct KeyFiles {
     QString error;
     QString privatePath;
     QString publicPath;
-    // SHA-256 of the public key in DER form, for two people to compare: what
-    // `openssl pkey -pubin -in update.pub -outform DER | openssl sha256` says.
-    QString fingerprint;
+    QString fingerprint; // as fingerprintOf() of public_key.h gives it
 };
 
 // Makes the pair in `folder`, which is made for its owner alone if it is missing. The private half

@@ -217,7 +217,12 @@ QVector<LintFinding> lintAddress(const PackageRecord &package) {
 }
 
 QVector<LintFinding> lintPackageFile(const PackageRecord &package, const LintSubject &subject) {
-    const QString path = localPackage(package.url(), subject.folder, subject.base);
+    const QString ahead = subject.ahead.isEmpty()
+                              ? QString()
+                              : localPackage(package.url(), subject.ahead, subject.base);
+    const QString path = QFileInfo(ahead).isFile()
+                             ? ahead
+                             : localPackage(package.url(), subject.folder, subject.base);
     if (path.isEmpty() || hasQuery(package.url()) || isLocalPath(package.url()))
         return {};
     if (!QFileInfo(path).isFile()) {

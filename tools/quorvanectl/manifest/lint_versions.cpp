@@ -157,7 +157,8 @@ QVector<LintFinding> lintSuccession(const QJsonObject &root, const QJsonObject &
         } else {
             findings.append({QStringLiteral("no-longer-offered"), before.where,
                              QStringLiteral("stood in the previous manifest (%1) and is gone")
-                                 .arg(packageFileName(before.url()))});
+                                 .arg(packageFileName(before.url())),
+                             1}); // meant, as often as not
         }
     }
     if (publishedAt(previous).isValid() && publishedAt(root) <= publishedAt(previous)) {

@@ -8,11 +8,14 @@
 #include "update/files/version_text.h"
 #include "update/manifest_keys.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <algorithm>
+#include <functional>
 #include <limits>
 
 namespace ctl {
@@ -87,11 +90,68 @@ bool pluginRecord(const QString &plugin, QJsonObject *record, QString *error) {
     return true;
 }
 
+// What stands in the previous manifest, without what only held for that one. The version of a component is
+// signed in the installer's name alone: whatever `version` says is not trusted further than that.
+QJsonObject carriedOver(const QJsonObject &previous) {
+    QJsonObject root = previous;
+    root.remove(manifest_keys::signature);
+    for (const QString &key : componentKeys()) {
+        QJsonObject record = root.value(key).toObject();
+        const QString named = extractVersion(record.value(manifest_keys::setupUrl).toString());
+        if (named.isEmpty())
+            continue;
+        record.insert(manifest_keys::version, named);
+        root.insert(key, record);
+    }
+    return root;
+}
+
+// The records that were there and those given anew, each in the place of the one that is called the same,
+// else behind all. Two that are given anew both stay: the lint tells of them.
+QJsonArray merged(const QJsonArray &before, QJsonArray anew, QLatin1String nameKey) {
+    const auto nameOf = [nameKey](const QJsonValue &value) {
+        return value.toObject().value(nameKey).toString().toCaseFolded();
+    };
+    QJsonArray records;
+    for (const QJsonValue &record : before) {
+        const auto same = std::find_if(anew.begin(), anew.end(), [&](const QJsonValue &other) {
+            return nameOf(other) == nameOf(record);
+        });
+        records.append(same == anew.end() ? record : QJsonValue(*same));
+        if (same != anew.end())
+            anew.erase(same);
+    }
+    for (const QJsonValue &record : qAsConst(anew))
+        records.append(record);
+    return records;
+}
+
+// Gathers the records of `given`; false if one of them cannot be made.
+bool gather(const QStringList &given, QJsonArray *records,
+            const std::function<bool(const QString &, QJsonObject *)> &make) {
+    for (const QString &one : given) {
+        QJsonObject record;
+        if (!make(one, &record))
+            return false;
+        records->append(record);
+    }
+    return true;
+}
+
+void putRecords(QLatin1String key, const QJsonArray &anew, QLatin1String nameKey,
+                QJsonObject *root) {
+    const QJsonArray all = merged(root->value(key).toArray(), anew, nameKey);
+    if (!all.isEmpty())
+        root->insert(key, all);
+}
+
 } // namespace
 
 QJsonObject buildManifest(const ManifestWish &wish, QString *error) {
-    QJsonObject root{{manifest_keys::schemaVersion, 1},
-                     {manifest_keys::publishedAt, wish.publishedAt}};
+    QJsonObject root = carriedOver(wish.previous);
+    if (!root.contains(manifest_keys::schemaVersion))
+        root.insert(manifest_keys::schemaVersion, 1);
+    root.insert(manifest_keys::publishedAt, wish.publishedAt);
     for (auto entry = wish.installers.begin(); entry != wish.installers.end(); ++entry) {
         QJsonObject record;
         if (!componentRecord(wish, entry.key(), &record, error))
@@ -99,24 +159,28 @@ QJsonObject buildManifest(const ManifestWish &wish, QString *error) {
         root.insert(entry.key(), record);
     }
     QJsonArray plugins;
-    for (const QString &plugin : wish.plugins) {
-        QJsonObject record;
-        if (!pluginRecord(plugin, &record, error))
-            return QJsonObject();
-        plugins.append(record);
-    }
-    if (!plugins.isEmpty())
-        root.insert(manifest_keys::plugins, plugins);
     QJsonArray projects;
-    for (const QString &file : wish.projects) {
-        QJsonObject record;
-        if (!projectRecord(wish, file, &record, error))
-            return QJsonObject();
-        projects.append(record);
-    }
-    if (!projects.isEmpty())
-        root.insert(manifest_keys::projects, projects);
+    const bool made =
+        gather(wish.plugins, &plugins,
+               [&](const QString &plugin, QJsonObject *record) {
+                   return pluginRecord(plugin, record, error);
+               }) &&
+        gather(wish.projects, &projects, [&](const QString &file, QJsonObject *record) {
+            return projectRecord(wish, file, record, error);
+        });
+    if (!made)
+        return QJsonObject();
+    putRecords(manifest_keys::plugins, plugins, manifest_keys::id, &root);
+    putRecords(manifest_keys::projects, projects, manifest_keys::name, &root);
     return root;
+}
+
+QString timeBehind(const QJsonObject &previous) {
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const QDateTime before =
+        QDateTime::fromString(previous.value(manifest_keys::publishedAt).toString(), Qt::ISODate);
+    const QDateTime next = before.isValid() ? before.toUTC().addSecs(1) : now;
+    return (next > now ? next : now).toString(Qt::ISODate);
 }
 
 QByteArray manifestBytes(const QJsonObject &manifest) {

@@ -16,12 +16,19 @@ struct ManifestWish {
     QMap<QString, QString> installers; // by the component's key
     QMap<QString, QString> minVersions;
     QStringList plugins; // "id,minVersion,path"
+    // A manifest that was published: what of it is not given anew is carried over as it stands there,
+    // and no package of it has to be at hand. Empty: there is none.
+    QJsonObject previous;
 };
 
 // The manifest, all hashes computed. The names and versions of projects are read from their
 // packages, those of components from their installers' names. Empty, with one line in `error` that
 // names the file, if a package cannot be used. The function library must be loaded.
 [[nodiscard]] QJsonObject buildManifest(const ManifestWish &wish, QString *error);
+
+// The time of publication of what follows `previous`: now, or a second after that where this clock is behind
+// it, since a later manifest says a later time.
+[[nodiscard]] QString timeBehind(const QJsonObject &previous);
 
 // Indented JSON that ends in a line feed.
 [[nodiscard]] QByteArray manifestBytes(const QJsonObject &manifest);

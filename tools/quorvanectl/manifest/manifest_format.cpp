@@ -89,6 +89,12 @@ QString PackageRecord::identity() const {
     return QLatin1String("project:") + record.value(manifest_keys::name).toString().toCaseFolded();
 }
 
+QString titleOf(const PackageRecord &package) {
+    const QString name =
+        package.isProject ? package.record.value(manifest_keys::name).toString() : package.where;
+    return QStringLiteral("%1 %2").arg(name, package.version());
+}
+
 QVector<PackageRecord> packageRecords(const QJsonObject &root) {
     QVector<PackageRecord> records;
     for (const QString &key : componentKeys()) {

@@ -36,6 +36,9 @@ struct PackageRecord {
     [[nodiscard]] QString identity() const;
 };
 
+// "runtime 1.3.0", or "demo 1.2.0" of a project.
+[[nodiscard]] QString titleOf(const PackageRecord &package);
+
 // The component and project records that are there and are objects, with or without a package.
 [[nodiscard]] QVector<PackageRecord> packageRecords(const QJsonObject &root);
 

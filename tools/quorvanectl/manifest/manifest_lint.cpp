@@ -5,6 +5,8 @@
 
 #include <QJsonDocument>
 
+#include <algorithm>
+
 namespace ctl {
 namespace {
 
@@ -49,6 +51,11 @@ QVector<LintFinding> lintManifest(const LintSubject &subject) {
     if (!subject.previous.isNull())
         findings.append(lintSuccession(root, rootOf(subject.previous)));
     return findings;
+}
+
+bool hasErrors(const QVector<LintFinding> &findings) {
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const LintFinding &finding) { return finding.severity == 0; });
 }
 
 QString lintLine(const LintFinding &finding) {

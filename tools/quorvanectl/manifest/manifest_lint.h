@@ -12,14 +12,16 @@
 namespace ctl {
 
 struct LintFinding {
-    QString kind;    // a word that stays, such as "missing-hash"
-    QString where;   // "runtime.setupUrl", "projects[0]"; empty for the manifest as a whole
-    QString message; // one line
+    QString kind;     // a word that stays, such as "missing-hash"
+    QString where;    // "runtime.setupUrl", "projects[0]"; empty for the manifest as a whole
+    QString message;  // one line
+    int severity = 0; // 0 error, 1 warning, as a project's issues have it
 };
 
 struct LintSubject {
     QByteArray manifest; // the file's bytes: a JSON object
     QString folder;      // where it lies: packages are looked for there
+    QString ahead;       // before that they are looked for here; empty: there is no such folder
     QString base;        // the URL that stands for this folder in absolute addresses; may be empty
     QByteArray previous; // the manifest before it, as well; null if there is none
 };
@@ -27,6 +29,9 @@ struct LintSubject {
 // The findings in the order of the manifest's parts; empty for a clean one. Unpacks the project packages
 // that it finds. The function library must be loaded.
 [[nodiscard]] QVector<LintFinding> lintManifest(const LintSubject &subject);
+
+// Whether one of them is more than a warning.
+[[nodiscard]] bool hasErrors(const QVector<LintFinding> &findings);
 
 // "where: message [kind]".
 [[nodiscard]] QString lintLine(const LintFinding &finding);

@@ -1,7 +1,13 @@
 #include "quorvanectl/manifest/public_key.h"
 #include "quorvanectl/files/file_access.h"
+#include "update/canonical_manifest.h"
+#include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
 #include "update/rsa_attempts.h"
+
+#include <QCryptographicHash>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 namespace ctl {
 
@@ -17,6 +23,19 @@ bool isPublicKey(const QString &path, QString *error) {
         return true;
     *error = QStringLiteral("%1: holds no RSA public key in PEM form").arg(path);
     return false;
+}
+
+QString fingerprintOf(const QString &publicPem) {
+    return QString::fromLatin1(
+        QCryptographicHash::hash(decodePemBody(publicPem), QCryptographicHash::Sha256).toHex());
+}
+
+bool verifiesWith(const QString &manifestText, const QByteArray &publicPem) {
+    const QJsonObject root = QJsonDocument::fromJson(manifestText.toUtf8()).object();
+    const QByteArray signature = decodeSignature(root.value(manifest_keys::signature).toString());
+    return !signature.isEmpty() &&
+           verifyRsaSha256(decodePemBody(QString::fromLatin1(publicPem)),
+                           canonicalManifestText(manifestText).toUtf8(), signature);
 }
 
 } // namespace ctl

@@ -196,8 +196,9 @@ void takeIn(const QString &zip, const QString &workFolder, bool overwrite, PackR
         result->error = QStringLiteral("interrupted");
 }
 
-// The next package would hold this one.
-bool isOutside(const QString &folder, const QString &outFolder, QString *error) {
+} // namespace
+
+bool liesOutside(const QString &folder, const QString &outFolder, QString *error) {
     QString place = QDir::cleanPath(QFileInfo(outFolder).absoluteFilePath());
     while (!QFileInfo::exists(place) && place != QFileInfo(place).path())
         place = QFileInfo(place).path();
@@ -210,8 +211,6 @@ bool isOutside(const QString &folder, const QString &outFolder, QString *error) 
     return true;
 }
 
-} // namespace
-
 bool isFullVersion(const QString &text) {
     return extractVersion(text) == text && versionFault(text).isEmpty() &&
            !isPlaceholderVersion(text);
@@ -220,7 +219,7 @@ bool isFullVersion(const QString &text) {
 PackResult packProject(const QString &folder, const QString &version, const QString &outFolder,
                        bool overwrite) {
     PackResult result;
-    if (!canBeNamed(folder, &result.error) || !isOutside(folder, outFolder, &result.error))
+    if (!canBeNamed(folder, &result.error) || !liesOutside(folder, outFolder, &result.error))
         return result;
     if (!QFileInfo(folder).isDir()) {
         result.error = QStringLiteral("%1: is no folder").arg(folder);
@@ -235,7 +234,8 @@ PackResult packProject(const QString &folder, const QString &version, const QStr
     if (!result.findings.isEmpty() || hasErrors(result.issues))
         return result;
 
-    result.zipPath = QDir(outFolder).filePath(packageName(readProjectName(projectFile), version));
+    result.projectName = readProjectName(projectFile);
+    result.zipPath = QDir(outFolder).filePath(packageName(result.projectName, version));
     if (!mayWrite(result.zipPath, overwrite, &result.error))
         return result;
     const InterruptionWatch watch;

@@ -14,6 +14,7 @@ struct PackResult {
     QString error;                // what could not be done; empty if findings stand in the way
     QStringList findings;         // why this folder makes no package
     QVector<ProjectIssue> issues; // of the project's validator; warnings do not stand in the way
+    QString projectName;
     QString zipPath;
     QString sha256;
     int files = 0;
@@ -28,6 +29,10 @@ struct PackResult {
 // library must be loaded.
 [[nodiscard]] PackResult packProject(const QString &folder, const QString &version,
                                      const QString &outFolder, bool overwrite);
+
+// Whether a package in `outFolder` would not lie in the project's own folder, where the next one would hold
+// it. If not, `error` receives one line.
+[[nodiscard]] bool liesOutside(const QString &folder, const QString &outFolder, QString *error);
 
 // Whether the text is a version as a package needs one: three or four numbers, which is what all
 // readers of versions recognise.

@@ -1,0 +1,46 @@
+#include "quorvanectl/commands/signing_key_option.h"
+
+#include "quorvanectl/commands/passphrase_option.h"
+#include "quorvanectl/files/file_access.h"
+#include "quorvanectl/manifest/public_key.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+
+namespace ctl {
+
+void declareSigningKey(QCommandLineParser &parser) {
+    parser.addOption(
+        {QStringLiteral("key"), QStringLiteral("The private key."), QStringLiteral("private.pem")});
+    declarePassphrase(parser);
+}
+
+SigningKey readSigningKey(const QCommandLineParser &parser, const Console &console,
+                          QString *error) {
+    const QString path = parser.value(QStringLiteral("key"));
+    if (path.isEmpty()) {
+        *error = QStringLiteral("no key given; --key names the file");
+        return SigningKey();
+    }
+    QByteArray pem = readBytes(path, error);
+    if (pem.isNull())
+        return SigningKey();
+    const auto ask = [&](Passphrase &passphrase, QString *why) {
+        return getPassphrase(parser, QStringLiteral("Passphrase of %1: ").arg(path), false,
+                             &passphrase, why);
+    };
+    const SigningKey key = SigningKey::fromPem(pem, path, ask, error);
+    wipe(&pem);
+    if (key.isValid() && key.bits() < 8 * smallestSignature) {
+        *error = QStringLiteral("%1: a key of %2 bits is too short; take 3072")
+                     .arg(path, QString::number(key.bits()));
+        return SigningKey();
+    }
+    const bool isOpen =
+        (QFileInfo(path).permissions() & (QFile::ReadGroup | QFile::ReadOther)) != 0;
+    if (key.isValid() && isOpen)
+        tell(console, QStringLiteral("%1: others can read this private key").arg(path));
+    return key;
+}
+
+} // namespace ctl
