@@ -109,11 +109,12 @@ void ProjectRecoverTest::whatCannotBeUsed() {
 
 void ProjectRecoverTest::wrongWords_data() {
     support::addRefusals();
-    refusal("no project", "", "@ --data data", "project recover takes FILE.yslib" + seeHelp);
+    refusal("no project to change", "", "@ --data data --apply",
+            "without FILE.yslib it looks at every project, and changes nothing");
     refusal("two projects", "", "@ line3/line3.yslib line3/line3.yslib",
-            "project recover takes FILE.yslib" + seeHelp);
+            "project recover takes [FILE.yslib]" + seeHelp);
     refusal("the data folder without its option", "", "@ line3/line3.yslib data",
-            "project recover takes FILE.yslib" + seeHelp);
+            "project recover takes [FILE.yslib]" + seeHelp);
     refusal("an empty name for the package", "", "@ line3/line3.yslib --package ''",
             "--package is given an empty value" + seeHelp);
     refusal("by force", "", "@ line3/line3.yslib --force", "Unknown option 'force'" + seeHelp);

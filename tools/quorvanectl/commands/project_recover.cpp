@@ -1,80 +1,60 @@
 // quorvanectl project recover: what an update that was broken off has left, and a way back.
 #include "frame/app_paths.h"
+#include "frame/settings_schema.h"
 #include "quorvanectl/commands/commands.h"
+#include "quorvanectl/commands/recover_printing.h"
 #include "quorvanectl/files/file_access.h"
+#include "quorvanectl/manifest/public_key.h"
+#include "quorvanectl/recovery/package_recovery.h"
 #include "quorvanectl/recovery/project_recovery.h"
+#include "quorvanectl/recovery/recovery_survey.h"
 #include "quorvanectl/recovery/running_programs.h"
+#include "quorvanectl/shell/inspected_installation.h"
 #include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/progress.h"
+#include "quorvanectl/support/support_files.h"
 #include "update/files/work_lock.h"
 
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QLockFile>
 
+#include <algorithm>
 #include <limits>
 
 namespace ctl {
 namespace {
 
+const QLatin1String applyOption("apply");
+const QLatin1String dataOption("data");
+const QLatin1String packageOption("package");
+const QLatin1String fromOption("from");
+const QLatin1String manifestOption("manifest");
+const QLatin1String keyOption("key");
+const QLatin1String libraryOption("library");
+
 void declare(QCommandLineParser &parser) {
-    parser.addOption({QStringLiteral("apply"), QStringLiteral("Puts a whole project back.")});
-    parser.addOption({QStringLiteral("data"),
-                      QStringLiteral("The launcher's data folder, if not this user's."),
+    parser.addOption({applyOption, QStringLiteral("Puts a whole project back.")});
+    parser.addOption({dataOption, QStringLiteral("The launcher's data folder, if not this user's."),
                       QStringLiteral("folder")});
-    parser.addOption({QStringLiteral("package"),
+    parser.addOption({packageOption,
                       QStringLiteral("The package of the update, if it came from a stick."),
                       QStringLiteral("file")});
+    parser.addOption({fromOption,
+                      QStringLiteral("Puts the project of this package in place, where no whole "
+                                     "copy is left."),
+                      QStringLiteral("PACKAGE.zip")});
+    parser.addOption({manifestOption, QStringLiteral("The signed manifest that names the package."),
+                      QStringLiteral("manifest.json")});
+    parser.addOption({keyOption,
+                      QStringLiteral("The public key to verify it with, if not the one of the "
+                                     "installation."),
+                      QStringLiteral("update.pub")});
+    declareInstall(parser);
     declareLibrary(parser);
-}
-
-void describe(const Console &console, const QString &what, const ProjectCopy &copy) {
-    if (copy.folder.isEmpty())
-        return printLine(console, QStringLiteral("%1 none").arg(what));
-    const QString state = !QFileInfo(copy.folder).isDir() ? QStringLiteral("is gone")
-                          : copy.projectFile.isEmpty()    ? QStringLiteral("no project file")
-                          : copy.runs()                   ? QStringLiteral("passes the validator")
-                                                          : QStringLiteral("fails the validator");
-    printLine(console, QStringLiteral("%1 %2: %3 files, %4")
-                           .arg(what, spelledOut(copy.folder),
-                                QString::number(copy.content.files()), state));
-    for (const QString &error : copy.errors.split(QLatin1Char('\n'))) {
-        if (!error.isEmpty())
-            printLine(console, QStringLiteral("           ") + spelledOut(error));
-    }
-}
-
-QString advice(const UpdateRemains &remains) {
-    const QString source = spelledOut(remains.source);
-    switch (remains.recovery) {
-    case Recovery::None:
-        return QStringLiteral("The project is whole.");
-    case Recovery::Backup:
-        return QStringLiteral("The backup belongs in the project's place: the old project, whole.");
-    case Recovery::Staging:
-        return QStringLiteral("The unpacked package belongs in the project's place: the new "
-                              "project, whole.");
-    case Recovery::ProjectFile:
-        return QStringLiteral("The project file of %1 fits, all else is whole.").arg(source);
-    case Recovery::Unknown:
-        return QStringLiteral("Whether it is whole cannot be known: compare it with the backup, or "
-                              "name the update's package with --package. Nothing is changed.");
-    case Recovery::Impossible:
-        break;
-    }
-    return QStringLiteral("No whole copy was found. Take the project from its last package or from "
-                          "a copy of your own.");
-}
-
-void describe(const Console &console, const UpdateRemains &remains) {
-    describe(console, QStringLiteral("Project:  "), remains.project);
-    describe(console, QStringLiteral("Backup:   "), remains.backup);
-    describe(console, QStringLiteral("Unpacked: "), remains.staging);
-    for (const QString &package : remains.packages)
-        printLine(console, QStringLiteral("Package:   ") + spelledOut(package));
-    const QString reason = remains.reason.isEmpty() ? QString() : remains.reason + QLatin1Char(' ');
-    printLine(console, QStringLiteral("Found:     ") + reason + advice(remains));
 }
 
 bool look(const Console &console, const RecoveryPlaces &places, UpdateRemains *remains,
@@ -83,9 +63,8 @@ bool look(const Console &console, const RecoveryPlaces &places, UpdateRemains *r
     return lookAtRemains(places, remains, error);
 }
 
-int apply(const Console &console, const RecoveryPlaces &places, const UpdateRemains &remains) {
-    const RecoveryResult result = whileTelling(console, QStringLiteral("putting the project back"),
-                                               [&] { return recoverProject(remains); });
+// Tells what became of it, and looks once more.
+int tellResult(const Console &console, const RecoveryPlaces &places, const RecoveryResult &result) {
     if (!result.keptAs.isEmpty())
         printLine(console, QStringLiteral("Kept:      what lay in its place, as ") +
                                spelledOut(result.keptAs));
@@ -105,23 +84,65 @@ int apply(const Console &console, const RecoveryPlaces &places, const UpdateRema
     return now.project.runs() ? Clean : Findings;
 }
 
+template<typename Work>
+int apply(const Console &console, const RecoveryPlaces &places, Work work) {
+    return tellResult(console, places,
+                      whileTelling(console, QStringLiteral("putting the project back"), work));
+}
+
+DataFolder dataFolder(const QCommandLineParser &parser) {
+    const QString data = parser.value(dataOption);
+    return {QDir(data.isEmpty() ? AppPaths::dataDirectory() : data).absolutePath()};
+}
+
+bool isUsableData(const QCommandLineParser &parser, QString *error) {
+    const QString data = parser.value(dataOption);
+    if (!QFileInfo::exists(data) || QFileInfo(data).isDir())
+        return true;
+    *error = QStringLiteral("%1: is no folder").arg(data);
+    return false;
+}
+
+bool isUsablePackage(const QString &file, QString *error) {
+    return file.isEmpty() || isUsableFile(file, error, std::numeric_limits<qint64>::max());
+}
+
 bool readPlaces(const QCommandLineParser &parser, RecoveryPlaces *places, QString *error) {
     const QString file = firstArgument(parser);
-    const QString data = parser.value(QStringLiteral("data"));
     places->projectFile = QDir::cleanPath(QFileInfo(file).absoluteFilePath());
-    places->data = {QDir(data.isEmpty() ? AppPaths::dataDirectory() : data).absolutePath()};
-    places->package = parser.value(QStringLiteral("package"));
+    places->data = dataFolder(parser);
+    places->package = parser.value(packageOption);
     if (!file.endsWith(QLatin1String(".yslib"), Qt::CaseInsensitive)) {
         *error = QStringLiteral("%1: is no project file").arg(file);
         return false;
     }
-    if (QFileInfo::exists(data) && !QFileInfo(data).isDir()) {
-        *error = QStringLiteral("%1: is no folder").arg(data);
-        return false;
-    }
-    return canBeNamed(file, error) && (!QFileInfo::exists(file) || isUsableFile(file, error)) &&
-           (places->package.isEmpty() ||
-            isUsableFile(places->package, error, std::numeric_limits<qint64>::max()));
+    return isUsableData(parser, error) && canBeNamed(file, error) &&
+           (!QFileInfo::exists(file) || isUsableFile(file, error)) &&
+           isUsablePackage(places->package, error);
+}
+
+// What does not go together.
+QString mistake(const QCommandLineParser &parser) {
+    if (parser.isSet(fromOption) != parser.isSet(manifestOption))
+        return QStringLiteral("--from and --manifest belong together");
+    if (parser.isSet(keyOption) && !parser.isSet(fromOption))
+        return QStringLiteral("--key belongs to --from");
+    if (parser.isSet(fromOption) && parser.isSet(packageOption))
+        return QStringLiteral("either --from or --package");
+    const bool names =
+        parser.isSet(applyOption) || parser.isSet(packageOption) || parser.isSet(fromOption);
+    if (names && parser.positionalArguments().isEmpty())
+        return QStringLiteral("without FILE.yslib it looks at every project, and changes nothing");
+    return {};
+}
+
+bool readSource(const QCommandLineParser &parser, PackageSource *source, QString *error) {
+    source->package = parser.value(fromOption);
+    source->manifest = parser.value(manifestOption);
+    source->key =
+        parser.isSet(keyOption) ? parser.value(keyOption) : AppPaths::updatePublicKeyPath();
+    return isUsablePackage(source->package, error) && isUsableFile(source->manifest, error) &&
+           isPublicKey(source->key, error);
 }
 
 QString lockPath(const RecoveryPlaces &places) {
@@ -139,27 +160,95 @@ bool mayApply(const RecoveryPlaces &places, QLockFile &lock, QString *error) {
     return error->isEmpty();
 }
 
-int run(const QCommandLineParser &parser, Console &console) {
+int recoverFrom(const QCommandLineParser &parser, const Console &console,
+                const RecoveryPlaces &places, const UpdateRemains &remains) {
     QString error;
-    RecoveryPlaces places;
-    if (!readPlaces(parser, &places, &error) || !loadLibrary(parser, &error))
+    PackageSource source;
+    ProvedPackage package;
+    if (!readSource(parser, &source, &error))
         return refuse(console, error);
-    const bool applies = parser.isSet(QStringLiteral("apply"));
-    QLockFile lock(lockPath(places));
-    UpdateRemains remains;
-    if ((applies && !mayApply(places, lock, &error)) || !look(console, places, &remains, &error))
-        return refuse(console, error);
+    if (!whileTelling(console, QStringLiteral("proving the package"),
+                      [&] { return package.prove(source, remains, &error); })) {
+        tell(console, error);
+        return Findings;
+    }
+    describePackage(console, remains, package, source.package);
+    if (package.isInPlaceOf(remains.project))
+        return Clean;
+    const QString refusal = whyNotReplaced(remains.project.folder, places.data);
+    if (!refusal.isEmpty())
+        return refuse(console, refusal);
+    if (parser.isSet(applyOption))
+        return apply(console, places,
+                     [&] { return recoverFromPackage(package, remains, places.data); });
+    printLine(console, QStringLiteral("To do:     the same command with --apply."));
+    return Findings;
+}
+
+int recover(const QCommandLineParser &parser, const Console &console, const RecoveryPlaces &places,
+            const UpdateRemains &remains) {
     if (remains.project.projectFile.isEmpty() && remains.backup.folder.isEmpty())
         return refuse(console, QStringLiteral("%1: neither the project nor a backup of it is there")
                                    .arg(places.projectFile));
-    describe(console, remains);
+    describeRemains(console, remains);
     const bool known =
         remains.recovery != Recovery::Unknown && remains.recovery != Recovery::Impossible;
-    if (applies && known)
-        return apply(console, places, remains);
+    if (parser.isSet(applyOption) && known)
+        return apply(console, places, [&] { return recoverProject(remains); });
     if (known && remains.recovery != Recovery::None)
         printLine(console, QStringLiteral("To do:     the same command with --apply."));
     return remains.recovery == Recovery::None ? Clean : Findings;
+}
+
+// The one that the launcher remembers as the next, and those that it has started before.
+void readRemembered(SurveyPlaces *places) {
+    const QJsonObject settings = launcherSettings(places->data.database());
+    places->selected = settings.value(QLatin1String(settings_schema::defaultProjectKey)).toString();
+    for (const QJsonValue &row : settings.value(QStringLiteral("recent_projects")).toArray())
+        places->remembered.append(row.toArray().at(0).toString());
+}
+
+int survey(const QCommandLineParser &parser, const Console &console) {
+    QString error;
+    if (!isUsableData(parser, &error))
+        return refuse(console, error);
+    SurveyPlaces places{dataFolder(parser), AppPaths::projectsDirectory(), {}, {}};
+    readRemembered(&places);
+    const Survey found =
+        whileTelling(console, QStringLiteral("looking at what is left of every project"),
+                     [&] { return surveyRemains(places); });
+    QString options;
+    for (const QLatin1String option : {dataOption, libraryOption}) {
+        if (parser.isSet(option))
+            options += QStringLiteral(" --%1 %2").arg(option, asWord(parser.value(option)));
+    }
+    describeSurvey(console, found, options);
+    const auto is = [&](auto matches) {
+        return std::any_of(found.projects.begin(), found.projects.end(), matches);
+    };
+    if (is([](const SurveyedProject &one) { return !one.error.isEmpty(); }))
+        return Refused;
+    return is([](const SurveyedProject &one) { return one.remains.recovery != Recovery::None; })
+               ? Findings
+               : Clean;
+}
+
+int run(const QCommandLineParser &parser, Console &console) {
+    RecoveryPlaces places;
+    QString error = mistake(parser);
+    if (!error.isEmpty() || !inspectInstallation(parser, &error) || !loadLibrary(parser, &error))
+        return refuse(console, error);
+    if (parser.positionalArguments().isEmpty())
+        return survey(parser, console);
+    if (!readPlaces(parser, &places, &error))
+        return refuse(console, error);
+    QLockFile lock(lockPath(places));
+    UpdateRemains remains;
+    if ((parser.isSet(applyOption) && !mayApply(places, lock, &error)) ||
+        !look(console, places, &remains, &error))
+        return refuse(console, error);
+    return parser.isSet(fromOption) ? recoverFrom(parser, console, places, remains)
+                                    : recover(parser, console, places, remains);
 }
 
 } // namespace
@@ -168,7 +257,7 @@ Command projectRecover() {
     return {
         QStringLiteral("project"),
         QStringLiteral("recover"),
-        QStringLiteral("FILE.yslib"),
+        QStringLiteral("[FILE.yslib]"),
         QStringLiteral("Finds what a broken-off update has left, and puts a whole project back."),
         QStringLiteral("quorvanectl project recover demo/demo.yslib"),
         declare,

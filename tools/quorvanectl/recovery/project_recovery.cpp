@@ -1,6 +1,6 @@
 #include "quorvanectl/recovery/project_recovery.h"
 
-#include "launcher/offer/apply_places.h"
+#include "quorvanectl/recovery/folders_aside.h"
 #include "update/files/failure.h"
 #include "update/files/file_copy.h"
 #include "update/files/file_operations.h"
@@ -15,34 +15,6 @@
 
 namespace ctl {
 namespace {
-
-// A name beside `path` that is free.
-QString freeName(const QString &path, const QString &suffix) {
-    QString name = path + suffix;
-    for (int i = 2; QFileInfo::exists(name); ++i)
-        name = path + suffix + QStringLiteral("_%1").arg(i);
-    return name;
-}
-
-QString asideOf(const QString &path) {
-    return freeName(path, QStringLiteral(".set_aside_") + apply_places::stamp());
-}
-
-// What lies at the target makes way, and comes back if the source cannot follow.
-bool swapIn(const QString &source, const QString &target, QString *keptAs, QString *error) {
-    const bool occupied = QFileInfo::exists(target);
-    const QString aside = asideOf(target);
-    if (occupied && !QDir().rename(target, aside))
-        return fail(QStringLiteral("cannot rename %1 to %2").arg(target, aside), error);
-    if (!QDir().rename(source, target)) {
-        if (occupied)
-            (void)QDir().rename(aside, target); // else it stays whole under the other name
-        return fail(QStringLiteral("cannot rename %1 to %2").arg(source, target), error);
-    }
-    if (occupied)
-        *keptAs = aside;
-    return true;
-}
 
 // A copy beside the target, proved to be one, that would outlive a power cut. One that was broken off
 // earlier is begun anew.
@@ -60,16 +32,13 @@ bool copyBeside(const ProjectCopy &source, const QString &copy, QString *error) 
            fail(QStringLiteral("the copy of %1 cannot run").arg(source.folder), error);
 }
 
-QString copyName(const QString &target) {
-    return target + QStringLiteral(".recovering");
-}
-
 bool putInPlace(const ProjectCopy &source, const QString &target, QString *keptAs, QString *error) {
     const bool onOneVolume = lieOnOneVolume(source.folder, QFileInfo(target).absolutePath());
-    if (onOneVolume && swapIn(source.folder, target, keptAs, error))
+    if (onOneVolume && swapIn(source.folder, target, {asideOf(target)}, keptAs, error))
         return true;
     const QString copy = copyName(target);
-    return copyBeside(source, copy, error) && swapIn(copy, target, keptAs, error);
+    return copyBeside(source, copy, error) &&
+           swapIn(copy, target, {asideOf(target)}, keptAs, error);
 }
 
 bool takeProjectFile(const QString &package, const ProjectCopy &project, QString *keptAs,
@@ -93,15 +62,6 @@ bool takeProjectFile(const QString &package, const ProjectCopy &project, QString
         return fail(QStringLiteral("cannot write %1").arg(project.projectFile), error);
     *keptAs = aside;
     return true;
-}
-
-// Under another name it is never again taken for what an update has left.
-void retire(const QString &folder, QStringList *done) {
-    if (folder.isEmpty() || !QFileInfo(folder).isDir())
-        return;
-    const QString retired = freeName(folder, QStringLiteral(".recovered"));
-    if (QDir().rename(folder, retired)) // else it is weighed again next time, with the same result
-        *done << retired;
 }
 
 } // namespace

@@ -98,18 +98,17 @@ QStringList filesIn(const QString &folder, const QString &pattern) {
     return paths;
 }
 
-// Of a stick's package a killed launcher leaves the copy that it was about to unpack.
+} // namespace
+
+QString validatorErrors(const QString &projectFile) {
+    return errorLines(validateProjectFile(projectFile)).join(QLatin1Char('\n'));
+}
+
 QStringList packagesOf(const DataFolder &data) {
     QStringList packages = filesIn(data.updateCache(), QStringLiteral("*.zip"));
     for (const QString &folder : apply_places::packageFolders(data.updateTemp()))
         packages += filesIn(folder, QStringLiteral("*"));
     return packages;
-}
-
-} // namespace
-
-QString validatorErrors(const QString &projectFile) {
-    return errorLines(validateProjectFile(projectFile)).join(QLatin1Char('\n'));
 }
 
 bool lookAtRemains(const RecoveryPlaces &places, UpdateRemains *remains, QString *error) {

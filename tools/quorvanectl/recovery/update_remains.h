@@ -55,6 +55,10 @@ struct UpdateRemains {
 [[nodiscard]] bool lookAtRemains(const RecoveryPlaces &places, UpdateRemains *remains,
                                  QString *error);
 
+// The packages that lie in the data folder: those in the cache, then the copies of a stick's that killed
+// launchers left, each the newest first.
+[[nodiscard]] QStringList packagesOf(const DataFolder &data);
+
 // The errors of the validator about a project file, one a line; warnings do not count.
 [[nodiscard]] QString validatorErrors(const QString &projectFile);
 
