@@ -142,8 +142,8 @@ void SupportCollectCommandTest::whereTheArchiveLies() {
     const FileTree before = desk.tree();
     const Answer answer = desk.type(line);
     QCOMPARE(answer.err, QString());
-    QVERIFY2(answer.out.startsWith(told + ": 6 files\n"), qPrintable(answer.out));
-    QCOMPARE(answer.out.count('\n'), 7);
+    QVERIFY2(answer.out.startsWith(told + ": 8 files\n"), qPrintable(answer.out));
+    QCOMPARE(answer.out.count('\n'), 9);
     QCOMPARE(answer.status, 0);
     QCOMPARE(support::changes(before, desk.tree()), QStringList(changed));
     QCOMPARE(archive(desk, changed.mid(1)).value("launcher.log"), QByteArray("log\n"));
@@ -199,17 +199,17 @@ void SupportCollectCommandTest::aDamagedDataFolderIsCollectedAllTheSame() {
     QCOMPARE(answer.status, 0);
     QCOMPARE(support::changes(before, desk.tree()), QStringList("+out/s.zip"));
     const FileTree files = archive(desk, "out/s.zip");
-    QCOMPARE(files.size(), 6);
+    QCOMPARE(files.size(), 8);
     QVERIFY2(QString::fromUtf8(files.value(entry)).contains(content), files.value(entry));
 }
 
 void SupportCollectCommandTest::theSizesToldAreThoseOfTheFiles() {
     const Desk desk(command, engineersFiles());
     QString told = desk.type("@ --out s.zip --install pc --data data").out;
-    QString expected = "s.zip: 6 files\n";
+    QString expected = "s.zip: 8 files\n";
     const FileTree files = archive(desk, "s.zip");
-    for (const char *const name : {"launcher.log", "versions.json", "settings.json",
-                                   "installation.txt", "projects.txt", "data.txt"})
+    for (const char *const name : {"launcher.log", "versions.json", "machine.json", "settings.json",
+                                   "installation.txt", "projects.txt", "data.txt", "findings.txt"})
         expected +=
             QString("  %1 %2 bytes\n")
                 .arg(QString(name).leftJustified(18), QString::number(files.value(name).size()));

@@ -6,6 +6,7 @@
 #include "quorvanectl/files/zip_writer.h"
 #include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/inspected_installation.h"
+#include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/progress.h"
 #include "quorvanectl/support/support_files.h"
 
@@ -76,6 +77,8 @@ int run(const QCommandLineParser &parser, Console &console) {
     if (!inspectInstallation(parser, &error) || !mayWrite(out, isForced(parser), &error, inputs) ||
         !openFile(file, isForced(parser), &error))
         return refuse(console, error);
+    (void)loadLibrary(AppPaths::functionLibraryPath(),
+                      &sources.libraryError); // then the archive says so itself
     QVector<SupportFile> files;
     if (!collectInto(file, sources, console, &files, &error))
         return refuse(console, error);

@@ -5,18 +5,17 @@
 #include "frame/settings_schema.h"
 #include "frame/settings_stand_in.h"
 #include "launcher/offer/update_component.h"
-#include "quorvanectl/files/interruption.h"
-#include "update/files/text_file.h"
+#include "quorvanectl/support/machine_facts.h"
+#include "quorvanectl/support/project_facts.h"
+#include "quorvanectl/support/secrets.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -123,34 +122,6 @@ QJsonObject settingsIn(const QSqlDatabase &database) {
     return settings;
 }
 
-QString listedLine(const QString &folder, const QString &name) {
-    const QFileInfo info(folder + QLatin1Char('/') + name);
-    QString error;
-    const QString hash = info.isSymLink() ? QStringLiteral("link to ") + info.symLinkTarget()
-                                          : fileSha256Hex(info.filePath(), &error, interrupted);
-    return QStringLiteral("%1 %2 %3  %4\n")
-        .arg(hash.isEmpty() ? QLatin1Char('(') + error + QLatin1Char(')') : hash,
-             QString::number(info.size()).rightJustified(12),
-             info.lastModified().toUTC().toString(Qt::ISODate), name);
-}
-
-// Each file with hash, size and time. Names only: what is in the files stays where it is.
-QString listing(const QString &title, const QString &folder) {
-    QStringList names;
-    QDirIterator files(folder, QDir::Files | QDir::Hidden | QDir::System,
-                       QDirIterator::Subdirectories);
-    while (!interrupted() && files.hasNext())
-        names.append(QDir(folder).relativeFilePath(files.next()));
-    std::sort(names.begin(), names.end());
-    QString text = QStringLiteral("%1: %2\n").arg(title, folder);
-    for (const QString &name : qAsConst(names)) {
-        if (interrupted())
-            break;
-        text += listedLine(folder, name);
-    }
-    return text;
-}
-
 QString installation() {
     const QString program = AppPaths::applicationDirectory();
     QString text = listing(QStringLiteral("Installation"), program);
@@ -163,22 +134,26 @@ QString installation() {
     return text;
 }
 
-} // namespace
-
-QString withoutHomePaths(QString text) {
-    QStringList homes{QDir::homePath(), QFileInfo(QDir::homePath()).canonicalFilePath()};
-    for (const QString &home : qAsConst(homes)) {
-        if (home.size() > 1) // a program of the system may have "/" for its home
-            text.replace(QRegularExpression(QRegularExpression::escape(home) +
-                                            QStringLiteral("(?![\\w.-])")),
-                         QStringLiteral("~"));
-    }
-    // A folder's name ends with its separator; blanks may be in it only before one.
-    static const QRegularExpression elsewhere(
-        QStringLiteral("(?:/home/|/Users/|[A-Za-z]:[/\\\\]+Users[/\\\\]+)"
-                       "(?:[^/\\\\\r\n\"<>|:*?]+(?=[/\\\\])|[^/\\\\\\s\"<>|:*?]+)"));
-    return text.replace(elsewhere, QStringLiteral("~"));
+// Whether the selected project is none of those in the folder of projects.
+bool liesElsewhere(const QString &projectFile, const QString &projects) {
+    const QString clean = QDir::cleanPath(projectFile);
+    return QFileInfo(projectFile).isAbsolute() &&
+           !clean.startsWith(QDir::cleanPath(projects) + QLatin1Char('/'), Qt::CaseInsensitive);
 }
+
+// The folder of a project that lies elsewhere. Where somebody keeps one beside all that is theirs, the rest
+// is nobody's business.
+QString selectedProject(const QString &projectFile) {
+    const QString title = QStringLiteral("Selected project");
+    const QString folder = QFileInfo(projectFile).path();
+    const QString below = folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
+    if ((QDir::homePath() + QLatin1Char('/')).startsWith(below))
+        return QStringLiteral("%1: %2\n(not listed: the folder of a user lies in it)\n")
+            .arg(title, folder);
+    return listing(title, folder);
+}
+
+} // namespace
 
 QJsonObject launcherSettings(const QString &databasePath) {
     const QString connection = QStringLiteral("quorvanectl");
@@ -201,16 +176,31 @@ QJsonObject launcherSettings(const QString &databasePath) {
 
 QVector<SupportFile> supportFiles(const SupportSources &sources) {
     const QString projects = AppPaths::projectsDirectory();
-    const QVector<QPair<QString, QString>> texts{
+    const QJsonObject settings = launcherSettings(sources.data.database());
+    const QString selected =
+        settings.value(QLatin1String(settings_schema::defaultProjectKey)).toString();
+    QStringList projectFiles = projectFilesBelow(projects);
+    QVector<QPair<QString, QString>> texts{
         {QStringLiteral("launcher.log"), endOfLog(sources.data.launchLog())},
         {QStringLiteral("versions.json"), versions()},
-        {QStringLiteral("settings.json"), json(launcherSettings(sources.data.database()))},
+        {QStringLiteral("machine.json"), json(machineFacts(sources.data, selected))},
+        {QStringLiteral("settings.json"), json(settings)},
         {QStringLiteral("installation.txt"), installation()},
         {QStringLiteral("projects.txt"), listing(QStringLiteral("Projects"), projects)},
         {QStringLiteral("data.txt"), listing(QStringLiteral("Data"), sources.data.path)}};
+    if (liesElsewhere(selected, projects)) {
+        projectFiles.append(selected);
+        texts.append({QStringLiteral("selected.txt"), selectedProject(selected)});
+    }
+    texts.append({QStringLiteral("findings.txt"),
+                  sources.libraryError.isEmpty()
+                      ? findingsAbout(projectFiles)
+                      : QLatin1Char('(') + sources.libraryError + QStringLiteral(")\n")});
     QVector<SupportFile> files;
-    for (const auto &[name, text] : texts)
-        files.append({name, (sources.keepHomePaths ? text : withoutHomePaths(text)).toUtf8()});
+    for (const auto &[name, text] : qAsConst(texts)) {
+        const QString told = withoutSecrets(text);
+        files.append({name, (sources.keepHomePaths ? told : withoutHomePaths(told)).toUtf8()});
+    }
     return files;
 }
 

@@ -1,5 +1,6 @@
-// What a support engineer asks for first, as files of an archive: the launch log, versions, settings,
-// and listings with hashes. The content of projects, packages, keys and nonces is never part of it.
+// What a support engineer asks for first, as files of an archive: the launch log, versions, the machine,
+// settings, listings with hashes and rights, and what the validator finds. The content of projects,
+// packages, keys and nonces is never part of it, and no user name, password or token of an address.
 #pragma once
 
 #include "frame/data_folder.h"
@@ -19,6 +20,7 @@ struct SupportFile {
 struct SupportSources {
     DataFolder data;            // the launcher's
     bool keepHomePaths = false; // else the folder of a user is written as "~" everywhere
+    QString libraryError;       // why the function library is not loaded; empty: it is
 };
 
 // The files, read from `sources` and from the installation that is being inspected. What cannot be
@@ -29,9 +31,5 @@ struct SupportSources {
 // The launcher's own settings, under their keys, and `recent_projects`; `error` alone, if they cannot be
 // read. Waits two seconds for a program that holds the file.
 [[nodiscard]] QJsonObject launcherSettings(const QString &databasePath);
-
-// The text with "~" for the folder of whichever user: of this one, and by the places where systems
-// keep them.
-[[nodiscard]] QString withoutHomePaths(QString text);
 
 } // namespace ctl
