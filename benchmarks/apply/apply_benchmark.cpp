@@ -1,159 +1,171 @@
-// A project update applied from a local zip, against the programs that do the same work, in one run.
+// A project update applied from a stick's package, against the programs that do the same work, in one
+// run.
 //
-//   apply     applyProjectUpdate on a project of 2 GiB in 20,000 files, against the sum of
-//             `sha256sum` of the package, `unzip -q`, `cp -a` (the backup), `rm -rf` of the old
-//             folder, `mv`, and `rm -rf` of the backup: at most 1.4 times their time, the aim is 1.1
+//   apply     applyProjectUpdate on a project of 2 GiB in 20,000 files, against the sum of `cp` of the
+//             package from the stick, `sha256sum` of it, `unzip -q`, `cp -a` (the backup), `sync -f` of
+//             both folders, `rm -rf` of the old one, `mv`, and `rm -rf` of what is left: at most 0.8 times
+//             their wall and processor time on a tmpfs, and their wall time on a disk
+//   one file  the same with all in one file (FILES 1): at most 1.1
+//   stick     the same where the package is read at 30 MB/s, on both sides: at most 1.05 of the wall time
 //   memory    what the apply takes beyond the idle program: less than 64 MiB
 //   hash      fileSha256Hex on the package, against `openssl dgst -sha256`: reported
 //
-//   benchmark_apply [MEBIBYTES [FILES [ROUNDS]]]
+//   benchmark_apply [MEBIBYTES [FILES [ROUNDS [PROGRAM]]]]
+//   benchmark_apply --stick [MEBIBYTES [FILES [ROUNDS [PROGRAM]]]]
 //
-// It works in a folder below TMPDIR, which needs room for four times the project. Each apply is a
-// process of its own, as each program on the other side is.
+// It works in a folder below TMPDIR, which needs room for four times the project: that folder's file system
+// is the one that is measured. Each apply is a process of its own, as each program on the other side is;
+// PROGRAM is another build of this one, whose apply is measured instead. The sides take turns in beginning
+// a round, and each begins when the disk has come to rest.
 #include "../support/measured_process.h"
-#include "frame/app_paths.h"
-#include "launcher/offer/project_apply.h"
-#include "library/function_library.h"
-#include "support/manifest_maker.h"
+#include "measured_project.h"
+#include "quiet_disk.h"
 #include "update/files/text_file.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
+#include <QFileInfo>
+#include <QStorageInfo>
 #include <QTemporaryDir>
 
 #include <cstdio>
-#include <unistd.h>
+#include <string>
 
 namespace {
 
-constexpr char projectText[] = R"({"schemaVersion": 1,
-"project": {"name": "line3", "displayName": "Line 3", "createdAt": "2026-01-01", "version": "1.0"},
-"scripts": [{"id": "main", "path": "main.ys", "role": "main"}],
-"tasks": {"main": {"entryScriptId": "main"}}})";
+constexpr char stickSpeed[] = "30e6"; // bytes a second
 
-void write(const QString &path, const QByteArray &content) {
-    QFile file(path);
-    if (!ensureParentDir(path) || !file.open(QIODevice::WriteOnly) ||
-        file.write(content) != content.size())
-        qFatal("cannot write %s", qPrintable(path));
-}
+using Command = std::vector<QByteArray>;
 
-// Half of each file can be packed, half not.
-QByteArray contentOf(int number, int size) {
-    QByteArray content(size, '\0');
-    quint32 state = quint32(number) * 2654435761U + 1;
-    for (int i = 0; i < size / 2; ++i) {
-        state = state * 1664525U + 1013904223U;
-        content[i] = char(state >> 24);
+// In seconds, of one round.
+struct Times {
+    double wall = 0;
+    double processor = 0;
+
+    void add(const Spent &spent) {
+        wall += spent.seconds;
+        processor += spent.processorSeconds;
     }
-    return content;
-}
-
-// The folders and names that both sides work on.
-struct Place {
-    QString root;
-
-    [[nodiscard]] QString at(const char *name) const { return root + '/' + name; }
-    [[nodiscard]] QByteArray bytes(const char *name) const { return QFile::encodeName(at(name)); }
 };
 
-void makeProject(const Place &place, int mebibytes, int files) {
-    const auto size = int((qint64(mebibytes) << 20) / files);
-    write(place.at("old/line3.yslib"), projectText);
-    write(place.at("old/main.ys"), "");
-    for (int i = 0; i < files; ++i)
-        write(place.root + QStringLiteral("/old/data/%1/%2.bin").arg(i / 200).arg(i),
-              contentOf(i, size));
-    (void)runProcess(
-        {"sh", "-c", "cd \"$1\" && zip -q -1 -r ../line3.zip .", "sh", place.bytes("old")});
-    write(place.at("old/logs/run.log"), "old");
+// Of all rounds.
+struct Side {
+    std::vector<double> wall;
+    std::vector<double> processor;
+
+    void add(const Times &times) {
+        wall.push_back(times.wall);
+        processor.push_back(times.processor);
+    }
+};
+
+// The programs' side with and without those that came to it later.
+struct Programs {
+    Side all;
+    Side withoutCopy;
+    Side withoutCopyAndSync;
+};
+
+// The same with the package as slow as a stick.
+Command slowly(const Place &place, bool slow, Command command) {
+    if (slow) {
+        const QByteArray file = place.bytes("line3.zip");
+        command.insert(command.begin(),
+                       {"env", "LD_PRELOAD=" QUORVANE_SLOW_READS, "SLOW_FILE=" + file,
+                        QByteArray("SLOW_BYTES=") + stickSpeed});
+    }
+    return command;
 }
 
-void makeManifest(const Place &place) {
-    const support::KeyPair publisher = support::KeyPair::rsa(2048);
-    const QJsonObject record{{"name", "line3"},
-                             {"version", "2.0.0"},
-                             {"zipUrl", "line3.zip"},
-                             {"zipSha256", fileSha256Hex(place.at("line3.zip"))}};
-    const QJsonObject manifest{{"projects", QJsonArray{record}}};
-    write(place.at("manifest.json"), support::signedManifest(manifest, publisher).toUtf8());
-    write(place.at("app/config/update.pub"), publisher.publicPem().toUtf8());
-}
-
-// In the process that is measured. Idle: all but the apply itself.
-int applyOnly(const QString &root, bool idle) {
-    const Place place{root};
-    AppPaths::initialize();
-    UpdateSnapshot snapshot;
-    snapshot.manifestText = readTextFile(place.at("manifest.json"));
-    snapshot.source = place.at("manifest.json");
-    snapshot.baseLocation = root;
-    snapshot.fromUsb = true;
-    const QJsonObject manifest = QJsonDocument::fromJson(snapshot.manifestText.toUtf8()).object();
-    snapshot.projectEntry = manifest.value("projects").toArray().first().toObject();
-    if (idle)
-        return 0;
-    const ApplyResult result =
-        applyProjectUpdate(snapshot, place.at("project/line3.yslib"), nullptr);
-    if (!result.success)
-        std::fprintf(stderr, "%s\n", qPrintable(result.message));
-    return result.success ? 0 : 1;
-}
-
-// The old project, written out, so that no side pays for the other's disk.
 void putOldProject(const Place &place) {
-    (void)runProcess({"rm", "-rf", place.bytes("project")});
+    (void)runProcess({"rm", "-rf", place.bytes("project"), place.bytes("data")});
     (void)runProcess({"cp", "-a", place.bytes("old"), place.bytes("project")});
-    ::sync();
+    waitForQuietDisk();
 }
 
-double baseline(const Place &place) {
-    const QByteArray zip = place.bytes("line3.zip");
+void runPrograms(const Place &place, bool slow, Programs *sums) {
+    const QByteArray stick = place.bytes("line3.zip");
+    const QByteArray zip = place.bytes("copy.zip");
     const QByteArray project = place.bytes("project");
     const QByteArray staging = place.bytes("staging");
     const QByteArray backup = place.bytes("backup");
-    const std::vector<std::pair<const char *, std::vector<QByteArray>>> steps{
+    const std::vector<std::pair<const char *, Command>> steps{
+        {"cp", slowly(place, slow, {"cp", stick, zip})},
         {"sha256sum", {"sh", "-c", "sha256sum \"$1\" >/dev/null", "sh", zip}},
         {"unzip", {"unzip", "-q", zip, "-d", staging}},
+        {"rm", {"rm", zip}},
         {"cp -a", {"cp", "-a", project, backup}},
+        {"sync -f", {"sync", "-f", backup}},
+        {"sync -f", {"sync", "-f", staging}},
         {"rm -rf", {"rm", "-rf", project}},
         {"mv", {"mv", staging, project}},
         {"rm -rf", {"rm", "-rf", backup}},
     };
-    double sum = 0;
-    std::printf("  baseline:");
+    Times all;
+    Times withoutCopy;
+    Times withoutCopyAndSync;
+    std::printf("  the programs:");
     for (const auto &[name, command] : steps) {
-        const double seconds = runProcess(command).seconds;
-        std::printf(" %s %.2f s", name, seconds);
-        sum += seconds;
+        const Spent spent = runProcess(command);
+        std::printf(" %s %.2f/%.2f", name, spent.seconds, spent.processorSeconds);
+        all.add(spent);
+        const bool copies = name == std::string("cp") || name == std::string("rm");
+        if (!copies)
+            withoutCopy.add(spent);
+        if (!copies && name != std::string("sync -f"))
+            withoutCopyAndSync.add(spent);
     }
-    std::printf(", sum %.2f s\n", sum);
-    return sum;
+    std::printf(", sum %.2f/%.2f s\n", all.wall, all.processor);
+    sums->all.add(all);
+    sums->withoutCopy.add(withoutCopy);
+    sums->withoutCopyAndSync.add(withoutCopyAndSync);
 }
 
-void compareApply(const Place &place, int rounds) {
-    const QByteArray self = place.bytes("app/benchmark_apply");
-    const double idle = runProcess({self, "--idle", QFile::encodeName(place.root)}).peakMebibytes;
-    std::vector<double> ours;
-    std::vector<double> theirs;
+void runApply(const Place &place, bool slow, Side *sums, double *peak) {
+    const Spent spent = runProcess(
+        slowly(place, slow,
+               {place.bytes("app/benchmark_apply"), "--apply", QFile::encodeName(place.root)}));
+    std::printf("  apply: %.2f/%.2f s\n", spent.seconds, spent.processorSeconds);
+    *peak = qMax(*peak, spent.peakMebibytes);
+    Times times;
+    times.add(spent);
+    sums->add(times);
+}
+
+double ratio(const std::vector<double> &ours, const std::vector<double> &theirs) {
+    return median(ours) / median(theirs);
+}
+
+// The row's first line is what scripts/benchmark reads.
+void compareApply(const Place &place, const char *what, bool slow, int rounds) {
+    const double idle =
+        runProcess({place.bytes("app/benchmark_apply"), "--idle", QFile::encodeName(place.root)})
+            .peakMebibytes;
+    Side ours;
+    Programs theirs;
     double peak = 0;
-    for (int round = 0; round < rounds; ++round) {
+    for (int turn = 0; turn < 2 * rounds; ++turn) {
         putOldProject(place);
-        const Spent own = runProcess({self, "--apply", QFile::encodeName(place.root)});
-        ours.push_back(own.seconds);
-        peak = qMax(peak, own.peakMebibytes);
-        std::printf("  apply: %.2f s\n", own.seconds);
-        putOldProject(place);
-        theirs.push_back(baseline(place));
+        if (turn % 4 == 0 || turn % 4 == 3) // ours, theirs; theirs, ours
+            runApply(place, slow, &ours, &peak);
+        else
+            runPrograms(place, slow, &theirs);
         std::fflush(stdout);
     }
-    std::printf("apply: applyProjectUpdate %.2f s, the programs %.2f s, ratio %.2f   (reach 1.4, "
-                "aim 1.1)\n",
-                median(ours), median(theirs), median(ours) / median(theirs));
+    const QByteArray volume = QStorageInfo(place.root).fileSystemType();
+    std::printf(
+        "%s on %s: ratio %.2f in wall time (%.2f s, the programs %.2f s), %.2f in processor "
+        "time (%.2f s, %.2f s), medians of %d rounds\n",
+        what, volume.constData(), ratio(ours.wall, theirs.all.wall), median(ours.wall),
+        median(theirs.all.wall), ratio(ours.processor, theirs.all.processor),
+        median(ours.processor), median(theirs.all.processor), rounds);
+    std::printf(
+        "without the cp of the package: %.2f and %.2f; without sync -f too: %.2f and %.2f\n",
+        ratio(ours.wall, theirs.withoutCopy.wall),
+        ratio(ours.processor, theirs.withoutCopy.processor),
+        ratio(ours.wall, theirs.withoutCopyAndSync.wall),
+        ratio(ours.processor, theirs.withoutCopyAndSync.processor));
     std::printf("memory: peak %.1f MiB, idle %.1f MiB, %.1f MiB above   (reach 64)\n", peak, idle,
                 peak - idle);
 }
@@ -182,20 +194,24 @@ void compareHash(const Place &place, int rounds) {
 
 int main(int argc, char **argv) {
     const QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
+    QStringList arguments = QCoreApplication::arguments();
     if (arguments.value(1) == "--apply" || arguments.value(1) == "--idle")
-        return applyOnly(arguments.value(2), arguments.value(1) == "--idle");
+        return applyPackage({arguments.value(2)}, arguments.value(1) == "--idle");
+    const bool slow = arguments.removeAll("--stick") > 0;
     const auto number = [&arguments](int index, int otherwise) {
         return arguments.size() > index ? arguments.at(index).toInt() : otherwise;
     };
     const QTemporaryDir temporary;
     const Place place{temporary.path()};
     qputenv("XDG_DATA_HOME", place.bytes("data"));
-    makeProject(place, number(1, 2048), number(2, 20000));
-    makeManifest(place);
-    QFile::copy(QCoreApplication::applicationFilePath(), place.at("app/benchmark_apply"));
-    const int rounds = number(3, 3);
-    compareApply(place, rounds);
-    compareHash(place, rounds);
+    const int files = number(2, 20000);
+    makePackage(place, number(1, 2048), files);
+    const QString program = arguments.value(4, QCoreApplication::applicationFilePath());
+    if (!QFile::copy(program, place.at("app/benchmark_apply")))
+        qFatal("cannot copy %s", qPrintable(program));
+    const int rounds = number(3, 7);
+    compareApply(place, slow ? "stick" : (files == 1 ? "one file" : "apply"), slow, rounds);
+    if (!slow)
+        compareHash(place, rounds);
     return 0;
 }
