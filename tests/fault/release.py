@@ -59,7 +59,7 @@ class ReleaseBench:
         project.mkdir()
         (project / "line3.yslib").write_text(json.dumps(PROJECT), encoding="utf-8")
         (project / "main.ys").write_text("int a = 1;\n", encoding="utf-8")
-        self.must("keys", "new", "keys")
+        self.must("keys", "new", "keys", "--no-encrypt")
         self.site = place / "site"
         self.must("update", "release", "site", "line3", "--version", "1.0.0", "--key",
                   "keys/private.pem")

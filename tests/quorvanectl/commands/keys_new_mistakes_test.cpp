@@ -32,6 +32,7 @@ private Q_SLOTS:
 
 void KeysNewTest::aFolderThatIsNotTaken_data() {
     support::addRefusals();
+    // Nobody is asked for a passphrase before that.
     const QString exists = ": exists; a key is never overwritten";
     refusal("a private half lies there", "mkdir k; echo precious >k/private.pem", "@ k",
             "k/private.pem" + exists);
@@ -47,7 +48,7 @@ void KeysNewTest::aFolderThatIsNotTaken_data() {
             "k/update.pub" + exists);
     refusal("a file", "echo mine >k", "@ k", "k: File exists");
     refusal("a link to nowhere", "ln -s nowhere k", "@ k", "k: File exists");
-    refusal("somebody else's", "chmod 755 .; mkdir k", "$user @ k",
+    refusal("somebody else's", "chmod 755 .; mkdir k", "$user @ k --no-encrypt",
             "k/private.pem: Permission denied");
 }
 
@@ -75,8 +76,15 @@ void KeysNewTest::aPassphraseThatIsNotTaken_data() {
             "the passphrase is empty");
     refusal("longer than it may be", "head -c 1024 /dev/zero | tr '\\000' a >words",
             "@ k --passphrase-fd 3 3<words", "the passphrase is longer than 1023 bytes");
-    refusal("nobody to ask", "", "setsid --wait @ k --encrypt",
-            "no terminal to ask for the passphrase at; give it by --passphrase-fd");
+    const QString nobody =
+        "no terminal to ask for the passphrase at; give it by --passphrase-fd, or "
+        "take --no-encrypt for a key without one";
+    refusal("nobody to ask", "", "setsid --wait @ k", nobody);
+    refusal("nobody to ask, by the old option", "", "setsid --wait @ k --encrypt", nobody);
+    refusal("one for a key that has none", "echo secret >words",
+            "@ k --no-encrypt --passphrase-fd 3 3<words", "--no-encrypt goes with no passphrase");
+    refusal("encrypted and not encrypted", "", "@ k --no-encrypt --encrypt",
+            "--no-encrypt goes with no passphrase");
 }
 
 void KeysNewTest::aPassphraseThatIsNotTaken() {
@@ -105,7 +113,7 @@ void KeysNewTest::besideOtherFilesUnderALink() {
     const Desk desk(command, {{"保 险/notes.txt", "mine"}});
     desk.arrange("ln -s '保 险' k; chmod 755 '保 险'");
     const support::FileTree before = desk.tree();
-    const Answer answer = desk.type("@ k");
+    const Answer answer = desk.type("@ k --no-encrypt");
     QCOMPARE(answer.err, QString());
     const QStringList lines = answer.out.split('\n');
     QCOMPARE(lines.size(), 3);

@@ -53,7 +53,7 @@ void KeysNewTest::anEncryptedKeyAndItsPassphraseFromADescriptor() {
 void KeysNewTest::aPassphraseIsAskedForWithoutEcho() {
     const PublisherFolder folder;
     folder.layManifest();
-    support::Terminal make(QUORVANE_TOOL, {"keys", "new", folder.path("keys"), "--encrypt"});
+    support::Terminal make(QUORVANE_TOOL, {"keys", "new", folder.path("keys")});
     QVERIFY2(make.shows("Passphrase of the new key: "), make.screen());
     make.type("secret wordx\b\xE6\xAD\xA3\x7fs\n"); // with two corrections
     QVERIFY2(make.shows("Once more: "), make.screen());
@@ -74,7 +74,7 @@ void KeysNewTest::aPassphraseIsAskedForWithoutEcho() {
 
 void KeysNewTest::twoPassphrasesThatDifferMakeNoKey() {
     const PublisherFolder folder;
-    support::Terminal make(QUORVANE_TOOL, {"keys", "new", folder.path("keys"), "--encrypt"});
+    support::Terminal make(QUORVANE_TOOL, {"keys", "new", folder.path("keys")});
     QVERIFY2(make.shows("Passphrase of the new key: "), make.screen());
     make.type("secret words\n");
     QVERIFY2(make.shows("Once more: "), make.screen());
@@ -85,7 +85,7 @@ void KeysNewTest::twoPassphrasesThatDifferMakeNoKey() {
 
 void KeysNewTest::ctrlCAtThePromptMakesNoKey() {
     const PublisherFolder folder;
-    support::Terminal make(QUORVANE_TOOL, {"keys", "new", folder.path("keys"), "--encrypt"});
+    support::Terminal make(QUORVANE_TOOL, {"keys", "new", folder.path("keys")});
     QVERIFY2(make.shows("Passphrase of the new key: "), make.screen());
     make.type("half\x03");
     QCOMPARE(make.wait(), int(ctl::Refused));
@@ -95,10 +95,11 @@ void KeysNewTest::ctrlCAtThePromptMakesNoKey() {
 
 void KeysNewTest::withoutATerminalNobodyIsAsked() {
     const PublisherFolder folder;
-    const Answer answer = folder.line("setsid --wait quorvanectl keys new keys --encrypt");
+    const Answer answer = folder.line("setsid --wait quorvanectl keys new keys");
     QCOMPARE(answer.status, int(ctl::Refused));
     QCOMPARE(answer.err, QString("quorvanectl: no terminal to ask for the passphrase at; give "
-                                 "it by --passphrase-fd\n"));
+                                 "it by --passphrase-fd, or take --no-encrypt for a key without "
+                                 "one\n"));
 }
 
 void KeysNewTest::noOptionOverwritesAKey() {

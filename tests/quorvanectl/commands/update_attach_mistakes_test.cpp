@@ -112,6 +112,8 @@ void UpdateAttachTest::aPlaceThatIsNotWrittenTo_data() {
             "@ m.json m.sig --key update.pub --out other --force", "other" + isRead);
     refusal("an older manifest that is signed", "", "@ m.json m.sig --out site/manifest.json",
             "site/manifest.json" + exists);
+    refusal("two places", "", "@ m.json m.sig --in-place --out x.json",
+            "--in-place and --out name two places; give one");
     refusal("a folder", "", "@ m.json m.sig --out out --force", "out: is a folder");
     refusal("a folder that is missing", "", "@ m.json m.sig --out none/x.json",
             "none/x.json: No such file or directory");
@@ -190,6 +192,7 @@ void UpdateAttachTest::whatIsAttached_data() {
         "@ b.json m.sig" + toVerified, "x.json");
     row("over the manifest, by force", "", "@ m.json m.sig --key update.pub --out m.json --force",
         "m.json");
+    row("in the manifest's own place", "", "@ m.json m.sig --key update.pub --in-place", "m.json");
     row("a signature whose name begins with a dash, behind two dashes", "cp m.sig ./-m.sig",
         "@ --out x.json -- m.json -m.sig", "x.json");
     row("under a name of a blank and Chinese", "", "@ m.json m.sig --out '签名 清单.json'",

@@ -110,8 +110,8 @@ void UpdateTest::verifyForPrograms() {
              int(ctl::Clean));
     const QString verify = "quorvanectl update verify %1 --key keys/update.pub --format json";
     const QJsonObject good = json(folder, verify.arg("signed.json"));
-    QCOMPARE(good.keys(),
-             QStringList({"canonical_sha256", "details", "message", "ok", "sig_bytes"}));
+    QCOMPARE(good.keys(), QStringList({"canonical_sha256", "details", "key_sha256", "message", "ok",
+                                       "sig_bytes"}));
     QCOMPARE(good["ok"].toBool(), true);
     QCOMPARE(good["sig_bytes"].toInt(), 384);
     QVERIFY(folder.line("quorvanectl update canonical signed.json | openssl dgst -sha256 -r")

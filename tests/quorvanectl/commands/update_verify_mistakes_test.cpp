@@ -16,21 +16,37 @@ namespace {
 const QString command = "quorvanectl update verify";
 const QString seeHelp = "; see quorvanectl update verify --help";
 
-QString verified(const QString &file) {
+// The line that says which key was asked. Two keys in one file: the first counts.
+QString keyLine(const QString &key = "update.pub") {
+    static const QMap<QString, QString> fingerprints = [] {
+        const support::FileTree files = support::publishersFiles();
+        const auto ofPem = [&](const QString &name) {
+            return QString(QCryptographicHash::hash(decodePemBody(files.value(name)),
+                                                    QCryptographicHash::Sha256)
+                               .toHex());
+        };
+        return QMap<QString, QString>{{"ours", ofPem("update.pub")}, {"other", ofPem("other.pub")}};
+    }();
+    const bool isOther = key == "other.pub" || key == "both.pub";
+    return "  " + key + ": public, SHA-256 " + fingerprints.value(isOther ? "other" : "ours") +
+           '\n';
+}
+
+QString verified(const QString &file, const QString &key = "update.pub") {
     return file + ": signature verified\n  signed bytes, SHA-256: " + support::signedSum() +
-           "\n  signature: 384 bytes\n  attempts: BCryptVerifySignature direct\n";
+           "\n  signature: 384 bytes\n  attempts: BCryptVerifySignature direct\n" + keyLine(key);
 }
 
 QString refused(const QString &file, const QString &key, int bytes = 384) {
     return file + ": " + support::verificationFailed(key, support::signedSum(), bytes) +
            "\n  signed bytes, SHA-256: " + support::signedSum() +
            "\n  signature: " + QString::number(bytes) + " bytes\n  attempts: " + support::attempts +
-           "\n";
+           "\n" + keyLine(key);
 }
 
 QString unsignedReport(const QString &reason) {
     return reason + "\n  signed bytes, SHA-256: " + support::signedSum() +
-           "\n  signature: 0 bytes\n";
+           "\n  signature: 0 bytes\n" + keyLine();
 }
 
 } // namespace
@@ -49,6 +65,7 @@ private Q_SLOTS:
     void whatAManifestIsToldToBe();
     void severalManifests_data();
     void severalManifests();
+    void theKeyIsToldAsOpensslSaysIt();
     void severalManifestsForPrograms();
     void aForeignManifestForPrograms();
     void anEditForPrograms();
@@ -169,15 +186,16 @@ void UpdateVerifyTest::whatAManifestIsToldToBe_data() {
             "@ flat.json --key update.pub", {0, verified("flat.json")});
     outcome("in a folder with blanks and Chinese",
             "mkdir '产 线'; cp signed.json '产 线/清单 1.json'; cp update.pub '产 线/公 钥.pub'",
-            "@ '产 线/清单 1.json' --key '产 线/公 钥.pub'", {0, verified("产 线/清单 1.json")});
+            "@ '产 线/清单 1.json' --key '产 线/公 钥.pub'",
+            {0, verified("产 线/清单 1.json", "产 线/公 钥.pub")});
     outcome("from another folder", "", "cd stick && @ ../signed.json --key ../update.pub",
-            {0, verified("../signed.json")});
+            {0, verified("../signed.json", "../update.pub")});
     outcome("a dash in front of its name, behind two dashes", "cp signed.json ./-m.json",
             "@ --key update.pub -- -m.json", {0, verified("-m.json")});
     outcome("a key with the line ends of Windows", R"(sed -i 's/$/\r/' update.pub)",
             "@ signed.json --key update.pub", {0, verified("signed.json")});
     outcome("a key behind a byte-order mark", R"((printf '\357\273\277'; cat update.pub) >b.pub)",
-            "@ signed.json --key b.pub", {0, verified("signed.json")});
+            "@ signed.json --key b.pub", {0, verified("signed.json", "b.pub")});
     outcome("of two keys the last counts", "", "@ signed.json --key other.pub --key update.pub",
             {0, verified("signed.json")});
     outcome("of two formats the last counts", "",
@@ -214,39 +232,49 @@ void UpdateVerifyTest::severalManifests_data() {
     const QString unsignedOne = "m.json: signature is empty\n";
     const QString missing = "none.json: no such file\n";
     outcome("all good", "cp signed.json b.json", "@ signed.json b.json --key update.pub",
-            {0, good + "b.json: signature verified\n"});
+            {0, good + "b.json: signature verified\n" + keyLine()});
     outcome("the same one twice", "", "@ signed.json signed.json --key update.pub",
-            {0, good + good});
+            {0, good + good + keyLine()});
     outcome("one that is not signed", "", "@ signed.json m.json signed.json --key update.pub",
-            {1, good + unsignedOne + good});
+            {1, good + unsignedOne + good + keyLine()});
     outcome("another publisher's", "", "@ signed.json m.json --key other.pub",
             {1, "signed.json: " + support::verificationFailed("other.pub", support::signedSum()) +
-                    "\n" + unsignedOne});
+                    "\n" + unsignedOne + keyLine("other.pub")});
     outcome("one that is missing is told in its place", "",
-            "@ m.json none.json signed.json --key update.pub", {2, unsignedOne + missing + good});
+            "@ m.json none.json signed.json --key update.pub",
+            {2, unsignedOne + missing + good + keyLine()});
     outcome("the missing one first, and the worst counts", "",
-            "@ none.json m.json --key update.pub", {2, missing + unsignedOne});
+            "@ none.json m.json --key update.pub", {2, missing + unsignedOne + keyLine()});
     outcome("one that is no JSON", "echo '[' >x.json", "@ signed.json x.json --key update.pub",
-            {2, good + "x.json: is no JSON: line 2, column 1: unterminated array\n"});
+            {2, good + "x.json: is no JSON: line 2, column 1: unterminated array\n" + keyLine()});
     outcome("an array and a folder", "echo '[1]' >x.json",
             "@ x.json site signed.json --key update.pub",
-            {2, "x.json: is no JSON object\nsite: is a folder\n" + good});
+            {2, "x.json: is no JSON object\nsite: is a folder\n" + good + keyLine()});
     outcome("a pipe is not waited for", "mkfifo pipe", "@ pipe signed.json --key update.pub",
-            {2, "pipe: is no plain file\n" + good});
+            {2, "pipe: is no plain file\n" + good + keyLine()});
     outcome("somebody else's", "chmod 755 .; cp signed.json x.json; chmod 000 x.json",
             "$user @ signed.json x.json --key update.pub",
-            {2, good + "x.json: Permission denied\n"});
+            {2, good + "x.json: Permission denied\n" + keyLine()});
     outcome("a line feed in a name is spelled out", "",
-            "@ 'a\nb.json' signed.json --key update.pub", {2, "a\\nb.json: no such file\n" + good});
+            "@ 'a\nb.json' signed.json --key update.pub",
+            {2, "a\\nb.json: no such file\n" + good + keyLine()});
     outcome("a name with a blank and no quotes", "cp signed.json 'my update.json'",
             "@ my update.json --key update.pub",
-            {2, "my: no such file\nupdate.json: no such file\n"});
+            {2, "my: no such file\nupdate.json: no such file\n" + keyLine()});
     outcome("one alone is told in full", "", "@ signed.json --key update.pub",
             {0, verified("signed.json")});
 }
 
 void UpdateVerifyTest::severalManifests() {
     support::expectOutcome(PublisherDesk(command));
+}
+
+void UpdateVerifyTest::theKeyIsToldAsOpensslSaysIt() {
+    const PublisherDesk desk(command);
+    const QString sum =
+        desk.type("openssl pkey -pubin -in update.pub -outform DER | openssl sha256 -r")
+            .out.left(64);
+    QCOMPARE(keyLine(), "  update.pub: public, SHA-256 " + sum + '\n');
 }
 
 void UpdateVerifyTest::severalManifestsForPrograms() {
@@ -257,6 +285,7 @@ void UpdateVerifyTest::severalManifestsForPrograms() {
     {
         "canonical_sha256": "%1",
         "details": "BCryptVerifySignature direct",
+        "key_sha256": "%2",
         "manifest": "signed.json",
         "message": "signature verified",
         "ok": true,
@@ -265,6 +294,7 @@ void UpdateVerifyTest::severalManifestsForPrograms() {
     {
         "canonical_sha256": "%1",
         "details": "",
+        "key_sha256": "%2",
         "manifest": "m.json",
         "message": "signature is empty",
         "ok": false,
@@ -273,6 +303,7 @@ void UpdateVerifyTest::severalManifestsForPrograms() {
     {
         "canonical_sha256": "",
         "details": "",
+        "key_sha256": "%2",
         "manifest": "none.json",
         "message": "no such file",
         "ok": false,
@@ -280,7 +311,7 @@ void UpdateVerifyTest::severalManifestsForPrograms() {
     }
 ]
 )")
-                             .arg(support::signedSum()));
+                             .arg(support::signedSum(), keyLine().trimmed().section(' ', -1)));
     QCOMPARE(answer.err, QString());
     QCOMPARE(answer.status, 2);
 }
@@ -291,13 +322,15 @@ void UpdateVerifyTest::aForeignManifestForPrograms() {
     QCOMPARE(answer.out, QString(R"({
     "canonical_sha256": "%1",
     "details": "%2",
+    "key_sha256": "%4",
     "message": "%3",
     "ok": false,
     "sig_bytes": 384
 }
 )")
                              .arg(support::signedSum(), support::attempts,
-                                  support::verificationFailed("other.pub", support::signedSum())));
+                                  support::verificationFailed("other.pub", support::signedSum()),
+                                  keyLine("other.pub").trimmed().section(' ', -1)));
     QCOMPARE(answer.err, QString());
     QCOMPARE(answer.status, 1);
 }

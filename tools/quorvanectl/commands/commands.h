@@ -28,6 +28,7 @@ namespace ctl {
 [[nodiscard]] Command updateAttach();
 [[nodiscard]] Command updateCanonical();
 [[nodiscard]] Command updateExplain();
+[[nodiscard]] Command updateInfo();
 [[nodiscard]] Command updateLint();
 [[nodiscard]] Command updateManifest();
 [[nodiscard]] Command updateStick();
@@ -40,5 +41,6 @@ namespace ctl {
 [[nodiscard]] Command updatePack();
 [[nodiscard]] Command updateRelease();
 [[nodiscard]] Command updateSign();
+[[nodiscard]] Command updateWithdraw();
 
 } // namespace ctl

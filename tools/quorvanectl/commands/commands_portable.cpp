@@ -7,8 +7,8 @@ const std::vector<Command> &allCommands() {
         projectCheck(),  projectGraph(),    projectNew(),    projectRecover(), scriptCheck(),
         scriptTokens(),  scriptTree(),      libraryList(),   updatePack(),     updateManifest(),
         updateLint(),    updateCanonical(), updateAttach(),  updateVerify(),   updateStick(),
-        updateExplain(), updateSign(),      updateRelease(), keysNew(),        supportCollect(),
-        logCommand(),    doctor(),
+        updateExplain(), updateSign(),      updateRelease(), updateWithdraw(), updateInfo(),
+        keysNew(),       supportCollect(),  logCommand(),    doctor(),
     };
     return table;
 }

@@ -6,10 +6,10 @@ namespace ctl {
 
 const std::vector<Command> &allCommands() {
     static const std::vector<Command> table{
-        projectCheck(),   projectGraph(), projectNew(),      projectRecover(),
-        scriptCheck(),    scriptTokens(), scriptTree(),      libraryList(),
-        updateManifest(), updateLint(),   updateCanonical(), updateAttach(),
-        updateVerify(),   updateStick(),  updateExplain(),   logCommand(),
+        projectCheck(),    projectGraph(), projectNew(),   projectRecover(), scriptCheck(),
+        scriptTokens(),    scriptTree(),   libraryList(),  updateManifest(), updateLint(),
+        updateCanonical(), updateAttach(), updateVerify(), updateStick(),    updateExplain(),
+        updateInfo(),      logCommand(),
     };
     return table;
 }

@@ -2,7 +2,9 @@
 
 #include "quorvanectl/commands/passphrase_option.h"
 #include "quorvanectl/files/file_access.h"
+#include "quorvanectl/manifest/manifest_attach.h"
 #include "quorvanectl/manifest/public_key.h"
+#include "update/canonical_manifest.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -41,6 +43,15 @@ SigningKey readSigningKey(const QCommandLineParser &parser, const Console &conso
     if (key.isValid() && isOpen)
         tell(console, QStringLiteral("%1: others can read this private key").arg(path));
     return key;
+}
+
+QByteArray signedWith(const SigningKey &key, const QString &manifestText) {
+    const QByteArray signature = key.sign(canonicalManifestText(manifestText).toUtf8());
+    return signature.isEmpty() ? QByteArray() : withSignature(manifestText, signature).toUtf8();
+}
+
+QString cannotSign() {
+    return QStringLiteral("OpenSSL cannot sign with this key");
 }
 
 } // namespace ctl

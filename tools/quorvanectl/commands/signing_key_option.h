@@ -4,6 +4,8 @@
 #include "quorvanectl/keys/signing_key.h"
 #include "quorvanectl/shell/console.h"
 
+#include <QByteArray>
+
 class QCommandLineParser;
 
 namespace ctl {
@@ -15,5 +17,9 @@ void declareSigningKey(QCommandLineParser &parser);
 // told on the console. Invalid, with a line in `error`, if there is none to sign with.
 [[nodiscard]] SigningKey readSigningKey(const QCommandLineParser &parser, const Console &console,
                                         QString *error);
+
+// The manifest with the key's signature; empty if there is none to be had, which cannotSign() tells.
+[[nodiscard]] QByteArray signedWith(const SigningKey &key, const QString &manifestText);
+[[nodiscard]] QString cannotSign();
 
 } // namespace ctl

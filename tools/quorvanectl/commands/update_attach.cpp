@@ -14,7 +14,7 @@ namespace {
 void declare(QCommandLineParser &parser) {
     declarePublicKey(parser,
                      QStringLiteral("Refuses a signature that this public key does not verify."));
-    declareOut(parser, QStringLiteral(", not to standard output"));
+    declareOut(parser, QStringLiteral(", not to standard output"), Place::OutOrInPlace);
 }
 
 int run(const QCommandLineParser &parser, Console &console) {
@@ -41,7 +41,7 @@ int run(const QCommandLineParser &parser, Console &console) {
         tell(console, QStringLiteral("%1: %2").arg(signaturePath, verified.message));
         return Findings;
     }
-    return deliver(complete.toUtf8(), parser, console, {signaturePath, key});
+    return deliver(complete.toUtf8(), parser, console, {signaturePath, key}, Place::OutOrInPlace);
 }
 
 } // namespace

@@ -4,45 +4,33 @@
 #include "quorvanectl/commands/update_options.h"
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/json_input.h"
-#include "quorvanectl/manifest/manifest_attach.h"
-#include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/progress.h"
-#include "update/canonical_manifest.h"
 
 namespace ctl {
 namespace {
 
 void declare(QCommandLineParser &parser) {
     declareSigningKey(parser);
-    declareOut(parser, QStringLiteral(", not to standard output"));
+    declareOut(parser, QStringLiteral(", not to standard output"), Place::OutOrInPlace);
 }
 
 int run(const QCommandLineParser &parser, Console &console) {
-    const QString out = parser.value(QStringLiteral("out"));
     QString error;
     const QString text = readText(firstArgument(parser), &error);
-    const QString keyPath = parser.value(QStringLiteral("key"));
-    if (text.isNull() || !mayDeliver(parser, {keyPath}, &error))
+    const QStringList inputs{parser.value(QStringLiteral("key"))};
+    if (text.isNull() || !mayDeliver(parser, inputs, &error, Place::OutOrInPlace))
         return refuse(console, error);
     if (!isJsonObject(firstArgument(parser), text, &error))
         return refuse(console, error);
     const SigningKey key = readSigningKey(parser, console, &error);
     if (!key.isValid())
         return refuse(console, error);
-    const QByteArray complete = whileTelling(console, QStringLiteral("signing"), [&] {
-        const QByteArray signature = key.sign(canonicalManifestText(text).toUtf8());
-        return signature.isEmpty() ? QByteArray() : withSignature(text, signature).toUtf8();
-    });
+    const QByteArray complete =
+        whileTelling(console, QStringLiteral("signing"), [&] { return signedWith(key, text); });
     if (complete.isEmpty())
-        return refuse(console, QStringLiteral("OpenSSL cannot sign with this key"));
-    if (out.isEmpty())
-        print(console, QString::fromUtf8(complete));
-    else if (!writeFile(out, complete, isForced(parser), &error))
-        return refuse(console, error);
-    else
-        printLine(console, QStringLiteral("%1: signed with a key of %2 bits")
-                               .arg(spelledOut(out), QString::number(key.bits())));
-    return Clean;
+        return refuse(console, cannotSign());
+    return deliver(complete, parser, console, inputs, Place::OutOrInPlace,
+                   QStringLiteral("signed with a key of %1 bits").arg(key.bits()));
 }
 
 } // namespace

@@ -31,6 +31,12 @@ void printReport(const Console &console, const QString &path, const VerifyReport
         printLine(console, QStringLiteral("  attempts: %1").arg(report.details));
 }
 
+// Which key it was, for programs.
+QJsonObject withKey(QJsonObject report, const QString &key) {
+    report.insert(QStringLiteral("key_sha256"), fingerprintIn(key));
+    return report;
+}
+
 int verifyOne(const QString &path, const QString &key, const QString &format,
               const Console &console) {
     QString error;
@@ -39,10 +45,12 @@ int verifyOne(const QString &path, const QString &key, const QString &format,
         return refuse(console, error);
     const VerifyReport report = whileTelling(console, QStringLiteral("reading the manifest"),
                                              [&] { return verifyReport(text, key); });
-    if (format == QLatin1String("json"))
-        printJson(console, QJsonDocument(toJson(report)));
-    else
+    if (format == QLatin1String("json")) {
+        printJson(console, QJsonDocument(withKey(toJson(report), key)));
+    } else {
         printReport(console, path, report);
+        printPublicKey(console, key);
+    }
     return report.ok ? Clean : Findings;
 }
 
@@ -77,19 +85,20 @@ QVector<Verified> verifyEach(const QStringList &paths, const QString &key, const
     return all;
 }
 
-void printLines(const Console &console, const QVector<Verified> &all) {
+void printLines(const Console &console, const QVector<Verified> &all, const QString &key) {
     for (const Verified &one : all) {
         const Ink ink = one.status == Clean ? Ink::Good : Ink::Error;
         printLine(console, QStringLiteral("%1: %2").arg(
                                spelledOut(one.manifest),
                                inked(console, ink, spelledOut(one.report.message))));
     }
+    printPublicKey(console, key);
 }
 
-QJsonDocument toJson(const QVector<Verified> &all) {
+QJsonDocument toJson(const QVector<Verified> &all, const QString &key) {
     QJsonArray list;
     for (const Verified &one : all) {
-        QJsonObject element = toJson(one.report);
+        QJsonObject element = withKey(toJson(one.report), key);
         element.insert(QStringLiteral("manifest"), one.manifest);
         list.append(element);
     }
@@ -104,9 +113,9 @@ int verifySeveral(const QStringList &paths, const QString &key, const QString &f
         return refuse(console, error);
     const QVector<Verified> all = verifyEach(paths, key, console);
     if (format == QLatin1String("json"))
-        printJson(console, toJson(all));
+        printJson(console, toJson(all, key));
     else
-        printLines(console, all);
+        printLines(console, all, key);
     const auto worst =
         std::max_element(all.begin(), all.end(), [](const Verified &one, const Verified &other) {
             return one.status < other.status;

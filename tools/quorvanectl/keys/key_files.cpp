@@ -2,9 +2,10 @@
 
 #include "frame/app_paths.h"
 #include "quorvanectl/files/file_access.h"
+#include "quorvanectl/files/fingerprint.h"
 #include "quorvanectl/files/interruption.h"
 #include "quorvanectl/keys/signing_key.h"
-#include "quorvanectl/manifest/public_key.h"
+#include "update/manifest_signature.h"
 
 #include <QDir>
 #include <QFile>
@@ -67,6 +68,14 @@ bool writeNew(const QString &path, const QByteArray &content, mode_t mode, QStri
     return whole;
 }
 
+QString privatePathIn(const QString &folder) {
+    return QDir(folder).filePath(QStringLiteral("private.pem"));
+}
+
+QString publicPathIn(const QString &folder) {
+    return QDir(folder).filePath(QLatin1String(updatePublicKeyName));
+}
+
 bool isFree(const QString &path, QString *error) {
     if (!isTaken(path))
         return true;
@@ -76,17 +85,23 @@ bool isFree(const QString &path, QString *error) {
 
 } // namespace
 
+bool isFreeForKeys(const QString &folder, QString *error) {
+    if (!isFree(privatePathIn(folder), error) || !isFree(publicPathIn(folder), error))
+        return false;
+    if (isTaken(folder) && !QFileInfo(folder).isDir()) {
+        errno = EEXIST;
+        *error = QStringLiteral("%1: %2").arg(folder, systemError());
+        return false;
+    }
+    return true;
+}
+
 KeyFiles makeKeyFiles(const QString &folder, const Passphrase *passphrase) {
     KeyFiles files;
-    files.privatePath = QDir(folder).filePath(QStringLiteral("private.pem"));
-    files.publicPath = QDir(folder).filePath(QLatin1String(updatePublicKeyName));
-    if (!isFree(files.privatePath, &files.error) || !isFree(files.publicPath, &files.error))
+    files.privatePath = privatePathIn(folder);
+    files.publicPath = publicPathIn(folder);
+    if (!isFreeForKeys(folder, &files.error)) // told before the key is made
         return files;
-    if (isTaken(folder) && !QFileInfo(folder).isDir()) { // told before the key is made
-        errno = EEXIST;
-        files.error = QStringLiteral("%1: %2").arg(folder, systemError());
-        return files;
-    }
     const SigningKey key = SigningKey::make(&files.error);
     if (!key.isValid() || !makeFolder(folder, &files.error))
         return files;
@@ -104,7 +119,7 @@ KeyFiles makeKeyFiles(const QString &folder, const Passphrase *passphrase) {
     files.ok = writeNew(files.publicPath, publicPem, everybody, &files.error);
     if (!files.ok)
         ::unlink(QFile::encodeName(files.privatePath).constData()); // made a moment ago
-    files.fingerprint = fingerprintOf(QString::fromLatin1(publicPem));
+    files.fingerprint = fingerprintOf(decodePemBody(QString::fromLatin1(publicPem)));
     return files;
 }
 

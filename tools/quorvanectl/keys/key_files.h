@@ -12,8 +12,11 @@ struct KeyFiles {
     QString error;
     QString privatePath;
     QString publicPath;
-    QString fingerprint; // as fingerprintOf() of public_key.h gives it
+    QString fingerprint; // as fingerprintOf() of fingerprint.h gives it
 };
+
+// Whether a pair may be made there, as far as it can be seen: to be asked before a passphrase is.
+[[nodiscard]] bool isFreeForKeys(const QString &folder, QString *error);
 
 // Makes the pair in `folder`, which is made for its owner alone if it is missing. The private half
 // is readable by its owner alone from the moment it exists. A file that is there already is never

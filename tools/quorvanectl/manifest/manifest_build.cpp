@@ -183,6 +183,13 @@ QString timeBehind(const QJsonObject &previous) {
     return (next > now ? next : now).toString(Qt::ISODate);
 }
 
+QJsonObject publishedAgain(const QJsonObject &manifest, const QJsonObject &published) {
+    QJsonObject again = manifest;
+    again.remove(manifest_keys::signature);
+    again.insert(manifest_keys::publishedAt, timeBehind(published));
+    return again;
+}
+
 QByteArray manifestBytes(const QJsonObject &manifest) {
     return QJsonDocument(manifest).toJson(QJsonDocument::Indented);
 }

@@ -30,6 +30,9 @@ struct ManifestWish {
 // it, since a later manifest says a later time.
 [[nodiscard]] QString timeBehind(const QJsonObject &previous);
 
+// What a manifest offered, published once more behind `published`. It is not signed.
+[[nodiscard]] QJsonObject publishedAgain(const QJsonObject &manifest, const QJsonObject &published);
+
 // Indented JSON that ends in a line feed.
 [[nodiscard]] QByteArray manifestBytes(const QJsonObject &manifest);
 

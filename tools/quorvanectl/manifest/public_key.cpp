@@ -1,11 +1,11 @@
 #include "quorvanectl/manifest/public_key.h"
 #include "quorvanectl/files/file_access.h"
+#include "quorvanectl/files/fingerprint.h"
 #include "update/canonical_manifest.h"
 #include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
 #include "update/rsa_attempts.h"
 
-#include <QCryptographicHash>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -25,9 +25,9 @@ bool isPublicKey(const QString &path, QString *error) {
     return false;
 }
 
-QString fingerprintOf(const QString &publicPem) {
-    return QString::fromLatin1(
-        QCryptographicHash::hash(decodePemBody(publicPem), QCryptographicHash::Sha256).toHex());
+QString fingerprintIn(const QString &path) {
+    QString error;
+    return fingerprintOf(decodePemBody(readText(path, &error)));
 }
 
 bool verifiesWith(const QString &manifestText, const QByteArray &publicPem) {

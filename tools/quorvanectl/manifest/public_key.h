@@ -12,9 +12,8 @@ constexpr int smallestSignature = 128; // bytes, of an RSA key of 1024 bits
 // receives one line.
 [[nodiscard]] bool isPublicKey(const QString &path, QString *error);
 
-// The SHA-256 of the key in a PEM text, in DER form, for two people to compare: what
-// `openssl pkey -pubin -in update.pub -outform DER | openssl sha256` says.
-[[nodiscard]] QString fingerprintOf(const QString &publicPem);
+// The fingerprint of the key in a PEM file that isPublicKey() has seen.
+[[nodiscard]] QString fingerprintIn(const QString &path);
 
 // Whether the manifest carries a signature of the key in `publicPem`, as a launcher would find.
 [[nodiscard]] bool verifiesWith(const QString &manifestText, const QByteArray &publicPem);

@@ -45,6 +45,8 @@ ProjectPackage inspectPackage(const QString &zipPath, const QString &workFolder)
     if (!package.unpacked)
         return package;
     package.files = filesBelow(folder);
+    for (const QString &file : qAsConst(package.files))
+        package.sizes.append(QFileInfo(QDir(folder).filePath(file)).size());
     package.projectFiles = projectFilesAmong(package.files);
     package.hasLogs = QFileInfo(QDir(folder).filePath(apply_places::keptFolder())).isDir();
     readProject(folder, &package);

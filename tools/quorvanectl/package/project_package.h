@@ -14,6 +14,7 @@ struct ProjectPackage {
     QString error;                // why it does not unpack
     bool isUnsafe = false;        // because an entry would leave the folder
     QStringList files;            // relative paths, sorted
+    QVector<qint64> sizes;        // theirs, in bytes
     QStringList projectFiles;     // see projectFilesAmong
     bool hasLogs = false;         // it brings a folder `logs`
     QString name;                 // of the project file that the launcher would find
