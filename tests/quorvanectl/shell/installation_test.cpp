@@ -30,8 +30,10 @@ private Q_SLOTS:
     void whateverIsTextIsALibrary_data();
     void whateverIsTextIsALibrary();
     void aLaterLibraryTakesThePlaceOfAnEarlierOne();
-    void withoutOneCommandsSayWhereItShouldLie_data();
-    void withoutOneCommandsSayWhereItShouldLie();
+    void withoutOneTheBuiltInOneIsTaken_data();
+    void withoutOneTheBuiltInOneIsTaken();
+    void theBuiltInOneIsThatOfTheSourceTree();
+    void anInstalledOneThatCannotBeUsedIsNotPassedOver();
     void nothingIsMadeInAnInstallationThatHasNone();
 };
 
@@ -114,21 +116,48 @@ void InstallationTest::aLaterLibraryTakesThePlaceOfAnEarlierOne() {
     QVERIFY(!FunctionLibrary::instance().otherWords.contains("alpha"));
 }
 
-void InstallationTest::withoutOneCommandsSayWhereItShouldLie_data() {
+// Each goes on to what it was asked for, with the words of the installation that is built here.
+void InstallationTest::withoutOneTheBuiltInOneIsTaken_data() {
     QTest::addColumn<QStringList>("arguments");
-    QTest::newRow("library list") << QStringList{"library", "list"};
-    QTest::newRow("project check") << QStringList{"project", "check", "none.yslib"};
-    QTest::newRow("project graph") << QStringList{"project", "graph", "none.yslib"};
-    QTest::newRow("project recover") << QStringList{"project", "recover", "none.yslib"};
-    QTest::newRow("script check") << QStringList{"script", "check", "none.ys"};
-    QTest::newRow("update manifest") << QStringList{"update", "manifest", "--out", "none.json"};
+    QTest::addColumn<QString>("rest"); // of the errors
+    const QString missing = "quorvanectl: none.x: no such file\n";
+    QTest::newRow("library list") << QStringList{"library", "list"} << QString();
+    QTest::newRow("project check") << QStringList{"project", "check", "none.x"} << missing;
+    QTest::newRow("project graph") << QStringList{"project", "graph", "none.x"} << missing;
+    QTest::newRow("script check") << QStringList{"script", "check", "none.x"} << missing;
+    QTest::newRow("update info") << QStringList{"update", "info", "@/a.zip"}
+                                 << "quorvanectl: @/a.zip: Not a zip archive\n";
+    QTest::newRow("update manifest")
+        << QStringList{"update", "manifest", "--out", "@/m.json"} << QString();
 }
 
-void InstallationTest::withoutOneCommandsSayWhereItShouldLie() {
+void InstallationTest::withoutOneTheBuiltInOneIsTaken() {
     QFETCH(QStringList, arguments);
+    QFETCH(QString, rest);
+    support::writeTree(folder->path(), {{"a.zip", "PK"}});
+    arguments.replaceInStrings("@", folder->path());
     const Answer answer = support::runTool(arguments);
-    QCOMPARE(answer.err, "quorvanectl: " + ctl::installedLibraryPath() + ": no such file\n");
-    QCOMPARE(answer.out, QString());
+    QCOMPARE(answer.err,
+             QString("quorvanectl: no installation lies beside this program; scripts are read with "
+                     "the function library that is built in\n") +
+                 rest.replace("@", folder->path()));
+    QCOMPARE(answer.status, rest.isEmpty() ? 0 : 2);
+}
+
+void InstallationTest::theBuiltInOneIsThatOfTheSourceTree() {
+    const Answer builtIn = support::runTool({"library", "list"});
+    QFile file(QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini");
+    const Answer given = support::runTool({"library", "list", file.fileName()});
+    QVERIFY2(given.out.size() > 1000, qPrintable(given.err));
+    QCOMPARE(builtIn.out, given.out);
+}
+
+void InstallationTest::anInstalledOneThatCannotBeUsedIsNotPassedOver() {
+    const QString place = ctl::installedLibraryPath();
+    QVERIFY(QDir().mkpath(place));
+    const Answer answer = support::runTool({"library", "list"});
+    QVERIFY(QDir().rmdir(place));
+    QCOMPARE(answer.err, "quorvanectl: " + place + ": is a folder\n");
     QCOMPARE(answer.status, 2);
 }
 

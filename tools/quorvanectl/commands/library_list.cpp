@@ -128,14 +128,17 @@ int run(const QCommandLineParser &parser, Console &console) {
     const QString format = chosenFormat(parser, textOrJson(), &error);
     const bool asJson = format == QLatin1String("json");
     QJsonObject json;
+    if (format.isEmpty())
+        return refuse(console, error);
+    const QString path = given.isEmpty() ? standingLibraryPath(console) : given.constFirst();
     const auto read = [&] {
-        if (!loadLibrary(given.isEmpty() ? installedLibraryPath() : given.constFirst(), &error))
+        if (!loadLibrary(path, &error))
             return false;
         if (asJson)
             json = libraryJson(FunctionLibrary::instance());
         return true;
     };
-    if (format.isEmpty() || !whileTelling(console, QStringLiteral("reading the library"), read))
+    if (!whileTelling(console, QStringLiteral("reading the library"), read))
         return refuse(console, error);
     if (asJson)
         printJson(console, QJsonDocument(json));

@@ -130,7 +130,7 @@ int run(const QCommandLineParser &parser, Console &console) {
     QString error;
     const QString format = chosenFormat(parser, formats(), &error);
     ProjectFindings findings;
-    if (format.isEmpty() || !loadLibrary(parser, &error))
+    if (format.isEmpty() || !loadLibrary(parser, console, &error))
         return refuse(console, error);
     if (!findWithProgress(parser, console, &findings, &error)) {
         // A build server shows where a file ceases to be a project file; it reads no error stream.

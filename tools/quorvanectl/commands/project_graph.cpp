@@ -35,7 +35,7 @@ QString formed(const ProjectGraph &graph, const QString &format, QString *error)
 int run(const QCommandLineParser &parser, Console &console) {
     QString error;
     const QString format = chosenFormat(parser, formats(), &error);
-    if (format.isEmpty() || !loadLibrary(parser, &error))
+    if (format.isEmpty() || !loadLibrary(parser, console, &error))
         return refuse(console, error);
     const QString path = firstArgument(parser);
     const QString what = QStringLiteral("reading the scripts of %1").arg(path);

@@ -31,7 +31,7 @@ int run(const QCommandLineParser &parser, Console &console) {
     ScriptReport report;
     QString error;
     const auto check = [&] { return checkText(script.path, script.text, &report, &error); };
-    if (!readScript(parser, &script, &error) ||
+    if (!readScript(parser, console, &script, &error) ||
         !whileTelling(console, QStringLiteral("checking %1").arg(script.path), check))
         return refuse(console, error);
     if (script.asJson)

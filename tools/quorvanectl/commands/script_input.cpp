@@ -11,10 +11,11 @@ void declareScript(QCommandLineParser &parser) {
     declareFormat(parser, textOrJson());
 }
 
-bool readScript(const QCommandLineParser &parser, Script *script, QString *error) {
+bool readScript(const QCommandLineParser &parser, const Console &console, Script *script,
+                QString *error) {
     script->path = firstArgument(parser);
     const QString format = chosenFormat(parser, textOrJson(), error);
-    if (format.isEmpty() || !loadLibrary(parser, error))
+    if (format.isEmpty() || !loadLibrary(parser, console, error))
         return false;
     if (script->path.endsWith(QLatin1String(".yslib"), Qt::CaseInsensitive)) {
         *error = QStringLiteral("%1: is a project file; quorvanectl project check reads those")

@@ -1,6 +1,8 @@
 // What all commands of the family `script` begin with: a script's text, with its library loaded.
 #pragma once
 
+#include "quorvanectl/shell/console.h"
+
 #include <QString>
 
 class QCommandLineParser;
@@ -18,6 +20,7 @@ void declareScript(QCommandLineParser &parser);
 
 // Reads the script that the first argument names. False, with a line in `error`, if it, its library
 // or the form of the output cannot be used.
-[[nodiscard]] bool readScript(const QCommandLineParser &parser, Script *script, QString *error);
+[[nodiscard]] bool readScript(const QCommandLineParser &parser, const Console &console,
+                              Script *script, QString *error);
 
 } // namespace ctl

@@ -13,7 +13,7 @@ namespace {
 int run(const QCommandLineParser &parser, Console &console) {
     Script script;
     QString refusal;
-    if (!readScript(parser, &script, &refusal))
+    if (!readScript(parser, console, &script, &refusal))
         return refuse(console, refusal);
     return printScript(script, console, [&](const ast::TextSink &sink, QString *error) {
         ast::ScriptCheckContext context = ast::makeCheckContext(script.text);

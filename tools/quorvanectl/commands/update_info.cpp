@@ -131,7 +131,7 @@ int tellPackage(const QString &path, const QCommandLineParser &parser, const QSt
                                               "the manifest that names it")
                                    .arg(path));
     }
-    if (!loadLibrary(parser, &error))
+    if (!loadLibrary(parser, console, &error))
         return refuse(console, error);
     const ProjectPackage package =
         whileTelling(console, QStringLiteral("unpacking"), [&] { return inspectPackage(path); });

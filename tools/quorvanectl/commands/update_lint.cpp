@@ -57,7 +57,7 @@ int run(const QCommandLineParser &parser, Console &console) {
     LintSubject subject;
     if (format.isEmpty() || !readManifestBytes(path, &subject.manifest, &error) ||
         (!previous.isEmpty() && !readManifestBytes(previous, &subject.previous, &error)) ||
-        !loadLibrary(parser, &error))
+        !loadLibrary(parser, console, &error))
         return refuse(console, error);
     subject.folder = QFileInfo(path).absolutePath();
     subject.base = parser.value(QStringLiteral("base"));

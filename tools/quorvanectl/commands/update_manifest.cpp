@@ -132,7 +132,7 @@ bool readWish(const QCommandLineParser &parser, ManifestWish *wish, QString *err
 int run(const QCommandLineParser &parser, Console &console) {
     ManifestWish wish;
     QString error;
-    if (!readWish(parser, &wish, &error) || !loadLibrary(parser, &error))
+    if (!readWish(parser, &wish, &error) || !loadLibrary(parser, console, &error))
         return refuse(console, error);
     const QJsonObject manifest = whileTelling(console, QStringLiteral("reading the packages"),
                                               [&] { return buildManifest(wish, &error); });

@@ -27,7 +27,7 @@ int run(const QCommandLineParser &parser, Console &console) {
     if (out.isEmpty())
         return refuse(console, QStringLiteral("--out must name the folder to write to"));
     QString error;
-    if (!loadLibrary(parser, &error))
+    if (!loadLibrary(parser, console, &error))
         return refuse(console, error);
     const QString folder = firstArgument(parser);
     const PackResult result = whileTelling(console, QStringLiteral("packing %1").arg(folder), [&] {

@@ -54,7 +54,7 @@ int run(const QCommandLineParser &parser, Console &console) {
     if (!isFullVersion(wish.version))
         return refuse(console, notFullVersion(wish.version));
     QString error;
-    if (!loadLibrary(parser, &error))
+    if (!loadLibrary(parser, console, &error))
         return refuse(console, error);
     const SigningKey key = readSigningKey(parser, console, &error);
     if (!key.isValid())

@@ -6,6 +6,11 @@
 
 #include <QCommandLineParser>
 
+// Of a resource in a static library somebody has to ask; the macro wants no namespace around it.
+static void initializeBuiltIn() {
+    Q_INIT_RESOURCE(function_library);
+}
+
 namespace ctl {
 namespace {
 
@@ -29,8 +34,19 @@ QString libraryPath(const QCommandLineParser &parser) {
     return parser.isSet(libraryOption) ? parser.value(libraryOption) : installedLibraryPath();
 }
 
-bool loadLibrary(const QCommandLineParser &parser, QString *error) {
-    return loadLibrary(libraryPath(parser), error);
+bool loadLibrary(const QCommandLineParser &parser, const Console &console, QString *error) {
+    return loadLibrary(
+        parser.isSet(libraryOption) ? libraryPath(parser) : standingLibraryPath(console), error);
+}
+
+QString standingLibraryPath(const Console &console) {
+    const QString installed = installedLibraryPath();
+    if (isTaken(installed)) // one that cannot be used is refused, not passed over
+        return installed;
+    initializeBuiltIn();
+    tell(console, QStringLiteral("no installation lies beside this program; scripts are read with "
+                                 "the function library that is built in"));
+    return QStringLiteral(":/built-in/FunctionLib.ini");
 }
 
 bool loadLibrary(const QString &path, QString *error) {
