@@ -36,6 +36,7 @@ private Q_SLOTS:
     void theFolderStaysAsItWas();
     void thePackageSaysItsVersion();
     void aFileThatSaysTheVersionKeepsItsFormatting();
+    void anotherVersionIsAllThatChangesInTheFile();
     void anOldSidecarIsReplaced();
     void aReadOnlyProjectFileIsPacked();
     void logsDeeperDownGoIn();
@@ -140,6 +141,13 @@ void ProjectPackTest::aFileThatSaysTheVersionKeepsItsFormatting() {
     const FileTree project = support::smallProject();
     const PackResult result = pack(project, "1.1.0");
     QCOMPARE(unpacked(result.zipPath).value("line3.yslib"), project.value("line3.yslib"));
+}
+
+void ProjectPackTest::anotherVersionIsAllThatChangesInTheFile() {
+    const FileTree project = support::smallProject();
+    QByteArray expected = project.value("line3.yslib");
+    expected.replace("1.1.0", "1.2.0");
+    QCOMPARE(unpacked(pack(project).zipPath).value("line3.yslib"), expected);
 }
 
 void ProjectPackTest::anOldSidecarIsReplaced() {

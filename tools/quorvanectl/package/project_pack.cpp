@@ -8,6 +8,7 @@
 #include "quorvanectl/package/package_names.h"
 #include "quorvanectl/package/project_package.h"
 #include "quorvanectl/package/version_fault.h"
+#include "quorvanectl/package/version_in_text.h"
 #include "update/files/failure.h"
 #include "update/files/folder_listing.h"
 #include "update/files/text_file.h"
@@ -114,6 +115,15 @@ QString projectFileOf(const Content &content, QStringList *findings) {
     return QString();
 }
 
+// Changes the version in the file's text, which keeps its form. False if that cannot be done.
+bool sayVersion(const QString &projectFile, const QString &version) {
+    if (readProjectVersion(projectFile) == version)
+        return true;
+    QString error;
+    const QByteArray made = withVersion(readBytes(projectFile, &error), version);
+    return !made.isNull() && writeFile(projectFile, made, true, &error);
+}
+
 // Puts a copy of the project file that says `version`, and a sidecar, in the place of the folder's.
 bool stampVersion(const QString &projectFile, const QString &version, const QString &workFolder,
                   Content *content) {
@@ -124,8 +134,7 @@ bool stampVersion(const QString &projectFile, const QString &version, const QStr
     if (!QFile::setPermissions(copy, writable))
         return false;
     const QString sidecar = versionSidecarPath(copy);
-    // A file that says so already keeps its own formatting.
-    const bool stamped = readProjectVersion(copy) == version
+    const bool stamped = sayVersion(copy, version)
                              ? writeTextFile(sidecar, version + QLatin1Char('\n'))
                              : stampProjectVersion(copy, version);
     content->insert(fileName(projectFile), copy);

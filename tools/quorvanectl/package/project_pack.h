@@ -23,7 +23,7 @@ struct PackResult {
 // Packs the project in `folder` as `<name>-<version>.zip` into `outFolder`, which is made.
 //
 // The folder is left as it is. What goes in is all of it but the folder `logs` at its top; the
-// project file says `version` in the package, and so does the sidecar. Equal content gives equal
+// project file says `version` in the package and is as it was but for that, and so does the sidecar. Equal content gives equal
 // bytes. The finished package has been unpacked again by the launcher's own code and found sound
 // before it gets its name; a package of that name is replaced only with `overwrite`. The function
 // library must be loaded.
