@@ -119,6 +119,8 @@ class Installation:
         (unpacked,) = (root / "unpacked").iterdir()
         self.root = root / FOLDER
         unpacked.rename(self.root)
+        for page in ("README.md", "THIRD-PARTY.md", "licences/Qt.txt"):
+            check((self.root / page).is_file(), f"the package brings {page}")
         self.bin = self.root / "bin"
         subprocess.run(["cmake", "--install", tree, "--prefix", self.root, "--component", "demo"],
                        stdout=subprocess.DEVNULL, check=True)
