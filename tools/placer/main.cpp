@@ -32,7 +32,8 @@ int main(int argc, char **argv) {
     if (arguments.size() < 3)
         return wrongCall;
     const QString &task = arguments.at(0);
-    const placer::Places places{QDir(arguments.at(1)).absolutePath(), arguments.at(2)};
+    const placer::Places places{QDir::cleanPath(QDir::fromNativeSeparators(arguments.at(1))),
+                                arguments.at(2)};
     const QString path = arguments.value(3, places.ofRun(QStringLiteral("report.txt")));
     if (task == QLatin1String("place"))
         return told(placer::place(places), path);

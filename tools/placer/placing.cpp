@@ -16,6 +16,13 @@
 namespace placer {
 namespace {
 
+// What is in force there, which an exchange may have changed.
+void tellInstalled(const Places &places, Report *report) {
+    const PackageList installed = installedList(places);
+    report->version = installed.version;
+    report->run = installed.run;
+}
+
 Report refused(const QString &reason) {
     Report report;
     report.outcome = Outcome::Refused;
@@ -45,9 +52,7 @@ private:
 // All steps, then the version as the last of them: only then does the journal go.
 Report carryOut(const Places &places, const Journal &journal) {
     Report report;
-    report.version = journal.version;
     if (!takeSteps(places, journal, &report.reason)) {
-        report.version = installedList(places).version;
         const bool back = takeBackSteps(places, journal, nullptr);
         report.outcome =
             back && removeJournal(places, nullptr) ? Outcome::TakenBack : Outcome::Unfinished;
@@ -70,9 +75,7 @@ Report finishJournal(const Places &places) {
     case JournalState::Read:
         return carryOut({places.root, journal.run}, journal);
     }
-    Report report;
-    report.version = installedList(places).version;
-    return report;
+    return {};
 }
 
 // A journal that cannot be read was written by no run of ours. All files of the package are put in place
@@ -175,6 +178,7 @@ Report place(const Places &places) {
     if (!clearWay(places, &earlier))
         return earlier;
     Report report = placePackage(places);
+    tellInstalled(places, &report);
     if (report.setAside.isEmpty())
         report.setAside = earlier.setAside;
     return report;
@@ -182,7 +186,11 @@ Report place(const Places &places) {
 
 Report finish(const Places &places) {
     const Turn turn(places);
-    return turn.isOurs() ? finishJournal(places) : refused(Turn::refusal());
+    if (!turn.isOurs())
+        return refused(Turn::refusal());
+    Report report = finishJournal(places);
+    tellInstalled(places, &report);
+    return report;
 }
 
 void tidy(const Places &places) {

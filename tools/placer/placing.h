@@ -23,6 +23,7 @@ struct Report {
     Outcome outcome = Outcome::Done;
     QString reason;             // why it is not done, in English
     QString version;            // that is installed now; empty if none is
+    QString run;                // the run that installed it
     QStringList laidBeside;     // names of changed files of `config`: the new ones are NAME.new
     QString setAside;           // the new name of a release_version.json that was none
     bool keepsOtherKey = false; // the installation trusts another key than the package's

@@ -11,6 +11,8 @@ QByteArray reportText(const Report &report) {
     };
     if (!report.version.isEmpty())
         add('V', report.version);
+    if (!report.run.isEmpty())
+        add('U', report.run);
     for (const QString &name : report.laidBeside)
         add('N', name);
     if (!report.setAside.isEmpty())

@@ -8,8 +8,13 @@
 namespace placer {
 
 // Lines in UTF-16, little-endian, behind a byte-order mark; each a letter, a blank and a text:
-//     V version in force    N name of a file that has NAME.new beside it    A name of what was put aside
-//     K another key stays   L path of what was left behind                  R reason why it is not done
+//     V version in force
+//     U run that installed it
+//     N name of a file that has NAME.new beside it
+//     A name of what was put aside
+//     K another key stays
+//     L path of what was left behind
+//     R reason why it is not done
 [[nodiscard]] QByteArray reportText(const Report &report);
 
 } // namespace placer
