@@ -1,6 +1,5 @@
 #include "quorvanectl/commands/recover_printing.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 namespace ctl {
@@ -140,7 +139,7 @@ void describeSurvey(const Console &console, const Survey &survey, const QString 
 }
 
 QString asWord(const QString &path) {
-    const QString shown = spelledOut(QDir::toNativeSeparators(path));
+    const QString shown = spelledOut(path);
     return shown.contains(QLatin1Char(' ')) ? QLatin1Char('"') + shown + QLatin1Char('"') : shown;
 }
 
