@@ -1,5 +1,5 @@
 # A manifest tells the version that the project has, whichever that is.
-foreach(program IN ITEMS quorvaner quorvanectl)
+foreach(program IN ITEMS quorvaner quorvanectl placer)
     set(PROJECT_VERSION 12.34.56)
     configure_file("${MANIFESTS}/${program}.manifest.in" "${MADE}/${program}.manifest" @ONLY)
     file(READ "${MADE}/${program}.manifest" text)
