@@ -180,8 +180,9 @@ void RecoverSurveyTest::whatIsTold() {
     const FileTree before = support::readTree(folder->path());
     const Answer answer = recover();
     QCOMPARE(answer.err, QString());
-    QCOMPARE(answer.out, spelled(told.replace('$', " --data @/data --library " QUORVANE_SOURCE_TREE
-                                                   "/resources/config/FunctionLib.ini")));
+    QCOMPARE(answer.out, spelled(told.replace(
+                             '$', " --install @/pc --data @/data --library " QUORVANE_SOURCE_TREE
+                                  "/resources/config/FunctionLib.ini")));
     QTEST(answer.status, "status");
     QCOMPARE(support::readTree(folder->path()), before);
 }
@@ -216,7 +217,7 @@ void RecoverSurveyTest::aWordWithABlankIsQuoted() {
     support::writeTree(folder->path(), whole(backups + "产 线_20261120_164501", "line"));
     const QString out = recover().out;
     QVERIFY2(out.contains("\n    quorvanectl project recover \"" +
-                          path(projects + "产 线/line.yslib") + "\" --data "),
+                          path(projects + "产 线/line.yslib") + "\" --install "),
              qPrintable(out));
 }
 

@@ -34,6 +34,7 @@ const QLatin1String packageOption("package");
 const QLatin1String fromOption("from");
 const QLatin1String manifestOption("manifest");
 const QLatin1String keyOption("key");
+const QLatin1String installOption("install");
 const QLatin1String libraryOption("library");
 
 void declare(QCommandLineParser &parser) {
@@ -218,7 +219,7 @@ int survey(const QCommandLineParser &parser, const Console &console) {
         whileTelling(console, QStringLiteral("looking at what is left of every project"),
                      [&] { return surveyRemains(places); });
     QString options;
-    for (const QLatin1String option : {dataOption, libraryOption}) {
+    for (const QLatin1String option : {installOption, dataOption, libraryOption}) {
         if (parser.isSet(option))
             options += QStringLiteral(" --%1 %2").arg(option, asWord(parser.value(option)));
     }
