@@ -11,14 +11,17 @@ Name "Quorvaner"
 Caption "Quorvaner ${VERSION}"
 OutFile "${OUT}"
 DirText "$(where)"
-Page directory checkPlace
+Page directory
 Page instfiles
 !insertmacro FileVersion "Quorvaner" "The installer of Quorvaner"
+
+Var Mutex ; while one is open, another says so
 
 ; Nothing is started as an administrator that an operator can do: the exchange asks for it where it must.
 Function .onInit
     System::Call 'kernel32::CreateMutexW(p 0, i 0, w "Local\Quorvaner setup") p .r1 ?e'
     Pop $0
+    StrCpy $Mutex $1
     ${If} $0 = 183 ; ERROR_ALREADY_EXISTS
         MessageBox MB_ICONINFORMATION "$(alreadyOpen)" /SD IDOK
         SetErrorLevel 2
@@ -28,10 +31,6 @@ Function .onInit
     ${If} $INSTDIR == ""
         Call findInstallation
     ${EndIf}
-FunctionEnd
-
-; Under the one that is open by now, if an older page is still shown.
-Function checkPlace
 FunctionEnd
 
 ; The launcher that has started this installer knows best which installation is meant.
@@ -97,7 +96,7 @@ Function askForRights
     ${EndIf}
     ${If} $ForAll = 0
     ${AndIfNot} ${Silent}
-        System::Call 'kernel32::CloseHandle(p r1)'
+        System::Call 'kernel32::CloseHandle(p $Mutex)' ; the one that comes is the same installer
         ExecShell "runas" "$EXEPATH" "/D=$INSTDIR"
         SetErrorLevel 1
         Quit

@@ -4,6 +4,7 @@
 
 #include "package.h"
 #include "placer/journal.h"
+#include "placer/plan.h"
 #include "placer/report_text.h"
 #include "support/staged_main.h"
 
@@ -79,6 +80,7 @@ class PlacingTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void launcherIsExchangedLast();
     void firstInstallation();
     void nextVersion_data();
     void nextVersion();
@@ -100,6 +102,20 @@ private Q_SLOTS:
     void removalAfterABrokenOffExchangeIsRefused();
     void reportHasALineForEachFact();
 };
+
+void PlacingTest::launcherIsExchangedLast() {
+    const Installation installation;
+    const Places places{installation.root(), "2"};
+    support::unpackRun(places, secondPackage, QString("1.1.0"));
+    placer::Plan plan;
+    QVERIFY(planFor(places, support::packageOf(secondPackage, "1.1.0"), &plan, nullptr));
+    QStringList order;
+    for (const placer::Step &step : plan.journal.steps)
+        order.append(step.path);
+    QCOMPARE(order, (QStringList{"bin/config/FunctionLib.ini", "bin/config/launcher_notice.txt",
+                                 "bin/platforms/qwindows.dll", "share/schemas/a.json",
+                                 "bin/gone.dll", "setup/installed.json", "bin/Quorvaner.exe"}));
+}
 
 void PlacingTest::firstInstallation() {
     QTemporaryDir folder;

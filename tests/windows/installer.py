@@ -15,6 +15,7 @@ import json
 import mmap
 import os
 import pathlib
+import re
 import shutil
 import signal
 import struct
@@ -66,6 +67,7 @@ class Wine:
     """A prefix of its own, whose server stands still where it is told to."""
 
     def __init__(self, root, stop):
+        self.root = root
         self.token = f"QUORVANE_KILLED={root.name}"
         self.control_path = root / "control"
         self.control_path.write_bytes(bytes(12))
@@ -127,11 +129,13 @@ class Wine:
         return answer.stdout.decode("utf-8", "replace") if answer.returncode == 0 else ""
 
     def run_once(self):
-        """The command that the next logon would run, taken from the registry as Windows does."""
-        for line in self.registry(RUN_ONCE).splitlines():
-            if "REG_SZ" in line:
-                return line.split("REG_SZ", 1)[1].strip()
-        return None
+        """The command that the next logon would run, from a file, since what goes to a pipe is in ASCII."""
+        exported = self.root / "run_once.reg"
+        self.run("reg", "export", RUN_ONCE, "Z:" + str(exported), "/y")
+        text = exported.read_bytes().decode("utf-16").replace("\r\n", "\n") if exported.exists() else ""
+        exported.unlink(missing_ok=True)
+        found = re.search(r'^".*"="\\"(.*)\\" (/finish)"$', text, re.M)
+        return (found[1].replace("\\\\", "\\"), found[2]) if found else None
 
     def close(self):
         subprocess.run([SERVER, "-k"], env=self.environment, check=False)
@@ -233,8 +237,7 @@ class Trials:
             self.second_runs += 1
             if self.second_runs % 2 and once:
                 again = "RunOnce"
-                program = once.split('"')[1]
-                code = self.wine.run(program, "/finish").returncode
+                code = self.wine.run(*once).returncode
             else:
                 again = "the installer"
                 code = self.install("1.1.0")
