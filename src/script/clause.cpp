@@ -1,8 +1,6 @@
 #include "script/clause.h"
 
-#include <algorithm>
-#include <limits>
-#include <new>
+#include <QVarLengthArray>
 
 namespace ast {
 namespace {
@@ -54,24 +52,23 @@ Clause makeClause(Token *begin, Token *end) {
     return {first, last};
 }
 
-QString joinedText(const Clause &clause) {
+QString joinedText(const Clause &clause, RecentTexts &texts) {
+    if (clause.first == clause.last)
+        return QString();
     if (clause.last - clause.first == 1)
         return clause.first->text;
-    qint64 length = 0;
-    for (const Token *token = clause.first; token != clause.last; ++token)
-        length += token->text.size() + 1;
-    if (length == 0)
-        return QString();
-    if (length > std::numeric_limits<int>::max())
-        throw std::bad_alloc(); // as where memory ends
-    QString text(int(length) - 1, Qt::Uninitialized);
-    QChar *next = text.data();
+    QVarLengthArray<QChar, 256> units;
+    quint32 hash = 0;
     for (const Token *token = clause.first; token != clause.last; ++token) {
         if (token != clause.first)
-            *next++ = QLatin1Char(' ');
-        next = std::copy(token->text.cbegin(), token->text.cend(), next);
+            units.append(QLatin1Char(' '));
+        units.append(token->text.constData(), token->text.size());
+        // Equal spellings mostly share their memory, but need not: the ends and the length tell enough.
+        hash = (hash ^ quint32(token->text.size()) ^
+                (quint32(units[units.size() - 1].unicode()) << 16)) *
+               0x9e3779b1U;
     }
-    return text;
+    return texts.find(units.constData(), units.size(), hash);
 }
 
 std::vector<Token> tokensOf(const Clause &clause, const QString &tail) {

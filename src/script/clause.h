@@ -6,6 +6,7 @@
 // ends. So nothing is joined and lexed again: the tokens at hand become those of the text.
 #pragma once
 
+#include "script/recent_texts.h"
 #include "script/token.h"
 
 #include <QString>
@@ -29,7 +30,7 @@ struct Clause {
 [[nodiscard]] Clause withoutNewlines(Clause clause);
 
 // The token texts joined by single blanks.
-[[nodiscard]] QString joinedText(const Clause &clause);
+[[nodiscard]] QString joinedText(const Clause &clause, RecentTexts &texts);
 
 // The tokens that lexing the clause's text and `tail` behind it gives. `tail` is empty or ";".
 [[nodiscard]] std::vector<Token> tokensOf(const Clause &clause, const QString &tail = QString());

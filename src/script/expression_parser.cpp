@@ -99,7 +99,7 @@ Expression makeExpression(const QString &text, qint32 line, qint32 column) {
 }
 
 Expression makeExpression(const Clause &clause, qint32 line, qint32 column, NodePool &nodes) {
-    QString text = joinedText(clause);
+    QString text = joinedText(clause, nodes.texts);
     if (text.isEmpty())
         return {text, line, column, nullptr};
     ExprPointer root = ExprParser(clause, nodes).parseOr();
@@ -113,25 +113,11 @@ ExprParser::ExprParser(const Clause &clause, NodePool &nodes)
     , end(clause.last)
     , pool(nodes) {}
 
-const Token &ExprParser::current() const {
-    static const Token behind;
-    return next != end ? *next : behind;
-}
-
-bool ExprParser::check(qint32 kind) const {
-    const qint32 here = current().kind;
-    return here != Eof && here == kind;
-}
-
 bool ExprParser::match(qint32 kind) {
     if (!check(kind))
         return false;
     advance();
     return true;
-}
-
-const Token &ExprParser::advance() {
-    return *next++;
 }
 
 ExprPointer ExprParser::newNode(ExprKind kind) {
@@ -179,7 +165,7 @@ ExprPointer ExprParser::parseOr() {
 }
 
 ExprParser::Step ExprParser::readOperand() {
-    switch (current().kind) {
+    switch (currentKind()) {
     case PlusPlus:
     case MinusMinus: {
         ExprPointer node = newNode(ExprKind::IncDec);
@@ -191,7 +177,7 @@ ExprParser::Step ExprParser::readOperand() {
     case Minus:
     case Plus: {
         ExprPointer node = newNode(ExprKind::Unary);
-        node->op = advance().text;
+        node->op = std::move(advance().text);
         push(Frame::Kind::Unary, std::move(node));
         return Step::Operand;
     }
@@ -205,26 +191,26 @@ ExprParser::Step ExprParser::readOperand() {
 }
 
 ExprParser::Step ExprParser::readPrimary() {
-    switch (current().kind) {
+    switch (currentKind()) {
     case IntLiteral:
     case FloatLiteral:
     case StringLiteral:
     case CharLiteral: {
-        const Token &token = advance();
+        Token &token = advance();
         value = newNodeAt(ExprKind::Literal, token);
-        value->literalText = token.text;
+        value->literalText = std::move(token.text);
         value->literalIsString = token.kind == StringLiteral || token.kind == CharLiteral;
         return Step::Postfix;
     }
     case Identifier: {
-        const Token &token = advance();
+        Token &token = advance();
         // The one constant that is folded.
         const bool isPi = token.text == QLatin1String("Pi");
         value = newNodeAt(isPi ? ExprKind::Literal : ExprKind::Identifier, token);
         if (isPi)
             value->literalText = QStringLiteral("3.1415926");
         else
-            value->identifierName = token.text;
+            value->identifierName = std::move(token.text);
         return Step::Postfix;
     }
     default:
@@ -234,7 +220,7 @@ ExprParser::Step ExprParser::readPrimary() {
 }
 
 ExprParser::Step ExprParser::readPostfix() {
-    switch (current().kind) {
+    switch (currentKind()) {
     case LBracket: {
         advance();
         ExprPointer node = newNodeAt(ExprKind::Index, *value);
@@ -269,7 +255,7 @@ ExprParser::Step ExprParser::readMember() {
         return Step::Operator;
     const QString base = memberBaseOf(*value);
     becomeAnother(*value, ExprKind::Member);
-    value->memberName = advance().text;
+    value->memberName = std::move(advance().text);
     value->memberBase = base;
     return Step::Postfix;
 }
@@ -288,12 +274,12 @@ ExprParser::Step ExprParser::beginCall() {
 // in.
 ExprParser::Step ExprParser::readOperator() {
     closePrefixes();
-    const int level = binaryLevel(current().kind);
+    const int level = binaryLevel(currentKind());
     closeBinaries(level);
     if (level > 0) {
         ExprPointer node = newNode(ExprKind::Binary);
         node->left = std::move(value);
-        node->op = advance().text;
+        node->op = std::move(advance().text);
         push(Frame::Kind::Binary, std::move(node), level);
         return Step::Operand;
     }

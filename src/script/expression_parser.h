@@ -44,7 +44,7 @@ namespace ast {
                                         NodePool &nodes);
 
 // Reads one expression from the tokens of a clause, which outlive the parser. The nodes get the
-// positions of the tokens, and their memory from the pool. Used once.
+// positions of the tokens, their texts, which the tokens lose, and their memory from the pool. Used once.
 class ExprParser {
 public:
     ExprParser(const Clause &clause, NodePool &nodes);
@@ -53,7 +53,7 @@ public:
     ExprParser &operator=(const ExprParser &) = delete;
 
     // True if the current token has this kind; false at the end, whatever the kind.
-    [[nodiscard]] bool check(qint32 kind) const;
+    [[nodiscard]] bool check(qint32 kind) const { return next != end && next->kind == kind; }
 
     // `check`, and consumes the token if so.
     bool match(qint32 kind);
@@ -77,8 +77,8 @@ private:
     // operand.
     enum class Step { Operand, Postfix, Operator, Done };
 
-    const Token &current() const;
-    const Token &advance();
+    qint32 currentKind() const { return next != end ? next->kind : qint32(Eof); }
+    Token &advance() { return *next++; }
     std::shared_ptr<ExprNode> newNode(ExprKind kind);
     template<typename Position>
     std::shared_ptr<ExprNode> newNodeAt(ExprKind kind, const Position &position);
@@ -96,8 +96,8 @@ private:
     Step closeBracket();
     Step closeArgument();
 
-    const Token *next;
-    const Token *end;
+    Token *next;
+    Token *end;
     // The operand read last.
     std::shared_ptr<ExprNode> value;
     QVarLengthArray<Frame, 16> frames;

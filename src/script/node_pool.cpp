@@ -1,6 +1,6 @@
 #include "script/node_pool.h"
 
-#include "script/large_pages.h"
+#include "script/region_memory.h"
 
 #include <algorithm>
 #include <limits>
@@ -9,9 +9,11 @@
 namespace ast {
 namespace {
 
-// The first region fits a script of a few lines, and each next one is twice as large.
+// The first region fits a script of a few lines, and each next one is twice as large. The large ones
+// come from the system itself.
 constexpr std::size_t firstSize = 4096;
-constexpr std::size_t largestSize = 8 * 1024 * 1024;
+constexpr std::size_t largestSize = 4 * regionUnit;
+static_assert(regionUnit % firstSize == 0);
 // More than any standard library keeps beside a record: counts, a table of functions, the allocator.
 constexpr std::size_t mostBesideNode = 64;
 // No region holds as many records.
@@ -37,8 +39,12 @@ void *NodePool::Region::take(std::size_t size) {
 void NodePool::Region::drop(std::ptrdiff_t count) noexcept {
     if (live.fetch_sub(count, std::memory_order_acq_rel) != count)
         return;
+    const std::size_t bytes = wholeSize;
     this->~Region();
-    ::operator delete(static_cast<void *>(this));
+    if (bytes < regionUnit)
+        ::operator delete(static_cast<void *>(this));
+    else
+        giveRegionBack(this, bytes);
 }
 
 NodePool::Region *NodePool::withRoomFor(std::size_t size) {
@@ -47,10 +53,9 @@ NodePool::Region *NodePool::withRoomFor(std::size_t size) {
     closeRegion();
     const std::size_t bytes = std::max(nextSize, firstSize);
     nextSize = std::min(bytes * 2, largestSize);
-    void *const memory = ::operator new(bytes);
-    preferLargePages(memory, bytes);
+    void *const memory = bytes < regionUnit ? ::operator new(bytes) : takeRegion(bytes);
     char *const begin = static_cast<char *>(memory);
-    current = new (memory) Region{{held}, 0, begin + sizeof(Region), begin + bytes};
+    current = new (memory) Region{{held}, 0, begin + sizeof(Region), begin + bytes, bytes};
     return current;
 }
 

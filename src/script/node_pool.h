@@ -3,6 +3,8 @@
 // in it, which may be long after the pool, from whichever thread drops that pointer.
 #pragma once
 
+#include "script/recent_texts.h"
+
 #include <atomic>
 #include <cstddef>
 #include <memory>
@@ -23,6 +25,9 @@ public:
         return std::allocate_shared<Node>(Allocator<Node>(withRoomFor(sizeof(Node))));
     }
 
+    // For the texts of the same tree.
+    RecentTexts texts;
+
 private:
     // Stands at the start of its own memory.
     struct Region {
@@ -32,6 +37,7 @@ private:
         std::ptrdiff_t taken = 0;
         char *next;
         char *end;
+        std::size_t wholeSize;
 
         void *take(std::size_t size);
         void drop(std::ptrdiff_t count) noexcept;

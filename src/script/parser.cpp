@@ -22,7 +22,7 @@ struct BracketWalk {
     void stepOver(const Token &token) {
         if (token.kind == StringLiteral || token.kind == CharLiteral)
             walk(token.text);
-        else if (!inString)
+        else if (token.kind >= LParen && token.kind <= RBracket && !inString)
             count(token.kind);
     }
 
@@ -104,15 +104,6 @@ const Token &Parser::peek(qint32 offset) const {
     return index < qint64(tokens.size()) ? tokens[size_t(index)] : tokens.back();
 }
 
-bool Parser::atEnd() const {
-    return tokens[size_t(pos)].kind == Eof;
-}
-
-bool Parser::check(qint32 kind) const {
-    const qint32 here = tokens[size_t(pos)].kind;
-    return here != Eof && here == kind;
-}
-
 const Token &Parser::advance() {
     if (!atEnd())
         ++pos;
@@ -183,7 +174,7 @@ Clause Parser::collectStatement(StopTest stop) {
 }
 
 QString Parser::collectText(StopTest stop) {
-    return joinedText(collectClause(stop));
+    return joinedText(collectClause(stop), pool->texts);
 }
 
 std::shared_ptr<Program> Parser::parseProgram(QString *error) {

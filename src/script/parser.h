@@ -93,9 +93,12 @@ public:
 
     // The current token, or one `offset` tokens on; past the end it is the last token, Eof.
     [[nodiscard]] const Token &peek(qint32 offset = 0) const;
-    [[nodiscard]] bool atEnd() const;
+    [[nodiscard]] bool atEnd() const { return tokens[size_t(pos)].kind == Eof; }
     // False at Eof, whatever the kind.
-    [[nodiscard]] bool check(qint32 kind) const;
+    [[nodiscard]] bool check(qint32 kind) const {
+        const qint32 current = tokens[size_t(pos)].kind;
+        return current != Eof && current == kind;
+    }
     // Moves to the next token and returns the one before it. Stays at Eof.
     const Token &advance();
     bool match(qint32 kind);

@@ -73,7 +73,7 @@ std::shared_ptr<Stmt> readIncDecOrAssign(Token *first, Token *last, qint32 line,
     auto statement = nodes.make<AssignStmt>();
     statement->line = line;
     statement->column = column;
-    statement->target = joinedText(makeClause(first, op));
+    statement->target = joinedText(makeClause(first, op), nodes.texts);
     statement->value = makeExpression(makeClause(op + 1, last), line, column, nodes);
     return statement;
 }

@@ -5,90 +5,129 @@
 #include "library/function_library.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace ast {
 namespace {
 
-struct Operator {
-    qint32 kind = -1;
-    QString text;
+// What a token that begins with this character is.
+enum class Start : quint8 {
+    Unknown,
+    Blank,
+    LineFeed,
+    Slash,
+    Word,
+    Digit,
+    Quote,
+    Apostrophe,
+    Operator
 };
 
-// The operators of two characters; a kind of -1 is no match.
-Operator twoCharacterOperator(char16_t first, char16_t second) {
-    switch (first) {
-    case '=':
-        return second == '=' ? Operator{EqualEqual, QStringLiteral("==")} : Operator();
-    case '!':
-        return second == '=' ? Operator{NotEqual, QStringLiteral("!=")} : Operator();
-    case '<':
-        return second == '=' ? Operator{LessEqual, QStringLiteral("<=")} : Operator();
-    case '>':
-        return second == '=' ? Operator{GreaterEqual, QStringLiteral(">=")} : Operator();
-    case '&':
-        return second == '&' ? Operator{AndAnd, QStringLiteral("&&")} : Operator();
-    case '|':
-        return second == '|' ? Operator{OrOr, QStringLiteral("||")} : Operator();
-    case '+':
-        return second == '+' ? Operator{PlusPlus, QStringLiteral("++")} : Operator();
-    case '-':
-        return second == '-' ? Operator{MinusMinus, QStringLiteral("--")} : Operator();
-    default:
-        return {};
+struct Spelled {
+    qint32 kind;
+    const char16_t *text;
+};
+
+constexpr Spelled oneCharacterOperators[] = {
+    {Not, u"!"},      {Hash, u"#"},     {Percent, u"%"}, {LParen, u"("}, {RParen, u")"},
+    {Star, u"*"},     {Plus, u"+"},     {Comma, u","},   {Minus, u"-"},  {Dot, u"."},
+    {Slash, u"/"},    {Colon, u":"},    {Less, u"<"},    {Assign, u"="}, {Greater, u">"},
+    {LBracket, u"["}, {RBracket, u"]"}, {LBrace, u"{"},  {RBrace, u"}"}, {Semicolon, u";"},
+};
+constexpr Spelled twoCharacterOperators[] = {
+    {EqualEqual, u"=="}, {NotEqual, u"!="}, {LessEqual, u"<="}, {GreaterEqual, u">="},
+    {AndAnd, u"&&"},     {OrOr, u"||"},     {PlusPlus, u"++"},  {MinusMinus, u"--"},
+};
+
+constexpr int ascii = 128;
+
+struct Characters {
+    Start start[ascii] = {};
+    // The operator of this character alone, and of it with the other one behind it; 0 is none.
+    qint8 alone[ascii] = {};
+    qint8 with[ascii] = {};
+    char16_t other[ascii] = {};
+
+    constexpr Characters() {
+        for (int unit = 'a'; unit <= 'z'; ++unit)
+            start[unit] = start[unit - 'a' + 'A'] = Start::Word;
+        start[int('_')] = Start::Word;
+        for (int unit = '0'; unit <= '9'; ++unit)
+            start[unit] = Start::Digit;
+        start[int(' ')] = start[int('\t')] = start[int('\r')] = Start::Blank;
+        start[int('\n')] = Start::LineFeed;
+        for (const Spelled &spelled : oneCharacterOperators) {
+            start[spelled.text[0]] = Start::Operator;
+            alone[spelled.text[0]] = qint8(spelled.kind);
+        }
+        for (const Spelled &spelled : twoCharacterOperators) {
+            start[spelled.text[0]] = Start::Operator;
+            with[spelled.text[0]] = qint8(spelled.kind);
+            other[spelled.text[0]] = spelled.text[1];
+        }
+        start[int('/')] = Start::Slash;
+        start[int('"')] = Start::Quote;
+        start[int('\'')] = Start::Apostrophe;
     }
+};
+constexpr Characters characters;
+
+Start startOf(QChar first) {
+    if (first.unicode() < ascii)
+        return characters.start[first.unicode()];
+    if (first.isLetter())
+        return Start::Word;
+    return first.isDigit() ? Start::Digit : Start::Unknown;
 }
 
-Operator oneCharacterOperator(char16_t character) {
-    switch (character) {
-    case '!':
-        return {Not, QStringLiteral("!")};
-    case '#':
-        return {Hash, QStringLiteral("#")};
-    case '%':
-        return {Percent, QStringLiteral("%")};
-    case '(':
-        return {LParen, QStringLiteral("(")};
-    case ')':
-        return {RParen, QStringLiteral(")")};
-    case '*':
-        return {Star, QStringLiteral("*")};
-    case '+':
-        return {Plus, QStringLiteral("+")};
-    case ',':
-        return {Comma, QStringLiteral(",")};
-    case '-':
-        return {Minus, QStringLiteral("-")};
-    case '.':
-        return {Dot, QStringLiteral(".")};
-    case '/':
-        return {Slash, QStringLiteral("/")};
-    case ':':
-        return {Colon, QStringLiteral(":")};
-    case ';':
-        return {Semicolon, QStringLiteral(";")};
-    case '<':
-        return {Less, QStringLiteral("<")};
-    case '=':
-        return {Assign, QStringLiteral("=")};
-    case '>':
-        return {Greater, QStringLiteral(">")};
-    case '[':
-        return {LBracket, QStringLiteral("[")};
-    case ']':
-        return {RBracket, QStringLiteral("]")};
-    case '{':
-        return {LBrace, QStringLiteral("{")};
-    case '}':
-        return {RBrace, QStringLiteral("}")};
-    default:
-        return {};
-    }
+// By their kinds. Literals, whose copies nobody counts.
+const QString *fixedTexts() {
+    static const std::vector<QString> texts = [] {
+        std::vector<QString> list(Hash + 1);
+        list[Newline] = QStringLiteral("\n");
+        list[LParen] = QStringLiteral("(");
+        list[RParen] = QStringLiteral(")");
+        list[LBrace] = QStringLiteral("{");
+        list[RBrace] = QStringLiteral("}");
+        list[LBracket] = QStringLiteral("[");
+        list[RBracket] = QStringLiteral("]");
+        list[Semicolon] = QStringLiteral(";");
+        list[Comma] = QStringLiteral(",");
+        list[Colon] = QStringLiteral(":");
+        list[Dot] = QStringLiteral(".");
+        list[Plus] = QStringLiteral("+");
+        list[Minus] = QStringLiteral("-");
+        list[Star] = QStringLiteral("*");
+        list[Slash] = QStringLiteral("/");
+        list[Percent] = QStringLiteral("%");
+        list[Assign] = QStringLiteral("=");
+        list[Less] = QStringLiteral("<");
+        list[Greater] = QStringLiteral(">");
+        list[Not] = QStringLiteral("!");
+        list[Hash] = QStringLiteral("#");
+        list[EqualEqual] = QStringLiteral("==");
+        list[NotEqual] = QStringLiteral("!=");
+        list[LessEqual] = QStringLiteral("<=");
+        list[GreaterEqual] = QStringLiteral(">=");
+        list[AndAnd] = QStringLiteral("&&");
+        list[OrOr] = QStringLiteral("||");
+        list[PlusPlus] = QStringLiteral("++");
+        list[MinusMinus] = QStringLiteral("--");
+        return list;
+    }();
+    return texts.data();
 }
 
-bool isBlank(QChar character) {
-    return character == QLatin1Char(' ') || character == QLatin1Char('\t') ||
-           character == QLatin1Char('\r');
+bool isWordPart(QChar character) {
+    if (character.unicode() >= ascii)
+        return character.isLetterOrNumber();
+    const Start start = characters.start[character.unicode()];
+    return start == Start::Word || start == Start::Digit;
+}
+
+quint32 mixed(quint32 hash, QChar unit) {
+    return (hash ^ unit.unicode()) * 0x9e3779b1U;
 }
 
 } // namespace
@@ -97,12 +136,14 @@ TokenScan::TokenScan(const QString &text)
     : source(text)
     , textEnd(source.constData() + source.size())
     , at(source.constData())
-    , lineStart(at) {}
+    , lineStart(at)
+    , fixed(fixedTexts()) {}
 
 bool TokenScan::read(std::vector<Token> &tokens, std::size_t most) {
     result = &tokens;
     for (std::size_t end = tokens.size() + most; tokens.size() < end;) {
-        while (at != textEnd && isBlank(*at))
+        Start start = Start::Unknown;
+        while (at != textEnd && (start = startOf(*at)) == Start::Blank)
             ++at;
         tokenLine = lineNumber;
         tokenColumn = column();
@@ -110,8 +151,33 @@ bool TokenScan::read(std::vector<Token> &tokens, std::size_t most) {
             append(Eof, QString());
             return true;
         }
-        if (!readOne())
-            return false;
+        switch (start) {
+        case Start::LineFeed:
+            readLineFeed();
+            break;
+        case Start::Slash:
+            if (second() == u'/')
+                skipComment();
+            else
+                (void)readOperator();
+            break;
+        case Start::Word:
+            readWord();
+            break;
+        case Start::Digit:
+            readNumber();
+            break;
+        case Start::Quote:
+            readString();
+            break;
+        case Start::Apostrophe:
+            readCharacter();
+            break;
+        default:
+            if (start != Start::Operator || !readOperator())
+                return false;
+            break;
+        }
     }
     return true;
 }
@@ -125,37 +191,18 @@ QString TokenScan::unknownCharacter() const {
         .arg(QString(*at), QString::number(line()), QString::number(column()));
 }
 
-bool TokenScan::readOne() {
-    const QChar first = *at;
-    if (first == QLatin1Char('\n'))
-        readLineFeed();
-    else if (first == QLatin1Char('/') && second() == u'/')
-        skipComment();
-    else if (first.isLetter() || first == QLatin1Char('_'))
-        readWord();
-    else if (first.isDigit())
-        readNumber();
-    else if (first == QLatin1Char('"'))
-        readString();
-    else if (first == QLatin1Char('\''))
-        readCharacter();
-    else
-        return readOperator();
-    return true;
-}
-
 // The unit after the next one; 0 at the end of the text, which matches nothing.
 char16_t TokenScan::second() const {
     return at + 1 == textEnd ? u'\0' : at[1].unicode();
 }
 
-void TokenScan::append(qint32 kind, QString text) {
-    result->push_back({kind, std::move(text), tokenLine, tokenColumn});
+void TokenScan::append(qint32 kind, const QString &text) {
+    result->push_back({kind, text, tokenLine, tokenColumn});
 }
 
 void TokenScan::readLineFeed() {
     ++at;
-    append(Newline, QStringLiteral("\n"));
+    append(Newline, fixed[Newline]);
     ++lineNumber;
     lineStart = at;
 }
@@ -173,17 +220,19 @@ void TokenScan::consume() {
 
 // The shared spelling of the units from `start` to here.
 Spelling &TokenScan::spelling(const QChar *start) {
-    quint32 hash = 0;
-    for (const QChar *unit = start; unit != at; ++unit)
-        hash = (hash ^ unit->unicode()) * 0x9e3779b1U;
+    return spelling(start, std::accumulate(start, at, quint32(0), mixed));
+}
+
+Spelling &TokenScan::spelling(const QChar *start, quint32 hash) {
     return spellings.find(start, qint32(at - start), hash ^ (hash >> 15));
 }
 
 void TokenScan::readWord() {
     const QChar *start = at;
-    while (at != textEnd && (at->isLetterOrNumber() || *at == QLatin1Char('_')))
-        ++at;
-    Spelling &word = spelling(start);
+    quint32 hash = 0;
+    for (; at != textEnd && isWordPart(*at); ++at)
+        hash = mixed(hash, *at);
+    Spelling &word = spelling(start, hash);
     if (word.kind < 0) {
         const auto keyword = FunctionLibrary::instance().tokenKindOf(word.text);
         word.kind = keyword.first ? keyword.second : qint32(Identifier);
@@ -227,17 +276,15 @@ void TokenScan::readCharacter() {
     append(CharLiteral, spelling(start).text);
 }
 
+// False if the character means nothing alone and does not stand before the one that it needs.
 bool TokenScan::readOperator() {
-    qint32 length = 2;
-    Operator found = twoCharacterOperator(at->unicode(), second());
-    if (found.kind < 0) {
-        length = 1;
-        found = oneCharacterOperator(at->unicode());
-    }
-    if (found.kind < 0)
+    const char16_t first = at->unicode();
+    const bool isTwo = characters.with[first] != 0 && second() == characters.other[first];
+    const qint32 kind = isTwo ? characters.with[first] : characters.alone[first];
+    if (kind == 0)
         return false;
-    at += length;
-    append(found.kind, std::move(found.text));
+    at += isTwo ? 2 : 1;
+    append(kind, fixed[kind]);
     return true;
 }
 

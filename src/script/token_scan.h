@@ -29,13 +29,13 @@ public:
     [[nodiscard]] QString unknownCharacter() const;
 
 private:
-    bool readOne();
     char16_t second() const;
-    void append(qint32 kind, QString text);
+    void append(qint32 kind, const QString &text);
     void readLineFeed();
     void skipComment();
     void consume();
     Spelling &spelling(const QChar *start);
+    Spelling &spelling(const QChar *start, quint32 hash);
     void readWord();
     void readNumber();
     void readString();
@@ -46,6 +46,7 @@ private:
     const QChar *textEnd;
     const QChar *at;
     const QChar *lineStart;
+    const QString *fixed;
     qint32 lineNumber = 1;
     qint32 tokenLine = 1;
     qint32 tokenColumn = 1;
