@@ -4,6 +4,7 @@
 #include "window/bounded_pane.h"
 #include "window/focus_guide.h"
 #include "window/launcher_window.h"
+#include "window/png_resource.h"
 #include "window/still_bar.h"
 #include "window/text_label.h"
 #include "window/window_fit.h"
@@ -12,7 +13,6 @@
 #include <QCheckBox>
 #include <QIcon>
 #include <QLineEdit>
-#include <QPixmap>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -68,11 +68,10 @@ void useWhiteGround(QWidget *badge) {
     badge->setAutoFillBackground(true);
 }
 
-// The format is named because Qt otherwise loads every image plug-in to look at the content.
 QIcon programIcon() {
     QIcon icon;
     for (const int size : {16, 32, 48, 64})
-        icon.addPixmap(QPixmap(QStringLiteral(":/quorvaner-%1.png").arg(size), "PNG"));
+        icon.addPixmap(pngResource(QStringLiteral(":/quorvaner-%1.png").arg(size)));
     return icon;
 }
 

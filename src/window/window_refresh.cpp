@@ -6,6 +6,7 @@
 #include "window/announcement.h"
 #include "window/focus_guide.h"
 #include "window/log_notice.h"
+#include "window/png_resource.h"
 #include "window/text_label.h"
 #include "window/window_fit.h"
 
@@ -150,12 +151,10 @@ void LauncherWindow::retranslateUi() {
 
 namespace {
 
-// The format is named because Qt otherwise loads every image plug-in to look at the content,
-// which would hold up the start.
 QIcon languageIcon(const QString &language) {
     QIcon icon;
     for (const QString &size : {QString(), QStringLiteral("@2x")})
-        icon.addPixmap(QPixmap(QStringLiteral(":/%1%2.png").arg(language, size), "PNG"));
+        icon.addPixmap(pngResource(QStringLiteral(":/%1%2.png").arg(language, size)));
     return icon;
 }
 
