@@ -138,7 +138,7 @@ void TextParserTest::aStretchMayEndAtAnyToken() {
 
 void TextParserTest::generatedScripts() {
     ScriptGenerator generator(7);
-    for (int i = 0; i < 150; ++i) {
+    for (int i = 0; i < 60; ++i) {
         QString source;
         for (int part = generator.below(30); part >= 0; --part)
             source += generator.script();
