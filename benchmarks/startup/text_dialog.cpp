@@ -32,7 +32,8 @@ int main(int argc, char **argv) {
     const QLatin1String library(QNetworkAccessManager::staticMetaObject.className());
     QDialog dialog;
     QVBoxLayout layout(&dialog);
-    layout.addWidget(new QLabel(text + library, &dialog));
+    // In both languages, as the launcher's notice is: two fonts.
+    layout.addWidget(new QLabel(QStringLiteral("启动器 ") + text + library, &dialog));
     dialog.resize(640, 360);
     dialog.show();
     return QApplication::exec();

@@ -2,6 +2,8 @@
 
 #include <QVarLengthArray>
 
+#include <utility>
+
 namespace ast {
 namespace {
 
@@ -41,7 +43,8 @@ Clause makeClause(Token *begin, Token *end) {
     const auto [first, last] = withoutNewlines({begin, end});
     // An open literal at the end of the file may end in blanks, which the trimmed text loses. No other
     // token ends in one.
-    if (first != last && last[-1].text.back().isSpace())
+    // Looked at as const: else the token would leave the string that it shares for a copy.
+    if (first != last && std::as_const(last[-1].text).back().isSpace())
         last[-1].text = last[-1].text.trimmed();
     TextPosition position;
     for (Token *token = first; token != last; ++token) {

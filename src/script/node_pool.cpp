@@ -11,9 +11,9 @@ namespace {
 
 // The first region fits a script of a few lines, and each next one is twice as large. The large ones
 // come from the system itself.
-constexpr std::size_t firstSize = 4096;
-constexpr std::size_t largestSize = 4 * regionUnit;
-static_assert(regionUnit % firstSize == 0);
+constexpr std::size_t firstRegion = 4096;
+constexpr std::size_t largestRegion = 4 * regionUnit;
+static_assert(regionUnit % firstRegion == 0);
 // More than any standard library keeps beside a record: counts, a table of functions, the allocator.
 constexpr std::size_t mostBesideNode = 64;
 // No region holds as many records.
@@ -51,8 +51,8 @@ NodePool::Region *NodePool::withRoomFor(std::size_t size) {
     if (current != nullptr && std::size_t(current->end - current->next) >= size + mostBesideNode)
         return current;
     closeRegion();
-    const std::size_t bytes = std::max(nextSize, firstSize);
-    nextSize = std::min(bytes * 2, largestSize);
+    const std::size_t bytes = std::max(nextSize, firstRegion);
+    nextSize = std::min(bytes * 2, largestRegion);
     void *const memory = bytes < regionUnit ? ::operator new(bytes) : takeRegion(bytes);
     char *const begin = static_cast<char *>(memory);
     current = new (memory) Region{{held}, 0, begin + sizeof(Region), begin + bytes, bytes};
