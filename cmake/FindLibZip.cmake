@@ -20,4 +20,11 @@ if(LibZip_FOUND AND NOT TARGET LibZip::LibZip)
         LibZip::LibZip
         PROPERTIES IMPORTED_LOCATION "${LibZip_LIBRARY}"
                    INTERFACE_INCLUDE_DIRECTORIES "${LibZip_INCLUDE_DIR};${LibZip_VERSION_DIR}")
+    if(WIN32)
+        # A static one does not say by itself what it needs.
+        find_library(LibZip_ZLIB z REQUIRED)
+        mark_as_advanced(LibZip_ZLIB)
+        set_target_properties(LibZip::LibZip PROPERTIES INTERFACE_LINK_LIBRARIES
+                                                        "${LibZip_ZLIB};advapi32")
+    endif()
 endif()

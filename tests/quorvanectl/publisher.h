@@ -1,5 +1,4 @@
-// What belongs to a publisher's machine: the tool's own where it has the commands for it, and the
-// tests' elsewhere.
+// What belongs to a publisher's machine, by the tool's own means.
 #pragma once
 
 #include <QByteArray>
@@ -8,7 +7,6 @@
 namespace support {
 namespace publisher {
 
-// The private half of the key; empty where no command reads one.
 [[nodiscard]] QByteArray privatePem();
 [[nodiscard]] QByteArray publicPem();
 [[nodiscard]] QByteArray sign(const QByteArray &bytes);

@@ -4,7 +4,6 @@
 #include "support/platform.h"
 
 #include <QBuffer>
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
@@ -17,9 +16,7 @@ QProcessEnvironment withoutDisplay() {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         environment.remove(name);
-    // The second folder is where provideUnpacking() of unpacking.h puts what unpacks on Windows.
-    const QStringList path{QFileInfo(QUORVANE_TOOL).absolutePath(),
-                           QCoreApplication::applicationDirPath(), environment.value("PATH")};
+    const QStringList path{QFileInfo(QUORVANE_TOOL).absolutePath(), environment.value("PATH")};
     environment.insert("PATH", path.join(QDir::listSeparator()));
     environment.insert("LC_ALL", "C.UTF-8");
     return environment;

@@ -11,7 +11,7 @@ namespace {
 constexpr int extractLimitMs = 120000;
 constexpr int killMs = 30000; // for a killed program to be gone
 
-bool extract(const QString &zipPath, const QString &targetFolder, int limitMs,
+bool extract(const Unpack &unpack, const QString &zipPath, const QString &targetFolder, int limitMs,
              ZipFailure *failure) {
     if (!QFileInfo::exists(zipPath))
         return fail(QStringLiteral("zip not found: %1").arg(zipPath), &failure->reason);
@@ -19,7 +19,7 @@ bool extract(const QString &zipPath, const QString &targetFolder, int limitMs,
         return fail(QStringLiteral("unable to create destination directory: %1").arg(targetFolder),
                     &failure->reason);
     }
-    return unpackZip(zipPath, targetFolder, limitMs, failure);
+    return unpack(zipPath, targetFolder, limitMs, failure);
 }
 
 } // namespace
@@ -31,11 +31,17 @@ bool extractZip(const QString &zipPath, const QString &targetFolder, QString *er
 bool extractZipWithin(const QString &zipPath, const QString &targetFolder, int limitMs,
                       QString *error) {
     ZipFailure failure;
-    return extract(zipPath, targetFolder, limitMs, &failure) || fail(failure.reason, error);
+    return extract(unpackZip, zipPath, targetFolder, limitMs, &failure) ||
+           fail(failure.reason, error);
 }
 
 bool extractZip(const QString &zipPath, const QString &targetFolder, ZipFailure *failure) {
-    return extract(zipPath, targetFolder, extractLimitMs, failure);
+    return extractZipBy(unpackZip, zipPath, targetFolder, failure);
+}
+
+bool extractZipBy(const Unpack &unpack, const QString &zipPath, const QString &targetFolder,
+                  ZipFailure *failure) {
+    return extract(unpack, zipPath, targetFolder, extractLimitMs, failure);
 }
 
 bool isUnsafeZipName(const QString &name) {

@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 // Unpacks below `targetFolder`, which is made, within 120 seconds. Files that exist there are not
 // overwritten: they make it fail. After a failure that is not an unsafe entry, a part of the
 // content may have been written.
@@ -28,7 +30,15 @@ struct ZipFailure {
 [[nodiscard]] bool extractZipWithin(const QString &zipPath, const QString &targetFolder,
                                     int limitMs, QString *error = nullptr);
 
-// This platform's way of doing so, once the archive is known to exist and the target was made.
+// A way of doing so, once the archive is known to exist and the target was made.
+using Unpack = std::function<bool(const QString &zipPath, const QString &targetFolder, int limitMs,
+                                  ZipFailure *failure)>;
+
+// The same, unpacked in that way.
+[[nodiscard]] bool extractZipBy(const Unpack &unpack, const QString &zipPath,
+                                const QString &targetFolder, ZipFailure *failure);
+
+// This platform's way.
 [[nodiscard]] bool unpackZip(const QString &zipPath, const QString &targetFolder, int limitMs,
                              ZipFailure *failure);
 

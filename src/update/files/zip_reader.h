@@ -1,4 +1,4 @@
-// Reading a zip archive by its directory, with libzip. Not on Windows, which unpacks another way.
+// Reading a zip archive by its directory, with libzip. The launcher for Windows unpacks another way.
 //
 // What the archive says twice, in its directory and before each entry's data, must be the same: name,
 // sizes, checksum, method. Otherwise two readers would see two archives.

@@ -1,4 +1,4 @@
-// The names in a zip archive byte by byte, before libzip reads them. Not on Windows.
+// The names in a zip archive byte by byte, before libzip reads them.
 #pragma once
 
 #include "update/files/zip_extract.h"

@@ -5,7 +5,6 @@
 #include "support/file_tree.h"
 #include "support/platform.h"
 #include "support/staged_main.h"
-#include "support/unpacking.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -135,9 +134,7 @@ private Q_SLOTS:
     void aLockThatIsLeftOfAKilledRecoveryDoesNotStopTheNext();
 };
 
-void ProjectRecoverTest::initTestCase() {
-    support::provideUnpacking();
-}
+void ProjectRecoverTest::initTestCase() {}
 
 void ProjectRecoverTest::states_data() {
     QTest::addColumn<FileTree>("project");

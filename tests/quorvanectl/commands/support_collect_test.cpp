@@ -1,9 +1,9 @@
 // support collect: what is in the archive, and above all what is not.
+#include "quorvanectl/files/unpack.h"
 #include "quorvanectl/support/secrets.h"
 #include "run_tool.h"
 #include "support/file_tree.h"
 #include "support/staged_main.h"
-#include "update/files/zip_extract.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -106,7 +106,7 @@ struct LinePc {
     FileTree archive() const {
         const QTemporaryDir place;
         QString error;
-        if (!extractZip(dir.filePath("s.zip"), place.filePath("s"), &error))
+        if (!ctl::unpack(dir.filePath("s.zip"), place.filePath("s"), &error))
             qWarning("%s", qPrintable(error));
         return support::readTree(place.filePath("s"));
     }

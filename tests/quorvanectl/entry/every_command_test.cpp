@@ -9,7 +9,6 @@
 #include "support/platform.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
-#include "support/unpacking.h"
 #include "update/canonical_manifest.h"
 
 #include <QCoreApplication>
@@ -147,9 +146,7 @@ private:
     void addCommands();
 };
 
-void EveryCommandTest::initTestCase() {
-    support::provideUnpacking();
-}
+void EveryCommandTest::initTestCase() {}
 
 void EveryCommandTest::theExampleRuns_data() {
     addCommands();

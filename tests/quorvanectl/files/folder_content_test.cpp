@@ -80,8 +80,11 @@ void FolderContentTest::entries_data() {
         << FileTree{{"f/qt_temp.a1B2c3", "x"}, {"f/sub/qt_temp.XXXXXX", "x"}} << Sizes{{"sub/", 0}}
         << 0;
     QTest::newRow("a name that only begins so is one")
-        << FileTree{{"f/qt_temp.", "x"}, {"f/qt_temp.a1B2c3.ys", "x"}, {"f/my_qt_temp.123", "x"}}
-        << Sizes{{"qt_temp.", 1}, {"qt_temp.a1B2c3.ys", 1}, {"my_qt_temp.123", 1}} << 3;
+        << FileTree{{"f/qt_temp.a1B2c3.ys", "x"}, {"f/my_qt_temp.123", "x"}}
+        << Sizes{{"qt_temp.a1B2c3.ys", 1}, {"my_qt_temp.123", 1}} << 2;
+    if (!support::onWindows) // which drops the point
+        QTest::newRow("so is one without letters behind the point")
+            << FileTree{{"f/qt_temp.", "x"}} << Sizes{{"qt_temp.", 1}} << 1;
 }
 
 void FolderContentTest::entries() {

@@ -2,9 +2,10 @@
 #include "quorvanectl/files/zip_writer.h"
 
 #include "quorvanectl/files/interruption.h"
+#include "quorvanectl/files/unpack.h"
 #include "support/file_tree.h"
+#include "support/platform.h"
 #include "support/staged_main.h"
-#include "update/files/zip_extract.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -122,7 +123,7 @@ void ZipWriterTest::whatGoesInComesOut() {
     const QTemporaryDir folder;
     support::writeTree(folder.path(), {{"a.zip", zipOf(tree)}});
     QString error;
-    QVERIFY2(extractZip(folder.filePath("a.zip"), folder.filePath("out"), &error),
+    QVERIFY2(ctl::unpack(folder.filePath("a.zip"), folder.filePath("out"), &error),
              qPrintable(error));
     QCOMPARE(support::readTree(folder.filePath("out")), tree);
 }
@@ -169,7 +170,8 @@ void ZipWriterTest::aContentThatCannotBeOpened() {
     ZipWriter writer(&out);
     QVERIFY(writer.addFile("a", std::make_unique<QFile>("/nowhere/a")));
     QVERIFY(!writer.finish());
-    QCOMPARE(writer.error(), QString("cannot read a: No such file or directory"));
+    QCOMPARE(writer.error(), "cannot read a: " + support::systemText("No such file or directory",
+                                                                     "Path not found."));
 }
 
 void ZipWriterTest::twoEntriesOfOneName() {
@@ -207,6 +209,8 @@ void ZipWriterTest::aFullDisk() {
 }
 
 void ZipWriterTest::anInterruptEndsAFile() {
+    if (support::onWindows)
+        QSKIP("Ctrl-C comes from a console there: windows/console");
     QBuffer out;
     QVERIFY(out.open(QIODevice::WriteOnly));
     ZipWriter writer(&out);

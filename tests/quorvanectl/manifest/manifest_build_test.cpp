@@ -4,7 +4,6 @@
 #include "support/library_file.h"
 #include "support/platform.h"
 #include "support/staged_main.h"
-#include "support/unpacking.h"
 #include "update/http_fetch.h"
 
 #include "published_update.h"
@@ -62,7 +61,6 @@ QString ManifestBuildTest::sum(const QString &file) {
 
 void ManifestBuildTest::initTestCase() {
     QVERIFY(support::loadScriptVocabulary());
-    support::provideUnpacking();
     update.reset(new support::PublishedUpdate);
 }
 

@@ -3,7 +3,6 @@
 #include "support/library_file.h"
 #include "support/platform.h"
 #include "support/staged_main.h"
-#include "support/unpacking.h"
 #include "support/zip_maker.h"
 #include "update/http_fetch.h"
 
@@ -133,7 +132,6 @@ QVector<LintFinding> ManifestLintTest::lint(const PublishedUpdate &update,
 
 void ManifestLintTest::initTestCase() {
     QVERIFY(support::loadScriptVocabulary());
-    support::provideUnpacking();
 }
 
 void ManifestLintTest::aCleanManifestHasNoFinding() {
@@ -328,10 +326,9 @@ void ManifestLintTest::mistakes_data() {
         {"unsafe-entry " + zip});
     row("a zip that is none", package("PK but no zip"), {"bad-package " + zip});
     row("logs in a zip", tree({{"logs/a.log", ""}}), {"brings-logs " + zip});
-    // Windows itself cannot unpack these.
-    const QString bad = support::onWindows ? "bad-package " : "bad-entry ";
-    row("an entry named as a device", tree({{"con", ""}}), {bad + zip});
-    row("entries that Windows takes for one", tree({{"scripts/MAIN.ys", ""}}), {bad + zip});
+    row("an entry named as a device", tree({{"con", ""}}), {"bad-entry " + zip});
+    row("entries that Windows takes for one", tree({{"scripts/MAIN.ys", ""}}),
+        {"bad-entry " + zip});
     row("a project that the launcher would refuse",
         tree({{"line3.yslib", R"({"project": {"name": "产线三", "version": "1.2.0"}})"}}),
         {"broken-project " + zip, "broken-project " + zip, "broken-project " + zip,

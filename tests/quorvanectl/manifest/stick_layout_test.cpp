@@ -5,7 +5,6 @@
 #include "support/key_maker.h"
 #include "support/library_file.h"
 #include "support/staged_main.h"
-#include "support/unpacking.h"
 #include "update/canonical_manifest.h"
 
 #include "published_update.h"
@@ -68,7 +67,6 @@ StickResult StickLayoutTest::layOut(bool overwrite, const QString &keyName) cons
 
 void StickLayoutTest::initTestCase() {
     QVERIFY(support::loadScriptVocabulary());
-    support::provideUnpacking();
 }
 
 void StickLayoutTest::init() {

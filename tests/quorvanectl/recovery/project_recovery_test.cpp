@@ -5,7 +5,6 @@
 #include "support/library_file.h"
 #include "support/platform.h"
 #include "support/staged_main.h"
-#include "support/unpacking.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -80,7 +79,6 @@ void ProjectRecoveryTest::init() {
 
 void ProjectRecoveryTest::initTestCase() {
     QVERIFY(support::loadScriptVocabulary());
-    support::provideUnpacking();
 }
 
 void ProjectRecoveryTest::aWholeProjectStays() {

@@ -5,7 +5,6 @@
 #include "support/file_tree.h"
 #include "support/library_file.h"
 #include "support/staged_main.h"
-#include "support/unpacking.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -92,7 +91,6 @@ void UpdateRemainsTest::init() {
 
 void UpdateRemainsTest::initTestCase() {
     QVERIFY(support::loadScriptVocabulary());
-    support::provideUnpacking();
 }
 
 void UpdateRemainsTest::verdicts_data() {

@@ -418,6 +418,10 @@ void SupportFilesTest::pathsOfUsers_data() {
                                                     << R"(~\\\\p)";
     QTest::newRow("a small drive") << R"(d:\Users\max)"
                                    << "~";
+    QTest::newRow("in letters of another case") << R"(c:\users\Max\p)"
+                                                << R"(~\p)";
+    QTest::newRow("a short name of Windows") << R"(C:\Users\MAXMUS~1\p)"
+                                             << R"(~\p)";
     QTest::newRow("in quotes") << R"("/home/max")"
                                << R"("~")";
     QTest::newRow("Chinese") << QStringLiteral("/home/张三/p") << "~/p";

@@ -1,4 +1,4 @@
-// quorvanectl doctor: what will go wrong on this line PC before it does. Not on Windows.
+// quorvanectl doctor: what will go wrong on this line PC before it does.
 #include "quorvanectl/doctor/health.h"
 
 #include "frame/app_paths.h"

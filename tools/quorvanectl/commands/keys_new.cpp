@@ -1,4 +1,4 @@
-// quorvanectl keys new: a key pair for a publisher. Not on Windows.
+// quorvanectl keys new: a key pair for a publisher.
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/commands/passphrase_option.h"
 #include "quorvanectl/keys/key_files.h"

@@ -3,10 +3,10 @@
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/commands/log_printing.h"
 #include "quorvanectl/files/file_access.h"
+#include "quorvanectl/files/unpack.h"
 #include "quorvanectl/log/start_json.h"
 #include "quorvanectl/shell/json_output.h"
 #include "quorvanectl/shell/progress.h"
-#include "update/files/zip_extract.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -114,7 +114,7 @@ bool openLog(const QString &path, const QTemporaryDir &place, QFile *log, QStrin
     if (path.endsWith(QLatin1String(".zip"), Qt::CaseInsensitive)) {
         QString reason;
         found = place.filePath(QStringLiteral("archive/launcher.log"));
-        if (!extractZip(path, place.filePath(QStringLiteral("archive")), &reason)) {
+        if (!unpack(path, place.filePath(QStringLiteral("archive")), &reason)) {
             *error = QStringLiteral("%1: %2").arg(path, reason);
             return false;
         }

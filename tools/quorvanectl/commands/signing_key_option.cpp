@@ -2,12 +2,12 @@
 
 #include "quorvanectl/commands/passphrase_option.h"
 #include "quorvanectl/files/file_access.h"
+#include "quorvanectl/keys/own_files.h"
 #include "quorvanectl/manifest/manifest_attach.h"
 #include "quorvanectl/manifest/public_key.h"
 #include "update/canonical_manifest.h"
 
 #include <QCommandLineParser>
-#include <QFileInfo>
 
 namespace ctl {
 
@@ -38,9 +38,7 @@ SigningKey readSigningKey(const QCommandLineParser &parser, const Console &conso
                      .arg(path, QString::number(key.bits()));
         return SigningKey();
     }
-    const bool isOpen =
-        (QFileInfo(path).permissions() & (QFile::ReadGroup | QFile::ReadOther)) != 0;
-    if (key.isValid() && isOpen)
+    if (key.isValid() && othersMayRead(path))
         tell(console, QStringLiteral("%1: others can read this private key").arg(path));
     return key;
 }

@@ -1,4 +1,4 @@
-// quorvanectl support collect: one archive for whoever is asked for help. Not on Windows.
+// quorvanectl support collect: one archive for whoever is asked for help.
 #include "frame/app_paths.h"
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/files/file_access.h"

@@ -1,4 +1,4 @@
-// quorvanectl update pack: a package of a project that passes its checks. Not on Windows.
+// quorvanectl update pack: a package of a project that passes its checks.
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/commands/package_printing.h"
 #include "quorvanectl/package/project_pack.h"

@@ -1,4 +1,4 @@
-// quorvanectl update sign: a manifest with the signature of the publisher's key. Not on Windows.
+// quorvanectl update sign: a manifest with the signature of the publisher's key.
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/commands/signing_key_option.h"
 #include "quorvanectl/commands/update_options.h"

@@ -41,8 +41,6 @@ void printClosing(const Console &console) {
                              "Exit status: 0 clean or warnings, 1 errors, 2 wrong usage or a file "
                              "that cannot be used.")
                   .arg(programName));
-    if (!missingCommands().isEmpty())
-        printLine(console, missingCommands());
 }
 
 int programHelp(const Console &console) {
@@ -91,11 +89,7 @@ int refuseUsage(const Console &console, const QString &reason, const QString &he
 
 // A word that is no family, or a family and a word that is no command of it.
 int refuseCommand(const Console &console, const QString &title, const QString &helpOf = QString()) {
-    const QString system = systemWithout(title);
-    const QString reason =
-        system.isEmpty() ? QStringLiteral("no command '%1'").arg(title)
-                         : QStringLiteral("there is no command '%1' on %2").arg(title, system);
-    return refuseUsage(console, reason, helpOf);
+    return refuseUsage(console, QStringLiteral("no command '%1'").arg(title), helpOf);
 }
 
 // Behind a mistake with options: what a dash does to a word, if that may be what went wrong.
@@ -200,11 +194,8 @@ int runCommandLine(const QStringList &arguments, Console &console) {
     }
     const auto &commands = allCommands();
     if (std::none_of(commands.begin(), commands.end(),
-                     [&](const Command &it) { return it.family == first; })) {
-        // A whole family may be missing for the sake of its one command.
-        const QString title = arguments.mid(0, 2).join(QLatin1Char(' '));
-        return refuseCommand(console, systemWithout(title).isEmpty() ? first : title);
-    }
+                     [&](const Command &it) { return it.family == first; }))
+        return refuseCommand(console, first);
     return runFamily(first, arguments.mid(1), console);
 }
 

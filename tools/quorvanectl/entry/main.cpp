@@ -18,7 +18,8 @@ void readPathsAsUtf8() {
 
 bool allWritten(const ctl::Console &console) {
     auto *const out = qobject_cast<QFileDevice *>(console.out);
-    return out->flush() && out->error() == QFileDevice::NoError;
+    return out == nullptr || // a screen, which has taken all
+           (out->flush() && out->error() == QFileDevice::NoError);
 }
 
 // What the libraries write to the debug log is for developers of the launcher; a command says in its

@@ -1,5 +1,6 @@
 #include "quorvanectl/files/file_access.h"
 
+#include "quorvanectl/files/interruption.h"
 #include "update/files/failure.h"
 #include "update/files/memory_guard.h"
 #include "update/files/text_file.h"
@@ -118,6 +119,7 @@ bool commitFile(QSaveFile &file, QString *error) {
 }
 
 bool writeFile(const QString &path, const QByteArray &bytes, bool force, QString *error) {
+    const WholeFile untilWhole;
     QSaveFile file(path);
     if (!openFile(file, force, error))
         return false;

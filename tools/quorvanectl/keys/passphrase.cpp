@@ -1,14 +1,10 @@
 #include "quorvanectl/keys/passphrase.h"
+#include "quorvanectl/keys/silent_terminal.h"
 #include "update/files/failure.h"
 
 #include <openssl/crypto.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <termios.h>
-#include <unistd.h>
 
 namespace ctl {
 namespace {
@@ -20,77 +16,26 @@ constexpr char backspaceKey = '\b';
 
 } // namespace
 
-// The controlling terminal, with nothing shown of what is typed and no key that ends the program:
-// until it is put back, at the end of its life.
-class Passphrase::SilentTerminal {
-public:
-    SilentTerminal()
-        : descriptor(::open("/dev/tty", O_RDWR | O_CLOEXEC)) {
-        if (!isOpen() || ::tcgetattr(descriptor, &before) != 0)
-            return;
-        termios silent = before;
-        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL | ICANON | ISIG);
-        silent.c_cc[VMIN] = 1;
-        silent.c_cc[VTIME] = 0;
-        isSilent = ::tcsetattr(descriptor, TCSAFLUSH, &silent) == 0;
-    }
-    ~SilentTerminal() {
-        if (isSilent)
-            ::tcsetattr(descriptor, TCSAFLUSH, &before);
-        if (isOpen())
-            ::close(descriptor);
-    }
-    SilentTerminal(const SilentTerminal &) = delete;
-    SilentTerminal &operator=(const SilentTerminal &) = delete;
-
-    [[nodiscard]] bool isReady() const { return isSilent; }
-
-    void show(const QString &line) const {
-        const QByteArray bytes = line.toUtf8();
-        (void)!::write(descriptor, bytes.constData(), size_t(bytes.size()));
-    }
-
-    // The next byte typed; 0 at the end.
-    [[nodiscard]] char read() const {
-        char byte = '\0';
-        ssize_t got = 0;
-        do
-            got = ::read(descriptor, &byte, 1);
-        while (got < 0 && errno == EINTR);
-        return got == 1 ? byte : '\0';
-    }
-
-private:
-    [[nodiscard]] bool isOpen() const { return descriptor >= 0; }
-
-    int descriptor;
-    bool isSilent = false;
-    termios before = {};
-};
-
 Passphrase::~Passphrase() {
     OPENSSL_cleanse(text.data(), text.size());
 }
 
 bool Passphrase::readFrom(int descriptor, QString *error) {
     length = 0;
-    for (;;) {
-        char byte = 0;
-        const ssize_t got = ::read(descriptor, &byte, 1);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0) {
-            return fail(
-                QStringLiteral("cannot read the passphrase from descriptor %1: %2")
-                    .arg(QString::number(descriptor), QString::fromLocal8Bit(std::strerror(errno))),
-                error);
-        }
-        if (got == 0 || byte == '\n')
-            break;
+    char byte = '\0';
+    Got got = Got::Byte;
+    QString reason;
+    while ((got = readByte(descriptor, &byte, &reason)) == Got::Byte && byte != '\n') {
         if (length + 1 == text.size())
             return fail(QStringLiteral("the passphrase is longer than 1023 bytes"), error);
         text[length++] = byte;
     }
+    if (got == Got::Nothing)
+        return fail(QStringLiteral("cannot read the passphrase from descriptor %1: %2")
+                        .arg(QString::number(descriptor), reason),
+                    error);
+    if (got == Got::Byte && length > 0 && endsLineWith(text[length - 1]))
+        --length;
     text[length] = '\0';
     return length > 0 || fail(QStringLiteral("the passphrase is empty"), error);
 }

@@ -8,6 +8,8 @@
 
 namespace ctl {
 
+class SilentTerminal;
+
 // At most 1023 bytes, wiped when it goes. No copies.
 class Passphrase {
 public:
@@ -16,7 +18,7 @@ public:
     Passphrase &operator=(const Passphrase &) = delete;
     ~Passphrase();
 
-    // Reads from an open file descriptor up to the first line feed, or to its end.
+    // Reads from an open file descriptor up to the first line feed, or to its end: see silent_terminal.h.
     [[nodiscard]] bool readFrom(int descriptor, QString *error = nullptr);
     // Asks at the controlling terminal, without echo; `twice` asks again and compares. Fails where
     // there is no terminal, and on Ctrl-C.
@@ -26,8 +28,6 @@ public:
     [[nodiscard]] int size() const { return int(length); }
 
 private:
-    class SilentTerminal;
-
     bool readLine(const SilentTerminal &terminal, const QString &prompt, QString *error);
     void eraseLast();
 

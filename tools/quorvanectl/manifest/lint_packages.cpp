@@ -64,7 +64,8 @@ bool hasPercent(const QString &address) {
 }
 
 bool hasBadFileName(const QString &address) {
-    const QString name = packageFileName(address);
+    const QString name =
+        address.section(QLatin1Char('/'), -1); // with a drive before it, on Windows too
     return !name.isEmpty() && !hasQuery(address) && !hasQuote(address) && !hasBackslash(address) &&
            !nameFault(name).isEmpty();
 }

@@ -21,10 +21,9 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 namespace ctl {
 namespace {
@@ -115,6 +114,11 @@ QString projectFileOf(const Content &content, QStringList *findings) {
     return QString();
 }
 
+bool writeNewBytes(const QString &path, const QByteArray &bytes) {
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush();
+}
+
 // Changes the version in the file's text, which keeps its form. False if that cannot be done.
 bool sayVersion(const QString &projectFile, const QString &version) {
     if (readProjectVersion(projectFile) == version)
@@ -122,6 +126,16 @@ bool sayVersion(const QString &projectFile, const QString &version) {
     QString error;
     const QByteArray made = withVersion(readBytes(projectFile, &error), version);
     return !made.isNull() && writeFile(projectFile, made, true, &error);
+}
+
+// A launcher's own stamp has the line ends of its system; a package is the same wherever it was made.
+bool stampWithPlainLines(const QString &projectFile, const QString &version) {
+    if (!stampProjectVersion(projectFile, version))
+        return false;
+    QString error;
+    const QByteArray stamped = readBytes(projectFile, &error);
+    return !stamped.contains('\r') ||
+           writeNewBytes(projectFile, QByteArray(stamped).replace("\r\n", "\n"));
 }
 
 // Puts a copy of the project file that says `version`, and a sidecar, in the place of the folder's.
@@ -134,9 +148,8 @@ bool stampVersion(const QString &projectFile, const QString &version, const QStr
     if (!QFile::setPermissions(copy, writable))
         return false;
     const QString sidecar = versionSidecarPath(copy);
-    const bool stamped = sayVersion(copy, version)
-                             ? writeTextFile(sidecar, version + QLatin1Char('\n'))
-                             : stampProjectVersion(copy, version);
+    const bool stamped = (sayVersion(copy, version) || stampWithPlainLines(copy, version)) &&
+                         writeNewBytes(sidecar, version.toUtf8() + '\n');
     content->insert(fileName(projectFile), copy);
     content->insert(fileName(sidecar), sidecar);
     return stamped && readProjectVersion(copy) == version;
@@ -174,9 +187,12 @@ QStringList faultsOf(const ProjectPackage &package, qint64 size) {
 bool moveIn(const QString &from, const QString &to, bool overwrite, QString *error) {
     if (!mayWrite(to, overwrite, error)) // it may have appeared meanwhile
         return false;
-    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0)
-        return true;
-    return failAbout(to, QString::fromLocal8Bit(std::strerror(errno)), error);
+    std::error_code failure;
+    const auto place = [](const QString &path) {
+        return std::filesystem::u8path(path.toUtf8().constData());
+    };
+    std::filesystem::rename(place(from), place(to), failure);
+    return !failure || failAbout(to, QString::fromLocal8Bit(failure.message().c_str()), error);
 }
 
 // Letters of any script stay; what a URL or a shell reads in its own way does not.

@@ -3,8 +3,9 @@
 #include "launcher/offer/apply_places.h"
 #include "launcher/offer/project_apply.h"
 #include "project/project_file.h"
+#include "quorvanectl/files/unpack.h"
+#include "quorvanectl/package/package_names.h"
 #include "update/files/version_text.h"
-#include "update/files/zip_extract.h"
 #include "update/http_fetch.h"
 
 #include <QDir>
@@ -39,12 +40,21 @@ ProjectPackage inspectPackage(const QString &zipPath, const QString &workFolder)
     }
     const QString folder = work.filePath(QStringLiteral("unpacked"));
     ZipFailure failure;
-    package.unpacked = extractZip(zipPath, folder, &failure);
+    QStringList leftOut; // for their names; they count all the same, so that these are told
+    QSet<QString> folded;
+    const auto leavesOut = [&](const QString &name) {
+        const bool isLeftOut = cannotHold(name, &folded);
+        if (isLeftOut && !name.endsWith(QLatin1Char('/')))
+            leftOut.append(name);
+        return isLeftOut;
+    };
+    package.unpacked = unpackSome(zipPath, folder, leavesOut, &failure);
     package.error = failure.reason;
     package.isUnsafe = failure.isUnsafe;
     if (!package.unpacked)
         return package;
-    package.files = filesBelow(folder);
+    package.files = filesBelow(folder) + leftOut;
+    package.files.sort();
     for (const QString &file : qAsConst(package.files))
         package.sizes.append(QFileInfo(QDir(folder).filePath(file)).size());
     package.projectFiles = projectFilesAmong(package.files);

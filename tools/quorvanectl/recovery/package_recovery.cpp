@@ -5,13 +5,13 @@
 #include "launcher/offer/project_apply.h"
 #include "project/project_file.h"
 #include "quorvanectl/files/file_access.h"
+#include "quorvanectl/files/unpack.h"
 #include "quorvanectl/recovery/folders_aside.h"
 #include "update/files/failure.h"
 #include "update/files/file_copy.h"
 #include "update/files/file_operations.h"
 #include "update/files/place_facts.h"
 #include "update/files/text_file.h"
-#include "update/files/zip_extract.h"
 #include "update/manifest_keys.h"
 #include "update/manifest_signature.h"
 
@@ -103,7 +103,7 @@ bool takeLogs(const QString &copy, const QStringList &places, QString *error) {
 // The new project, whole and on the disk, under a name of its own.
 bool makeCopy(const ProvedPackage &package, const UpdateRemains &remains, const DataFolder &data,
               const QString &copy, QString *error) {
-    if (!removeDirectory(copy, error) || !extractZip(package.path(), copy, error) ||
+    if (!removeDirectory(copy, error) || !unpack(package.path(), copy, error) ||
         !takeLogs(copy, placesOfLogs(remains, data), error))
         return false;
     const QString file = projectFileIn(copy, folderNameOf(remains.project));
@@ -175,7 +175,7 @@ bool ProvedPackage::findRecord(const PackageSource &source, const QJsonArray &re
 bool ProvedPackage::unpack(const PackageSource &source, QString *error) {
     const QString unpacked = place.filePath(QStringLiteral("unpacked"));
     QString reason;
-    if (!extractZip(copy, unpacked, &reason))
+    if (!unpack(copy, unpacked, &reason))
         return fail(
             QStringLiteral("%1: %2").arg(source.package, reason.replace(copy, source.package)),
             error);

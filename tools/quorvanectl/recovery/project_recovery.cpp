@@ -1,11 +1,11 @@
 #include "quorvanectl/recovery/project_recovery.h"
 
+#include "quorvanectl/files/unpack.h"
 #include "quorvanectl/recovery/folders_aside.h"
 #include "update/files/failure.h"
 #include "update/files/file_copy.h"
 #include "update/files/file_operations.h"
 #include "update/files/place_facts.h"
-#include "update/files/zip_extract.h"
 
 #include <QDir>
 #include <QFile>
@@ -47,7 +47,7 @@ bool takeProjectFile(const QString &package, const ProjectCopy &project, QString
     const QString unpacked = place.filePath(QStringLiteral("package"));
     if (!place.isValid())
         return fail(place.errorString(), error);
-    if (!extractZip(package, unpacked, error))
+    if (!unpack(package, unpacked, error))
         return false;
     QFile source(
         QDir(unpacked).filePath(QDir(project.folder).relativeFilePath(project.projectFile)));

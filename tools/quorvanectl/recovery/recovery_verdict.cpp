@@ -1,8 +1,8 @@
 #include "quorvanectl/recovery/recovery_verdict.h"
 
 #include "launcher/offer/apply_places.h"
+#include "quorvanectl/files/unpack.h"
 #include "update/files/text_file.h"
-#include "update/files/zip_extract.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -40,7 +40,7 @@ bool isPackageOf(const ProjectCopy &project, const QString &package) {
     const QString unpacked = place.filePath(QStringLiteral("package"));
     QString error;
     FolderContent content;
-    if (!place.isValid() || !extractZip(package, unpacked, &error))
+    if (!place.isValid() || !unpack(package, unpacked, &error))
         return false;
     const QString relative = nameIn(project);
     const QString file = QDir(unpacked).filePath(relative);

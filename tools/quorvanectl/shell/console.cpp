@@ -3,10 +3,6 @@
 #include "frame/steering_characters.h"
 #include "quorvanectl/shell/command.h"
 
-#include <QFile>
-
-#include <cstdio>
-
 namespace ctl {
 namespace {
 
@@ -40,14 +36,14 @@ void write(QIODevice *device, const QString &text) {
 } // namespace
 
 Console standardConsole() {
-    static QFile out;
-    static QFile err;
-    if (!out.isOpen()) {
+    static std::unique_ptr<QIODevice> out;
+    static std::unique_ptr<QIODevice> err;
+    if (!out) {
         prepareStreams();
-        (void)out.open(stdout, QIODevice::WriteOnly);
-        (void)err.open(stderr, QIODevice::WriteOnly | QIODevice::Unbuffered);
+        out = openStream(1);
+        err = openStream(2);
     }
-    return {&out, &err, showsColours(), isTerminal(2)};
+    return {out.get(), err.get(), showsColours(), isTerminal(2)};
 }
 
 void print(const Console &console, const QString &text) {

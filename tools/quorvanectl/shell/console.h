@@ -4,6 +4,8 @@
 #include <QIODevice>
 #include <QString>
 
+#include <memory>
+
 namespace ctl {
 
 struct Console {
@@ -20,10 +22,15 @@ struct Console {
 // first file that is opened would get its number, and what is meant for the stream would land in it.
 void occupyStandardStreams();
 
-// Makes the standard streams take bytes as they are: a signature counts each of them.
+// Makes the standard streams take bytes as they are, since a signature counts each of them, and a console
+// take escape sequences.
 void prepareStreams();
 
-// Whether the standard stream of this number (1 output, 2 errors) is a terminal.
+// The standard stream of this number (1 output, 2 errors), open for writing in UTF-8: a QFile, or on Windows
+// the screen of a console, which shows the text whatever its code page is. Unbuffered if it is not output.
+[[nodiscard]] std::unique_ptr<QIODevice> openStream(int stream);
+
+// Whether the standard stream of this number is a terminal, which follows escape sequences.
 [[nodiscard]] bool isTerminal(int stream);
 
 void print(const Console &console, const QString &text);

@@ -1,5 +1,8 @@
 #include "quorvanectl/shell/console.h"
 
+#include <QFile>
+
+#include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -13,6 +16,15 @@ void ctl::occupyStandardStreams() {
 }
 
 void ctl::prepareStreams() {}
+
+std::unique_ptr<QIODevice> ctl::openStream(int stream) {
+    auto file = std::make_unique<QFile>();
+    if (stream == STDOUT_FILENO)
+        (void)file->open(stdout, QIODevice::WriteOnly);
+    else
+        (void)file->open(stderr, QIODevice::WriteOnly | QIODevice::Unbuffered);
+    return file;
+}
 
 bool ctl::isTerminal(int stream) {
     return isatty(stream) == 1;

@@ -1,9 +1,10 @@
 #include "quorvanectl/support/secrets.h"
 
+#include "quorvanectl/support/path_spellings.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QStringList>
 
 namespace ctl {
 
@@ -22,16 +23,15 @@ QString withoutSecrets(QString text) {
 }
 
 QString withoutHomePaths(QString text) {
-    QStringList homes{QDir::homePath(), QFileInfo(QDir::homePath()).canonicalFilePath()};
-    for (const QString &home : qAsConst(homes)) {
-        if (home.size() > 1) // a program of the system may have "/" for its home
-            text.replace(QRegularExpression(QRegularExpression::escape(home) +
-                                            QStringLiteral("(?![\\w.-])")),
-                         QStringLiteral("~"));
+    const QString home = QDir::homePath();
+    for (const QString &folder : {home, QFileInfo(home).canonicalFilePath()}) {
+        if (!folder.isEmpty() &&
+            !QDir(folder).isRoot()) // as that of a program of the system may be
+            text.replace(everySpellingOf(folder), QStringLiteral("~"));
     }
     // A folder's name ends with its separator; blanks may be in it only before one.
     static const QRegularExpression elsewhere(
-        QStringLiteral("(?:/home/|/Users/|[A-Za-z]:[/\\\\]+Users[/\\\\]+)"
+        QStringLiteral("(?:/home/|/Users/|[A-Za-z]:[/\\\\]+(?i:Users)[/\\\\]+)"
                        "(?:[^/\\\\\r\n\"<>|:*?]+(?=[/\\\\])|[^/\\\\\\s\"<>|:*?]+)"));
     return text.replace(elsewhere, QStringLiteral("~"));
 }

@@ -5,8 +5,12 @@
 namespace ctl {
 namespace {
 
+using Handler = void (*)(int);
+
 volatile std::sig_atomic_t wasInterrupted = 0;
 int watches = 0; // alive
+Handler interruptBefore = SIG_DFL;
+Handler terminateBefore = SIG_DFL;
 
 void note(int) {
     wasInterrupted = 1;
@@ -14,13 +18,17 @@ void note(int) {
 
 } // namespace
 
-InterruptionWatch::InterruptionWatch()
-    : interruptBefore(
-          (wasInterrupted = watches++ > 0 ? wasInterrupted : 0, std::signal(SIGINT, note)))
-    , terminateBefore(std::signal(SIGTERM, note)) {}
+InterruptionWatch::InterruptionWatch() {
+    if (watches++ > 0)
+        return;
+    wasInterrupted = 0;
+    interruptBefore = std::signal(SIGINT, note);
+    terminateBefore = std::signal(SIGTERM, note);
+}
 
 InterruptionWatch::~InterruptionWatch() {
-    --watches;
+    if (--watches > 0)
+        return;
     (void)std::signal(SIGINT, interruptBefore);
     (void)std::signal(SIGTERM, terminateBefore);
 }
@@ -28,5 +36,8 @@ InterruptionWatch::~InterruptionWatch() {
 bool interrupted() {
     return wasInterrupted != 0;
 }
+
+WholeFile::WholeFile() = default;
+WholeFile::~WholeFile() = default;
 
 } // namespace ctl

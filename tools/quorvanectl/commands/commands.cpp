@@ -13,12 +13,4 @@ const std::vector<Command> &allCommands() {
     return table;
 }
 
-QString missingCommands() {
-    return {};
-}
-
-QString systemWithout(const QString &) {
-    return {};
-}
-
 } // namespace ctl

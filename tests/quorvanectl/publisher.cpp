@@ -1,4 +1,3 @@
-// A publisher with the tool's own key and packing.
 #include "publisher.h"
 
 #include "quorvanectl/keys/signing_key.h"

@@ -1,0 +1,5 @@
+#include "quorvanectl/package/package_names.h"
+
+bool ctl::cannotHold(const QString &, QSet<QString> *) {
+    return false;
+}
