@@ -5,6 +5,7 @@ this system: what they say, how they end and what they write must be the same, b
     road.py --runner RUN-WINE --windows quorvanectl.exe --native quorvanectl --project DEMO --library INI
 """
 import argparse
+import json
 import pathlib
 import re
 import shutil
@@ -29,6 +30,8 @@ ROAD = [
     ("update sign site/manifest.json --key keys/private.pem --passphrase-fd 0", "a wrong one\n"),
     ("update verify site/manifest.json --key keys/update.pub", ""),
     ("update verify site/manifest.json --key other/update.pub --format json", ""),
+    ("update info site/manifest.json", ""),
+    ("update info site/packages/demo-1.2.0.zip", ""),
     ("update stick site stick --key keys/update.pub", ""),
     ("update pack line --version 1.2.0 --out site/packages --library lib.ini", ""),  # it is there already
     ("update pack nowhere --version 1.2.0 --out site/packages --library lib.ini", ""),
@@ -98,11 +101,27 @@ def walk(windows, native):
             print(told, expected, sep="\n")
         check(told == expected, f"the same answer, {expected[0]}: quorvanectl {line}")
         statuses.append(expected[0])
-    check(statuses == [0, 0, 0, 0, 0, 0, 2, 0, 1, 0, 2, 2], f"the road was walked to its end: {statuses}")
+    check(statuses == [0, 0, 0, 0, 0, 0, 2, 0, 1, 0, 0, 0, 2, 2], f"the road was walked to its end: {statuses}")
     made, expected = windows.tree(), native.tree()
     check(list(made) == list(expected), f"the same {len(made)} files and folders")
     for name, content in made.items():
         check(content == expected[name], f"the same bytes: {name}")
+
+
+def release(windows, native):
+    """The whole road in one step, whose manifest tells the time."""
+    line = "update release released line --version 1.3.0 --key keys/private.pem --passphrase-fd 0 --library lib.ini"
+    answers, manifests = [], []
+    for desk in (windows, native):
+        (desk.folder / "released").mkdir()
+        answers.append(desk.run(line, PASSPHRASE + "\n"))
+        manifest = json.loads((desk.folder / "released/manifest.json").read_text(encoding="utf-8"))
+        check(manifest.pop("publishedAt") and manifest.pop("signature"), "a release is signed, and tells its time")
+        manifests.append(manifest)
+    check(answers[0] == answers[1] and answers[0][0] == 0, f"the same answer, 0: quorvanectl {line}")
+    check(manifests[0] == manifests[1], "the same manifest but for both")
+    packages = [(desk.folder / "released/packages/demo-1.3.0.zip").read_bytes() for desk in (windows, native)]
+    check(packages[0] == packages[1], "the same bytes of the package")
 
 
 def look_at_signature(desk):
@@ -130,6 +149,7 @@ def main():
         same_help(windows, native)
         make_keys(windows, native)
         walk(windows, native)
+        release(windows, native)
         look_at_signature(windows)
     finally:
         shutil.rmtree(root, ignore_errors=True)

@@ -111,7 +111,6 @@ class ProjectRecoverTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void states_data();
     void states();
     void leftOversGetOtherNames();
@@ -133,8 +132,6 @@ private Q_SLOTS:
     void aLockThatIsLeftOfAKilledRecoveryDoesNotStopTheNext_data();
     void aLockThatIsLeftOfAKilledRecoveryDoesNotStopTheNext();
 };
-
-void ProjectRecoverTest::initTestCase() {}
 
 void ProjectRecoverTest::states_data() {
     QTest::addColumn<FileTree>("project");

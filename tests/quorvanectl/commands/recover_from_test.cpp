@@ -6,7 +6,6 @@
 #include "support/key_maker.h"
 #include "support/manifest_maker.h"
 #include "support/staged_main.h"
-#include "support/unpacking.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -112,7 +111,6 @@ class RecoverFromTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void thePackageTakesTheProjectsPlace_data();
     void thePackageTakesTheProjectsPlace();
     void logsOfABackupAreKeptToo();
@@ -127,10 +125,6 @@ private Q_SLOTS:
     void wrongUsage_data();
     void wrongUsage();
 };
-
-void RecoverFromTest::initTestCase() {
-    support::provideUnpacking();
-}
 
 void RecoverFromTest::thePackageTakesTheProjectsPlace_data() {
     QTest::addColumn<FileTree>("project");

@@ -2,7 +2,6 @@
 #include "run_tool.h"
 #include "support/file_tree.h"
 #include "support/staged_main.h"
-#include "support/unpacking.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -53,7 +52,6 @@ private:
     void remember(const QString &selected, const QStringList &recent) const;
 
 private Q_SLOTS:
-    void initTestCase();
     void init();
     void whatIsTold_data();
     void whatIsTold();
@@ -61,10 +59,6 @@ private Q_SLOTS:
     void projectsElsewhere();
     void aWordWithABlankIsQuoted();
 };
-
-void RecoverSurveyTest::initTestCase() {
-    support::provideUnpacking();
-}
 
 void RecoverSurveyTest::init() {
     folder.reset(new QTemporaryDir);

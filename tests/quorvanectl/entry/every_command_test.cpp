@@ -128,7 +128,6 @@ class EveryCommandTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void theExampleRuns_data();
     void theExampleRuns();
     void theManPageNamesEveryKeyOfTheJson_data();
@@ -145,8 +144,6 @@ private Q_SLOTS:
 private:
     void addCommands();
 };
-
-void EveryCommandTest::initTestCase() {}
 
 void EveryCommandTest::theExampleRuns_data() {
     addCommands();

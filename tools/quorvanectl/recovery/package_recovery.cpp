@@ -103,7 +103,7 @@ bool takeLogs(const QString &copy, const QStringList &places, QString *error) {
 // The new project, whole and on the disk, under a name of its own.
 bool makeCopy(const ProvedPackage &package, const UpdateRemains &remains, const DataFolder &data,
               const QString &copy, QString *error) {
-    if (!removeDirectory(copy, error) || !unpack(package.path(), copy, error) ||
+    if (!removeDirectory(copy, error) || !ctl::unpack(package.path(), copy, error) ||
         !takeLogs(copy, placesOfLogs(remains, data), error))
         return false;
     const QString file = projectFileIn(copy, folderNameOf(remains.project));
@@ -175,7 +175,7 @@ bool ProvedPackage::findRecord(const PackageSource &source, const QJsonArray &re
 bool ProvedPackage::unpack(const PackageSource &source, QString *error) {
     const QString unpacked = place.filePath(QStringLiteral("unpacked"));
     QString reason;
-    if (!unpack(copy, unpacked, &reason))
+    if (!ctl::unpack(copy, unpacked, &reason))
         return fail(
             QStringLiteral("%1: %2").arg(source.package, reason.replace(copy, source.package)),
             error);
