@@ -205,7 +205,8 @@ int recover(const QCommandLineParser &parser, const Console &console, const Reco
 void readRemembered(SurveyPlaces *places) {
     const QJsonObject settings = launcherSettings(places->data.database());
     places->selected = settings.value(QLatin1String(settings_schema::defaultProjectKey)).toString();
-    for (const QJsonValue &row : settings.value(QStringLiteral("recent_projects")).toArray())
+    const QJsonArray recent = settings.value(QStringLiteral("recent_projects")).toArray();
+    for (const QJsonValue &row : recent)
         places->remembered.append(row.toArray().at(0).toString());
 }
 
