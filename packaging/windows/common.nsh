@@ -8,6 +8,7 @@ ManifestDPIAware true
 ManifestSupportedOS all
 RequestExecutionLevel user
 XPStyle on
+InstallColors /windows
 AllowSkipFiles off
 Icon "quorvaner.ico"
 BrandingText "Quorvaner ${VERSION}"

@@ -105,6 +105,7 @@ Function askForRights
 FunctionEnd
 
 Section
+    SetDetailsPrint none ; names of files are for nobody
     Call leaveProgramFolder
     Call refuseLongPlace
     Call askForRights
@@ -127,20 +128,20 @@ Section
         StrCpy $Outcome 1
     ${EndIf}
     StrCpy $ReportFile "$INSTDIR\setup\$Run\report.txt"
-    Call readReport
     ${If} $Outcome = 0
         Call writeEntries
         Call leaveRunOnce
         ExecWait '"$INSTDIR\setup\$Run\tool\placer.exe" tidy "$INSTDIR\." $Run'
+        SetDetailsPrint listonly
+        SetDetailsView show
         DetailPrint "$(installed)"
-        ${If} $Told != ""
-            SetDetailsView show
-        ${EndIf}
-    ${ElseIf} $Outcome = 3
+    ${EndIf}
+    Call readReport
+    ${If} $Outcome = 3
         SetErrorLevel 3
         MessageBox MB_ICONEXCLAMATION "$(unfinished)$\r$\n$Reason" /SD IDOK
         Abort "$(unfinished)"
-    ${Else}
+    ${ElseIf} $Outcome <> 0
         Call leaveRunOnce
         RMDir /r "$INSTDIR\setup\$Run"
         !insertmacro Refuse "$(nothingChanged)$\r$\n$Reason"

@@ -10,7 +10,6 @@ installer whose hash does not fit is not started. 1.1.0 has the same code; its p
 stands behind their ends, which is no matter to Windows.
 """
 import argparse
-import hashlib
 import json
 import pathlib
 import shutil
@@ -21,8 +20,8 @@ import zipfile
 
 from portable import FONTS, LOADER, SERVER, TITLE, Screen, check, wait_for
 
+FOUND = "A genuine update is available"
 OFFERED = "Choose what to update"
-DONE = "Update complete"
 VERSIONS = ("1.0.0", "1.1.0")
 CHANGED = ("bin/Quorvaner.exe", "bin/Qt5Core.dll", "bin/Qt5Widgets.dll")
 
@@ -99,6 +98,7 @@ class Place:
         check(self.wine(tool, "update", "attach", "manifest.json", "signature", "--key", "update.pub", "--out",
                         "manifest.json", "--force", cwd=update) == 0, "update attach")
         (self.prefix / "dosdevices/e:").symlink_to(self.stick)
+        self.close()  # Wine looks for drives as it starts
 
     @property
     def log(self):
@@ -129,32 +129,38 @@ class Operator:
         window = wait_for(lambda: self.window(title), title, 120)[-1]
         self.screen.output("xdotool", "windowactivate", "--sync", window, "key", key)
 
+    def press_until(self, title, key, condition, what):
+        """One press, and another one only if nothing came of it: a second would be for what came."""
+        for _ in range(6):
+            self.press(title, key)
+            try:
+                return wait_for(condition, what, 20)
+            except AssertionError:
+                pass
+        raise AssertionError(what)
+
     def picture(self, name):
         self.screen.picture(self.place.wish.pictures / f"windows-{name}.png")
 
-    def take_offer(self):
+    def start_and_take_offer(self):
         """Opens the choice, with everything ticked that can be had, and takes it."""
-        wait_for(lambda: "QuorvanerUpdate" in self.place.log or self.window(f"^{TITLE}"), "the launcher", 120)
-        def chosen():
-            if self.window(f"^{OFFERED}"):
-                return True
-            self.press(f"^{TITLE}", "space")  # the focus is on "Update now" once there is an offer
-            return False
-        wait_for(chosen, "the choice of updates", 120)
-        self.picture("offer")
-        self.press(f"^{OFFERED}", "Return")
+        offers = self.place.log.count(FOUND)
+        launcher = self.place.start()
+        wait_for(lambda: self.place.log.count(FOUND) > offers, "an offer", 120)
+        self.screen.settled_picture(TITLE, self.place.wish.pictures / "windows-offer.png")
+        # The focus is on "Update now".
+        self.press_until(f"^{TITLE}", "space", lambda: self.window(f"^{OFFERED}"), "the choice of updates")
+        self.screen.settled_picture(OFFERED, self.place.wish.pictures / "windows-choice.png")
+        self.press_until(f"^{OFFERED}", "Return", lambda: not self.window(f"^{OFFERED}"), "the choice taken")
+        return launcher
 
     def install(self):
         wait_for(lambda: self.window("^Quorvaner 1.1.0"), "the installer's page", 180)
-        self.picture("installer-en")
-        self.press("^Quorvaner 1.1.0", "Return")
-        wait_for(lambda: self.place.version() == "1.1.0", "the new version", 180)
-        self.picture("installed-en")
-        self.press("^Quorvaner 1.1.0", "Return")
-
-
-def digest(path):
-    return hashlib.sha256(path.read_bytes()).hexdigest()
+        self.picture("installer")
+        self.press_until("^Quorvaner 1.1.0", "Return", lambda: self.place.version() == "1.1.0",
+                         "the new version")
+        self.press_until("^Quorvaner 1.1.0", "Return", lambda: not self.window("^Quorvaner 1.1.0"),
+                         "the end of the installer")
 
 
 def wrong_hash(place, operator):
@@ -162,9 +168,8 @@ def wrong_hash(place, operator):
     setup = place.stick / "QuorvanerUpdate/packages/quorvaner-setup-1.1.0.exe"
     whole = setup.read_bytes()
     setup.write_bytes(whole + b"x")
-    launcher = place.start()
-    operator.take_offer()
-    wait_for(lambda: "Launcher 安装包校验失败" in place.log, "the refusal", 120)
+    launcher = operator.start_and_take_offer()
+    wait_for(lambda: "did not pass its check" in place.log, "the refusal", 120)
     check(not operator.window("^Quorvaner 1.1.0"), "an installer that was changed is not started")
     check(place.version() == "1.0.0", "and 1.0.0 stays")
     setup.write_bytes(whole)
@@ -173,8 +178,7 @@ def wrong_hash(place, operator):
 
 
 def update(place, operator):
-    launcher = place.start()
-    operator.take_offer()
+    launcher = operator.start_and_take_offer()
     operator.install()
     check(launcher.poll() is None, "the launcher that found the update goes on")
     for name in CHANGED:
@@ -185,9 +189,10 @@ def update(place, operator):
 
 
 def next_start(place, operator):
+    starts = place.log.count("Launching ")
     place.start()
     wait_for(lambda: operator.window(f"^{TITLE}"), "the launcher", 120)
-    wait_for(lambda: place.log.count("Launching ") >= 2, "the start of the runtime without an offer", 120)
+    wait_for(lambda: place.log.count("Launching ") > starts, "the start of the line without an offer", 120)
     operator.picture("updated")
     check(not operator.window(f"^{OFFERED}"), "nothing is offered any more")
 
