@@ -84,8 +84,8 @@ void UnwritablePlacesTest::commands_data() {
     row("a stick on a full disk", stick, "place/QuorvanerUpdate/setup-1.2.0.exe: " + full, true);
     row("a stick where nothing may be written", stick,
         "unable to create directory: " + path("place/QuorvanerUpdate"), false);
-    row("a key pair on a full disk", "keys new place/keys --no-encrypt", "place/keys/private.pem: " + full,
-        true);
+    row("a key pair on a full disk", "keys new place/keys --no-encrypt",
+        "place/keys/private.pem: " + full, true);
     const QString collect = "support collect --out place/s.zip --install pc --data data";
     row("a support archive on a full disk", collect, "place/s.zip: " + full, true);
     row("a support archive where nothing may be written", collect, "place/s.zip: " + readOnly,

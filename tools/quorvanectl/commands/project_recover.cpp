@@ -238,7 +238,8 @@ int survey(const QCommandLineParser &parser, const Console &console) {
 int run(const QCommandLineParser &parser, Console &console) {
     RecoveryPlaces places;
     QString error = mistake(parser);
-    if (!error.isEmpty() || !inspectInstallation(parser, &error) || !loadLibrary(parser, console, &error))
+    if (!error.isEmpty() || !inspectInstallation(parser, &error) ||
+        !loadLibrary(parser, console, &error))
         return refuse(console, error);
     if (parser.positionalArguments().isEmpty())
         return survey(parser, console);
