@@ -6,7 +6,7 @@
 
 1.0.0 runs, a signed manifest on a stick offers 1.1.0, the operator takes it: the launcher starts the
 installer, which puts the new files under it in place. The next start is 1.1.0 and offers nothing. An
-installer whose hash does not fit is not started. 1.1.0 has the same code; its programs differ in what
+installer whose hash does not fit is not started, and one that is killed leaves 1.0.0 with its offer. 1.1.0 has the same code; its programs differ in what
 stands behind their ends, which is no matter to Windows.
 """
 import argparse
@@ -177,6 +177,16 @@ def wrong_hash(place, operator):
     place.close()
 
 
+def killed_half_way(place):
+    """The old launcher starts and offers the update still: the next step shows both."""
+    process = subprocess.Popen([LOADER, place.setups["1.1.0"], "/S", "/D=C:\\Line", "3"],
+                               env=place.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    wait_for(lambda: list(place.installation.glob("setup/2/new/bin/Quorvaner.exe")), "new files", 120)
+    place.close()
+    process.wait(60)
+    check(place.version() == "1.0.0", "an installer that is killed while it unpacks leaves 1.0.0")
+
+
 def update(place, operator):
     launcher = operator.start_and_take_offer()
     operator.install()
@@ -212,6 +222,7 @@ def main():
         place.install_first()
         place.publish()
         wrong_hash(place, operator)
+        killed_half_way(place)
         update(place, operator)
         next_start(place, operator)
     except BaseException:
