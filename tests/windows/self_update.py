@@ -6,8 +6,9 @@
 
 1.0.0 runs, a signed manifest on a stick offers 1.1.0, the operator takes it: the launcher starts the
 installer, which puts the new files under it in place. The next start is 1.1.0 and offers nothing. An
-installer whose hash does not fit is not started, and one that is killed leaves 1.0.0 with its offer. 1.1.0 has the same code; its programs differ in what
-stands behind their ends, which is no matter to Windows.
+installer whose hash does not fit is not started, and one that is killed leaves 1.0.0 with its offer.
+1.1.0 has the same code; its programs differ in what stands behind their ends, which is no matter to
+Windows.
 """
 import argparse
 import json
