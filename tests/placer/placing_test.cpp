@@ -34,7 +34,8 @@ const FileTree secondPackage{{"bin/Quorvaner.exe", "launcher 1.1.0"},
                              {"bin/config/FunctionLib.ini", "functions 1.1.0"},
                              {"bin/config/launcher_notice.txt", "notice 1.1.0"},
                              {"bin/config/update.pub", "key"},
-                             {"share/schemas/a.json", "schema 2"}};
+                             {"share/schemas/a.json", "schema 2"},
+                             {"README.md", "read me"}};
 
 QByteArray versionFile(const QByteArray &version) {
     return "{\n    \"launcherPackageVersion\": \"" + version + "\"\n}\n";
@@ -112,9 +113,10 @@ void PlacingTest::launcherIsExchangedLast() {
     QStringList order;
     for (const placer::Step &step : plan.journal.steps)
         order.append(step.path);
-    QCOMPARE(order, (QStringList{"bin/config/FunctionLib.ini", "bin/config/launcher_notice.txt",
-                                 "bin/platforms/qwindows.dll", "share/schemas/a.json",
-                                 "bin/gone.dll", "setup/installed.json", "bin/Quorvaner.exe"}));
+    QCOMPARE(order, (QStringList{"README.md", "bin/config/FunctionLib.ini",
+                                 "bin/config/launcher_notice.txt", "bin/platforms/qwindows.dll",
+                                 "share/schemas/a.json", "bin/gone.dll", "setup/installed.json",
+                                 "bin/Quorvaner.exe"}));
 }
 
 void PlacingTest::firstInstallation() {
@@ -238,7 +240,8 @@ void PlacingTest::refusals_data() {
     QTest::newRow("the list is none")
         << FileTree{{"package.json", "[]"}} << "%1/package.json: no list of a package";
     for (const char *const path :
-         {"USER/a", "bin/../USER/a", "/bin/a", "bin//a", "setup/1/a", "bin", "bin/a:b", "C:/bin/a"})
+         {"USER/a", "user/a", "USER./a", "USER", "bin/../USER/a", "..", "../a", "./a", "/bin/a",
+          "bin//a", "bin/", "setup/1/a", "Setup", "bin/a:b", "C:/bin/a", "bin/a "})
         QTest::addRow("the list names %s", path)
             << FileTree{{"package.json",
                          QByteArray(R"({"version": "1", "files": {")") + path + R"(": "00"}})"}}

@@ -11,9 +11,13 @@
 namespace placer {
 
 bool isPackagePath(const QString &path) {
-    static const QRegularExpression ours(
-        QStringLiteral("^(bin|share|licences)(/[^/\\\\:*?\"<>|\\x00-\\x1f]+)+$"));
-    return ours.match(path).hasMatch() && QDir::cleanPath(path) == path;
+    // Windows takes a dot or a blank from the end of a name.
+    static const QRegularExpression names(
+        QStringLiteral("^([^/\\\\:*?\"<>|\\x00-\\x1f]*[^/\\\\:*?\"<>|\\x00-\\x1f. ](/|$))+$"));
+    const QString first = path.section(QLatin1Char('/'), 0, 0);
+    return names.match(path).hasMatch() && !path.endsWith(QLatin1Char('/')) &&
+           first.compare(QLatin1String(userFolder), Qt::CaseInsensitive) != 0 &&
+           first.compare(QLatin1String(setupFolder), Qt::CaseInsensitive) != 0;
 }
 
 bool readList(const QString &path, PackageList *list, QString *error) {

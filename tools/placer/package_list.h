@@ -19,8 +19,8 @@ struct PackageList {
     QMap<QString, QString> files;
 };
 
-// Whether this is a path of ours: relative, into bin, share or licences, and never up, into USER or into
-// the folder of the installer itself.
+// Whether this is a path that a package may have: relative, never up, in no spelling that Windows changes, and
+// neither in USER nor in the folder of the installer itself.
 [[nodiscard]] bool isPackagePath(const QString &path);
 
 // The list in a JSON file. False if it cannot be read, is no such list, or names a path that is not ours.

@@ -1,6 +1,6 @@
 // Where what belongs to the installer lies in an installation.
 //
-//     DIR/bin, DIR/share, DIR/licences    what a package brings
+//     DIR/bin and others      what a package brings
 //     DIR/USER                            the user's folder; nothing here removes or changes what is in it
 //     DIR/setup/installed.json            what the last package brought, and the run that brought it
 //     DIR/setup/journal.json              stands while files are exchanged
@@ -19,12 +19,15 @@
 
 namespace placer {
 
+inline constexpr char userFolder[] = "USER";
+inline constexpr char setupFolder[] = "setup";
+
 struct Places {
     QString root; // the installation
     QString run;
 
     [[nodiscard]] QString at(const QString &path) const { return QDir(root).filePath(path); }
-    [[nodiscard]] QString setup() const { return at(QStringLiteral("setup")); }
+    [[nodiscard]] QString setup() const { return at(QLatin1String(setupFolder)); }
     [[nodiscard]] QString ofRun(const QString &name) const {
         return setup() + QLatin1Char('/') + run + QLatin1Char('/') + name;
     }
@@ -38,7 +41,6 @@ struct Places {
 };
 
 inline constexpr char installedListPath[] = "setup/installed.json";
-inline constexpr char userFolder[] = "USER";
 inline constexpr char configFolder[] = "bin/config/";
 inline constexpr char publicKeyPath[] = "bin/config/update.pub";
 inline constexpr char releaseVersionPath[] = "bin/config/release_version.json";
