@@ -7,7 +7,7 @@
 namespace ast {
 
 // A multiple of it is what the system hands out best.
-inline constexpr std::size_t regionUnit = 2 * 1024 * 1024;
+inline constexpr std::size_t regionUnit = std::size_t(2) * 1024 * 1024;
 
 // `size` is a multiple of regionUnit. Zeroed; behind it stand large pages where the system has them, so
 // that it enters a few times instead of once for each 4 KiB. Throws std::bad_alloc.

@@ -45,8 +45,8 @@ constexpr int ascii = 128;
 struct Characters {
     Start start[ascii] = {};
     // The operator of this character alone, and of it with the other one behind it; 0 is none.
-    qint8 alone[ascii] = {};
-    qint8 with[ascii] = {};
+    quint8 alone[ascii] = {};
+    quint8 with[ascii] = {};
     char16_t other[ascii] = {};
 
     constexpr Characters() {
@@ -59,11 +59,11 @@ struct Characters {
         start[int('\n')] = Start::LineFeed;
         for (const Spelled &spelled : oneCharacterOperators) {
             start[spelled.text[0]] = Start::Operator;
-            alone[spelled.text[0]] = qint8(spelled.kind);
+            alone[spelled.text[0]] = quint8(spelled.kind);
         }
         for (const Spelled &spelled : twoCharacterOperators) {
             start[spelled.text[0]] = Start::Operator;
-            with[spelled.text[0]] = qint8(spelled.kind);
+            with[spelled.text[0]] = quint8(spelled.kind);
             other[spelled.text[0]] = spelled.text[1];
         }
         start[int('/')] = Start::Slash;
