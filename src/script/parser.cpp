@@ -151,9 +151,9 @@ Clause Parser::collectTokens(StopTest stop) {
     BracketWalk walk;
     qint32 length = 0;
     for (;; ++length) {
-        if (size_t(pos + length) == tokens.size())
+        if (size_t(pos) + size_t(length) == tokens.size())
             readOn(size_t(pos));
-        const Token &token = tokens[size_t(pos + length)];
+        const Token &token = tokens[size_t(pos) + size_t(length)];
         if (token.kind == Eof || (walk.mayStop() && stop(token)))
             break;
         walk.stepOver(token);
