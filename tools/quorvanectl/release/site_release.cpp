@@ -10,6 +10,7 @@
 #include "quorvanectl/release/site_lock.h"
 #include "update/canonical_manifest.h"
 #include "update/files/failure.h"
+#include "update/files/file_copy.h"
 #include "update/files/file_operations.h"
 #include "update/files/place_facts.h"
 #include "update/files/text_file.h"
@@ -203,8 +204,15 @@ bool Release::putInPlace() {
         (hadFolder || QDir().mkdir(folder) ||
          failAbout(folder, QStringLiteral("cannot be made"), &result->error)) &&
         (result->wasThere || moveOver(packed(), result->pack.zipPath, &result->error));
-    if (isIn && moveOver(work.filePath(manifestName), result->manifestPath, &result->error))
+    // A power cut leaves no manifest whose package is not on the disk.
+    const bool isKept =
+        isIn &&
+        (flushFolder(site.path()) ||
+         failAbout(site.path(), QStringLiteral("cannot be brought to the disk"), &result->error));
+    if (isKept && moveOver(work.filePath(manifestName), result->manifestPath, &result->error)) {
+        (void)flushFolder(site.path());
         return true;
+    }
     if (isIn && !result->wasThere) // came in a moment ago, and no manifest names it
         (void)QFile::remove(result->pack.zipPath);
     if (!hadFolder)
