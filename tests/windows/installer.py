@@ -49,6 +49,7 @@ def content_of(program, version):
         "bin/library.dll": b"library " + version.encode(),
         f"bin/only in {version}.txt": b"x",
         "bin/same.txt": b"the same",
+        "README.md": b"read me " + version.encode(),
         "bin/config/FunctionLib.ini": b"functions " + version.encode(),
         "bin/config/update.pub": b"key",
         "share/schemas/a.json": b"schema " + version.encode(),
