@@ -30,6 +30,8 @@ QSize frameOf(const QWidget *window) {
     return {margins.left() + margins.right(), margins.top() + margins.bottom()};
 }
 
+constexpr int usualLooks = 5; // at how the window system has settled a size
+
 // Sizes are rounded at fractions of a pixel.
 bool isAbout(const QSize &size, const QSize &other) {
     return qAbs(size.width() - other.width()) <= 1 && qAbs(size.height() - other.height()) <= 1;
@@ -156,8 +158,8 @@ void WindowFit::resizeTo(const QSize &size) {
     asked.append(size);
     window->resize(size);
     keepOnScreen();
-    constexpr int looks = 5;
-    looksLeft = looks;
+    looksLeft = usualLooks;
+    lateLooksLeft = usualLooks;
     if (window->isVisible())
         settling.start();
 }
@@ -191,8 +193,13 @@ void WindowFit::keepOnScreen() const {
 // A window system reports sizes late, and at fractions of a pixel it rounds: both are no user.
 void WindowFit::noteSize(const QSize &size) {
     const auto isKnown = [&size](const QSize &known) { return isAbout(known, size); };
-    if (isKnown(usersSize) || std::any_of(asked.cbegin(), asked.cend(), isKnown))
+    if (isKnown(usersSize) || std::any_of(asked.cbegin(), asked.cend(), isKnown)) {
+        // On a busy machine it comes when nobody looks any more. One that insists on its size gets it.
+        const bool isLate = !asked.isEmpty() && !isAbout(size, asked.last());
+        if (isLate && !settling.isActive() && lateLooksLeft-- > 0)
+            settling.start();
         return;
+    }
     usersSize = size;
     asked.clear();
 }

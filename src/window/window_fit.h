@@ -63,5 +63,6 @@ private:
     bool requested = false;
     bool following = false; // the screen
     QTimer settling;
-    int looksLeft = 0; // at how the window system has settled the last size
+    int looksLeft = 0;     // at how the window system has settled the last size
+    int lateLooksLeft = 0; // the same, each after an earlier size that came late
 };
