@@ -207,10 +207,10 @@ bool Release::putInPlace() {
     // A power cut leaves no manifest whose package is not on the disk.
     const bool isKept =
         isIn &&
-        (flushFolder(site.path()) ||
+        ((flushFolder(folder) && flushFolder(work.path())) ||
          failAbout(site.path(), QStringLiteral("cannot be brought to the disk"), &result->error));
     if (isKept && moveOver(work.filePath(manifestName), result->manifestPath, &result->error)) {
-        (void)flushFolder(site.path());
+        (void)flushFolder(folder);
         return true;
     }
     if (isIn && !result->wasThere) // came in a moment ago, and no manifest names it
