@@ -197,7 +197,10 @@ void EveryCommandTest::nothingIsOverwritten() {
         return;
     const Answer again = support::runLine(example, folder.path(""));
     QCOMPARE(again.status, int(ctl::Refused));
-    QCOMPARE(again.err.count('\n'), 1);
+    QStringList told = again.err.split('\n', Qt::SkipEmptyParts);
+    // QFile gives no file of the example's to its owner alone on Windows.
+    told.removeAll("quorvanectl: private.pem: others can read this private key");
+    QCOMPARE(told.size(), 1);
     QCOMPARE(contentsOf(folder), after);
     const Answer forced = support::runLine(example + " --force", folder.path(""));
     if (!forced.err.contains("Unknown option 'force'"))
