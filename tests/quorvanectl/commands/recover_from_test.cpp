@@ -91,12 +91,12 @@ struct Place {
     FileTree all() const { return support::readTree(dir.path()); }
 
     Answer recover(const QStringList &more = {}) const {
-        return support::runTool(
-            QStringList{"project", "recover", path("line/line.yslib"), "--data", path("data"),
-                        "--library", QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini",
-                        "--install", path("pc"), "--from", path("stick/p.zip"), "--manifest",
-                        path("stick/manifest.json")} +
-            more);
+        const QString library = QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini";
+        return support::runTool(QStringList{"project", "recover", path("line/line.yslib"), "--data",
+                                            path("data"), "--library", library, "--install",
+                                            path("pc"), "--from", path("stick/p.zip"), "--manifest",
+                                            path("stick/manifest.json")} +
+                                more);
     }
 
     // What lies in the data folder's backups and is no backup.

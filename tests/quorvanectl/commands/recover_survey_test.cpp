@@ -66,9 +66,9 @@ void RecoverSurveyTest::init() {
 }
 
 Answer RecoverSurveyTest::recover() const {
+    const QString library = QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini";
     return support::runTool({"project", "recover", "--install", path("pc"), "--data", path("data"),
-                             "--library",
-                             QUORVANE_SOURCE_TREE "/resources/config/FunctionLib.ini"});
+                             "--library", library});
 }
 
 // As the launcher does.
