@@ -22,7 +22,7 @@ public:
 class WholeFile {
 public:
     WholeFile();
-    ~WholeFile();
+    ~WholeFile(); // NOLINT(performance-trivially-destructible): on Windows it is not
     WholeFile(const WholeFile &) = delete;
     WholeFile &operator=(const WholeFile &) = delete;
 };
