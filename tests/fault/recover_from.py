@@ -21,14 +21,13 @@ import argparse
 import os
 import pathlib
 import random
-import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 
 import chance
 import results
+import volumes
 from run import (FAULTS, PATIENCE, PROJECT_FILE, Bench, Outcome, faults_at, is_stamp_file, named_case,
                  read_tree, same_but_for_version, whole, without_hidden)
 
@@ -157,14 +156,11 @@ def arguments():
 def main():
     options = arguments()
     results.end_on_request()
-    shared = pathlib.Path("/dev/shm")
-    near = pathlib.Path(tempfile.mkdtemp(prefix="fault", dir=shared if shared.is_dir() else None))
-    far = pathlib.Path(tempfile.mkdtemp(prefix="fault"))
-    try:
+    with volumes.two() as (near, far):
         seed = chance.seed_of(options) if options.sample or options.again else 0
         bench = PackageBench(options.tool.resolve(), options.again, seed, options.program,
                              options.interposer.resolve(), near, far)
-        layouts = ["one", "two"] if near.stat().st_dev != far.stat().st_dev else ["one"]
+        layouts = volumes.layouts(near, far)
         for layout in layouts:
             bench.measure(layout)
         bench.recovering = True
@@ -177,9 +173,6 @@ def main():
         if options.sample:
             points = chance.sample_of(points, options.sample, seed)
         return run_points(bench, points, options)
-    finally:
-        shutil.rmtree(near)
-        shutil.rmtree(far)
 
 
 if __name__ == "__main__":

@@ -8,10 +8,9 @@ operations of the recovery: what was copied has to be waited for before it is re
 there is only one volume.
 """
 import pathlib
-import shutil
 import sys
-import tempfile
 
+import volumes
 from recover import Recovered, RecoveryBench
 from run import FAULTS
 
@@ -31,10 +30,8 @@ class OrderBench(RecoveryBench):
 
 def main():
     tool, program, interposer = (pathlib.Path(path).resolve() for path in sys.argv[1:])
-    near = pathlib.Path(tempfile.mkdtemp(prefix="fault", dir="/dev/shm"))
-    far = pathlib.Path(tempfile.mkdtemp(prefix="fault"))
-    try:
-        if near.stat().st_dev == far.stat().st_dev:
+    with volumes.two() as (near, far):
+        if volumes.layouts(near, far) == ["one"]:
             return 77
         bench = OrderBench(tool, 0, 0, program, interposer, near, far)
         bench.measure("two")
@@ -50,9 +47,6 @@ def main():
         print(f"status {status}; {sum(name in MOVE for name in names[:renamed])} pieces moved, then "
               f"{'waited for' if waited else 'NOT WAITED FOR'}, then {operations[renamed]}")
         return 0 if status == 0 and waited else 1
-    finally:
-        shutil.rmtree(near)
-        shutil.rmtree(far)
 
 
 if __name__ == "__main__":

@@ -31,6 +31,7 @@ import tempfile
 
 import chance
 import results
+import volumes
 
 Fault = collections.namedtuple("Fault", "errno stays")
 FAULTS = {"KILL": Fault(0, False), "EACCES": Fault(errno.EACCES, False),
@@ -173,9 +174,7 @@ def arguments():
 def main():
     options = arguments()
     results.end_on_request()
-    shared = pathlib.Path("/dev/shm")
-    place = pathlib.Path(tempfile.mkdtemp(prefix="release", dir=shared if shared.is_dir() else None))
-    try:
+    with volumes.one() as place:
         bench = ReleaseBench(options.tool.resolve(), options.interposer.resolve(), place)
         bench.measure()
         if options.only:
@@ -193,8 +192,6 @@ def main():
                                  lambda number: bench.run(*points[number]), "NOT PUBLISHED")
         print(f"{bad} of {len(points)} left a site that nobody may find")
         return 1 if bad else 0
-    finally:
-        shutil.rmtree(place)
 
 
 if __name__ == "__main__":

@@ -32,6 +32,7 @@ import tempfile
 
 import chance
 import results
+import volumes
 
 Fault = collections.namedtuple("Fault", "errno stays short")
 FAULTS = {"EACCES": Fault(errno.EACCES, False, False), "ENOSPC": Fault(errno.ENOSPC, False, False),
@@ -251,15 +252,11 @@ def run_points(bench, points, options):
 def main():
     options = arguments()
     results.end_on_request()
-    shared = pathlib.Path("/dev/shm")
-    near = pathlib.Path(tempfile.mkdtemp(prefix="fault", dir=shared if shared.is_dir() else None))
-    far = pathlib.Path(tempfile.mkdtemp(prefix="fault"))
-    try:
+    with volumes.two() as (near, far):
         bench = Bench(options.program, options.interposer.resolve(), near, far)
-        layouts = ["one", "two"]
-        if near.stat().st_dev == far.stat().st_dev:
+        layouts = volumes.layouts(near, far)
+        if layouts == ["one"]:
             print("there is only one volume here: the layout \"two\" is left out")
-            layouts = ["one"]
         for layout in layouts:
             bench.measure(layout)
             print(f"layout {layout}: {len(bench.operations[layout])} operations")
@@ -283,9 +280,6 @@ def main():
         failed = run_points(bench, points, options)
         print(f"{failed} outcomes that are not listed")
         return 1 if failed else 0
-    finally:
-        shutil.rmtree(near)
-        shutil.rmtree(far)
 
 
 if __name__ == "__main__":
