@@ -4,6 +4,7 @@
 #include "frame/app_paths.h"
 #include "frame/settings_schema.h"
 #include "quorvanectl/commands/commands.h"
+#include "quorvanectl/shell/data_option.h"
 #include "quorvanectl/shell/inspected_installation.h"
 #include "quorvanectl/shell/json_output.h"
 #include "quorvanectl/shell/progress.h"
@@ -22,14 +23,12 @@ namespace ctl {
 namespace {
 
 const QLatin1String projectOption("project");
-const QLatin1String dataOption("data");
 const QLatin1String urlOption("url");
 const QLatin1String offlineOption("offline");
 
 void declare(QCommandLineParser &parser) {
     declareInstall(parser);
-    parser.addOption({dataOption, QStringLiteral("The launcher's data folder, if not this user's."),
-                      QStringLiteral("folder")});
+    declareData(parser);
     parser.addOption({projectOption,
                       QStringLiteral("The project, if not the one that the launcher remembers."),
                       QStringLiteral("FILE.yslib")});
@@ -47,7 +46,7 @@ QString absolute(const QString &path) {
 
 bool readPlaces(const QCommandLineParser &parser, HealthPlaces *places, QString *error) {
     const QString data = parser.value(dataOption);
-    places->data = {absolute(data.isEmpty() ? AppPaths::dataDirectory() : data)};
+    places->data = dataFolder(parser);
     if (!data.isEmpty() && !QFileInfo(data).isDir())
         *error = QStringLiteral("%1: no such folder").arg(data);
     places->projectFile = absolute(parser.value(projectOption));

@@ -9,6 +9,7 @@
 #include "quorvanectl/recovery/project_recovery.h"
 #include "quorvanectl/recovery/recovery_survey.h"
 #include "quorvanectl/recovery/running_programs.h"
+#include "quorvanectl/shell/data_option.h"
 #include "quorvanectl/shell/inspected_installation.h"
 #include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/progress.h"
@@ -29,7 +30,6 @@ namespace ctl {
 namespace {
 
 const QLatin1String applyOption("apply");
-const QLatin1String dataOption("data");
 const QLatin1String packageOption("package");
 const QLatin1String fromOption("from");
 const QLatin1String manifestOption("manifest");
@@ -39,8 +39,7 @@ const QLatin1String libraryOption("library");
 
 void declare(QCommandLineParser &parser) {
     parser.addOption({applyOption, QStringLiteral("Puts a whole project back.")});
-    parser.addOption({dataOption, QStringLiteral("The launcher's data folder, if not this user's."),
-                      QStringLiteral("folder")});
+    declareData(parser);
     parser.addOption({packageOption,
                       QStringLiteral("The package of the update, if it came from a stick."),
                       QStringLiteral("file")});
@@ -89,11 +88,6 @@ template<typename Work>
 int apply(const Console &console, const RecoveryPlaces &places, Work work) {
     return tellResult(console, places,
                       whileTelling(console, QStringLiteral("putting the project back"), work));
-}
-
-DataFolder dataFolder(const QCommandLineParser &parser) {
-    const QString data = parser.value(dataOption);
-    return {QDir(data.isEmpty() ? AppPaths::dataDirectory() : data).absolutePath()};
 }
 
 bool isUsableData(const QCommandLineParser &parser, QString *error) {

@@ -4,6 +4,7 @@
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/interruption.h"
 #include "quorvanectl/files/zip_writer.h"
+#include "quorvanectl/shell/data_option.h"
 #include "quorvanectl/shell/force_option.h"
 #include "quorvanectl/shell/inspected_installation.h"
 #include "quorvanectl/shell/installation.h"
@@ -11,7 +12,6 @@
 #include "quorvanectl/support/support_files.h"
 
 #include <QBuffer>
-#include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
 
@@ -21,15 +21,13 @@ namespace ctl {
 namespace {
 
 const QLatin1String outOption("out");
-const QLatin1String dataOption("data");
 const QLatin1String homeOption("with-home-paths");
 
 void declare(QCommandLineParser &parser) {
     parser.addOption(
         {outOption, QStringLiteral("The archive to write."), QStringLiteral("FILE.zip")});
     declareInstall(parser);
-    parser.addOption({dataOption, QStringLiteral("The launcher's data folder, if not this user's."),
-                      QStringLiteral("folder")});
+    declareData(parser);
     parser.addOption(
         {homeOption,
          QStringLiteral("Leaves the paths of users' folders as they are, not as \"~\".")});
@@ -64,9 +62,7 @@ int run(const QCommandLineParser &parser, Console &console) {
     QString error;
     const QString out = parser.value(outOption);
     SupportSources sources;
-    sources.data.path =
-        QDir(parser.isSet(dataOption) ? parser.value(dataOption) : AppPaths::dataDirectory())
-            .absolutePath();
+    sources.data = dataFolder(parser);
     sources.keepHomePaths = parser.isSet(homeOption);
     if (out.isEmpty())
         return refuse(console, QStringLiteral("--out must name the archive to write"));
