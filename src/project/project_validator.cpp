@@ -34,9 +34,10 @@ const Rule rules[] = {
     validator::checkDuplicateGlobals,
 };
 
-Run makeRun(const QJsonObject &root, const QString &projectPath) {
+Run makeRun(const QJsonObject &root, const QString &projectPath, const ProjectSources &sources) {
     Run run;
     run.projectPath = projectPath;
+    run.sources = sources;
     run.folder = QDir(QFileInfo(projectPath).absolutePath());
     run.root = root;
     run.scripts = root.value(QLatin1String("scripts")).toArray();
@@ -59,7 +60,8 @@ QVector<ProjectIssue> unreadable(const QString &reason) {
     return oneError(QStringLiteral("无法读取 yslib：%1").arg(reason));
 }
 
-QVector<ProjectIssue> validate(const QString &text, const QString &projectPath) {
+QVector<ProjectIssue> validate(const QString &text, const QString &projectPath,
+                               const ProjectSources &sources) {
     // Of no other path is the folder empty; a file's own absence is no fault here.
     if (projectPath.isEmpty())
         return oneError(QStringLiteral("无效的 yslib 路径：%1").arg(projectPath));
@@ -67,7 +69,7 @@ QVector<ProjectIssue> validate(const QString &text, const QString &projectPath) 
     const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8(), &error);
     if (error.error != QJsonParseError::NoError || !document.isObject())
         return oneError(QStringLiteral("JSON 无效：%1").arg(error.errorString()));
-    Run run = makeRun(document.object(), projectPath);
+    Run run = makeRun(document.object(), projectPath, sources);
     validator::readScripts(run);
     for (const Rule rule : rules)
         rule(run);
@@ -99,7 +101,12 @@ QVector<ProjectIssue> validateProjectFile(const QString &projectPath) {
 }
 
 QVector<ProjectIssue> validateProjectText(const QString &text, const QString &projectPath) {
-    return unlessOutOfMemory([&] { return validate(text, projectPath); },
+    return validateProjectText(text, projectPath, validator::theDisk());
+}
+
+QVector<ProjectIssue> validateProjectText(const QString &text, const QString &projectPath,
+                                          const ProjectSources &sources) {
+    return unlessOutOfMemory([&] { return validate(text, projectPath, sources); },
                              unreadable(qt_error_string(ENOMEM)));
 }
 

@@ -11,9 +11,13 @@
 // Chinese in every locale.
 #pragma once
 
+#include "script/script_facts.h"
+
 #include <QString>
 #include <QStringList>
 #include <QVector>
+
+#include <functional>
 
 struct ProjectIssue {
     qint32 severity = 0; // 0 error, 1 warning
@@ -37,6 +41,37 @@ struct ProjectIssue {
 // need not exist.
 [[nodiscard]] QVector<ProjectIssue> validateProjectText(const QString &text,
                                                         const QString &projectPath);
+
+// A name of a global that breaks the naming rule, and where it stands.
+struct BadName {
+    QString name;
+    int at; // index into the text of the script
+};
+
+// The badly named globals of a script, in the order of its text. A scan of that text: a declaration in
+// a comment counts as well, and one of a type that the scan does not know is not seen.
+[[nodiscard]] QVector<BadName> badlyNamedGlobals(const QString &text);
+
+// What the rules want to know of a script.
+struct ScriptContent {
+    ast::ScriptFacts facts;
+    QVector<BadName> badNames;
+};
+
+// What the rules look into, in place of the disk: for who holds texts that are not saved yet, or has
+// kept what it read. Whether a file that the project names exists is asked of the disk all the same.
+struct ProjectSources {
+    // Nothing is known of a script that is missing or cannot be read.
+    std::function<ScriptContent(const QString &filePath)> scriptAt;
+    // The full paths of the scripts in this folder and all below it.
+    std::function<QStringList(const QString &folder)> scriptsBelow;
+};
+
+// The scripts on the disk as the rules see them.
+[[nodiscard]] QStringList scriptsOnDisk(const QString &folder);
+
+[[nodiscard]] QVector<ProjectIssue>
+validateProjectText(const QString &text, const QString &projectPath, const ProjectSources &sources);
 
 // One line for each issue, "[Error] path: message" or "[Warning] path: message", for logs and
 // message boxes. No line feed after the last.

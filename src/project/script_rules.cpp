@@ -11,19 +11,14 @@
 namespace validator {
 namespace {
 
-// A scan of the text: a declaration in a comment counts as well, and one of a type that the
-// expression does not list is not seen.
-QStringList badlyNamedGlobals(const QString &text) {
-    static const QRegularExpression declaration(
-        QStringLiteral("\\bglobal\\s+(?:int|bool|float|string|char)\\s+([A-Za-z_][A-Za-z0-9_]*)"));
-    QStringList names;
-    QRegularExpressionMatchIterator matches = declaration.globalMatch(text);
-    while (matches.hasNext()) {
-        const QString name = matches.next().captured(1);
-        if (!followsGlobalNaming(name))
-            names.append(name);
-    }
-    return names;
+ScriptContent readContent(const QString &filePath) {
+    ScriptContent content;
+    // Of a script that does not parse too.
+    content.facts = ast::readScriptFacts(filePath, [&](const QString &, const QString &text) {
+        content.badNames =
+            unlessOutOfMemory([&] { return badlyNamedGlobals(text); }, QVector<BadName>());
+    });
+    return content;
 }
 
 // The issue does not say which script the finding comes from, unless the message does.
@@ -36,15 +31,18 @@ void takeOver(Run &run, const ast::ScriptCheckResult &result) {
 
 } // namespace
 
+ProjectSources theDisk() {
+    return {readContent, scriptsOnDisk};
+}
+
 // The name filter ignores case, the comparison does not: a registered main.ys does not cover
 // MAIN.YS.
 void checkUnregisteredScripts(Run &run) {
     if (run.scriptPaths.isEmpty())
         return;
-    QDirIterator files(run.folder.path(), {QStringLiteral("*.ys")}, QDir::Files,
-                       QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-        const QString path = cleanedPath(run.folder.relativeFilePath(files.next()));
+    const QStringList files = run.sources.scriptsBelow(run.folder.path());
+    for (const QString &file : files) {
+        const QString path = cleanedPath(run.folder.relativeFilePath(file));
         if (!run.scriptPaths.contains(path))
             addWarning(run, QStringLiteral("scripts"),
                        QStringLiteral("磁盘上的脚本未登记到 scripts[]：%1").arg(path));
@@ -52,20 +50,21 @@ void checkUnregisteredScripts(Run &run) {
 }
 
 void readScripts(Run &run) {
-    // Of a script that does not parse too.
-    const auto scan = [&run](const QString &file, const QString &text) {
-        run.badNames.insert(
-            file, unlessOutOfMemory([&] { return badlyNamedGlobals(text); }, QStringList()));
+    const auto read = [&run](const QString &file) {
+        const ScriptContent content = run.sources.scriptAt(file);
+        run.badNames.insert(file, content.badNames);
+        return content.facts;
     };
-    run.listedScripts = ast::readListedScripts(run.projectPath, run.scripts, scan);
+    run.listedScripts = ast::listScripts(run.projectPath, run.scripts, read);
 }
 
 // A script that is missing or cannot be read has no globals; the first has been reported.
 void checkGlobalNames(Run &run) {
     for (const ast::ListedScript &script : run.listedScripts) {
-        for (const QString &name : run.badNames.value(script.filePath))
-            addWarning(run, script.path,
-                       QStringLiteral("global 变量 '%1' 不符合 {camId}_{metric} 命名").arg(name));
+        for (const BadName &global : run.badNames.value(script.filePath))
+            addWarning(
+                run, script.path,
+                QStringLiteral("global 变量 '%1' 不符合 {camId}_{metric} 命名").arg(global.name));
     }
 }
 
@@ -78,3 +77,24 @@ void checkDuplicateGlobals(Run &run) {
 }
 
 } // namespace validator
+
+QVector<BadName> badlyNamedGlobals(const QString &text) {
+    static const QRegularExpression declaration(
+        QStringLiteral("\\bglobal\\s+(?:int|bool|float|string|char)\\s+([A-Za-z_][A-Za-z0-9_]*)"));
+    QVector<BadName> names;
+    QRegularExpressionMatchIterator matches = declaration.globalMatch(text);
+    while (matches.hasNext()) {
+        const QRegularExpressionMatch match = matches.next();
+        if (!validator::followsGlobalNaming(match.captured(1)))
+            names.append({match.captured(1), match.capturedStart(1)});
+    }
+    return names;
+}
+
+QStringList scriptsOnDisk(const QString &folder) {
+    QDirIterator files(folder, {QStringLiteral("*.ys")}, QDir::Files, QDirIterator::Subdirectories);
+    QStringList paths;
+    while (files.hasNext())
+        paths.append(files.next());
+    return paths;
+}

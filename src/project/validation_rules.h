@@ -24,6 +24,7 @@ inline constexpr qint32 warningSeverity = 1;
 // What one run works on. The rules read everything above `issues` and append to it.
 struct Run {
     QString projectPath;
+    ProjectSources sources;
     QDir folder;
     QJsonObject root;
     QJsonArray scripts;
@@ -31,7 +32,7 @@ struct Run {
     QSet<QString> scriptPaths; // cleaned
     // What one reading of the listed scripts told; readScripts() fills both.
     std::vector<ast::ListedScript> listedScripts;
-    QHash<QString, QStringList> badNames; // path of a script's file to names of globals
+    QHash<QString, QVector<BadName>> badNames; // by the path of a script's file
     QVector<ProjectIssue> issues;
 };
 
@@ -63,6 +64,7 @@ void checkModelConfigs(Run &run);
 void checkProcessGroups(Run &run);
 
 // The scripts on the disk and what stands in them: script_rules.cpp.
+[[nodiscard]] ProjectSources theDisk();
 void checkUnregisteredScripts(Run &run);
 // Reads every listed script once, for the three rules below that look into them.
 void readScripts(Run &run);

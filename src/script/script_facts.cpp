@@ -15,25 +15,6 @@
 namespace ast {
 namespace {
 
-ScriptFacts factsOf(const QString &filePath, const QString &text) {
-    ScriptFacts facts;
-    // Nothing that a clause says is asked for, nor what the parser leaves behind beside a program.
-    const std::shared_ptr<Program> program = parseText(text, Detail::Outline).program;
-    if (program == nullptr)
-        return facts;
-    const QDir folder = QFileInfo(filePath).absoluteDir();
-    for (const std::shared_ptr<Stmt> &statement : program->statements) {
-        const auto *const import = dynamic_cast<const ImportStmt *>(statement.get());
-        if (import != nullptr && !isRootedPath(import->path))
-            facts.imports.append(
-                QDir::cleanPath(folder.absoluteFilePath(slashedPath(import->path))));
-        const auto *const declaration = dynamic_cast<const VarDeclStmt *>(statement.get());
-        if (declaration != nullptr && declaration->isGlobal)
-            facts.globals.append({declaration->name, declaration->line});
-    }
-    return facts;
-}
-
 bool isSeparator(const QString &path, int index) {
     return index < path.size() &&
            (path.at(index) == QLatin1Char('/') || path.at(index) == QLatin1Char('\\'));
@@ -48,8 +29,23 @@ bool isDriveLetter(const QString &path) {
 
 } // namespace
 
-std::vector<ListedScript> readListedScripts(const QString &projectPath, const QJsonArray &scripts,
-                                            const TextReader &alsoRead) {
+ScriptFacts factsOf(const QString &filePath, const Program &program) {
+    ScriptFacts facts;
+    const QDir folder = QFileInfo(filePath).absoluteDir();
+    for (const std::shared_ptr<Stmt> &statement : program.statements) {
+        const auto *const import = dynamic_cast<const ImportStmt *>(statement.get());
+        if (import != nullptr && !isRootedPath(import->path))
+            facts.imports.append(
+                QDir::cleanPath(folder.absoluteFilePath(slashedPath(import->path))));
+        const auto *const declaration = dynamic_cast<const VarDeclStmt *>(statement.get());
+        if (declaration != nullptr && declaration->isGlobal)
+            facts.globals.append({declaration->name, declaration->line});
+    }
+    return facts;
+}
+
+std::vector<ListedScript> listScripts(const QString &projectPath, const QJsonArray &scripts,
+                                      const FactsReader &factsOfFile) {
     const QDir folder(QFileInfo(projectPath).absolutePath());
     std::vector<ListedScript> listed;
     QHash<QString, ScriptFacts> known;
@@ -59,10 +55,17 @@ std::vector<ListedScript> readListedScripts(const QString &projectPath, const QJ
             continue;
         const QString file = locatedPath(folder, path);
         if (!known.contains(file))
-            known.insert(file, readScriptFacts(file, alsoRead));
+            known.insert(file, factsOfFile(file));
         listed.push_back({path, folder.absoluteFilePath(path), file, known.value(file)});
     }
     return listed;
+}
+
+std::vector<ListedScript> readListedScripts(const QString &projectPath, const QJsonArray &scripts,
+                                            const TextReader &alsoRead) {
+    return listScripts(projectPath, scripts, [&alsoRead](const QString &file) {
+        return readScriptFacts(file, alsoRead);
+    });
 }
 
 ScriptFacts readScriptFacts(const QString &filePath, const TextReader &alsoRead) {
@@ -72,7 +75,9 @@ ScriptFacts readScriptFacts(const QString &filePath, const TextReader &alsoRead)
             return ScriptFacts();
         if (alsoRead)
             alsoRead(filePath, text);
-        return factsOf(filePath, text);
+        // Nothing that a clause says is asked for, nor what the parser leaves behind beside a program.
+        const std::shared_ptr<Program> program = parseText(text, Detail::Outline).program;
+        return program == nullptr ? ScriptFacts() : factsOf(filePath, *program);
     };
     return unlessOutOfMemory(read, ScriptFacts());
 }

@@ -35,11 +35,23 @@ struct ListedScript {
     ScriptFacts facts;
 };
 
+struct Program;
+
+// What the direct statements of a parsed script tell; its imports count from where `filePath` lies.
+[[nodiscard]] ScriptFacts factsOf(const QString &filePath, const Program &program);
+
+// The facts of the script in a file, from wherever they are known.
+using FactsReader = std::function<ScriptFacts(const QString &filePath)>;
+
+// The entries that are objects with a path, in order, each with its facts. A file is asked for once,
+// however often it is listed under the same spelling.
+[[nodiscard]] std::vector<ListedScript>
+listScripts(const QString &projectPath, const QJsonArray &scripts, const FactsReader &factsOfFile);
+
 // Sees the text of a script while it is at hand, and the path of its file.
 using TextReader = std::function<void(const QString &filePath, const QString &text)>;
 
-// The entries that are objects with a path, in order, each with its facts. A file is opened once,
-// however often it is listed under the same spelling; `alsoRead`, if given, then gets its text.
+// The same from the files themselves. Each is opened once; `alsoRead`, if given, then gets its text.
 [[nodiscard]] std::vector<ListedScript> readListedScripts(const QString &projectPath,
                                                           const QJsonArray &scripts,
                                                           const TextReader &alsoRead = {});

@@ -117,6 +117,7 @@ private Q_SLOTS:
     void hugeFiles();
     void manyIssues();
     void twoThreadsAtOnce();
+    void sourcesStandInForTheDisk();
     void errorsAndWarningsApart();
     void format();
 };
@@ -674,6 +675,37 @@ void ProjectValidatorTest::twoThreadsAtOnce() {
     for (const QString &text : found)
         QCOMPARE(text, formatProjectIssues(validateProjectFile(project)));
     QCOMPARE(found.front().count('\n'), 1);
+}
+
+// A text that is not saved counts; whether its file is there is asked of the disk all the same. Each file
+// is asked for once.
+void ProjectValidatorTest::sourcesStandInForTheDisk() {
+    const ProjectFolder folder;
+    for (const auto &file : cleanFiles)
+        folder.write(file.first, file.second);
+    QStringList asked;
+    ProjectSources sources;
+    sources.scriptAt = [&](const QString &file) {
+        asked.append(file);
+        if (file != folder.path("main.ys"))
+            return ScriptContent();
+        return ScriptContent{{{file}, {{"w", 1}}}, {{"w", 11}, {"h", 30}}};
+    };
+    sources.scriptsBelow = [&](const QString &of) {
+        asked.append(of);
+        return QStringList{folder.path("main.ys"), folder.path("sub/../other.ys")};
+    };
+    const QString text = QString::fromUtf8(cleanProject).replace("data.json", "gone.json");
+    QCOMPARE(linesOf(validateProjectText(text, folder.path(), sources)),
+             QStringList({"[Error] hardware.cameras[0].configPath: 引用的文件不存在：gone.json",
+                          "[Error] models.runner: 引用的文件不存在：gone.json",
+                          "[Error] models.configs[0].configPath: 引用的文件不存在：gone.json",
+                          "[Warning] scripts: 磁盘上的脚本未登记到 scripts[]：other.ys",
+                          "[Warning] main.ys: global 变量 'w' 不符合 {camId}_{metric} 命名",
+                          "[Warning] main.ys: global 变量 'h' 不符合 {camId}_{metric} 命名",
+                          "[Error] scripts: 检测到 import 循环依赖"}));
+    QCOMPARE(asked, QStringList({folder.path("main.ys"), folder.path("sub/sub.ys"),
+                                 QDir(folder.path("")).path()}));
 }
 
 void ProjectValidatorTest::errorsAndWarningsApart() {
