@@ -1,0 +1,69 @@
+#include "quorvanectl/analysis/script_store.h"
+
+#include "quorvanectl/files/file_access.h"
+#include "update/files/text_file.h"
+
+#include <QCryptographicHash>
+#include <QFileInfo>
+
+namespace ctl {
+
+void ScriptStore::open(const QString &path, const QString &text) {
+    openScripts.insert(path, {text, nullptr});
+}
+
+void ScriptStore::close(const QString &path) {
+    openScripts.remove(path);
+    fileChanged(path);
+}
+
+void ScriptStore::fileChanged(const QString &path) {
+    const auto known = files.find(path);
+    if (known != files.end())
+        known->size = -1;
+}
+
+std::shared_ptr<const ScriptSummary> ScriptStore::summaryOf(const QString &path) {
+    const auto open = openScripts.find(path);
+    if (open != openScripts.end()) {
+        if (!open->summary) {
+            open->summary = std::make_shared<const ScriptSummary>(ctl::summaryOf(path, open->text));
+            ++summaries;
+        }
+        return open->summary;
+    }
+    KnownFile &file = files[path];
+    const QFileInfo info(path);
+    // A pipe would block, and a device might never end: neither is read.
+    const qint64 size = info.isFile() ? info.size() : 0;
+    if (file.size != size || file.changed != info.lastModified()) {
+        file.size = size;
+        file.changed = info.lastModified();
+        readAnew(path, &file);
+    }
+    return file.summary;
+}
+
+void ScriptStore::readAnew(const QString &path, KnownFile *file) {
+    if (file->size > largestScript) {
+        file->hash.clear();
+        file->summary = std::make_shared<const ScriptSummary>(tooLarge());
+        return;
+    }
+    QString error; // of no interest: what a project misses is told by its check
+    const QByteArray bytes = readBytes(path, &error);
+    const QByteArray hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha1);
+    if (hash == file->hash)
+        return;
+    file->hash = hash;
+    file->summary = std::make_shared<const ScriptSummary>(
+        bytes.isNull() ? ScriptSummary() : ctl::summaryOf(path, decodeText(bytes)));
+    ++summaries;
+}
+
+void ScriptStore::keepOnly(const QSet<QString> &paths) {
+    for (auto file = files.begin(); file != files.end();)
+        file = paths.contains(file.key()) ? ++file : files.erase(file);
+}
+
+} // namespace ctl

@@ -1,0 +1,116 @@
+#include "quorvanectl/analysis/script_summary.h"
+
+#include "quorvanectl/project/script_report.h"
+#include "quorvanectl/project/script_warnings.h"
+#include "script/lexer.h"
+#include "update/files/memory_guard.h"
+#include "update/files/project_path.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace ctl {
+namespace {
+
+ast::ScriptDiagnostic wholeText(const QString &message) {
+    ast::ScriptDiagnostic finding;
+    finding.endColumn = 2;
+    finding.code = QStringLiteral("script-unread");
+    finding.message = message;
+    return finding;
+}
+
+using Tokens = std::vector<ast::Token>;
+
+// The token that begins at this place, which is that of a statement.
+Tokens::const_iterator tokenAt(const Tokens &tokens, const ast::Stmt &statement) {
+    return std::lower_bound(tokens.begin(), tokens.end(),
+                            std::make_pair(statement.line, statement.column),
+                            [](const ast::Token &token, const auto &place) {
+                                return std::make_pair(token.line, token.column) < place;
+                            });
+}
+
+TextRange rangeOf(Tokens::const_iterator token, const Tokens &tokens) {
+    return token < tokens.end() ? onLine(token->line, token->column, token->text.size())
+                                : onLine(1, 1, 1);
+}
+
+// The statement's own position is that of its type, behind which the name stands, or of the path that it
+// imports.
+void takePlaces(const QString &filePath, const QString &text, const ast::Program &program,
+                ScriptSummary *summary) {
+    const Tokens tokens = ast::Lexer(text).tokenize();
+    summary->facts = ast::factsOf(filePath, program);
+    int import = 0;
+    for (const std::shared_ptr<ast::Stmt> &statement : program.statements) {
+        const auto *const declaration = dynamic_cast<const ast::VarDeclStmt *>(statement.get());
+        if (declaration != nullptr && declaration->isGlobal)
+            summary->globals.append(rangeOf(tokenAt(tokens, *declaration) + 1, tokens));
+        const auto *const other = dynamic_cast<const ast::ImportStmt *>(statement.get());
+        if (other != nullptr && !ast::isRootedPath(other->path))
+            summary->imports.append(
+                {summary->facts.imports.value(import++), rangeOf(tokenAt(tokens, *other), tokens)});
+    }
+}
+
+// The names come in the order of the text, so it is walked once.
+void takeBadNames(const QString &text, ScriptSummary *summary) {
+    summary->scanned = badlyNamedGlobals(text);
+    int line = 1;
+    int start = 0;
+    for (const BadName &global : qAsConst(summary->scanned)) {
+        for (int feed = text.indexOf(QLatin1Char('\n'), start); feed >= 0 && feed < global.at;
+             feed = text.indexOf(QLatin1Char('\n'), start)) {
+            start = feed + 1;
+            ++line;
+        }
+        summary->badNames.append(
+            {global.name, onLine(line, global.at - start + 1, global.name.size())});
+    }
+}
+
+ScriptSummary summarised(const QString &filePath, const QString &text) {
+    ScriptSummary summary;
+    ast::ScriptCheckContext context = ast::makeCheckContext(text);
+    std::shared_ptr<ast::Program> program;
+    QString leftBehind;
+    if (ast::checkScript(context, &program, &leftBehind))
+        takePlaces(filePath, text, *program, &summary);
+    summary.findings = context.result.diagnostics;
+    for (ast::ScriptDiagnostic &finding : summary.findings)
+        finding.message = wordsOf(finding);
+    const std::vector<ast::ScriptDiagnostic> warnings = scriptWarnings(text, leftBehind);
+    summary.findings.insert(summary.findings.end(), warnings.begin(), warnings.end());
+    takeBadNames(text, &summary);
+    return summary;
+}
+
+} // namespace
+
+ScriptSummary tooLarge() {
+    ScriptSummary summary;
+    summary.findings.push_back(
+        wholeText(QStringLiteral("the script is larger than %1 MiB and is not looked into")
+                      .arg(largestScript / (1024 * 1024))));
+    return summary;
+}
+
+ScriptSummary summaryOf(const QString &filePath, const QString &text) {
+    // A unit of text takes three bytes at most; only near the limit they are counted.
+    if (text.size() > largestScript / 3 && text.toUtf8().size() > largestScript)
+        return tooLarge();
+    ScriptSummary full;
+    full.findings.push_back(
+        wholeText(QStringLiteral("memory does not suffice to look into the script")));
+    return unlessOutOfMemory([&] { return summarised(filePath, text); }, full);
+}
+
+TextRange rangeOf(const ast::ScriptDiagnostic &finding) {
+    const int units = qMax(1, finding.endColumn - finding.column);
+    return onLine(finding.line, finding.column, units);
+}
+
+} // namespace ctl

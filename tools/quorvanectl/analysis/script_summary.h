@@ -1,0 +1,46 @@
+// What one text of a script says: its own findings, what it declares and imports, and where.
+//
+// Kept in place of the text, so that the scripts of a project are read once for any number of edits of
+// one of them.
+#pragma once
+
+#include "project/project_validator.h"
+#include "quorvanectl/analysis/text_range.h"
+#include "script/script_diagnostics.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QVector>
+
+namespace ctl {
+
+// Above any script that a person writes: a larger one is not looked into.
+inline constexpr qint64 largestScript = 16777216; // bytes of UTF-8, 16 MiB
+
+struct NamedRange {
+    QString name;
+    TextRange at;
+};
+
+struct ScriptSummary {
+    // Of the check of a script: its syntax error, and what it leaves open. One that says that the script
+    // is too large, where it is.
+    std::vector<ast::ScriptDiagnostic> findings;
+    ast::ScriptFacts facts;
+    QVector<TextRange> globals;   // the names, of each of `facts.globals`
+    QVector<NamedRange> imports;  // of each of `facts.imports`: its cleaned path, and the text
+    QVector<NamedRange> badNames; // of the naming rule's scan, in its order
+    QVector<BadName> scanned;     // the same as the validator knows them
+};
+
+// Of a text as it would lie in the file. `filePath` is where its imports count from. The function
+// library must be loaded.
+[[nodiscard]] ScriptSummary summaryOf(const QString &filePath, const QString &text);
+
+// Of a script that is larger than that.
+[[nodiscard]] ScriptSummary tooLarge();
+
+// The stretch that a finding marks: at least one unit.
+[[nodiscard]] TextRange rangeOf(const ast::ScriptDiagnostic &finding);
+
+} // namespace ctl

@@ -1,0 +1,117 @@
+#include "quorvanectl/analysis/workspace.h"
+
+#include "quorvanectl/analysis/project_lookup.h"
+#include "quorvanectl/analysis/project_view.h"
+#include "quorvanectl/files/file_access.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace ctl {
+
+bool isProjectFile(const QString &path) {
+    return path.endsWith(QLatin1String(".yslib"), Qt::CaseInsensitive);
+}
+
+void Workspace::open(const QString &path, const QString &text) {
+    forgetPlaces();
+    change(path, text);
+}
+
+void Workspace::change(const QString &path, const QString &text) {
+    texts.insert(path, text);
+    if (isProjectFile(path))
+        projects.clear(); // it may list other scripts than before
+    else
+        store.open(path, text);
+}
+
+void Workspace::close(const QString &path) {
+    forgetPlaces();
+    texts.remove(path);
+    store.close(path);
+}
+
+void Workspace::diskChanged(const QString &path) {
+    forgetPlaces();
+    store.fileChanged(path);
+}
+
+bool Workspace::isOpen(const QString &path) const {
+    return texts.contains(path);
+}
+
+QString Workspace::textOf(const QString &path) const {
+    return texts.value(path);
+}
+
+// What is where on the disk is looked up once, and again when an editor opens, saves or closes something
+// or tells of a change: not at each edit.
+void Workspace::forgetPlaces() {
+    projects.clear();
+    known.clear();
+}
+
+QString Workspace::projectOf(const QString &path) {
+    if (isProjectFile(path))
+        return path;
+    auto project = projects.constFind(path);
+    if (project == projects.constEnd())
+        project = projects.insert(path, projectAbove(path));
+    return *project;
+}
+
+QVector<Finding> Workspace::ownFindings(const QString &path) {
+    QVector<Finding> own;
+    if (!store.isOpen(path))
+        return own;
+    const std::shared_ptr<const ScriptSummary> summary = store.summaryOf(path);
+    for (const ast::ScriptDiagnostic &finding : summary->findings)
+        own.append({rangeOf(finding), finding.severity == 0, finding.code, finding.message, {}});
+    return own;
+}
+
+FindingsByFile Workspace::findings() {
+    FindingsByFile all;
+    QSet<QString> looked;
+    QSet<QString> used;
+    for (auto text = texts.cbegin(); text != texts.cend(); ++text) {
+        const QVector<Finding> own = ownFindings(text.key());
+        if (!own.isEmpty())
+            all.insert(text.key(), own);
+    }
+    const QStringList open = texts.keys();
+    for (const QString &path : open) {
+        const QString project = projectOf(path);
+        if (project.isEmpty() || looked.contains(project))
+            continue;
+        looked.insert(project);
+        addProject(project, &all, &used);
+    }
+    store.keepOnly(used);
+    return all;
+}
+
+QString Workspace::projectText(const QString &path, QString *error) {
+    const auto open = texts.constFind(path);
+    return open != texts.constEnd() ? *open : readText(path, error);
+}
+
+void Workspace::addProject(const QString &path, FindingsByFile *all, QSet<QString> *used) {
+    QString error;
+    const QString text = projectText(path, &error);
+    if (text.isNull() && !error.isEmpty()) {
+        (*all)[path].append({onLine(1, 1, 1), true, {}, error, {}});
+        return;
+    }
+    auto place = known.find(path);
+    if (place == known.end())
+        place = known.insert(path, {scriptsInFolder(QFileInfo(path).absolutePath())});
+    const ProjectView view = viewOf({path, text, place->scriptsBelow}, store);
+    for (auto file = view.findings.cbegin(); file != view.findings.cend(); ++file)
+        (*all)[file.key()].append(file.value());
+    for (const QString &script : view.scripts)
+        used->insert(script);
+}
+
+} // namespace ctl

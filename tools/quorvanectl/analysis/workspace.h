@@ -1,0 +1,57 @@
+// Everything that is open in an editor, and the projects around it.
+//
+// Texts come as the editor has them; what follows from them is asked with findings(). Nothing is
+// written. One thread.
+#pragma once
+
+#include "quorvanectl/analysis/finding.h"
+#include "quorvanectl/analysis/script_store.h"
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+namespace ctl {
+
+class Workspace {
+public:
+    // A text as it is now, of a file that may or may not be there. Its path is absolute; a name with the
+    // suffix ".yslib" is a project's file, any other a script.
+    void open(const QString &path, const QString &text);
+    void change(const QString &path, const QString &text);
+    void close(const QString &path);
+    // Something may have changed on the disk: this file, or a folder.
+    void diskChanged(const QString &path);
+
+    [[nodiscard]] bool isOpen(const QString &path) const;
+    // The text that is open; null if none is.
+    [[nodiscard]] QString textOf(const QString &path) const;
+
+    // Of one open script: what it says by itself, the first thing that one wants to see.
+    [[nodiscard]] QVector<Finding> ownFindings(const QString &path);
+    // Of every file that shows one: the open scripts' own findings, then those of the projects that the
+    // open files belong to.
+    [[nodiscard]] FindingsByFile findings();
+    // The project that a script belongs to, or the project's file itself; empty if there is none.
+    [[nodiscard]] QString projectOf(const QString &path);
+    // How many scripts were looked into so far.
+    [[nodiscard]] int summaryCount() const { return store.summaryCount(); }
+
+private:
+    struct KnownProject {
+        QStringList scriptsBelow;
+    };
+
+    QString projectText(const QString &path, QString *error);
+    void addProject(const QString &path, FindingsByFile *all, QSet<QString> *used);
+    void forgetPlaces();
+
+    ScriptStore store;
+    QHash<QString, QString> texts;      // of the open files
+    QHash<QString, QString> projects;   // of a script: its project
+    QHash<QString, KnownProject> known; // by the path of the project's file
+};
+
+[[nodiscard]] bool isProjectFile(const QString &path);
+
+} // namespace ctl
