@@ -4,7 +4,7 @@
 # The commands, a line each: family and name. Of a command without a family the name is empty: in its
 # example an option comes next.
 _quorvanectl_commands() {
-    "$1" --help 2>/dev/null | sed -n 's/^    \$ quorvanectl \([a-z]*\) \([a-z]*\).*/\1 \2/p'
+    "$1" --help 2>/dev/null | sed -n 's/^    \$ quorvanectl \([a-z-]*\) \([a-z]*\).*/\1 \2/p'
 }
 
 # The help of one command, without its line breaks.

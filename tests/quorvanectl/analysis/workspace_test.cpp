@@ -262,6 +262,9 @@ void WorkspaceTest::aScriptThatIsTooLarge() {
                          "not looked into"));
     workspace.change(folder.path("a.ys"), QString(ctl::largestScript, ' '));
     QVERIFY(workspace.findings().isEmpty());
+    folder.write("b.ys", "global int width;\n" + QByteArray(ctl::largestScript, ' '));
+    workspace.diskChanged(folder.path("b.ys"));
+    QVERIFY(workspace.findings().isEmpty());
 }
 
 void WorkspaceTest::theProjectOfAScript_data() {

@@ -61,6 +61,8 @@ void CompletionTest::words_data() {
     row("a file with a blank", {"project", "check", "li"}, "line");
     row("a command without a family", {"lo"}, "log");
     row("a command without a family and without arguments", {"doctor", "--of"}, "--offline");
+    row("a family of two words", {"la"}, "language-server");
+    row("its options", {"language-server", "--"}, "--help --library --stdio");
     row("its option", {"log", "--fai"}, "--failures");
     row("an option behind its file", {"log", "a.yslib", "--fai"}, "--failures");
     row("its formats", {"log", "--format", ""}, "json text");

@@ -24,6 +24,14 @@ struct Finding {
     QVector<RelatedPlace> related;
 };
 
+[[nodiscard]] inline bool operator==(const RelatedPlace &one, const RelatedPlace &other) {
+    return one.file == other.file && one.at == other.at && one.message == other.message;
+}
+[[nodiscard]] inline bool operator==(const Finding &one, const Finding &other) {
+    return one.at == other.at && one.isError == other.isError && one.code == other.code &&
+           one.message == other.message && one.related == other.related;
+}
+
 // By the absolute path of the file that shows them, each file's in the order of the check.
 using FindingsByFile = QMap<QString, QVector<Finding>>;
 

@@ -53,6 +53,9 @@ void Workspace::forgetPlaces() {
 }
 
 QString Workspace::projectOf(const QString &path) {
+    // A text that has no file yet lies in no folder.
+    if (!QDir::isAbsolutePath(path))
+        return {};
     if (isProjectFile(path))
         return path;
     auto project = projects.constFind(path);

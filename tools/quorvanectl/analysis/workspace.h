@@ -15,7 +15,8 @@ namespace ctl {
 
 class Workspace {
 public:
-    // A text as it is now, of a file that may or may not be there. Its path is absolute; a name with the
+    // A text as it is now, of a file that may or may not be there. Its path is absolute, or an
+    // address of what has no file yet; a name with the
     // suffix ".yslib" is a project's file, any other a script.
     void open(const QString &path, const QString &text);
     void change(const QString &path, const QString &text);

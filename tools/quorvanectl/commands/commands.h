@@ -12,6 +12,7 @@ namespace ctl {
 // The rows, one for each file.
 [[nodiscard]] Command doctor();
 [[nodiscard]] Command keysNew();
+[[nodiscard]] Command languageServer();
 [[nodiscard]] Command libraryList();
 [[nodiscard]] Command logCommand();
 [[nodiscard]] Command projectCheck();

@@ -30,7 +30,7 @@ void prepareStreams();
 // the screen of a console, which shows the text whatever its code page is. Unbuffered if it is not output.
 [[nodiscard]] std::unique_ptr<QIODevice> openStream(int stream);
 
-// Whether the standard stream of this number is a terminal, which follows escape sequences.
+// Whether the standard stream of this number (0 input, 1 output, 2 errors) is a terminal, which follows escape sequences.
 [[nodiscard]] bool isTerminal(int stream);
 
 void print(const Console &console, const QString &text);

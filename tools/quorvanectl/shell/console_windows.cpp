@@ -82,6 +82,7 @@ BOOL WINAPI restoreBeforeTheEnd(DWORD) {
 
 // The C library would turn each line feed into two bytes.
 void ctl::prepareStreams() {
+    (void)_setmode(0, _O_BINARY);
     for (const int stream : {1, 2}) {
         (void)_setmode(stream, _O_BINARY);
         Told console{handleOf(stream), 0};
@@ -111,5 +112,8 @@ std::unique_ptr<QIODevice> ctl::openStream(int stream) {
 }
 
 bool ctl::isTerminal(int stream) {
+    DWORD mode = 0;
+    if (stream == 0)
+        return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
     return told[stream - 1].console != nullptr;
 }

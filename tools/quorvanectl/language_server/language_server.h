@@ -1,0 +1,93 @@
+// What the server answers to each message of an editor.
+//
+// It knows no stream: messages go in, messages come out by way of `send`, in the order in which the
+// editor has to see them. The methods are a table in language_server.cpp. On one thread; the function
+// library must be loaded.
+#pragma once
+
+#include "quorvanectl/analysis/workspace.h"
+#include "quorvanectl/language_server/message.h"
+#include "quorvanectl/language_server/text_positions.h"
+
+#include <QHash>
+#include <QJsonArray>
+#include <QList>
+#include <QMap>
+#include <QSet>
+
+#include <functional>
+#include <optional>
+
+namespace ctl {
+
+class LanguageServer {
+public:
+    using Send = std::function<void(const QJsonObject &message)>;
+    explicit LanguageServer(Send sendTo);
+
+    // All messages that have come meanwhile, in their order: a request that a later one of them cancels is
+    // not worked on, and findings are told once, of the texts as the last of them leaves them.
+    void take(const QList<QByteArray> &bodies);
+
+    // Set by the notification `exit`: 0 behind a `shutdown`, else 1.
+    [[nodiscard]] std::optional<int> exitStatus() const { return status; }
+
+private:
+    enum class State { Fresh, Running, ShutDown };
+    struct Document {
+        QString uri; // as the editor writes it
+        int version;
+    };
+    using Handler = QJsonValue (LanguageServer::*)(const QJsonObject &params);
+    struct Method {
+        const char *name;
+        bool isRequest;
+        Handler handler;
+    };
+
+    // language_server.cpp: which message goes where.
+    void answerRequest(const Message &message);
+    void takeNotification(const Message &message);
+    static const Method *methodOf(const Message &message);
+    QJsonValue initialize(const QJsonObject &params);
+    QJsonValue initialized(const QJsonObject &params);
+    QJsonValue shutDown(const QJsonObject &params);
+    void complain(const QString &line);
+
+    // text_messages.cpp: texts that open, change and close, and what is told of them.
+    QJsonValue opened(const QJsonObject &params);
+    QJsonValue changed(const QJsonObject &params);
+    QJsonValue closed(const QJsonObject &params);
+    QJsonValue saved(const QJsonObject &params);
+    QJsonValue filesChanged(const QJsonObject &params);
+    bool applyChanges(const QJsonArray &changes, QString *text);
+    void publish();
+    void publishFile(const QString &path, const QJsonArray &diagnostics);
+    bool isMoved(const QString &path, const QVector<Finding> &findings) const;
+    QJsonArray diagnosticsOf(const QString &path, const QVector<Finding> &findings);
+    QJsonObject findingJson(const QString &path, const Finding &finding);
+    QString uriOf(const QString &path) const;
+    // The reference holds until the next call.
+    const TextPositions &positionsIn(const QString &path);
+
+    Send send;
+    State state = State::Fresh;
+    std::optional<int> status;
+    QSet<QString> cancelled; // ids of requests, in the form of idText()
+    ColumnUnit unit = ColumnUnit::Utf16;
+    bool showsRelated = false;
+    bool registersWatchers = false;
+
+    Workspace workspace;
+    QHash<QString, Document> documents; // by path
+    bool isStale = false;               // whether findings have to be told anew
+    QSet<QString> touched;              // the paths of texts that have changed since they were told
+    struct Told {
+        QVector<Finding> findings;
+        QJsonArray diagnostics; // the same in the editor's columns
+    };
+    QMap<QString, Told> told;
+    QHash<QString, TextPositions> positions; // of the texts that one publication looks into
+};
+
+} // namespace ctl
