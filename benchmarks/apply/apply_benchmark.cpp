@@ -81,7 +81,7 @@ Command slowly(const Place &place, bool slow, Command command) {
 void putOldProject(const Place &place) {
     (void)runProcess({"rm", "-rf", place.bytes("project"), place.bytes("data")});
     (void)runProcess({"cp", "-a", place.bytes("old"), place.bytes("project")});
-    waitForQuietDisk();
+    waitForQuietDisk(place.root);
 }
 
 void runPrograms(const Place &place, bool slow, Programs *sums) {

@@ -1,17 +1,19 @@
 #include "quiet_disk.h"
 
+#include "update/files/file_copy.h"
+
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QStorageInfo>
 #include <QThread>
 
 #include <cstdio>
-#include <unistd.h>
 
 namespace {
 
-constexpr qint64 quietKibibytes = 4096;
-constexpr int patienceMs = 60000;
+constexpr qint64 quietKibibytes = 16384;
+constexpr int patienceMs = 10000;
 constexpr int lookMs = 100;
 
 // What waits to be written, and what is on its way.
@@ -30,13 +32,12 @@ qint64 waitingKibibytes() {
 
 } // namespace
 
-void waitForQuietDisk() {
+void waitForQuietDisk(const QString &folder) {
+    if (QStorageInfo(folder).fileSystemType() == "tmpfs" || !flushFolder(folder))
+        return;
     QElapsedTimer clock;
     clock.start();
-    for (;;) {
-        ::sync();
-        if (waitingKibibytes() <= quietKibibytes)
-            return;
+    while (waitingKibibytes() > quietKibibytes) {
         if (clock.hasExpired(patienceMs)) {
             std::printf("  the disk did not come to rest: others write to it\n");
             return;
