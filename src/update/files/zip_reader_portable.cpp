@@ -8,10 +8,15 @@
 #include <zip.h>
 
 #include <cerrno>
+#include <cstring>
 
 namespace {
 
 constexpr int blockSize = 1 << 18; // bytes
+
+// libzip asks for data in pieces of 8 KiB; of an item's header it asks for less than the smaller number.
+constexpr qint64 smallestData = 4096;
+constexpr int readAhead = 1 << 16; // bytes
 
 // Opening takes memory by what stands before the entries' data, and far more where entries share it.
 constexpr qint64 mostHeaderBytes = 64 << 20;
@@ -50,7 +55,7 @@ private:
         case ZIP_SOURCE_SEEK:
             return seek(data, size);
         case ZIP_SOURCE_TELL:
-            return file->pos();
+            return at;
         case ZIP_SOURCE_READ:
             return read(static_cast<char *>(data), qint64(size));
         case ZIP_SOURCE_ERROR:
@@ -65,19 +70,27 @@ private:
         return -1;
     }
 
+    // Asked of the system once: libzip seeks before each piece.
+    qint64 fileSize() {
+        if (knownSize < 0)
+            knownSize = file->size();
+        return knownSize;
+    }
+
     zip_int64_t tellSize(zip_stat_t *stat) {
         zip_stat_init(stat);
-        stat->size = zip_uint64_t(file->size());
+        stat->size = zip_uint64_t(fileSize());
         stat->valid = ZIP_STAT_SIZE;
         return 0;
     }
 
     zip_int64_t seek(void *data, zip_uint64_t size) {
         const zip_int64_t to = zip_source_seek_compute_offset(
-            zip_uint64_t(file->pos()), zip_uint64_t(file->size()), data, size, &error);
+            zip_uint64_t(at), zip_uint64_t(fileSize()), data, size, &error);
         if (to < 0)
             return -1;
-        return file->seek(to) ? 0 : fail(ZIP_ER_SEEK, EIO);
+        at = to;
+        return 0;
     }
 
     zip_int64_t read(char *data, qint64 size) {
@@ -85,8 +98,45 @@ private:
             headerBytes += size;
         if (isTooLarge() || deadline.hasExpired())
             return fail(ZIP_ER_CANCELLED);
-        const qint64 got = file->read(data, size);
-        return got >= 0 ? got : fail(ZIP_ER_READ, EIO);
+        const bool ahead = !isOpening && (holds(at) || size >= smallestData);
+        const qint64 got = ahead ? readBuffered(data, size) : readAt(at, data, size);
+        if (got < 0)
+            return fail(ZIP_ER_READ, EIO);
+        at += got;
+        return got;
+    }
+
+    [[nodiscard]] bool holds(qint64 place) const {
+        return place >= bufferAt && place < bufferAt + buffer.size();
+    }
+
+    qint64 readAt(qint64 place, char *data, qint64 size) {
+        return file->pos() == place || file->seek(place) ? file->read(data, size) : -1;
+    }
+
+    // Less than asked for only at the file's end.
+    qint64 readBuffered(char *data, qint64 size) {
+        qint64 done = 0;
+        while (done < size) {
+            const qint64 place = at + done;
+            if (!holds(place) && !fillFrom(place))
+                return -1;
+            const qint64 from = place - bufferAt;
+            const qint64 got = qMin(size - done, buffer.size() - from);
+            if (got == 0)
+                break;
+            std::memcpy(data + done, buffer.constData() + from, size_t(got));
+            done += got;
+        }
+        return done;
+    }
+
+    bool fillFrom(qint64 place) {
+        buffer.resize(readAhead);
+        const qint64 got = readAt(place, buffer.data(), readAhead);
+        buffer.resize(int(qMax<qint64>(0, got)));
+        bufferAt = place;
+        return got >= 0;
     }
 
     QFile *file;
@@ -94,6 +144,10 @@ private:
     zip_error_t error = {};
     bool isOpening = true;
     qint64 headerBytes = 0;
+    qint64 knownSize = -1;
+    qint64 at = 0;
+    QByteArray buffer; // of the file, from `bufferAt` on
+    qint64 bufferAt = 0;
 };
 
 void ZipReader::Discard::operator()(zip *opened) const {

@@ -3,6 +3,7 @@
 #include "update/files/zip_unpack.h"
 
 #include "update/files/failure.h"
+#include "update/files/write_out.h"
 #include "update/files/zip_names.h"
 #include "update/files/zip_reader.h"
 
@@ -79,10 +80,18 @@ private:
         // Never over an existing file, and so never through a link.
         if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
             return failWriting(file);
-        const auto take = [this, &file](const char *block, qint64 size) {
+        qint64 waiting = 0;
+        const auto take = [this, &file, &waiting](const char *block, qint64 size) {
+            waiting += size;
+            if (waiting >= writeOutPiece) {
+                beginWritingOut(file.handle());
+                waiting = 0;
+            }
             return writeBlock(file, block, size) || failWriting(file);
         };
-        return reader.read(index, take, failure);
+        const bool written = reader.read(index, take, failure);
+        beginWritingOut(file.handle());
+        return written;
     }
 
     // The rest of a block that a full disk takes in part is tried again: only then is the reason told.
