@@ -2,20 +2,69 @@
 // several times as long. Instead the whole volume is waited for once, before anything is removed.
 #include "update/files/file_copy.h"
 
+#include "update/files/write_out.h"
+
 #include <QFile>
 
 #include <fcntl.h>
+#include <sys/sendfile.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <system_error>
+#include <algorithm>
+
+namespace {
+
+constexpr off_t copyPiece = writeOutPiece;
+
+class Descriptor {
+public:
+    Descriptor(const QString &path, int flags, mode_t mode = 0)
+        : number(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, mode)) {}
+    ~Descriptor() {
+        if (number >= 0)
+            ::close(number);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+
+    const int number;
+};
+
+// Goes on until nothing is left, or the file ends before that. False if the system refused.
+template<typename Move>
+bool moveAll(int target, off_t *left, Move move) {
+    while (*left > 0) {
+        const ssize_t size = move(size_t(std::min<off_t>(*left, copyPiece)));
+        if (size <= 0)
+            return size == 0;
+        *left -= size;
+        beginWritingOut(target);
+    }
+    return true;
+}
+
+// By the first call both share their blocks until one of them is written to, where the file system can. What
+// it refuses, or takes for the end, is sent by the second, from where the first has stopped.
+bool moveContent(int source, int target, off_t size) {
+    off_t left = size;
+    (void)moveAll(target, &left, [&](size_t piece) {
+        return ::copy_file_range(source, nullptr, target, nullptr, piece, 0);
+    });
+    return moveAll(target, &left,
+                   [&](size_t piece) { return ::sendfile(target, source, nullptr, piece); });
+}
+
+} // namespace
 
 bool copyFileContent(const QString &source, const QString &destination) {
-    const auto native = [](const QString &path) {
-        return std::filesystem::path(QFile::encodeName(path).toStdString());
-    };
-    std::error_code failure;
-    return std::filesystem::copy_file(native(source), native(destination), failure);
+    struct stat about {};
+    if (::stat(QFile::encodeName(source).constData(), &about) != 0 || !S_ISREG(about.st_mode))
+        return false; // opening a pipe would wait for its other end
+    const Descriptor from(source, O_RDONLY);
+    const Descriptor to(destination, O_WRONLY | O_CREAT | O_EXCL, S_IWUSR);
+    return from.number >= 0 && to.number >= 0 && ::fchmod(to.number, about.st_mode & 07777) == 0 &&
+           moveContent(from.number, to.number, about.st_size);
 }
 
 bool flushFolder(const QString &folder) {
