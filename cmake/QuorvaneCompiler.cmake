@@ -35,6 +35,16 @@ if(QUORVANE_LLD AND NOT CMAKE_CROSSCOMPILING)
     add_link_options($<$<CONFIG:Debug>:-fuse-ld=lld>)
 endif()
 
+if(CMAKE_CROSSCOMPILING)
+    # Warnings of Qt's tell the file that they stand in. It is told as seen from the build tree, so that two
+    # clones give the same bytes; ccache writes most paths so itself.
+    add_compile_options("-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=../../"
+                        "-fmacro-prefix-map=${CMAKE_BINARY_DIR}/=")
+    foreach(place IN ITEMS "${QT_MINGW_ROOT}" "${CRYPTO_MINGW_ROOT}")
+        add_compile_options("-fmacro-prefix-map=${place}/=")
+    endforeach()
+endif()
+
 if(QUORVANE_SANITIZE)
     # No recovery: a finding ends the test.
     add_compile_options(-fsanitize=${QUORVANE_SANITIZE} -fno-sanitize-recover=all
