@@ -21,11 +21,11 @@ PROGRESS = re.compile(r"^.+: \d+ (s|%)\n", re.MULTILINE)  # of what took longer 
 IN_A_NAMESPACE = "QUORVANE_IN_A_NAMESPACE"
 
 
-def blocks(page):
+def blocks(page, language="sh"):
     """Pairs of a command block and its output, or None where the page shows none."""
     fences = FENCE.findall(page.read_text(encoding="utf-8"))
     for at, (kind, text) in enumerate(fences):
-        if kind == "sh":
+        if kind == language:
             shown = fences[at + 1] if at + 1 < len(fences) else ("", "")
             yield text, shown[1] if shown[0] == "text" else None
 

@@ -2,7 +2,7 @@
 """The installer under Wine: what it puts in place, what it leaves alone, and what a kill leaves.
 
     installer.py --builder build-installer --package PACKAGE.zip --placer placer.exe
-                 --program started.exe [--every N] [--first N]
+                 --program started.exe --prefix PREFIX [--every N] [--first N]
 
 Two versions of a small package are installed one over the other. The installer is killed after each of
 the changes that it and its placer make below the installation (with --every, after each N-th): the old
@@ -25,8 +25,8 @@ import tempfile
 import time
 import zipfile
 
-LOADER = "/usr/lib/wine/wine64"
-SERVER = "/usr/lib/wine/wineserver64"
+from prefix import LOADER, SERVER, copy_prefix, end_server, environment
+
 FOLDER = "产线 3 & line's"
 WINDOWS_FOLDER = "C:\\" + FOLDER
 CURRENT = r"Software\Microsoft\Windows\CurrentVersion"
@@ -67,7 +67,7 @@ def make_package(path, files, folders=("USER/",)):
 class Wine:
     """A prefix of its own, whose server stands still where it is told to."""
 
-    def __init__(self, root, stop):
+    def __init__(self, root, stop, template):
         self.root = root
         self.token = f"QUORVANE_KILLED={root.name}"
         self.control_path = root / "control"
@@ -76,15 +76,12 @@ class Wine:
         with open(self.control_path, "r+b") as file:
             self.control = mmap.mmap(file.fileno(), 12)
         self.prefix = root / "wine"
-        self.prefix.mkdir()
-        names = [name for name in os.environ if name.startswith(("QT_", "WINE", "XDG_DATA", "DISPLAY", "LD_"))]
-        self.environment = {name: value for name, value in os.environ.items() if name not in names}
-        self.environment.update(WINEPREFIX=str(self.prefix), WINEDEBUG="-all", WINEARCH="win64",
-                                WINEDLLOVERRIDES="winemenubuilder.exe=d;mscoree=d;mshtml=d")
+        copy_prefix(template, self.prefix)
+        self.environment = environment(self.prefix, os.environ)
+        self.environment.pop("DISPLAY", None)
         subprocess.run([SERVER, "-p"], check=True, env=dict(
             self.environment, LD_PRELOAD=str(stop), STOP_CONTROL=str(self.control_path), STOP_BELOW=FOLDER,
             STOP_TRACE=str(self.trace)))
-        self.run("wineboot", "-i", check=True)
         self.run("net", "start", "RpcSs")
         self.installed = self.prefix / "drive_c" / FOLDER
 
@@ -139,8 +136,7 @@ class Wine:
         return (found[1].replace("\\\\", "\\"), found[2]) if found else None
 
     def close(self):
-        subprocess.run([SERVER, "-k"], env=self.environment, check=False)
-        subprocess.run([SERVER, "-w"], env=self.environment, check=False)
+        end_server(self.environment)
 
 
 class Trials:
@@ -156,7 +152,7 @@ class Trials:
         stop = root / "server_stop.so"
         subprocess.run(["g++", "-O1", "-Wall", "-Wextra", "-Werror", "-shared", "-fPIC", "-o", stop,
                         pathlib.Path(__file__).with_name("server_stop.cpp"), "-ldl"], check=True)
-        self.wine = Wine(root, stop)
+        self.wine = Wine(root, stop, wish.prefix)
         self.second_runs = 0
         self.template = root / "template"
 
@@ -291,7 +287,7 @@ class Trials:
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    for name in ("--builder", "--package", "--placer", "--program"):
+    for name in ("--builder", "--package", "--placer", "--program", "--prefix"):
         parser.add_argument(name, type=pathlib.Path, required=True)
     parser.add_argument("--every", type=int, default=1)
     parser.add_argument("--first", type=int, default=1)

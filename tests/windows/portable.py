@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The portable package, unpacked where a path is at its worst, started under Wine as its user would.
 
-    portable.py --tree TREE --package PACKAGE.zip --pictures FOLDER
+    portable.py --tree TREE --package PACKAGE.zip --prefix PREFIX --pictures FOLDER
 
 Counts down, starts the stand-in runtime, reports its end, closes; then the log, the settings and the
 projects are looked at. It has a screen, a window manager and a Wine prefix of its own.
@@ -17,11 +17,10 @@ import tempfile
 import time
 import zipfile
 
-LOADER = "/usr/lib/wine/wine64"
-SERVER = "/usr/lib/wine/wineserver64"
+from prefix import LOADER, copy_prefix, end_server, environment
+
 TITLE = "Quorvane Launcher"
 REPORT = "The line stopped unexpectedly"
-FONTS = r"HKCU\Software\Wine\Fonts\Replacements"
 FOLDER = "产线 3 & line's"
 # The share of dark dots in a window with text in it. One that is not painted yet is black, or as plain
 # as its background.
@@ -187,7 +186,7 @@ def run(installation, screen, pictures):
 
 def main():
     parser = argparse.ArgumentParser()
-    for name in ("--tree", "--package", "--pictures"):
+    for name in ("--tree", "--package", "--prefix", "--pictures"):
         parser.add_argument(name, type=pathlib.Path, required=True)
     wish = parser.parse_args()
     wish.pictures.mkdir(parents=True, exist_ok=True)
@@ -195,19 +194,9 @@ def main():
     screen = Screen()
     try:
         installation = Installation(root, wish.tree, wish.package)
-        installation.prefix.mkdir()
+        copy_prefix(wish.prefix, installation.prefix)
         # Nothing of the build machine's Qt may help: only what the package holds.
-        for name in [name for name in screen.environment if name.startswith(("QT_", "WINE", "XDG_DATA"))]:
-            del screen.environment[name]
-        screen.environment.update(WINEPREFIX=str(installation.prefix), WINEDEBUG="-all",
-                                  WINEDLLOVERRIDES="winemenubuilder.exe=d;mscoree=d;mshtml=d")
-        subprocess.run([LOADER, "wineboot", "-i"], env=screen.environment, check=True, timeout=300,
-                       stderr=subprocess.DEVNULL)
-        # What Windows has for dialogs is not here.
-        for font in ("MS Shell Dlg", "MS Shell Dlg 2", "Tahoma"):
-            subprocess.run([LOADER, "reg", "add", FONTS, "/v", font, "/d", "Noto Sans CJK SC", "/f"],
-                           env=screen.environment, check=True, stdout=subprocess.DEVNULL,
-                           stderr=subprocess.DEVNULL)
+        screen.environment = environment(installation.prefix, screen.environment)
         try:
             run(installation, screen, wish.pictures)
             look_at_traces(installation)
@@ -217,8 +206,7 @@ def main():
             screen.picture(wish.pictures / "windows-broken.png")
             raise
         finally:
-            subprocess.run([SERVER, "-k"], env=screen.environment, check=False)
-            subprocess.run([SERVER, "-w"], env=screen.environment, check=False)
+            end_server(screen.environment)
     finally:
         screen.close()
         shutil.rmtree(root, ignore_errors=True)

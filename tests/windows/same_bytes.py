@@ -39,7 +39,7 @@ def signed(wish, folder):
     """The command only writes down what it is called with."""
     told = folder / "signed"
     command = folder / "sign"
-    command.write_text(f'#!/bin/sh\nbasename "$1" >>{told}\n')
+    command.write_text(f'#!/bin/sh\n[ -s "$1" ] && basename "$1" >>{told}\n')
     command.chmod(0o755)
     make(wish, folder, QUORVANE_SIGN_COMMAND=str(command))
     expected = ["Quorvaner.exe", "placer.exe", f"quorvaner-setup-{wish.version}.exe", "quorvanectl.exe",

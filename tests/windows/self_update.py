@@ -1,34 +1,41 @@
 #!/usr/bin/env python3
 """The launcher updates itself under Wine, with the installers of two versions as they ship.
 
-    self_update.py --tree TREE --package PACKAGE.zip --builder build-installer --placer placer.exe
+    self_update.py --tree TREE --package PACKAGE.zip --setup quorvaner-setup-1.0.0.exe
+                   --builder build-installer --placer placer.exe --prefix PREFIX --page updates.md
                    --pictures FOLDER
 
 1.0.0 runs, a signed manifest on a stick offers 1.1.0, the operator takes it: the launcher starts the
 installer, which puts the new files under it in place. The next start is 1.1.0 and offers nothing. An
 installer whose hash does not fit is not started, and one that is killed leaves 1.0.0 with its offer.
+What is typed is the page's, word for word.
 1.1.0 has the same code; its programs differ in what stands behind their ends, which is no matter to
 Windows.
 """
 import argparse
 import json
+import os
 import pathlib
 import shutil
+import sqlite3
 import subprocess
 import sys
 import tempfile
 import zipfile
+from concurrent.futures import ThreadPoolExecutor
 
-from portable import FONTS, LOADER, SERVER, TITLE, Screen, check, wait_for
+from portable import TITLE, Screen, check, wait_for
+from prefix import LOADER, copy_prefix, end_server, environment
+from windows_desk import Desk, windows_blocks
 
 FOUND = "A genuine update is available"
 OFFERED = "Choose what to update"
-VERSIONS = ("1.0.0", "1.1.0")
+SIGNATURE = "a-signature-of-the-stand-in"
 CHANGED = ("bin/Quorvaner.exe", "bin/Qt5Core.dll", "bin/Qt5Widgets.dll")
 
 
 def repackaged(package, path, version, key):
-    """The package with the test's own key, and with other programs if it is the later version."""
+    """The package with the test's own key, and with other programs."""
     with zipfile.ZipFile(package) as old, zipfile.ZipFile(path, "w") as new:
         for entry in old.infolist():
             name = entry.filename.partition("/")[2]
@@ -44,67 +51,73 @@ class Place:
     """A prefix, an installation in it, and a stick."""
 
     def __init__(self, root, wish, screen):
-        self.root, self.wish, self.screen = root, wish, screen
+        self.root, self.wish = root, wish
         self.prefix = root / "wine"
-        self.prefix.mkdir()
-        self.environment = screen.environment
-        for name in [name for name in self.environment if name.startswith(("QT_", "WINE", "XDG_DATA"))]:
-            del self.environment[name]
-        self.environment.update(WINEPREFIX=str(self.prefix), WINEDEBUG="-all", LANG="en_US.UTF-8",
-                                WINEDLLOVERRIDES="winemenubuilder.exe=d;mscoree=d;mshtml=d")
-        self.wine("wineboot", "-i")
-        for font in ("MS Shell Dlg", "MS Shell Dlg 2", "Tahoma", "SimSun"):
-            self.wine("reg", "add", FONTS, "/v", font, "/d", "Noto Sans CJK SC", "/f")
+        copy_prefix(wish.prefix, self.prefix)
+        self.environment = {**environment(self.prefix, screen.environment), "LANG": "en_US.UTF-8"}
         self.installation = self.prefix / "drive_c/Line 3"
         self.stick = root / "stick"
-        self.make_key()
-        self.setups = {version: self.build(version) for version in VERSIONS}
+        self.stick.mkdir()
+        (self.prefix / "dosdevices/e:").symlink_to(self.stick)
+        self.desk = Desk(self.prefix, self.environment, wish.package)
+        self.public = self.desk.make_keys()
+        self.builder = ThreadPoolExecutor(max_workers=1)  # beside the first installation
+        self.building = self.builder.submit(self.build, "1.1.0")
+
+    @property
+    def next_setup(self):
+        return self.building.result()
 
     def wine(self, *command, cwd=None):
         return subprocess.run([LOADER, *map(str, command)], env=self.environment, cwd=cwd, check=False,
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=300).returncode
 
-    def make_key(self):
-        self.key = self.root / "private.pem"
-        subprocess.run(["openssl", "genrsa", "-out", self.key, "2048"], check=True, stderr=subprocess.DEVNULL)
-        self.public = subprocess.run(["openssl", "pkey", "-in", self.key, "-pubout"], check=True,
-                                     stdout=subprocess.PIPE).stdout
-
     def build(self, version):
+        """With something to sign with, which puts a signature behind each program as others do."""
         package = self.root / f"{version}.zip"
         repackaged(self.wish.package, package, version, self.public)
+        signer = self.root / "sign"
+        signer.write_text(f'#!/bin/sh\nprintf {SIGNATURE} >>"$1"\n')
+        signer.chmod(0o755)
         subprocess.run([self.wish.builder, "--package", package, "--placer", self.wish.placer, "--version",
-                        version, "--out", self.root / "setups"], check=True, stdout=subprocess.DEVNULL)
+                        version, "--out", self.root / "setups"], check=True, stdout=subprocess.DEVNULL,
+                       env={**os.environ, "QUORVANE_SIGN_COMMAND": str(signer)})
         return self.root / "setups" / f"quorvaner-setup-{version}.exe"
 
+    def look_at_signatures(self):
+        tool = max((self.installation / "setup").glob("*/tool"), key=lambda path: int(path.parent.name))
+        for program in (self.next_setup, *sorted(tool.glob("*.exe"))):
+            check(program.read_bytes().count(SIGNATURE.encode()) == 1 and
+                  program.read_bytes().endswith(SIGNATURE.encode()), f"{program.name} is signed, once")
+
     def install_first(self):
-        check(self.wine(self.setups["1.0.0"], "/S", "/D=C:\\Line", "3") == 0, "1.0.0 is installed")
+        check(self.wine(self.wish.setup, "/S", "/D=C:\\Line", "3") == 0, "1.0.0 is installed")
+        (self.installation / "bin/config/update.pub").write_bytes(self.public)
         subprocess.run(["cmake", "--install", self.wish.tree, "--prefix", self.installation, "--component",
                         "demo"], stdout=subprocess.DEVNULL, check=True)
         (self.installation / "bin/LineRunner.conf").write_text("lifetime_ms = 600000\nexit_code = 0\n")
 
     def publish(self):
-        """The signed manifest on the stick; openssl signs, as with a key that is never on a network."""
-        update = self.stick / "QuorvanerUpdate"
-        (update / "packages").mkdir(parents=True)
-        shutil.copy(self.setups["1.1.0"], update / "packages")
-        tool = self.installation / "bin/quorvanectl.exe"
-        (update / "update.pub").write_bytes(self.public)
-        for arguments in (
-                ("manifest", "--out", "manifest.json", "--launcher", "packages/quorvaner-setup-1.1.0.exe"),
-                ("canonical", "manifest.json", "--out", "canonical")):
-            check(self.wine(tool, "update", *arguments, cwd=update) == 0, f"update {arguments[0]}")
-        subprocess.run(["openssl", "dgst", "-sha256", "-sign", self.key, "-out", update / "signature",
-                        update / "canonical"], check=True)
-        check(self.wine(tool, "update", "attach", "manifest.json", "signature", "--key", "update.pub", "--out",
-                        "manifest.json", "--force", cwd=update) == 0, "update attach")
-        (self.prefix / "dosdevices/e:").symlink_to(self.stick)
-        self.close()  # Wine looks for drives as it starts
+        """The signed manifest on the stick, and what the launcher will say of it."""
+        shutil.copy(self.next_setup, self.desk.folder)
+        self.blocks = windows_blocks(self.wish.page)
+        check(len(self.blocks) == 3, "the page publishes, looks, and looks again after the update")
+        for _ in range(2):
+            self.desk.type(*self.blocks.pop(0))
+
+    def look_again(self):
+        self.desk.type(*self.blocks.pop(0))
+
+    def data(self, name):
+        return next((self.prefix / "drive_c/users").glob(f"*/AppData/Local/Quorvane/{name}"), None)
 
     @property
     def log(self):
-        logs = list((self.prefix / "drive_c/users").glob("*/AppData/Local/Quorvane/launcher.log"))
-        return logs[0].read_text(encoding="utf-8", errors="replace") if logs else ""
+        path = self.data("launcher.log")
+        return path.read_text(encoding="utf-8", errors="replace") if path else ""
+
+    def settings(self):
+        return dict(sqlite3.connect(self.data("Quorvane.db")).execute("SELECT key, value FROM app_settings"))
 
     def version(self):
         path = self.installation / "bin/config/release_version.json"
@@ -115,8 +128,7 @@ class Place:
                                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def close(self):
-        subprocess.run([SERVER, "-k"], env=self.environment, check=False)
-        subprocess.run([SERVER, "-w"], env=self.environment, check=False)
+        end_server(self.environment)
 
 
 class Operator:
@@ -180,7 +192,7 @@ def wrong_hash(place, operator):
 
 def killed_half_way(place):
     """The old launcher starts and offers the update still: the next step shows both."""
-    process = subprocess.Popen([LOADER, place.setups["1.1.0"], "/S", "/D=C:\\Line", "3"],
+    process = subprocess.Popen([LOADER, place.next_setup, "/S", "/D=C:\\Line", "3"],
                                env=place.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     wait_for(lambda: list(place.installation.glob("setup/2/new/bin/Quorvaner.exe")), "new files", 120)
     place.close()
@@ -194,23 +206,29 @@ def update(place, operator):
     check(launcher.poll() is None, "the launcher that found the update goes on")
     for name in CHANGED:
         check((place.installation / name).read_bytes().endswith(b"1.1.0"), f"{name} is the new one")
+    place.look_at_signatures()
     operator.picture("under-update")
+    starts = place.log.count("Launching ")
+    operator.press_until("^Update complete", "Return", lambda: place.log.count("Launching ") > starts,
+                         "the line, under the old launcher")
     launcher.kill()
     place.close()
 
 
 def next_start(place, operator):
-    starts = place.log.count("Launching ")
+    log, settings, starts = place.log, place.settings(), place.log.count("Launching ")
     place.start()
     wait_for(lambda: operator.window(f"^{TITLE}"), "the launcher", 120)
+    operator.screen.settled_picture(TITLE, place.wish.pictures / "windows-updated.png")
     wait_for(lambda: place.log.count("Launching ") > starts, "the start of the line without an offer", 120)
-    operator.picture("updated")
     check(not operator.window(f"^{OFFERED}"), "nothing is offered any more")
+    check(log and place.log.startswith(log), "the log goes on")
+    check(settings and settings.items() <= place.settings().items(), f"so do the settings, {settings}")
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    for name in ("--tree", "--package", "--builder", "--placer", "--pictures"):
+    for name in ("--tree", "--package", "--setup", "--builder", "--placer", "--prefix", "--page", "--pictures"):
         parser.add_argument(name, type=pathlib.Path, required=True)
     wish = parser.parse_args()
     wish.pictures.mkdir(parents=True, exist_ok=True)
@@ -225,6 +243,7 @@ def main():
         wrong_hash(place, operator)
         killed_half_way(place)
         update(place, operator)
+        place.look_again()
         next_start(place, operator)
     except BaseException:
         if place:
