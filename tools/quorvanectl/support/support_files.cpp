@@ -147,7 +147,7 @@ QString selectedProject(const QString &projectFile) {
     const QString title = QStringLiteral("Selected project");
     const QString folder = QFileInfo(projectFile).path();
     const QString below = folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
-    if ((QDir::homePath() + QLatin1Char('/')).startsWith(below))
+    if ((QDir::homePath() + QLatin1Char('/')).startsWith(below, Qt::CaseInsensitive))
         return QStringLiteral("%1: %2\n(not listed: the folder of a user lies in it)\n")
             .arg(title, folder);
     return listing(title, folder);
