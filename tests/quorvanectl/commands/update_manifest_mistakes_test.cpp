@@ -30,6 +30,11 @@ QJsonObject installer(const QString &version, const QString &url, const QString 
     return record;
 }
 
+QByteArray runtimeFrom(const QString &minVersion) {
+    const QJsonObject record = installer("1.2.0", "setup-1.2.0.exe", minVersion);
+    return QJsonDocument(QJsonObject{{"schemaVersion", 1}, {"runtime", record}}).toJson();
+}
+
 void layPackages(const PublisherDesk &desk) {
     const QByteArray project = R"({"project": {"name": "a"}})";
     const QByteArray versioned = R"({"project": {"name": "a", "version": "1.0.0"}})";
@@ -62,6 +67,7 @@ private Q_SLOTS:
     void aPreviousOneThatIsNotTaken();
     void whatIsCarriedOver_data();
     void whatIsCarriedOver();
+    void aLowestVersionThatGoesOnIsTold();
     void withAPreviousOneTheTimeIsBehindIt();
     void withoutATimeItIsNow();
 };
@@ -349,9 +355,15 @@ void UpdateManifestTest::whatIsCarriedOver_data() {
             "setupUrl": "r-1.3.0.exe", "setupSha256": "ab", "version": "1.3.0"},
             "plugins": [{"id": "a", "minVersion": "1", "path": "p"}],
             "projects": [{"name": "a", "version": "1.0.0", "zipUrl": "a", "zipSha256": "ab"}]})");
-    row("a component that is given anew is not, nor its lowest version",
-        R"({"runtime": {"minVersion": "1.0.0", "setupUrl": "r-1.1.0.exe"}})", runtime,
-        R"({"schemaVersion": 1, "runtime": )" +
+    row("of a component that is given anew the lowest version alone",
+        R"({"runtime": {"minVersion": " 1.0.0 ", "setupUrl": "r-1.1.0.exe"}})", runtime,
+        runtimeFrom("1.0.0"));
+    row("another lowest version takes its place",
+        R"({"runtime": {"minVersion": "1.0.0", "setupUrl": "r-1.1.0.exe"}})",
+        runtime + " --min-version runtime=0.0.0", runtimeFrom("0.0.0"));
+    row("the lowest version of another component is no concern of it",
+        R"({"editor": {"minVersion": "1.0.0"}})", runtime,
+        R"({"schemaVersion": 1, "editor": {"minVersion": "1.0.0"}, "runtime": )" +
             QJsonDocument(installer("1.2.0", "setup-1.2.0.exe")).toJson() + "}");
     row("a project that is given anew takes the other's place, in whatever letters",
         R"({"projects": [{"name": "A", "version": "0.9.0"}, {"name": "b", "zipUrl": "b"}, 7]})",
@@ -388,6 +400,19 @@ void UpdateManifestTest::whatIsCarriedOver() {
         "@sum",
         QCryptographicHash::hash(desk.read("site/a.zip"), QCryptographicHash::Sha256).toHex());
     QCOMPARE(made, QJsonDocument::fromJson(manifest).object());
+}
+
+void UpdateManifestTest::aLowestVersionThatGoesOnIsTold() {
+    const PublisherDesk desk(command);
+    support::writeTree(desk.path("site"), {{"old.json", R"({"runtime": {"minVersion": "1.0.0"},
+        "editor": {"minVersion": "1.1.0"}})"}});
+    const QString make = "@ --force --out site/x.json --previous site/old.json" + runtime;
+    const Answer goesOn = desk.type(make);
+    QCOMPARE(goesOn.out,
+             QString("site/x.json: written\n  carried over: --min-version runtime=1.0.0\n"));
+    QCOMPARE(goesOn.err, QString());
+    QCOMPARE(desk.type(make + " --min-version runtime=1.0.0").out,
+             QString("site/x.json: written\n"));
 }
 
 void UpdateManifestTest::withAPreviousOneTheTimeIsBehindIt() {

@@ -73,6 +73,7 @@ private Q_SLOTS:
     void findingsLeaveTheSiteAsItWas();
     void theFirstOneMakesTheSite();
     void whatIsOnOfferIsCarriedOver();
+    void withoutWhatNoSignatureCoversItGoesOn();
     void anotherProjectComesBesideTheFirst();
     void aTrialOnlyReads();
     void aPackageOfOneThatWasBrokenOffIsTakenAgain();
@@ -145,6 +146,14 @@ void UpdateReleaseTest::findingsLeaveTheSiteAsItWas_data() {
     outcome("a manifest without a signature", "mkdir site; echo '{}' >site/manifest.json",
             release + "1.2.0",
             {1, "site/manifest.json: is not signed with this key; nothing is carried over\n"});
+    outcome("a manifest with keys that no signature covers, wherever they stand",
+            "mkdir site; echo '{\"note\": \"ours\", \"runtime\": {\"channel\": 1}, \"plugins\": "
+            "[{\"path\": \"p\", \"p\": 1}], \"projects\": [{\"size\": 5}]}' >p.json; "
+            "quorvanectl update sign p.json --key private.pem --out site/manifest.json",
+            release + "1.2.0",
+            {1, "site/manifest.json: holds what no signature covers and nobody reads: note, "
+                "runtime.channel, plugins[0].p, projects[0].size; take it out there, which leaves "
+                "the signature valid, and release again\n"});
     outcome("a project that a line PC would refuse", "rm line3/scripts/main.ys", release + "1.2.0",
             {1, "[Error] scripts[0].path: 引用的文件不存在：scripts/main.ys\n"});
     outcome("an installer on offer that is not there any more",
@@ -196,6 +205,14 @@ void UpdateReleaseTest::whatIsOnOfferIsCarriedOver() {
     QCOMPARE(desk.manifest()["plugins"], before["plugins"]);
     QVERIFY(desk.manifest()["publishedAt"].toString() > before["publishedAt"].toString());
     QCOMPARE(desk.manifest()["projects"].toArray().size(), 1);
+}
+
+void UpdateReleaseTest::withoutWhatNoSignatureCoversItGoesOn() {
+    const ReleaseDesk desk(true);
+    desk.arrange("sed -i '1s/{/{\"note\": \"ours\",/' site/manifest.json");
+    QCOMPARE(desk.type(release + "1.2.0").status, 1);
+    desk.arrange("sed -i '1s/\"note\": \"ours\",//' site/manifest.json");
+    QCOMPARE(desk.type(release + "1.2.0").status, 0);
 }
 
 void UpdateReleaseTest::anotherProjectComesBesideTheFirst() {

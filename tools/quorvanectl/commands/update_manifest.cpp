@@ -42,7 +42,7 @@ void declare(QCommandLineParser &parser) {
     parser.addOption(
         {QStringLiteral("min-version"),
          QStringLiteral("The lowest version that a component may be updated from, such "
-                        "as runtime=1.0.0. May come again."),
+                        "as runtime=1.0.0 (default: that in --previous). May come again."),
          QStringLiteral("component=version")});
     parser.addOption({QStringLiteral("plugin"),
                       QStringLiteral("A plug-in that the runtime expects. May come again."),
@@ -129,6 +129,19 @@ bool readWish(const QCommandLineParser &parser, ManifestWish *wish, QString *err
            mayDeliver(parser, inputsOf(*wish, parser), error); // before the packages are read
 }
 
+// What a component that is given anew has of the published one.
+void printCarriedOver(const Console &console, const ManifestWish &wish,
+                      const QJsonObject &manifest) {
+    for (auto given = wish.installers.begin(); given != wish.installers.end(); ++given) {
+        const QString least =
+            manifest.value(given.key()).toObject().value(manifest_keys::minVersion).toString();
+        if (!least.isEmpty() && !wish.minVersions.contains(given.key())) {
+            printLine(console, QStringLiteral("  carried over: --min-version %1=%2")
+                                   .arg(given.key(), spelledOut(least)));
+        }
+    }
+}
+
 int run(const QCommandLineParser &parser, Console &console) {
     ManifestWish wish;
     QString error;
@@ -138,7 +151,10 @@ int run(const QCommandLineParser &parser, Console &console) {
                                               [&] { return buildManifest(wish, &error); });
     if (manifest.isEmpty())
         return refuse(console, error);
-    return deliver(manifestBytes(manifest), parser, console, inputsOf(wish, parser));
+    const int status = deliver(manifestBytes(manifest), parser, console, inputsOf(wish, parser));
+    if (status == Clean)
+        printCarriedOver(console, wish, manifest);
+    return status;
 }
 
 } // namespace

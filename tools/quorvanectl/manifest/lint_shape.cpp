@@ -1,4 +1,4 @@
-// Keys and types: the format ignores what it does not list, and signs a value of a wrong type as an
+// lintShape() and unlistedKeys(). Keys and types: the format ignores what it does not list, and signs a value of a wrong type as an
 // empty one.
 #include "quorvanectl/manifest/manifest_lint_rules.h"
 
@@ -21,12 +21,14 @@ LintFinding wrongType(const QString &where, const char *wanted) {
                 .arg(QLatin1String(wanted))};
 }
 
-QVector<LintFinding> unlistedKeys(const QJsonObject &object, const QStringList &keys,
-                                  const QString &where) {
+const QLatin1String unlistedKey("unlisted-key");
+
+QVector<LintFinding> lintKeys(const QJsonObject &object, const QStringList &keys,
+                              const QString &where) {
     QVector<LintFinding> findings;
     for (auto member = object.begin(); member != object.end(); ++member) {
         if (!keys.contains(member.key())) {
-            findings.append({QStringLiteral("unlisted-key"), at(where, member.key()),
+            findings.append({unlistedKey, at(where, member.key()),
                              QStringLiteral("nobody reads this key, and no signature covers it")});
         }
     }
@@ -38,7 +40,7 @@ QVector<LintFinding> lintRecord(const QJsonValue &value, const QStringList &keys
     if (!value.isObject())
         return {wrongType(where, "an object")};
     const QJsonObject record = value.toObject();
-    QVector<LintFinding> findings = unlistedKeys(record, keys, where);
+    QVector<LintFinding> findings = lintKeys(record, keys, where);
     for (const QString &key : keys) {
         if (record.contains(key) && !record.value(key).isString())
             findings.append(wrongType(at(where, key), "a text"));
@@ -106,7 +108,7 @@ QVector<LintFinding> lintPlugins(const QJsonObject &root) {
 } // namespace
 
 QVector<LintFinding> lintShape(const QJsonObject &root) {
-    QVector<LintFinding> findings = unlistedKeys(root, rootKeys(), QString());
+    QVector<LintFinding> findings = lintKeys(root, rootKeys(), QString());
     findings.append(lintSchemaVersion(root) + lintPublishedAt(root));
     const QString signature = manifest_keys::signature;
     if (root.contains(signature) && !root.value(signature).isString())
@@ -123,6 +125,16 @@ QVector<LintFinding> lintShape(const QJsonObject &root) {
                          QStringLiteral("the manifest names no component and no project")});
     }
     return findings;
+}
+
+QStringList unlistedKeys(const QJsonObject &manifest) {
+    QStringList places;
+    const QVector<LintFinding> findings = lintShape(manifest);
+    for (const LintFinding &finding : findings) {
+        if (finding.kind == unlistedKey)
+            places.append(finding.where);
+    }
+    return places;
 }
 
 } // namespace ctl

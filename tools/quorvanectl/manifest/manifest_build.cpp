@@ -67,6 +67,11 @@ bool projectRecord(const ManifestWish &wish, const QString &file, QJsonObject *r
     return true;
 }
 
+// Without it, PCs that are too old for a component would be offered the next version of it.
+QString publishedMinVersion(const QJsonObject &previous, const QString &key) {
+    return previous.value(key).toObject().value(manifest_keys::minVersion).toString().trimmed();
+}
+
 bool componentRecord(const ManifestWish &wish, const QString &key, QJsonObject *record,
                      QString *error) {
     const QString file = wish.installers.value(key);
@@ -76,8 +81,9 @@ bool componentRecord(const ManifestWish &wish, const QString &key, QJsonObject *
         return failAbout(file, QStringLiteral("its name holds no version, as in setup-1.2.0.exe"),
                          error);
     record->insert(manifest_keys::version, version);
-    if (wish.minVersions.contains(key))
-        record->insert(manifest_keys::minVersion, wish.minVersions.value(key));
+    const QString least = wish.minVersions.value(key, publishedMinVersion(wish.previous, key));
+    if (!least.isEmpty())
+        record->insert(manifest_keys::minVersion, least);
     return addPackage(wish, file, PackageRecord(), record, error);
 }
 

@@ -12,10 +12,10 @@ struct ManifestWish {
     QString folder; // where the manifest will lie; packages lie in it or below it
     QString base; // put before each package's path to make a URL of it; empty: paths stay relative
     QString publishedAt;
-    QStringList projects;              // project packages
-    QMap<QString, QString> installers; // by the component's key
-    QMap<QString, QString> minVersions;
-    QStringList plugins; // "id,minVersion,path"
+    QStringList projects;               // project packages
+    QMap<QString, QString> installers;  // by the component's key
+    QMap<QString, QString> minVersions; // of installers; without one, that of `previous` goes on
+    QStringList plugins;                // "id,minVersion,path"
     // A manifest that was published: what of it is not given anew is carried over as it stands there,
     // and no package of it has to be at hand. Empty: there is none.
     QJsonObject previous;

@@ -6,7 +6,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 namespace ctl {
@@ -29,6 +31,9 @@ struct LintSubject {
 // The findings in the order of the manifest's parts; empty for a clean one. Unpacks the project packages
 // that it finds. The function library must be loaded.
 [[nodiscard]] QVector<LintFinding> lintManifest(const LintSubject &subject);
+
+// The places of the keys that nobody reads and no signature covers, as "runtime.channel".
+[[nodiscard]] QStringList unlistedKeys(const QJsonObject &manifest);
 
 // Whether one of them is more than a warning.
 [[nodiscard]] bool hasErrors(const QVector<LintFinding> &findings);

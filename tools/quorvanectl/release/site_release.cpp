@@ -71,6 +71,7 @@ public:
 
 private:
     bool readPublished();
+    bool isAllSigned();
     bool pack();
     bool isAbove();
     bool mayComeIn();
@@ -106,9 +107,23 @@ bool Release::readPublished() {
     published = text.toUtf8();
     before = QJsonDocument::fromJson(published).object();
     if (verifiesWith(text, key.publicPem()))
-        return true;
+        return isAllSigned();
     result->fault =
         QStringLiteral("%1: is not signed with this key; nothing is carried over").arg(path);
+    return false;
+}
+
+// Whoever may write to the site can have put such a key there: it is neither signed along with the rest nor
+// dropped without a word.
+bool Release::isAllSigned() {
+    const QStringList unsignedKeys = unlistedKeys(before);
+    if (unsignedKeys.isEmpty())
+        return true;
+    result->fault =
+        QStringLiteral(
+            "%1: holds what no signature covers and nobody reads: %2; take it out there, "
+            "which leaves the signature valid, and release again")
+            .arg(result->manifestPath, unsignedKeys.join(QStringLiteral(", ")));
     return false;
 }
 
