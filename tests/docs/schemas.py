@@ -22,6 +22,14 @@ import jsonschema
 
 # What `update lint` says of keys and types; the rest is about packages, versions and names.
 SHAPE = {"wrong-type", "unlisted-key", "schema-version", "bad-time", "no-path", "nothing-offered"}
+# As publishers write them, and as they mistype them.
+TIMES = ["2026-11-20", "2026-11-20T06:00", "2026-11-20 06:00:00", "2026-11-20t06:00:00z",
+         "2026-11-20T06:00:00.5+0100", "2026-11-20T06:00:00,5-01:30", "2026-11-20T24:00:00Z",
+         "2028-02-29", "2000-02-29", "2100-02-29", "2026-02-29", "2026-02-31", "2026-04-31",
+         "2026-12-31", "2026-13-01", "2026-00-01", "0000-01-01", "20261120T060000Z",
+         "2026-11-20T25:00:00Z", "2026-11-20T24:00:01Z", "2026-11-20T06:60:00Z",
+         "2026-11-20T06:00:60Z", "2026-11-20T06:00:00+25:00", "2026-11-20T06:00:00+01:60",
+         "2026-11-20T", "20.11.2026", "tomorrow", ""]
 # What `project check` says of the disk and of identifiers, which no schema can see.
 NO_SHAPE = re.compile("引用的文件不存在|未在 scripts\\[\\] 中登记")
 
@@ -96,7 +104,8 @@ def manifests(vectors):
         except ValueError:
             continue
         seen.setdefault(json.dumps(document), (vector["name"], document))
-    return list(seen.values())
+    return list(seen.values()) + [(f"published at {time}", {"runtime": {}, "publishedAt": time})
+                                  for time in TIMES]
 
 
 # --- projects ---------------------------------------------------------------------------------------
