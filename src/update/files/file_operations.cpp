@@ -159,17 +159,6 @@ bool liesIn(const QString &outer, const QString &inner) {
     return true;
 }
 
-// A folder whose removal would take more than the project with it is left alone.
-bool mayBeReplaced(const QString &target, const QStringList &others) {
-    if (target.isEmpty())
-        return false;
-    const QString place = placeOf(target);
-    if (QDir(place).isRoot() || (QFileInfo::exists(place) && isRootOfVolume(place)))
-        return false;
-    return std::none_of(others.begin(), others.end(),
-                        [&place](const QString &other) { return liesIn(place, placeOf(other)); });
-}
-
 void dropBackup(const QString &backup) {
     (void)removeDirectory(backup); // a leftover does no harm
 }
@@ -270,6 +259,16 @@ bool backUpDirectory(const QString &target, const QString &backup, QString *erro
     if (!QFileInfo::exists(target))
         return fail(QStringLiteral("backup source not found: %1").arg(target), error);
     return copyDirectory(target, backup, error);
+}
+
+bool mayBeReplaced(const QString &target, const QStringList &others) {
+    if (target.isEmpty())
+        return false;
+    const QString place = placeOf(target);
+    if (QDir(place).isRoot() || (QFileInfo::exists(place) && isRootOfVolume(place)))
+        return false;
+    return std::none_of(others.begin(), others.end(),
+                        [&place](const QString &other) { return liesIn(place, placeOf(other)); });
 }
 
 bool replaceDirectory(const QString &staging, const QString &target,

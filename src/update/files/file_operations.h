@@ -21,6 +21,10 @@
 [[nodiscard]] bool copyDirectory(const QString &source, const QString &target,
                                  QString *error = nullptr);
 
+// Whether no more than `target` itself would be taken away with it: it is not empty, not the root of a file
+// system, and none of `others` is it or lies in it, by whatever name. None of them need exist.
+[[nodiscard]] bool mayBeReplaced(const QString &target, const QStringList &others);
+
 // Puts the folder `staging` in the place of `target`, through a copy of the old one at `backup`
 // (blank: `target` with ".apply_backup" behind it) that is gone after a success. The folders named
 // in `preservedNames` are first copied from `target` into `staging`, where their files win. Refuses

@@ -25,8 +25,12 @@ FileTree linePc() {
             {"pc/bin/config/release_version.json", R"({"runtimePackageVersion": "1.2.3"})"},
             {"pc/bin/LineRunner.exe", "program"},
             {"pc/bin/plugins/CoreOperators.dll", "plug-in"},
+            {"pc/bin/config/FunctionLib.ini", "1,foo,0,\n"},
             {"data/launcher.log", ""},
-            {"line/line.yslib", "{}"},
+            {"line/line.yslib", R"({"schemaVersion": 1, "project": {"name": "line",
+"displayName": "Line", "createdAt": "now"}, "scripts": [{"id": "m", "path": "m.ys", "role": "main"}],
+"tasks": {"main": {"entryScriptId": "m"}}})"},
+            {"line/m.ys", "foo()\n"},
             {"line/images/1.png", "0123456789"}};
 }
 
@@ -86,6 +90,9 @@ void DoctorMistakesTest::whatIsWrong_data() {
         "@here/pc/bin/LineRunner.exe: no such file\n    Run the installer of the Runtime.\n");
     row("no core plug-in", "rm -r pc/bin/plugins", healthy, "Error core-plugin",
         "Core plugin missing: @here/pc/bin/plugins/CoreOperators.dll\n");
+    row("no function library", "rm pc/bin/config/FunctionLib.ini", healthy,
+        "Warning function-library",
+        "FunctionLib.ini: no such file\n    Repair the installation: ");
     row("no version of the runtime", "rm pc/bin/config/release_version.json", healthy,
         "Warning version", "the version of the runtime is not known\n");
     row("a clock that is behind the log", "touch -d 2099-01-02 data/launcher.log", healthy,
@@ -114,6 +121,21 @@ void DoctorMistakesTest::whatIsWrong_data() {
         "no project is selected\n");
     row("a project that is gone", "rm -r line", healthy, "Error project",
         "@here/line/line.yslib: no such file\n");
+    row("a project that the launcher does not start", "rm line/m.ys", healthy,
+        "Error project-check",
+        "@here/line/line.yslib: the launcher does not start it, by 1 error; the first: [Error] "
+        "scripts[0].path: 引用的文件不存在：m.ys\n    Choose another project, ");
+    row("one with several errors", "echo '{\"schemaVersion\": 1}' >line/line.yslib; rm line/m.ys",
+        healthy, "Error project-check",
+        "by 3 errors; the first: [Error] project: 缺少 project 对象\n");
+    row("warnings about a project", "echo >line/other.ys", healthy, "", "Nothing was found");
+    row("a project beside the launcher's folder", "cp -r line/. pc; rm -r line; ln -s pc line",
+        healthy, "Error project-folder",
+        "@here/line: is a whole volume, or holds the launcher or its data\n    Move the project "
+        "into a folder of its own and choose it there: every update of it fails.\n");
+    row("one with the data folder in it", "mkdir line/data",
+        QString(healthy).replace("--data data", "--data line/data"), "Error project-folder",
+        "@here/line: is a whole volume, or holds the launcher or its data\n");
     row("a data folder that may not be written", everybody + "chmod 555 data", asUser,
         "Error data-folder", "@here/data: this user may not write there\n");
     row("a folder of the project that may not be emptied", everybody + "chmod 555 line/images",
@@ -189,7 +211,8 @@ void DoctorMistakesTest::inJson() {
                                      {"remedy", "Run the installer of the Runtime."}}}));
     QCOMPARE(json["versions"].toObject()["runtime"].toString(), QString("1.2.3"));
     QCOMPARE(json["project"].toString(), desk.path("line/line.yslib"));
-    QCOMPARE(json["neededBytes"].toInt(), 24); // twice what the project's files hold
+    const int held = desk.read("line/line.yslib").size() + desk.read("line/m.ys").size() + 10;
+    QCOMPARE(json["neededBytes"].toInt(), 2 * held);
 }
 
 void DoctorMistakesTest::aFullDisk() {

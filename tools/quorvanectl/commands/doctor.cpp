@@ -6,6 +6,7 @@
 #include "quorvanectl/commands/commands.h"
 #include "quorvanectl/shell/data_option.h"
 #include "quorvanectl/shell/inspected_installation.h"
+#include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/json_output.h"
 #include "quorvanectl/shell/progress.h"
 #include "quorvanectl/support/support_files.h"
@@ -107,6 +108,8 @@ int run(const QCommandLineParser &parser, Console &console) {
     if (format.isEmpty() || !inspectInstallation(parser, &error) ||
         !readPlaces(parser, &places, &error))
         return refuse(console, error);
+    (void)loadLibrary(AppPaths::functionLibraryPath(),
+                      &places.libraryError); // which is a finding
     const Health health = whileTelling(console, QStringLiteral("looking at this line PC"),
                                        [&] { return examine(places); });
     if (format == QLatin1String("json"))

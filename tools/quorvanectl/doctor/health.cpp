@@ -4,7 +4,7 @@ namespace ctl {
 
 Health examine(const HealthPlaces &places) {
     Health health;
-    examineInstallation(&health);
+    examineInstallation(places, &health);
     examineClock(places, &health);
     examineNetwork(places, &health);
     examineDataFolder(places, &health);

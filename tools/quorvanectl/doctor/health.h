@@ -11,9 +11,10 @@
 namespace ctl {
 
 struct HealthPlaces {
-    DataFolder data;     // the launcher's, absolute
-    QString projectFile; // the selected project, absolute; empty: none is selected
-    QUrl manifestUrl;    // empty: the network is left alone
+    DataFolder data;      // the launcher's, absolute
+    QString projectFile;  // the selected project, absolute; empty: none is selected
+    QUrl manifestUrl;     // empty: the network is left alone
+    QString libraryError; // why the installation's function library is not loaded; empty: it is
 };
 
 struct HealthFinding {
@@ -36,7 +37,7 @@ struct Health {
 
 // --- for the files of this room: each adds what it finds -------------------------------------------
 
-void examineInstallation(Health *health);
+void examineInstallation(const HealthPlaces &places, Health *health);
 void examineClock(const HealthPlaces &places, Health *health);
 void examineNetwork(const HealthPlaces &places, Health *health);
 void examineDataFolder(const HealthPlaces &places, Health *health);

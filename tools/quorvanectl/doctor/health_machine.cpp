@@ -22,7 +22,7 @@ constexpr qint64 clockTolerance = 24 * qint64(3600); // seconds: another time zo
 
 } // namespace
 
-void examineInstallation(Health *health) {
+void examineInstallation(const HealthPlaces &places, Health *health) {
     QString error;
     if (!isPublicKey(AppPaths::updatePublicKeyPath(), &error))
         addError(health, "update-key", error,
@@ -35,6 +35,10 @@ void examineInstallation(Health *health) {
     if (!hasCorePlugin(AppPaths::pluginsDirectory(), &error))
         addError(health, "core-plugin", error,
                  QStringLiteral("Repair the runtime's installation."));
+    if (!places.libraryError.isEmpty())
+        addWarning(health, "function-library", places.libraryError,
+                   QStringLiteral("Repair the installation: scripts are read without the words of "
+                                  "their language."));
     for (const UpdateComponent *component : updateComponents) {
         const QString key = component->keyText();
         health->versions.insert(key, UpdateContext::currentComponentVersion(key));

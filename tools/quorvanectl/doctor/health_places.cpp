@@ -1,8 +1,11 @@
 // The data folder, the left-overs of updates, and the selected project.
 #include "quorvanectl/doctor/health.h"
 
+#include "frame/app_paths.h"
 #include "launcher/offer/apply_places.h"
+#include "project/project_validator.h"
 #include "quorvanectl/support/support_files.h"
+#include "update/files/file_operations.h"
 #include "update/files/folder_listing.h"
 #include "update/files/place_facts.h"
 
@@ -91,6 +94,31 @@ qint64 examineFolder(const QString &folder, Health *health) {
     return walk.bytes;
 }
 
+// The launcher refuses to replace any other folder.
+bool isOfItsOwn(const HealthPlaces &places, const QString &folder, Health *health) {
+    if (mayBeReplaced(folder, {places.data.updateTemp(), places.data.updateBackup(),
+                               AppPaths::applicationDirectory()}))
+        return true;
+    addError(health, "project-folder",
+             QStringLiteral("%1: is a whole volume, or holds the launcher or its data").arg(folder),
+             QStringLiteral("Move the project into a folder of its own and choose it there: every "
+                            "update of it fails."));
+    return false;
+}
+
+void examineRules(const QString &projectFile, Health *health) {
+    const QStringList errors = errorLines(validateProjectFile(projectFile));
+    if (errors.isEmpty())
+        return;
+    addError(health, "project-check",
+             QStringLiteral("%1: the launcher does not start it, by %2 %3; the first: %4")
+                 .arg(projectFile, QString::number(errors.size()),
+                      errors.size() == 1 ? QStringLiteral("error") : QStringLiteral("errors"),
+                      errors.first()),
+             QStringLiteral("Choose another project, and give its engineer what quorvanectl "
+                            "project check shows; after an update, quorvanectl project recover."));
+}
+
 // An update unpacks a project there and copies the old one beside it.
 void examineSpace(const HealthPlaces &places, qint64 projectBytes, Health *health) {
     const QStorageInfo volume(places.data.path);
@@ -158,6 +186,9 @@ void examineProject(const HealthPlaces &places, Health *health) {
                         QStringLiteral("%1: no such file").arg(places.projectFile),
                         QStringLiteral("Choose another; after an update, quorvanectl project "
                                        "recover."));
+    examineRules(places.projectFile, health);
+    if (!isOfItsOwn(places, file.absolutePath(), health))
+        return;
     const qint64 bytes = examineFolder(file.absolutePath(), health);
     if (QFileInfo(places.data.path).isDir())
         examineSpace(places, bytes, health);

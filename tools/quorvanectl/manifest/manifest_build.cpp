@@ -190,8 +190,7 @@ QString timeBehind(const QJsonObject &previous) {
 }
 
 QJsonObject publishedAgain(const QJsonObject &manifest, const QJsonObject &published) {
-    QJsonObject again = manifest;
-    again.remove(manifest_keys::signature);
+    QJsonObject again = carriedOver(manifest);
     again.insert(manifest_keys::publishedAt, timeBehind(published));
     return again;
 }
