@@ -7,6 +7,7 @@ import pathlib
 import subprocess
 import tempfile
 import unittest
+import unittest.mock
 
 RUN_TESTS = pathlib.Path(__file__).resolve().parents[2] / "scripts/run-tests"
 loader = importlib.machinery.SourceFileLoader("run_tests", str(RUN_TESTS))
@@ -72,19 +73,58 @@ class Rerun(unittest.TestCase):
         self.assertEqual((False, ["one", "two"]), self.tree.run())
         self.assertEqual((False, ["two"]), self.tree.run("--changed"))
 
-    def test_which_files_a_folder_may_read(self):
+    def test_which_files_a_test_may_read(self):
         files = run_tests.Files.__new__(run_tests.Files)
-        files.hashes = dict.fromkeys([
-            "src/window/a.cpp", "tests/window/a_test.cpp", "tests/window/rows.txt", "tests/frame/rows.txt",
-            "tests/support/reader.py", "resources/a.qrc", "examples/p.yslib", "docs/support.md",
-            "scripts/test", "CMakeLists.txt"], "")
+        papers = ["docs/support.md"]
+        scripts = ["CMakeLists.txt", "scripts/test"]
         at_run_time = ["examples/p.yslib", "resources/a.qrc", "tests/support/reader.py"]
-        for folder, expected in (("window", [*at_run_time, "tests/window/rows.txt"]),
-                                 ("frame", [*at_run_time, "tests/frame/rows.txt"]),
-                                 ("quorvanectl", [*at_run_time, "docs/support.md"]),
-                                 ("docs", files.hashes), ("end_to_end", files.hashes)):
-            with self.subTest(folder):
-                self.assertEqual(sorted(expected), sorted(files.seen_by(folder)))
+        rows = ["tests/frame/rows.txt", "tests/window/rows.txt"]
+        headers = ["src/window/a.h", "tests/window/a.h"]
+        sources = ["src/window/a.cpp", "tests/fault/b.cpp", "tests/window/a_test.cpp", "tests/windows/c.cpp"]
+        no_code = [*scripts, *papers, *at_run_time, *rows]
+        files.hashes = dict.fromkeys([*no_code, *headers, *sources], "")
+        for test, expected in (("window/text", [*at_run_time, "tests/window/rows.txt"]),
+                               ("frame/main", [*at_run_time, "tests/frame/rows.txt"]),
+                               ("quorvanectl/entry/man_page", [*at_run_time, *papers]),
+                               ("build/documented_texts", files.hashes),
+                               ("build/one_that_is_new", files.hashes),
+                               ("build/files_cannot_include_window", [*no_code, *headers]),
+                               ("build/files_includes_itself", [*no_code, *headers]),
+                               ("build/mutation", [*no_code]),
+                               ("docs/schemas", no_code),
+                               ("fault/order", [*no_code, "tests/fault/b.cpp"]),
+                               ("end_to_end/closing_as_user", no_code),
+                               ("windows/installer", [*no_code, "tests/windows/c.cpp"])):
+            with self.subTest(test):
+                self.assertEqual(sorted(expected), sorted(files.seen_by(test)))
+
+    def test_which_programs_a_test_runs(self):
+        """A tree of the launcher, the tool and two tests, beside one with a tool of its own."""
+        with tempfile.TemporaryDirectory() as place, unittest.mock.patch.object(
+                run_tests, "root", pathlib.Path(place).resolve()):
+            tree = run_tests.Tree.__new__(run_tests.Tree)
+            tree.folder = run_tests.root / "build/windows"
+            for name in ("launcher", "tool", "test_build_root", "test_windows_program", "../release/tool"):
+                file = tree.folder / name
+                file.parent.mkdir(parents=True, exist_ok=True)
+                file.write_text("")
+                file.chmod(0o755)
+            at = f"{tree.folder}/"
+            for test, words, expected in (
+                    ("window/text", [f"{at}launcher"], ["launcher"]),
+                    ("docs/schemas", ["python3", "--tool", f"{at}tool"], ["tool"]),
+                    ("docs/chinese_pages", ["python3", "pages"], []),
+                    ("fault/order", ["python3", f"{at}tool", f"{at}gone"], ["tool"]),
+                    ("build/files_cannot_include_window", ["c++", "-E"], []),
+                    ("build/root", [f"{at}test_build_root"], ["test_build_root"]),
+                    ("build/one_that_is_new", ["python3", f"{at}tool"], ["tool", "all"]),
+                    ("windows/program", ["wine", f"{at}test_windows_program"], ["test_windows_program"]),
+                    ("windows/road", [f"{at}tool", f"{run_tests.root}/build/release/tool"],
+                     ["tool", "../release/tool", "all"]),
+                    ("windows/portable", ["python3", "--tree", at], ["all"]),
+                    ("end_to_end/closing_as_user", ["python3"], ["all"])):
+                with self.subTest(test):
+                    self.assertEqual(expected, tree.targets(test, words))
 
 
 if __name__ == "__main__":
