@@ -1,11 +1,15 @@
 // A command in a console: what it shows and asks there, what Ctrl-C leaves, and that the console is as it was
 // before once the command has ended, however it ends.
+#include "quorvanectl/files/interruption.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
 #include <windows.h>
 
+#include <atomic>
+#include <future>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -78,6 +82,9 @@ private Q_SLOTS:
     void ctrlCGivesNoPassphrase();
     void ctrlCLeavesNoHalfPackage();
     void ctrlCGivesTheConsoleBack();
+
+    // The last: whoever is asked after it in this process would wait for ever.
+    void aFileThatIsWholeDoesNotWaitForCtrlC();
 };
 
 namespace {
@@ -209,6 +216,42 @@ void ConsoleTest::ctrlCGivesTheConsoleBack() {
              QByteArray::number(uint(code)).constData());
     QCOMPARE(mode() & ENABLE_VIRTUAL_TERMINAL_PROCESSING, DWORD(0));
     QVERIFY(SetConsoleCtrlHandler(ignore, FALSE));
+}
+
+namespace {
+
+std::atomic<bool> isAsked{false};
+
+BOOL WINAPI seeThatOneIsAsked(DWORD) {
+    isAsked = true;
+    return FALSE; // the next
+}
+
+} // namespace
+
+// Nor the other way round: who is asked waits for the file, while the list of those who are asked is locked.
+void ConsoleTest::aFileThatIsWholeDoesNotWaitForCtrlC() {
+    const support::ProjectFolder folder;
+    const InConsole command({"keys", "new", "keys", "--encrypt"}, folder.path(""));
+    QVERIFY(command.isStarted);
+    QTRY_VERIFY_WITH_TIMEOUT(command.join(), 30000);
+    QVERIFY(SetConsoleCtrlHandler(ignore, TRUE)); // this process shares the console
+    std::promise<void> isBegun;
+    std::promise<void> isWhole;
+    std::thread([&] {
+        {
+            const ctl::WholeFile file;
+            isBegun.set_value();
+            while (!isAsked)
+                std::this_thread::yield();
+        }
+        isWhole.set_value();
+    }).detach();
+    isBegun.get_future().wait();
+    QVERIFY(SetConsoleCtrlHandler(seeThatOneIsAsked, TRUE)); // who comes last is asked first
+    QVERIFY(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0));
+    if (isWhole.get_future().wait_for(std::chrono::seconds(30)) != std::future_status::ready)
+        qFatal("they wait for one another"); // and would for ever
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, ConsoleTest)

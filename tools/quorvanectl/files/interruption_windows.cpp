@@ -1,4 +1,6 @@
-// Windows tells of Ctrl-C on a thread of its own.
+// Windows tells of Ctrl-C on a thread of its own, and may keep the list of those who are asked locked until
+// all have answered. Who answers late must not be waited for by somebody who wants to leave that list: so one
+// answers for all, is entered once and stays.
 #include "quorvanectl/files/interruption.h"
 
 #include <windows.h>
@@ -13,36 +15,41 @@ std::atomic<bool> wasInterrupted{false};
 std::atomic<int> watches{0}; // alive
 std::mutex fileIsWritten;
 
-BOOL WINAPI note(DWORD event) {
+// Where the console, the session or the machine ends, the program ends once this returns. What is going on
+// has a few seconds to clear up, and ends the program by itself.
+BOOL note(DWORD event) {
     wasInterrupted = true;
-    // Where the console, the session or the machine ends, the program ends once this returns. What is going
-    // on has a few seconds to clear up, and ends the program by itself.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         Sleep(INFINITE);
     return TRUE;
 }
 
-// Whoever is asked next ends the program, unless a watch lives. Until then no other file is begun: the lock is
-// kept.
-BOOL WINAPI waitForTheFile(DWORD) {
-    if (watches == 0)
-        fileIsWritten.lock();
+// Without a watch, whoever is asked next ends the program, once a file that is being written is whole. Until
+// then no other file is begun: the lock is kept.
+BOOL WINAPI answer(DWORD event) {
+    if (watches > 0)
+        return note(event);
+    fileIsWritten.lock();
     return FALSE;
+}
+
+// Without a console nobody asks for the end.
+void answerFromNowOn() {
+    static const BOOL isEntered = SetConsoleCtrlHandler(answer, TRUE);
+    (void)isEntered;
 }
 
 } // namespace
 
 InterruptionWatch::InterruptionWatch() {
-    if (watches++ > 0)
-        return;
-    wasInterrupted = false;
-    (void)SetConsoleCtrlHandler(note, TRUE); // without a console nobody asks for the end
+    if (watches == 0)
+        wasInterrupted = false;
+    ++watches;
+    answerFromNowOn();
 }
 
 InterruptionWatch::~InterruptionWatch() {
-    if (--watches > 0)
-        return;
-    (void)SetConsoleCtrlHandler(note, FALSE);
+    --watches;
 }
 
 bool interrupted() {
@@ -51,11 +58,10 @@ bool interrupted() {
 
 WholeFile::WholeFile() {
     fileIsWritten.lock();
-    (void)SetConsoleCtrlHandler(waitForTheFile, TRUE);
+    answerFromNowOn();
 }
 
 WholeFile::~WholeFile() {
-    (void)SetConsoleCtrlHandler(waitForTheFile, FALSE);
     fileIsWritten.unlock();
 }
 
