@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -21,14 +22,14 @@ class Descriptor {
 public:
     Descriptor(const QString &path, int flags, mode_t mode = 0)
         : number(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, mode)) {}
-    ~Descriptor() {
-        if (number >= 0)
-            ::close(number);
-    }
+    ~Descriptor() { (void)close(); }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
 
-    const int number;
+    // A network file system may tell only here that it could not keep what was written.
+    bool close() { return number < 0 || ::close(std::exchange(number, -1)) == 0; }
+
+    int number;
 };
 
 // Goes on until nothing is left, or the file ends before that. False if the system refused.
@@ -62,9 +63,9 @@ bool copyFileContent(const QString &source, const QString &destination) {
     if (::stat(QFile::encodeName(source).constData(), &about) != 0 || !S_ISREG(about.st_mode))
         return false; // opening a pipe would wait for its other end
     const Descriptor from(source, O_RDONLY);
-    const Descriptor to(destination, O_WRONLY | O_CREAT | O_EXCL, S_IWUSR);
+    Descriptor to(destination, O_WRONLY | O_CREAT | O_EXCL, S_IWUSR);
     return from.number >= 0 && to.number >= 0 && ::fchmod(to.number, about.st_mode & 07777) == 0 &&
-           moveContent(from.number, to.number, about.st_size);
+           moveContent(from.number, to.number, about.st_size) && to.close();
 }
 
 bool flushFolder(const QString &folder) {
