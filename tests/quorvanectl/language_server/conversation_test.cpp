@@ -1,8 +1,8 @@
 // What the server answers: each message, each refusal, in the order in which an editor sees them.
 #include "quorvanectl/language_server/frames.h"
-#include "quorvanectl/language_server/language_server.h"
 #include "quorvanectl/language_server/serving.h"
 
+#include "conversation.h"
 #include "support/file_tree.h"
 #include "support/library_file.h"
 #include "support/project_folder.h"
@@ -16,105 +16,9 @@
 
 using support::ProjectFolder;
 
+using namespace conversation;
+
 namespace {
-
-QByteArray json(const QJsonObject &object) {
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
-}
-
-const char shutdownRequest[] = R"({"jsonrpc":"2.0","id":9,"method":"shutdown"})";
-const char exitNotification[] = R"({"jsonrpc":"2.0","method":"exit"})";
-
-QByteArray initialize(const QByteArray &capabilities = "{}") {
-    return R"({"jsonrpc":"2.0","id":0,"method":"initialize","params":{"processId":null,)"
-           R"("rootUri":null,"capabilities":)" +
-           capabilities + "}}";
-}
-
-QByteArray told(const char *method, const QJsonObject &params) {
-    return json({{"jsonrpc", "2.0"}, {"method", method}, {"params", params}});
-}
-
-QString uriOf(const QString &path) {
-    return QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded());
-}
-
-QByteArray opened(const QString &uri, const QString &text, int version = 1) {
-    return told(
-        "textDocument/didOpen",
-        {{"textDocument",
-          QJsonObject{{"uri", uri}, {"languageId", "ys"}, {"version", version}, {"text", text}}}});
-}
-
-QByteArray changed(const QString &uri, int version, const QJsonArray &changes) {
-    return told("textDocument/didChange",
-                {{"textDocument", QJsonObject{{"uri", uri}, {"version", version}}},
-                 {"contentChanges", changes}});
-}
-
-QByteArray about(const char *method, const QString &uri) {
-    return told(method, {{"textDocument", QJsonObject{{"uri", uri}}}});
-}
-
-QJsonObject position(int line, int character) {
-    return {{"line", line}, {"character", character}};
-}
-
-QJsonObject change(const QJsonObject &start, const QJsonObject &end, const QString &text) {
-    return {{"range", QJsonObject{{"start", start}, {"end", end}}}, {"text", text}};
-}
-
-// A server, and what it has sent.
-struct Conversation {
-    QStringList sent;
-    ctl::LanguageServer server{
-        [this](const QJsonObject &message) { sent.append(QString::fromUtf8(json(message))); }};
-
-    // What is sent of these, all of which come at once.
-    QStringList say(const QList<QByteArray> &bodies) {
-        sent.clear();
-        server.take(bodies);
-        return sent;
-    }
-
-    void begin(const QByteArray &capabilities = "{}") {
-        (void)say({initialize(capabilities), told("initialized", {})});
-    }
-
-    // "uri@version 0:6-0:7 1 YS100, ..." of each publication.
-    QStringList findingsAfter(const QList<QByteArray> &bodies) {
-        QStringList lines;
-        const QStringList messages = say(bodies);
-        for (const QString &message : messages) {
-            const QJsonObject params =
-                QJsonDocument::fromJson(message.toUtf8()).object().value("params").toObject();
-            QStringList findings;
-            const QJsonArray all = params.value("diagnostics").toArray();
-            for (const QJsonValue &finding : all)
-                findings.append(findingText(finding.toObject()));
-            lines.append(QString("%1@%2 %3")
-                             .arg(params.value("uri").toString(),
-                                  QString::number(params.value("version").toInt()),
-                                  findings.join(", "))
-                             .trimmed());
-        }
-        return lines;
-    }
-
-private:
-    static QString findingText(const QJsonObject &finding) {
-        const QJsonObject range = finding.value("range").toObject();
-        const auto place = [&](const char *end) {
-            const QJsonObject at = range.value(end).toObject();
-            return QString("%1:%2")
-                .arg(at.value("line").toInt())
-                .arg(at.value("character").toInt());
-        };
-        return QString("%1-%2 %3 %4")
-            .arg(place("start"), place("end"), QString::number(finding.value("severity").toInt()),
-                 finding.value("code").toString());
-    }
-};
 
 const QString uri = "file:///nowhere/a.ys";
 
@@ -240,9 +144,11 @@ void ConversationTest::whatItCan() {
     QFETCH(QString, encoding);
     QFETCH(bool, watches);
     const QString expected =
-        QString(R"({"id":0,"jsonrpc":"2.0","result":{"capabilities":{"positionEncoding":"%1",)"
-                R"("textDocumentSync":{"change":2,"openClose":true,"save":true}},)"
-                R"("serverInfo":{"name":"quorvanectl","version":"1.2.3"}}})")
+        QString(
+            R"({"id":0,"jsonrpc":"2.0","result":{"capabilities":{"completionProvider":)"
+            R"({"triggerCharacters":["\""]},"hoverProvider":true,"positionEncoding":"%1",)"
+            R"("signatureHelpProvider":{"triggerCharacters":["(",","]},"textDocumentSync":{"change":2,"openClose":true,"save":true}},)"
+            R"("serverInfo":{"name":"quorvanectl","version":"1.2.3"}}})")
             .arg(encoding);
     const QString watching =
         R"({"id":"files","jsonrpc":"2.0","method":"client/registerCapability","params":)"

@@ -95,6 +95,14 @@ FindingsByFile Workspace::findings() {
     return all;
 }
 
+// The reference holds until something opens, closes or changes on the disk.
+const Workspace::KnownProject &Workspace::placeOf(const QString &projectPath) {
+    auto place = known.constFind(projectPath);
+    if (place == known.constEnd())
+        place = known.insert(projectPath, {scriptsInFolder(QFileInfo(projectPath).absolutePath())});
+    return *place;
+}
+
 QString Workspace::projectText(const QString &path, QString *error) {
     const auto open = texts.constFind(path);
     return open != texts.constEnd() ? *open : readText(path, error);
@@ -107,10 +115,7 @@ void Workspace::addProject(const QString &path, FindingsByFile *all, QSet<QStrin
         (*all)[path].append({onLine(1, 1, 1), true, {}, error, {}});
         return;
     }
-    auto place = known.find(path);
-    if (place == known.end())
-        place = known.insert(path, {scriptsInFolder(QFileInfo(path).absolutePath())});
-    const ProjectView view = viewOf({path, text, place->scriptsBelow}, store);
+    const ProjectView view = viewOf({path, text, placeOf(path).scriptsBelow}, store);
     for (auto file = view.findings.cbegin(); file != view.findings.cend(); ++file)
         (*all)[file.key()].append(file.value());
     for (const QString &script : view.scripts)

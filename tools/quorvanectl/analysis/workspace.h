@@ -5,6 +5,8 @@
 #pragma once
 
 #include "quorvanectl/analysis/finding.h"
+#include "quorvanectl/analysis/name_record.h"
+#include "quorvanectl/analysis/proposals.h"
 #include "quorvanectl/analysis/script_store.h"
 
 #include <QHash>
@@ -35,6 +37,11 @@ public:
     [[nodiscard]] FindingsByFile findings();
     // The project that a script belongs to, or the project's file itself; empty if there is none.
     [[nodiscard]] QString projectOf(const QString &path);
+    // workspace_names.cpp: of an open text, at an index of it. What may be put in there; what the name
+    // there stands for, and the function whose call is open there, if either is known.
+    [[nodiscard]] Proposals proposalsAt(const QString &path, int index);
+    [[nodiscard]] std::optional<NameRecord> recordAt(const QString &path, int index);
+    [[nodiscard]] std::optional<CallRecord> callAt(const QString &path, int index);
     // How many scripts were looked into so far.
     [[nodiscard]] int summaryCount() const { return store.summaryCount(); }
 
@@ -45,7 +52,9 @@ private:
 
     QString projectText(const QString &path, QString *error);
     void addProject(const QString &path, FindingsByFile *all, QSet<QString> *used);
+    const KnownProject &placeOf(const QString &projectPath);
     void forgetPlaces();
+    QStringList importablePaths(const QString &scriptPath);
 
     ScriptStore store;
     QHash<QString, QString> texts;      // of the open files

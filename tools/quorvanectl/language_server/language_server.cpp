@@ -13,20 +13,6 @@ QString idText(const QJsonValue &id) {
     return id.isString() ? QLatin1Char('"') + id.toString() : QString::number(id.toInt());
 }
 
-ColumnUnit chosenUnit(const QJsonObject &capabilities) {
-    const QJsonArray offered = capabilities.value(QLatin1String("general"))
-                                   .toObject()
-                                   .value(QLatin1String("positionEncodings"))
-                                   .toArray();
-    for (const QJsonValue &encoding : offered) {
-        if (encoding == QLatin1String("utf-8"))
-            return ColumnUnit::Utf8;
-        if (encoding == QLatin1String("utf-16"))
-            break;
-    }
-    return ColumnUnit::Utf16;
-}
-
 } // namespace
 
 LanguageServer::LanguageServer(Send sendTo)
@@ -63,6 +49,9 @@ const LanguageServer::Method *LanguageServer::methodOf(const Message &message) {
         {"textDocument/didChange", false, &LanguageServer::changed},
         {"textDocument/didClose", false, &LanguageServer::closed},
         {"textDocument/didSave", false, &LanguageServer::saved},
+        {"textDocument/completion", true, &LanguageServer::complete},
+        {"textDocument/hover", true, &LanguageServer::hover},
+        {"textDocument/signatureHelp", true, &LanguageServer::helpWithSignature},
         {"workspace/didChangeWatchedFiles", false, &LanguageServer::filesChanged},
     };
     const bool isRequest = message.kind == Message::Kind::Request;
@@ -92,7 +81,13 @@ void LanguageServer::answerRequest(const Message &message) {
     else if (starts && !message.params.isObject())
         refuse(RpcError::InvalidParams, QStringLiteral("params is no object"));
     else
-        send(answerTo(message.id, (this->*method->handler)(message.params.toObject())));
+        answer(message.id, *method, message.params.toObject());
+}
+
+void LanguageServer::answer(const QJsonValue &id, const Method &method, const QJsonObject &params) {
+    refusal.clear();
+    const QJsonValue result = (this->*method.handler)(params);
+    send(refusal.isEmpty() ? answerTo(id, result) : errorFor(id, RpcError::InvalidParams, refusal));
 }
 
 // A notification has no answer: one that is not known, or comes at the wrong time, is passed over.
@@ -107,25 +102,21 @@ void LanguageServer::takeNotification(const Message &message) {
 }
 
 QJsonValue LanguageServer::initialize(const QJsonObject &params) {
-    const QJsonObject client = params.value(QLatin1String("capabilities")).toObject();
-    const auto can = [&](const char *room, const char *feature, const char *what) {
-        return client.value(QLatin1String(room))
-            .toObject()
-            .value(QLatin1String(feature))
-            .toObject()
-            .value(QLatin1String(what))
-            .toBool();
-    };
-    unit = chosenUnit(client);
-    showsRelated = can("textDocument", "publishDiagnostics", "relatedInformation");
-    registersWatchers = can("workspace", "didChangeWatchedFiles", "dynamicRegistration");
+    abilities = abilitiesIn(params);
     state = State::Running;
     const QJsonObject sync{{QStringLiteral("openClose"), true},
                            {QStringLiteral("change"), 2}, // stretches of a text
                            {QStringLiteral("save"), true}};
-    const QLatin1String encoding(unit == ColumnUnit::Utf8 ? "utf-8" : "utf-16");
+    const QLatin1String encoding(abilities.unit == ColumnUnit::Utf8 ? "utf-8" : "utf-16");
+    const QJsonArray quote{QStringLiteral("\"")}; // in which imports, keys and roles stand
+    const QJsonArray callSigns{QStringLiteral("("), QStringLiteral(",")};
     const QJsonObject capabilities{{QStringLiteral("positionEncoding"), encoding},
-                                   {QStringLiteral("textDocumentSync"), sync}};
+                                   {QStringLiteral("textDocumentSync"), sync},
+                                   {QStringLiteral("completionProvider"),
+                                    QJsonObject{{QStringLiteral("triggerCharacters"), quote}}},
+                                   {QStringLiteral("hoverProvider"), true},
+                                   {QStringLiteral("signatureHelpProvider"),
+                                    QJsonObject{{QStringLiteral("triggerCharacters"), callSigns}}}};
     const QJsonObject info{{QStringLiteral("name"), QStringLiteral("quorvanectl")},
                            {QStringLiteral("version"), QCoreApplication::applicationVersion()}};
     return QJsonObject{{QStringLiteral("capabilities"), capabilities},
@@ -134,7 +125,7 @@ QJsonValue LanguageServer::initialize(const QJsonObject &params) {
 
 // The editor is asked to tell what changes on the disk. Its answer is of no interest.
 QJsonValue LanguageServer::initialized(const QJsonObject &) {
-    if (!registersWatchers)
+    if (!abilities.registersWatchers)
         return {};
     const QJsonObject watcher{{QStringLiteral("globPattern"), QStringLiteral("**/*.{ys,yslib}")}};
     const QJsonObject options{{QStringLiteral("watchers"), QJsonArray{watcher}}};

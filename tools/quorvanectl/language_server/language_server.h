@@ -6,6 +6,7 @@
 #pragma once
 
 #include "quorvanectl/analysis/workspace.h"
+#include "quorvanectl/language_server/client_abilities.h"
 #include "quorvanectl/language_server/message.h"
 #include "quorvanectl/language_server/text_positions.h"
 
@@ -47,12 +48,25 @@ private:
 
     // language_server.cpp: which message goes where.
     void answerRequest(const Message &message);
+    void answer(const QJsonValue &id, const Method &method, const QJsonObject &params);
     void takeNotification(const Message &message);
     static const Method *methodOf(const Message &message);
     QJsonValue initialize(const QJsonObject &params);
     QJsonValue initialized(const QJsonObject &params);
     QJsonValue shutDown(const QJsonObject &params);
     void complain(const QString &line);
+
+    // assist_messages.cpp: what is offered while one types, and what is told of names.
+    struct AskedPlace {
+        QString path;
+        TextPositions places;
+        int index;
+    };
+    std::optional<AskedPlace> askedPlace(const QJsonObject &params);
+    QJsonValue complete(const QJsonObject &params);
+    QJsonObject itemOf(const Proposal &proposal, const QJsonObject &range) const;
+    QJsonValue hover(const QJsonObject &params);
+    QJsonValue helpWithSignature(const QJsonObject &params);
 
     // text_messages.cpp: texts that open, change and close, and what is told of them.
     QJsonValue opened(const QJsonObject &params);
@@ -66,6 +80,7 @@ private:
     bool isMoved(const QString &path, const QVector<Finding> &findings) const;
     QJsonArray diagnosticsOf(const QString &path, const QVector<Finding> &findings);
     QJsonObject findingJson(const QString &path, const Finding &finding);
+    static QString pathIn(const QJsonObject &document);
     QString uriOf(const QString &path) const;
     // The reference holds until the next call.
     const TextPositions &positionsIn(const QString &path);
@@ -74,9 +89,8 @@ private:
     State state = State::Fresh;
     std::optional<int> status;
     QSet<QString> cancelled; // ids of requests, in the form of idText()
-    ColumnUnit unit = ColumnUnit::Utf16;
-    bool showsRelated = false;
-    bool registersWatchers = false;
+    QString refusal;         // of the request that is worked on: what is wrong with its params
+    ClientAbilities abilities;
 
     Workspace workspace;
     QHash<QString, Document> documents; // by path

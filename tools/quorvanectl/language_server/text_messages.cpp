@@ -17,13 +17,6 @@ QJsonObject documentIn(const QJsonObject &params) {
     return params.value(QLatin1String("textDocument")).toObject();
 }
 
-// The file that an address leads to. A text that has no file yet goes by its address.
-QString pathIn(const QJsonObject &document) {
-    const QString uri = document.value(QLatin1String("uri")).toString();
-    const QUrl url(uri);
-    return url.isLocalFile() ? QDir::cleanPath(url.toLocalFile()) : uri;
-}
-
 } // namespace
 
 QJsonValue LanguageServer::opened(const QJsonObject &params) {
@@ -75,7 +68,7 @@ bool LanguageServer::applyChanges(const QJsonArray &changes, QString *text) {
             *text = inserted.toString();
             continue;
         }
-        const std::optional<IndexRange> at = TextPositions(*text, unit).indexRange(range);
+        const std::optional<IndexRange> at = TextPositions(*text, abilities.unit).indexRange(range);
         if (!at)
             return false;
         text->replace(at->from, at->to - at->from, inserted.toString());
@@ -170,7 +163,7 @@ QJsonObject LanguageServer::findingJson(const QString &path, const Finding &find
                      {QStringLiteral("message"), finding.message}};
     if (!finding.code.isEmpty())
         json.insert(QStringLiteral("code"), finding.code);
-    if (!showsRelated || finding.related.isEmpty())
+    if (!abilities.showsRelated || finding.related.isEmpty())
         return json;
     QJsonArray related;
     for (const RelatedPlace &place : finding.related) {
@@ -182,6 +175,13 @@ QJsonObject LanguageServer::findingJson(const QString &path, const Finding &find
     }
     json.insert(QStringLiteral("relatedInformation"), related);
     return json;
+}
+
+// The file that an address leads to. A text that has no file yet goes by its address.
+QString LanguageServer::pathIn(const QJsonObject &document) {
+    const QString uri = document.value(QLatin1String("uri")).toString();
+    const QUrl url(uri);
+    return url.isLocalFile() ? QDir::cleanPath(url.toLocalFile()) : uri;
 }
 
 QString LanguageServer::uriOf(const QString &path) const {
@@ -198,7 +198,7 @@ const TextPositions &LanguageServer::positionsIn(const QString &path) {
         QString error;
         const QString text =
             workspace.isOpen(path) ? workspace.textOf(path) : readText(path, &error);
-        known = positions.insert(path, TextPositions(text, unit));
+        known = positions.insert(path, TextPositions(text, abilities.unit));
     }
     return *known;
 }

@@ -81,9 +81,12 @@ QJsonObject TextPositions::positionOf(int index) const {
     return {{QStringLiteral("line"), line}, {QStringLiteral("character"), column}};
 }
 
+QJsonObject TextPositions::rangeBetween(int from, int to) const {
+    return {{QStringLiteral("start"), positionOf(from)}, {QStringLiteral("end"), positionOf(to)}};
+}
+
 QJsonObject TextPositions::rangeOf(const TextRange &range) const {
-    return {{QStringLiteral("start"), positionOf(indexOf(range.from))},
-            {QStringLiteral("end"), positionOf(indexOf(range.to))}};
+    return rangeBetween(indexOf(range.from), indexOf(range.to));
 }
 
 int TextPositions::indexOf(const TextPlace &place) const {

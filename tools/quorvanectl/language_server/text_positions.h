@@ -31,6 +31,7 @@ public:
     // Nothing for what is no range, or one whose end comes before its start.
     [[nodiscard]] std::optional<IndexRange> indexRange(const QJsonValue &range) const;
     [[nodiscard]] QJsonObject positionOf(int index) const;
+    [[nodiscard]] QJsonObject rangeBetween(int from, int to) const; // indices
     [[nodiscard]] QJsonObject rangeOf(const TextRange &range) const;
 
 private:

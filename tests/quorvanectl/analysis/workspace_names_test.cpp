@@ -1,0 +1,321 @@
+// What is offered while one types, and what is told of a name: by a function library of its own and a
+// project on the disk. '|' is the place that is asked about.
+#include "quorvanectl/analysis/workspace.h"
+
+#include "support/file_tree.h"
+#include "support/library_file.h"
+#include "support/project_folder.h"
+#include "support/staged_main.h"
+
+#include <QCoreApplication>
+
+using support::FileTree;
+using support::ProjectFolder;
+
+namespace {
+
+constexpr char library[] = "[ControlFlow]\n"
+                           "keywords=if,end_if\n"
+                           "[Completion]\n"
+                           "snippet_only=end_if\n"
+                           "[Highlight]\n"
+                           "type=int,float,global,double\n"
+                           "other=function,import\n"
+                           "library=OpenCV\n"
+                           "[Plugin]\n"
+                           "functions=print,Return\n"
+                           "1,print,1,内容#C,输出一行\n"
+                           "2,mode,2,相机#I,模式#S#auto#manual,设置模式\n"
+                           "3,now,0,毫秒数\n"
+                           "4,short,3,a#C\n";
+
+const char *nameOf(ctl::Proposal::Kind kind) {
+    static const char *const names[] = {"choice", "variable", "function", "imported",
+                                        "global", "library",  "keyword",  "word",
+                                        "script", "key",      "role"};
+    return names[int(kind)];
+}
+
+// A workspace in which one text is open, at a place of it.
+struct Typing {
+    Typing(const ProjectFolder &folder, const QString &name, QString text)
+        : path(folder.path(name))
+        , index(text.indexOf('|')) {
+        text.remove(index, 1);
+        workspace.open(path, text);
+    }
+
+    ctl::Proposals proposals() { return workspace.proposalsAt(path, index); }
+
+    // "kind label -> text" for each, those of one kind of the library's as one line each.
+    QStringList offered() {
+        QStringList lines;
+        for (const ctl::Proposal &proposal : proposals().list)
+            lines.append(
+                QString("%1 %2 -> %3").arg(nameOf(proposal.kind), proposal.label, proposal.text));
+        return lines;
+    }
+
+    [[nodiscard]] QString replaced() {
+        const ctl::Proposals all = proposals();
+        return workspace.textOf(path).mid(all.from, all.to - all.from);
+    }
+
+    ctl::Workspace workspace;
+    QString path;
+    int index;
+};
+
+// What stands for itself wherever code does.
+const QStringList libraryLines{"library print -> print( 内容  );",
+                               "library mode -> mode( 相机 , 模式  );",
+                               "library now -> now",
+                               "library short -> short",
+                               "keyword if -> if",
+                               "word end_if -> end_if",
+                               "keyword int -> int",
+                               "keyword float -> float",
+                               "keyword global -> global",
+                               "word double -> double",
+                               "keyword function -> function",
+                               "keyword import -> import",
+                               "word OpenCV -> OpenCV",
+                               "word Return -> Return"};
+
+} // namespace
+
+class WorkspaceNamesTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void offersInScripts_data();
+    void offersInScripts();
+    void whatIsToldBesideAnOffer();
+    void aCallThatHasItsArgumentsKeepsThem();
+    void importPaths_data();
+    void importPaths();
+    void offersInAProjectsFile_data();
+    void offersInAProjectsFile();
+    void records_data();
+    void records();
+    void calls_data();
+    void calls();
+};
+
+void WorkspaceNamesTest::initTestCase() {
+    QVERIFY(support::loadLibraryText(library));
+}
+
+void WorkspaceNamesTest::offersInScripts_data() {
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<QString>("replaced");
+    const QStringList nothing;
+    QTest::newRow("in an empty script") << "|" << libraryLines << "";
+    QTest::newRow("in a word") << "x = pr|i;" << libraryLines << "pri";
+    QTest::newRow("where an argument is one of a list")
+        << "mode(1, |)"
+        << (QStringList{"choice \"auto\" -> \"auto\"", "choice \"manual\" -> \"manual\""} +
+            libraryLines)
+        << "";
+    QTest::newRow("where it is not") << "mode(|" << libraryLines << "";
+    QTest::newRow("in a comment") << "// pr|" << nothing << "";
+    QTest::newRow("in a text") << "print(\"pr|\");" << nothing << "pr";
+    QTest::newRow("in a number") << "x = 1|" << nothing << "1";
+    QTest::newRow("behind a dot") << "x.|" << nothing << "";
+    QTest::newRow("where a new name is declared") << "int |" << nothing << "";
+}
+
+void WorkspaceNamesTest::offersInScripts() {
+    QFETCH(QString, script);
+    const ProjectFolder folder;
+    Typing typing(folder, "a.ys", script);
+    QTEST(typing.offered(), "expected");
+    QTEST(typing.replaced(), "replaced");
+}
+
+void WorkspaceNamesTest::whatIsToldBesideAnOffer() {
+    const ProjectFolder folder;
+    QStringList lines;
+    for (const ctl::Proposal &proposal : Typing(folder, "a.ys", "mode(1, |").proposals().list)
+        lines.append(
+            QStringList{proposal.label, proposal.snippet, proposal.detail, proposal.description}
+                .join(" / "));
+    const QStringList expected{"\"auto\" /  / 模式 / ",
+                               "\"manual\" /  / 模式 / ",
+                               "print / print( ${1:内容}  ); / print( 内容  ); / 输出一行",
+                               "mode / mode( ${1:相机} , ${2:模式}  ); / mode( 相机 , 模式  ); / "
+                               "设置模式",
+                               "now /  / now / 毫秒数",
+                               "short /  /  / ",
+                               "if /  / control flow / ",
+                               "end_if /  / control flow / ",
+                               "int /  / type / ",
+                               "float /  / type / ",
+                               "global /  / type / ",
+                               "double /  / type / ",
+                               "function /  / declaration / ",
+                               "import /  / declaration / ",
+                               "OpenCV /  / library / ",
+                               "Return /  / plug-in / "};
+    QCOMPARE(lines, expected);
+}
+
+void WorkspaceNamesTest::aCallThatHasItsArgumentsKeepsThem() {
+    const ProjectFolder folder;
+    const ctl::Proposals proposals = Typing(folder, "a.ys", "pri|(1)").proposals();
+    QCOMPARE(proposals.list.first().text, QString("print"));
+    QCOMPARE(proposals.list.first().snippet, QString());
+}
+
+void WorkspaceNamesTest::importPaths_data() {
+    QTest::addColumn<FileTree>("disk");
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<QString>("replaced");
+    const FileTree disk{{"line.yslib", "{}"}, {"s/a.ys", ""},   {"s/b.ys", ""},
+                        {"s/sub/c.ys", ""},   {"lib/D.YS", ""}, {"readme.txt", ""},
+                        {"s/\"odd\".ys", ""}};
+    const auto paths = [](const QStringList &names) {
+        QStringList lines;
+        for (const QString &name : names)
+            lines.append("script " + name + " -> " + name);
+        return lines;
+    };
+    const QStringList others = paths({"../lib/D.YS", "b.ys", "sub/c.ys"});
+    QTest::newRow("all other scripts of the project's folder")
+        << disk << "import \"|\";" << others << "";
+    QTest::newRow("they take the place of what is there")
+        << disk << "import \"su|b/x.ys\";" << others << "sub/x.ys";
+    QTest::newRow("in quotes that are open") << disk << "import \"b|\nint n;" << others << "b";
+    QTest::newRow("of a script without a project")
+        << FileTree{{"s/a.ys", ""}, {"s/b.ys", ""}} << "import \"|\";" << QStringList() << "";
+}
+
+void WorkspaceNamesTest::importPaths() {
+    QFETCH(FileTree, disk);
+    QFETCH(QString, script);
+    const ProjectFolder folder;
+    support::writeTree(folder.path(""), disk);
+    Typing typing(folder, "s/a.ys", script);
+    QTEST(typing.offered(), "expected");
+    QTEST(typing.replaced(), "replaced");
+}
+
+void WorkspaceNamesTest::offersInAProjectsFile_data() {
+    QTest::addColumn<QString>("json");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<QString>("replaced");
+    const QStringList roles{"role main -> \"main\"", "role sub -> \"sub\"",
+                            "role module -> \"module\""};
+    const QStringList nothing;
+    QTest::newRow("the outermost keys, without those that are there")
+        << R"({"schemaVersion": 1, "scripts": [], "|"})"
+        << QStringList{"key hardware -> \"hardware\": ", "key models -> \"models\": ",
+                       "key processGroups -> \"processGroups\": ", "key project -> \"project\": ",
+                       "key tasks -> \"tasks\": "}
+        << "\"\"";
+    QTest::newRow("the keys of a script")
+        << R"({"scripts": [{"id": "a"}, {|)"
+        << QStringList{"key id -> \"id\": ", "key path -> \"path\": ", "key role -> \"role\": "}
+        << "";
+    QTest::newRow("a key that has its value keeps it")
+        << R"({"scripts": [{"id": "a", "path": "p", "ro|": "main"}]})"
+        << QStringList{"key role -> \"role\""} << "\"ro\"";
+    QTest::newRow("the roles") << R"({"scripts": [{"role": "m|"}]})" << roles << "\"m\"";
+    QTest::newRow("the roles without quotes") << R"({"scripts": [{"role": |}]})" << roles << "";
+    QTest::newRow("a key that is out of use")
+        << R"({"processGroups": [{"|"}]})" << nothing << "\"\"";
+    QTest::newRow("a value that is anything")
+        << R"({"project": {"name": "|"}})" << nothing << "\"\"";
+    QTest::newRow("the role of something else") << R"({"role": "|"})" << nothing << "\"\"";
+    QTest::newRow("behind a value") << R"({"tasks": {} |})" << nothing << "";
+}
+
+void WorkspaceNamesTest::offersInAProjectsFile() {
+    QFETCH(QString, json);
+    const ProjectFolder folder;
+    Typing typing(folder, "line.yslib", json);
+    QTEST(typing.offered(), "expected");
+    QTEST(typing.replaced(), "replaced");
+}
+
+// "signature / description / parameters / place / the name".
+void WorkspaceNamesTest::records_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("expected");
+    const auto row = [](const char *title, const char *name, const QString &text,
+                        const QString &expected) {
+        QTest::newRow(title) << name << text << expected;
+    };
+    row("a function of the library", "a.ys", "x = mo|de(1, 2)",
+        "mode( 相机 , 模式  ); / 设置模式 / 相机, 模式=auto, manual /  / mode");
+    row("one without a template", "a.ys", "|short()", "short /  /  /  / short");
+    row("another word", "a.ys", "fo|o(1)", "nothing");
+    row("in a text", "a.ys", "\"mo|de\"", "nothing");
+    row("in a comment", "a.ys", "// mo|de", "nothing");
+    row("behind a dot", "a.ys", "a.mo|de", "nothing");
+    row("a keyword", "a.ys", "i|f (a)", "nothing");
+    row("a key of a project's file", "line.yslib", R"({"scripts": [{"ro|le": "main"}]})",
+        "role / What the script is for. /  /  / \"role\"");
+    row("a key that the schema does not know", "line.yslib", R"({"ro|le": "main"})", "nothing");
+    row("a value of a project's file", "line.yslib", R"({"scripts": [{"role": "ma|in"}]})",
+        "nothing");
+}
+
+void WorkspaceNamesTest::records() {
+    QFETCH(QString, name);
+    QFETCH(QString, text);
+    const ProjectFolder folder;
+    Typing typing(folder, name, text);
+    const std::optional<ctl::NameRecord> record =
+        typing.workspace.recordAt(typing.path, typing.index);
+    QString shown = "nothing";
+    if (record) {
+        QStringList parameters;
+        for (const ctl::Parameter &parameter : record->parameters)
+            parameters.append(parameter.name +
+                              (parameter.about.isEmpty() ? "" : "=" + parameter.about));
+        const QString marked =
+            typing.workspace.textOf(typing.path).mid(record->from, record->to - record->from);
+        shown = QStringList{record->signature, record->description, parameters.join(", "),
+                            record->place, marked}
+                    .join(" / ");
+    }
+    QTEST(shown, "expected");
+}
+
+void WorkspaceNamesTest::calls_data() {
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("the first argument") << "mode(|"
+                                        << "mode( 相机 , 模式  ); 0";
+    QTest::newRow("the second, which is a text") << "mode(1, \"a|"
+                                                 << "mode( 相机 , 模式  ); 1";
+    QTest::newRow("one too many") << "mode(1, 2, 3|)"
+                                  << "mode( 相机 , 模式  ); 2";
+    QTest::newRow("an inner call") << "mode(1, print(|)"
+                                   << "print( 内容  ); 0";
+    QTest::newRow("an inner call that is not known") << "mode(1, foo(|)"
+                                                     << "nothing";
+    QTest::newRow("a comment in a call") << "mode(1, // a|"
+                                         << "nothing";
+    QTest::newRow("no call") << "mode|"
+                             << "nothing";
+}
+
+void WorkspaceNamesTest::calls() {
+    QFETCH(QString, script);
+    const ProjectFolder folder;
+    Typing typing(folder, "a.ys", script);
+    const std::optional<ctl::CallRecord> call = typing.workspace.callAt(typing.path, typing.index);
+    const QString shown = call ? QString("%1 %2").arg(call->function.signature).arg(call->argument)
+                               : QString("nothing");
+    QTEST(shown, "expected");
+}
+
+QUORVANE_TEST_MAIN(QCoreApplication, WorkspaceNamesTest)
+
+#include "workspace_names_test.moc"
