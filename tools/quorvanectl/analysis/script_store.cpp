@@ -9,7 +9,12 @@
 namespace ctl {
 
 void ScriptStore::open(const QString &path, const QString &text) {
-    openScripts.insert(path, {text, nullptr});
+    auto script = openScripts.find(path);
+    if (script == openScripts.end())
+        script = openScripts.insert(path, {text, nullptr, MovedSymbols(path)});
+    script->text = text;
+    script->summary.reset();
+    script->symbols.change(text);
 }
 
 void ScriptStore::close(const QString &path) {
@@ -29,6 +34,8 @@ std::shared_ptr<const ScriptSummary> ScriptStore::summaryOf(const QString &path)
         if (!open->summary) {
             open->summary = std::make_shared<const ScriptSummary>(ctl::summaryOf(path, open->text));
             ++summaries;
+            if (open->summary->findings.empty())
+                open->symbols.settle();
         }
         return open->summary;
     }
@@ -44,9 +51,25 @@ std::shared_ptr<const ScriptSummary> ScriptStore::summaryOf(const QString &path)
     return file.summary;
 }
 
+std::shared_ptr<const ScriptSymbols> ScriptStore::symbolsOf(const QString &path) {
+    (void)summaryOf(path); // tells whether the text is whole, or the file another
+    const auto open = openScripts.find(path);
+    if (open != openScripts.end())
+        return open->symbols.symbols();
+    KnownFile &file = files[path];
+    if (!file.symbols) {
+        QString error;
+        const bool isRead = file.size <= largestScript;
+        const QByteArray bytes = isRead ? readBytes(path, &error) : QByteArray();
+        file.symbols = std::make_shared<const ScriptSymbols>(symbolsIn(path, decodeText(bytes)));
+    }
+    return file.symbols;
+}
+
 void ScriptStore::readAnew(const QString &path, KnownFile *file) {
     if (file->size > largestScript) {
         file->hash.clear();
+        file->symbols.reset();
         file->summary = std::make_shared<const ScriptSummary>(tooLarge());
         return;
     }
@@ -56,6 +79,7 @@ void ScriptStore::readAnew(const QString &path, KnownFile *file) {
     if (hash == file->hash)
         return;
     file->hash = hash;
+    file->symbols.reset();
     file->summary = std::make_shared<const ScriptSummary>(
         bytes.isNull() ? ScriptSummary() : ctl::summaryOf(path, decodeText(bytes)));
     ++summaries;

@@ -4,6 +4,7 @@
 // again only when its content has; what is kept of it is a summary, not the text. One thread.
 #pragma once
 
+#include "quorvanectl/analysis/moved_symbols.h"
 #include "quorvanectl/analysis/script_summary.h"
 
 #include <QDateTime>
@@ -28,6 +29,9 @@ public:
     [[nodiscard]] bool isOpen(const QString &path) const { return openScripts.contains(path); }
     // Of the open text, or of the file; an empty summary where no plain file can be read. Never null.
     [[nodiscard]] std::shared_ptr<const ScriptSummary> summaryOf(const QString &path);
+    // The names of the open text, those that it had before it was spoilt where something is wrong with it;
+    // or of the file. Never null.
+    [[nodiscard]] std::shared_ptr<const ScriptSymbols> symbolsOf(const QString &path);
     // Forgets the files that are not among these.
     void keepOnly(const QSet<QString> &paths);
     // How many texts were looked into so far.
@@ -37,12 +41,14 @@ private:
     struct OpenScript {
         QString text;
         std::shared_ptr<const ScriptSummary> summary; // null until it is asked for
+        MovedSymbols symbols;
     };
     struct KnownFile {
         QDateTime changed;
         qint64 size = -1; // no file has it
         QByteArray hash;
         std::shared_ptr<const ScriptSummary> summary;
+        std::shared_ptr<const ScriptSymbols> symbols; // null until they are asked for
     };
 
     void readAnew(const QString &path, KnownFile *file);

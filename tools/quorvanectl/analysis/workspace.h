@@ -35,6 +35,10 @@ public:
     // Of every file that shows one: the open scripts' own findings, then those of the projects that the
     // open files belong to.
     [[nodiscard]] FindingsByFile findings();
+    // The names of a script, open or not.
+    [[nodiscard]] std::shared_ptr<const ScriptSymbols> symbolsOf(const QString &path) {
+        return store.symbolsOf(path);
+    }
     // The project that a script belongs to, or the project's file itself; empty if there is none.
     [[nodiscard]] QString projectOf(const QString &path);
     // workspace_names.cpp: of an open text, at an index of it. What may be put in there; what the name
