@@ -82,6 +82,44 @@ const QStringList libraryLines{"library print -> print( 内容  );",
                                "word OpenCV -> OpenCV",
                                "word Return -> Return"};
 
+// What the file holds that is typed in, and what the others of its project are.
+FileTree line() {
+    return {{"line.yslib",
+             R"({"scripts": [{"path": "s/a.ys"}, {"path": "s/b.ys"}, {"path": "c.ys"}]})"},
+            {"s/b.ys", "global int cam1_n;\nint own;\nfunction twice(int value, b) {\n}\n"},
+            {"c.ys", "\nglobal float cam2_mm = 1;\nfunction far() {\n}\n"}};
+}
+
+// "kind label -> text; detail; description", of what the library does not have.
+QStringList namesOffered(Typing *typing) {
+    QStringList lines;
+    for (const ctl::Proposal &proposal : typing->proposals().list) {
+        if (proposal.kind >= ctl::Proposal::Kind::Variable &&
+            proposal.kind <= ctl::Proposal::Kind::Global)
+            lines.append(QString("%1 %2 -> %3; %4; %5")
+                             .arg(nameOf(proposal.kind), proposal.label,
+                                  proposal.snippet.isEmpty() ? proposal.text : proposal.snippet,
+                                  proposal.detail, proposal.description));
+    }
+    return lines;
+}
+
+QString recordText(Typing *typing) {
+    const std::optional<ctl::NameRecord> record =
+        typing->workspace.recordAt(typing->path, typing->index);
+    if (!record)
+        return "nothing";
+    QStringList parameters;
+    for (const ctl::Parameter &parameter : record->parameters)
+        parameters.append(parameter.name +
+                          (parameter.about.isEmpty() ? "" : "=" + parameter.about));
+    const QString marked =
+        typing->workspace.textOf(typing->path).mid(record->from, record->to - record->from);
+    return QStringList{record->signature, record->description, parameters.join(", "), record->place,
+                       marked}
+        .join(" / ");
+}
+
 } // namespace
 
 class WorkspaceNamesTest : public QObject {
@@ -93,12 +131,17 @@ private Q_SLOTS:
     void offersInScripts();
     void whatIsToldBesideAnOffer();
     void aCallThatHasItsArgumentsKeepsThem();
+    void namesOfScripts_data();
+    void namesOfScripts();
+    void aNameThatStandsForTwo();
     void importPaths_data();
     void importPaths();
     void offersInAProjectsFile_data();
     void offersInAProjectsFile();
     void records_data();
     void records();
+    void recordsOfScripts_data();
+    void recordsOfScripts();
     void calls_data();
     void calls();
 };
@@ -167,6 +210,56 @@ void WorkspaceNamesTest::aCallThatHasItsArgumentsKeepsThem() {
     const ctl::Proposals proposals = Typing(folder, "a.ys", "pri|(1)").proposals();
     QCOMPARE(proposals.list.first().text, QString("print"));
     QCOMPARE(proposals.list.first().snippet, QString());
+}
+
+void WorkspaceNamesTest::namesOfScripts_data() {
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QStringList>("expected");
+    const QStringList globals{"global cam1_n -> cam1_n; global int cam1_n; s/b.ys",
+                              "global cam2_mm -> cam2_mm; global float cam2_mm; c.ys"};
+    QTest::newRow("globals of all scripts of the project") << "|" << globals;
+    QTest::newRow("the functions of what is imported")
+        << "import \"b.ys\";\n|"
+        << (QStringList{"imported twice -> twice(${1:value}, ${2:b}); function twice(int value, "
+                        "int b); s/b.ys"} +
+            globals);
+    QTest::newRow("the script's own, the innermost first")
+        << "int all;\nfunction f(int p) {\nfloat inner;\nx = |;\n}\nglobal int cam3_x;\n"
+        << (QStringList{"variable inner -> inner; float inner; ", "variable p -> p; int p; ",
+                        "variable all -> all; int all; ",
+                        "function f -> f(${1:p}); function f(int p); ",
+                        "global cam3_x -> cam3_x; global int cam3_x; "} +
+            globals);
+    QTest::newRow("but not those of another function")
+        << "function f(int p) {\nfloat inner;\n}\n|"
+        << (QStringList{"function f -> f(${1:p}); function f(int p); "} + globals);
+    QTest::newRow("a function without parameters")
+        << "function f() {\n}\n|" << (QStringList{"function f -> f(); function f(); "} + globals);
+}
+
+void WorkspaceNamesTest::namesOfScripts() {
+    QFETCH(QString, script);
+    const ProjectFolder folder;
+    support::writeTree(folder.path(""), line());
+    Typing typing(folder, "s/a.ys", script);
+    QTEST(namesOffered(&typing), "expected");
+    // What is open and not saved counts, and while it is spoilt what it was before.
+    const QString other = folder.path("c.ys");
+    typing.workspace.open(other, "global int cam9_new;\n");
+    (void)typing.workspace.findings();
+    typing.workspace.change(other, "global int cam9_new;\n}");
+    const QString unsaved = "global cam9_new -> cam9_new; global int cam9_new; c.ys";
+    QCOMPARE(namesOffered(&typing).last(), unsaved);
+}
+
+// An inner name hides the outer one, and an own function that of the library.
+void WorkspaceNamesTest::aNameThatStandsForTwo() {
+    const ProjectFolder folder;
+    Typing typing(folder, "a.ys", "int n;\nfunction print(float n) {\n|\n}\n");
+    const QStringList own{"variable n -> n; float n; ",
+                          "function print -> print(${1:n}); function print(float n); "};
+    QCOMPARE(namesOffered(&typing), own);
+    QCOMPARE(typing.offered().filter("print").size(), 1);
 }
 
 void WorkspaceNamesTest::importPaths_data() {
@@ -270,21 +363,42 @@ void WorkspaceNamesTest::records() {
     QFETCH(QString, text);
     const ProjectFolder folder;
     Typing typing(folder, name, text);
-    const std::optional<ctl::NameRecord> record =
-        typing.workspace.recordAt(typing.path, typing.index);
-    QString shown = "nothing";
-    if (record) {
-        QStringList parameters;
-        for (const ctl::Parameter &parameter : record->parameters)
-            parameters.append(parameter.name +
-                              (parameter.about.isEmpty() ? "" : "=" + parameter.about));
-        const QString marked =
-            typing.workspace.textOf(typing.path).mid(record->from, record->to - record->from);
-        shown = QStringList{record->signature, record->description, parameters.join(", "),
-                            record->place, marked}
-                    .join(" / ");
-    }
-    QTEST(shown, "expected");
+    QTEST(recordText(&typing), "expected");
+}
+
+void WorkspaceNamesTest::recordsOfScripts_data() {
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("a variable") << "float n;\nx = n|;"
+                                << "float n /  /  / s/a.ys:1 / n";
+    QTest::newRow("where it is declared") << "\nfloat n|;"
+                                          << "float n /  /  / s/a.ys:2 / n";
+    QTest::newRow("an own function") << "function f(int p, q) {\n}\nf|(1)"
+                                     << "function f(int p, int q) /  / int p, int q / s/a.ys:1 / f";
+    QTest::newRow("a function of what is imported")
+        << "import \"b.ys\";\ntwi|ce(1, 2)"
+        << "function twice(int value, int b) /  / int value, int b / s/b.ys / twice";
+    QTest::newRow("a function of what is not imported") << "far|()"
+                                                        << "nothing";
+    QTest::newRow("a global of another script") << "x = cam2_mm|"
+                                                << "global float cam2_mm /  /  / c.ys:2 / cam2_mm";
+    QTest::newRow("an own function hides that of the library")
+        << "\nfunction mode() {\n}\nmode|()"
+        << "function mode() /  /  / s/a.ys:2 / mode";
+    QTest::newRow("a variable does not hide the function that is called")
+        << "int mode;\nmode|(1)"
+        << "mode( 相机 , 模式  ); / 设置模式 / 相机, 模式=auto, manual /  / mode";
+    QTest::newRow("a function of the library that is called by its name alone")
+        << "x = now|"
+        << "now / 毫秒数 /  /  / now";
+}
+
+void WorkspaceNamesTest::recordsOfScripts() {
+    QFETCH(QString, script);
+    const ProjectFolder folder;
+    support::writeTree(folder.path(""), line());
+    Typing typing(folder, "s/a.ys", script);
+    QTEST(recordText(&typing), "expected");
 }
 
 void WorkspaceNamesTest::calls_data() {

@@ -47,8 +47,10 @@ void takePlaces(const QString &filePath, const QString &text, const ast::Program
     int import = 0;
     for (const std::shared_ptr<ast::Stmt> &statement : program.statements) {
         const auto *const declaration = dynamic_cast<const ast::VarDeclStmt *>(statement.get());
-        if (declaration != nullptr && declaration->isGlobal)
+        if (declaration != nullptr && declaration->isGlobal) {
             summary->globals.append(rangeOf(tokenAt(tokens, *declaration) + 1, tokens));
+            summary->globalTypes.append(declaration->typeName);
+        }
         const auto *const other = dynamic_cast<const ast::ImportStmt *>(statement.get());
         if (other != nullptr && !ast::isRootedPath(other->path))
             summary->imports.append(

@@ -28,6 +28,7 @@ struct ScriptSummary {
     std::vector<ast::ScriptDiagnostic> findings;
     ast::ScriptFacts facts;
     QVector<TextRange> globals;   // the names, of each of `facts.globals`
+    QStringList globalTypes;      // and their types
     QVector<NamedRange> imports;  // of each of `facts.imports`: its cleaned path, and the text
     QVector<NamedRange> badNames; // of the naming rule's scan, in its order
     QVector<BadName> scanned;     // the same as the validator knows them

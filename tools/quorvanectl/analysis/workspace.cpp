@@ -96,8 +96,8 @@ FindingsByFile Workspace::findings() {
 }
 
 // The reference holds until something opens, closes or changes on the disk.
-const Workspace::KnownProject &Workspace::placeOf(const QString &projectPath) {
-    auto place = known.constFind(projectPath);
+Workspace::KnownProject &Workspace::placeOf(const QString &projectPath) {
+    auto place = known.find(projectPath);
     if (place == known.constEnd())
         place = known.insert(projectPath, {scriptsInFolder(QFileInfo(projectPath).absolutePath())});
     return *place;
@@ -115,11 +115,14 @@ void Workspace::addProject(const QString &path, FindingsByFile *all, QSet<QStrin
         (*all)[path].append({onLine(1, 1, 1), true, {}, error, {}});
         return;
     }
-    const ProjectView view = viewOf({path, text, placeOf(path).scriptsBelow}, store);
+    KnownProject &place = placeOf(path);
+    const ProjectView view = viewOf({path, text, place.scriptsBelow}, store);
     for (auto file = view.findings.cbegin(); file != view.findings.cend(); ++file)
         (*all)[file.key()].append(file.value());
     for (const QString &script : view.scripts)
         used->insert(script);
+    place.scripts = view.scripts;
+    place.isLookedInto = true;
 }
 
 } // namespace ctl

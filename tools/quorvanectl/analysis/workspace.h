@@ -52,13 +52,32 @@ public:
 private:
     struct KnownProject {
         QStringList scriptsBelow;
+        // The listed ones, when it was last looked into.
+        QStringList scripts = {};
+        bool isLookedInto = false;
+    };
+    // A name that counts at a place of a script, and where it is declared.
+    struct KnownName {
+        ScriptName name;
+        QString file;
+        int line; // 0 where it has to be looked for
     };
 
     QString projectText(const QString &path, QString *error);
     void addProject(const QString &path, FindingsByFile *all, QSet<QString> *used);
-    const KnownProject &placeOf(const QString &projectPath);
+    KnownProject &placeOf(const QString &projectPath);
     void forgetPlaces();
     QStringList importablePaths(const QString &scriptPath);
+    QVector<KnownName> knownNames(const QString &path, int index);
+    void addImported(const ScriptSymbols &symbols, QVector<KnownName> *names);
+    void addGlobals(const QString &path, QVector<KnownName> *names);
+    QStringList listedScripts(const QString &scriptPath);
+    QVector<Proposal> proposedNames(const QString &path, int index);
+    Proposal proposalOf(const KnownName &declared, const QString &path);
+    NameRecord recordOf(const KnownName &declared, const QString &path);
+    QString shownPath(const QString &file, const QString &path);
+    std::optional<NameRecord> recordOfName(const QString &path, int index, const QString &name,
+                                           bool isCall);
 
     ScriptStore store;
     QHash<QString, QString> texts;      // of the open files

@@ -61,10 +61,11 @@ QStringList paragraphsOf(const NameRecord &record) {
     QStringList paragraphs;
     if (!record.description.isEmpty())
         paragraphs.append(record.description);
+    // What a script declares shows its parameters in its declaration.
+    if (!record.place.isEmpty())
+        return paragraphs << record.place;
     for (const Parameter &parameter : record.parameters)
         paragraphs.append(parameterLine(parameter));
-    if (!record.place.isEmpty())
-        paragraphs.append(record.place);
     return paragraphs;
 }
 
