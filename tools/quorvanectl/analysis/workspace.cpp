@@ -3,9 +3,13 @@
 #include "quorvanectl/analysis/project_lookup.h"
 #include "quorvanectl/analysis/project_view.h"
 #include "quorvanectl/files/file_access.h"
+#include "script/script_facts.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 namespace ctl {
 
@@ -115,6 +119,7 @@ void Workspace::addProject(const QString &path, FindingsByFile *all, QSet<QStrin
         (*all)[path].append({onLine(1, 1, 1), true, {}, error, {}});
         return;
     }
+    readAhead(path, text);
     KnownProject &place = placeOf(path);
     const ProjectView view = viewOf({path, text, place.scriptsBelow}, store);
     for (auto file = view.findings.cbegin(); file != view.findings.cend(); ++file)
@@ -123,6 +128,24 @@ void Workspace::addProject(const QString &path, FindingsByFile *all, QSet<QStrin
         used->insert(script);
     place.scripts = view.scripts;
     place.isLookedInto = true;
+}
+
+// What is read here is kept, so that the look finds it. By one name each, as it will be asked for.
+void Workspace::readAhead(const QString &path, const QString &text) {
+    if (!reading || readBefore.contains(path))
+        return;
+    readBefore.insert(path);
+    const QJsonArray scripts =
+        QJsonDocument::fromJson(text.toUtf8()).object().value(QLatin1String("scripts")).toArray();
+    const std::vector<ast::ListedScript> listed =
+        ast::listScripts(path, scripts, [](const QString &) { return ast::ScriptFacts(); });
+    const int all = int(listed.size());
+    for (int i = 0; i < all; ++i) {
+        reading(path, i, all);
+        (void)store.summaryOf(QDir::cleanPath(listed[std::size_t(i)].filePath));
+    }
+    if (all > 0)
+        reading(path, all, all);
 }
 
 } // namespace ctl

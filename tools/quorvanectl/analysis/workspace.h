@@ -10,13 +10,21 @@
 #include "quorvanectl/analysis/script_store.h"
 
 #include <QHash>
+#include <QSet>
 #include <QString>
 #include <QStringList>
+
+#include <functional>
 
 namespace ctl {
 
 class Workspace {
 public:
+    // Told while the scripts of a project are read for the first time, if it is set: before each of them,
+    // and once they all are.
+    using Reading = std::function<void(const QString &projectPath, int read, int all)>;
+    Reading reading;
+
     // A text as it is now, of a file that may or may not be there. Its path is absolute, or an
     // address of what has no file yet; a name with the
     // suffix ".yslib" is a project's file, any other a script.
@@ -66,6 +74,7 @@ private:
     QString projectText(const QString &path, QString *error);
     void addProject(const QString &path, FindingsByFile *all, QSet<QString> *used);
     KnownProject &placeOf(const QString &projectPath);
+    void readAhead(const QString &path, const QString &text);
     void forgetPlaces();
     QStringList importablePaths(const QString &scriptPath);
     QVector<KnownName> knownNames(const QString &path, int index);
@@ -83,6 +92,7 @@ private:
     QHash<QString, QString> texts;      // of the open files
     QHash<QString, QString> projects;   // of a script: its project
     QHash<QString, KnownProject> known; // by the path of the project's file
+    QSet<QString> readBefore;           // projects
 };
 
 [[nodiscard]] bool isProjectFile(const QString &path);

@@ -183,6 +183,8 @@ QVector<Proposal> Workspace::proposedNames(const QString &path, int index) {
 
 Proposals Workspace::proposalsAt(const QString &path, int index) {
     const QString text = texts.value(path);
+    if (text.size() > largestScript)
+        return {index, index, {}};
     if (isProjectFile(path))
         return projectProposals(text, index);
     const ScriptCursor cursor = cursorIn(text, index);
@@ -195,6 +197,8 @@ Proposals Workspace::proposalsAt(const QString &path, int index) {
 
 std::optional<NameRecord> Workspace::recordAt(const QString &path, int index) {
     const QString text = texts.value(path);
+    if (text.size() > largestScript)
+        return std::nullopt;
     if (isProjectFile(path))
         return keyRecord(text, index);
     const ScriptCursor cursor = cursorIn(text, index);
@@ -212,9 +216,10 @@ std::optional<NameRecord> Workspace::recordAt(const QString &path, int index) {
 }
 
 std::optional<CallRecord> Workspace::callAt(const QString &path, int index) {
-    if (isProjectFile(path))
+    const QString text = texts.value(path);
+    if (isProjectFile(path) || text.size() > largestScript)
         return std::nullopt;
-    const ScriptCursor cursor = cursorIn(texts.value(path), index);
+    const ScriptCursor cursor = cursorIn(text, index);
     if (cursor.callee.isEmpty() || cursor.within == ScriptCursor::Within::Comment)
         return std::nullopt;
     const std::optional<NameRecord> function = recordOfName(path, index, cursor.callee, true);

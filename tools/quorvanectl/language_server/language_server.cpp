@@ -34,6 +34,8 @@ void LanguageServer::take(const QList<QByteArray> &bodies) {
             answerRequest(message);
         else if (message.kind == Message::Kind::Notification)
             takeNotification(message);
+        else
+            takeAnswer(message);
     }
     cancelled.clear(); // what was to be cancelled later has been answered before
     if (isStale && state == State::Running && !status)
@@ -123,8 +125,9 @@ QJsonValue LanguageServer::initialize(const QJsonObject &params) {
                        {QStringLiteral("serverInfo"), info}};
 }
 
-// The editor is asked to tell what changes on the disk. Its answer is of no interest.
+// The editor is asked to tell what changes on the disk: the answer to that is of no interest.
 QJsonValue LanguageServer::initialized(const QJsonObject &) {
+    askForProgress();
     if (!abilities.registersWatchers)
         return {};
     const QJsonObject watcher{{QStringLiteral("globPattern"), QStringLiteral("**/*.{ys,yslib}")}};

@@ -68,6 +68,12 @@ private:
     QJsonValue hover(const QJsonObject &params);
     QJsonValue helpWithSignature(const QJsonObject &params);
 
+    // progress_messages.cpp: how far the first read of a project is.
+    void askForProgress();
+    void takeAnswer(const Message &message);
+    void tellReading(const QString &projectPath, int read, int all);
+    void sendProgress(const QJsonObject &value);
+
     // text_messages.cpp: texts that open, change and close, and what is told of them.
     QJsonValue opened(const QJsonObject &params);
     QJsonValue changed(const QJsonObject &params);
@@ -91,6 +97,12 @@ private:
     QSet<QString> cancelled; // ids of requests, in the form of idText()
     QString refusal;         // of the request that is worked on: what is wrong with its params
     ClientAbilities abilities;
+    struct Progress {
+        int number = 0;         // of the name that it goes by
+        bool isGranted = false; // by the editor, for one time
+        int percentage = 0;
+    };
+    Progress progress;
 
     Workspace workspace;
     QHash<QString, Document> documents; // by path

@@ -34,6 +34,7 @@ Message checked(const QJsonObject &object) {
     message.params = params;
     if (method.isUndefined() && answers) {
         message.kind = Message::Kind::Response;
+        message.isRefused = object.contains(QLatin1String("error"));
         return message;
     }
     if (!method.isString())

@@ -23,6 +23,7 @@ struct Message {
     QJsonValue id; // of a request; null where one cannot be told
     QString method;
     QJsonValue params;
+    bool isRefused = false; // of a response: what was asked for is not done
     // Of a malformed one.
     RpcError error = RpcError::ParseError;
     QString reason;
