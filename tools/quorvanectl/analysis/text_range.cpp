@@ -35,8 +35,12 @@ int endOfWord(const QString &json, int from) {
 
 } // namespace
 
+int indexOf(const QString &text, const TextPlace &place) {
+    return startOfLine(text, place.line) + place.column - 1;
+}
+
 TextRange valueRange(const QString &json, const TextPlace &from) {
-    const int at = startOfLine(json, from.line) + from.column - 1;
+    const int at = indexOf(json, from);
     if (at < 0 || at >= json.size())
         return {from, from};
     const QChar first = json.at(at);

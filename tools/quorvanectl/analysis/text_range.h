@@ -25,6 +25,9 @@ struct TextRange {
     return {{line, column}, {line, column + units}};
 }
 
+// The index of a place's unit; of one behind the last line it is counted from that line.
+[[nodiscard]] int indexOf(const QString &text, const TextPlace &place);
+
 // Of the JSON value that begins at this place: a text with its quotes, a number or a word as a whole, of
 // an object or an array the bracket that opens it.
 [[nodiscard]] TextRange valueRange(const QString &json, const TextPlace &from);

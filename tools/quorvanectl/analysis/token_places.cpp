@@ -1,12 +1,15 @@
 #include "quorvanectl/analysis/token_places.h"
 
-#include "script/lexer.h"
+#include "script/token_scan.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace ctl {
 namespace {
+
+constexpr int mostUnknown = 100; // characters
 
 bool endsStatement(qint32 kind) {
     return kind == ast::Newline || kind == ast::RBrace || kind == ast::Semicolon;
@@ -28,18 +31,65 @@ int depthStep(qint32 kind) {
     }
 }
 
+int endOfLine(const QString &text, int from) {
+    const int feed = text.indexOf(QLatin1Char('\n'), from);
+    const int end = feed < 0 ? text.size() : feed;
+    return text.at(end - 1) == QLatin1Char('\r') ? end - 1 : end;
+}
+
 } // namespace
 
 TokenPlaces::TokenPlaces(const QString &text)
-    : tokens(ast::Lexer(text).tokenize())
-    , lines{0}
-    , braces(tokens.size(), -1) {
+    : lines{0} {
     for (int feed = text.indexOf(QLatin1Char('\n')); feed >= 0;
          feed = text.indexOf(QLatin1Char('\n'), feed + 1))
         lines.push_back(feed + 1);
+    read(text);
+    findComments(text);
+    matchBraces();
+}
+
+// Behind each unknown character what is left is read as a text of its own.
+void TokenPlaces::read(const QString &text) {
+    int start = 0;
+    for (int unknown = 0; unknown < mostUnknown; ++unknown) {
+        ast::TokenScan scan(text.mid(start));
+        const int line = int(std::upper_bound(lines.begin(), lines.end(), start) - lines.begin());
+        const int column = start - lines[size_t(line - 1)];
+        const std::size_t first = tokens.size();
+        const bool isWhole = scan.read(tokens, std::numeric_limits<qint32>::max());
+        for (std::size_t number = first; number < tokens.size(); ++number) {
+            ast::Token &token = tokens[number];
+            token.column += token.line == 1 ? column : 0;
+            token.line += line - 1;
+        }
+        if (isWhole)
+            return;
+        start += scan.position() + 1;
+    }
+    ast::Token end;
+    end.line = int(lines.size());
+    end.column = text.size() - lines.back() + 1;
+    tokens.push_back(end);
+}
+
+// They stand between the tokens, before that of the line's end.
+void TokenPlaces::findComments(const QString &text) {
+    int behind = 0;
+    for (int number = 0; number < count(); ++number) {
+        const Stretch token = stretchOf(number);
+        const int from = text.midRef(behind, token.from - behind).indexOf(QLatin1String("//"));
+        if (from >= 0)
+            commentPlaces.append({behind + from, endOfLine(text, behind + from)});
+        behind = token.to;
+    }
+}
+
+void TokenPlaces::matchBraces() {
+    braces.assign(tokens.size(), -1);
     std::vector<int> open;
     for (int number = 0; number < count(); ++number) {
-        const qint32 kind = tokens[size_t(number)].kind;
+        const qint32 kind = kindOf(number);
         if (kind == ast::LBrace)
             open.push_back(number);
         if (kind != ast::RBrace || open.empty())

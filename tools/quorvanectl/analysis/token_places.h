@@ -14,7 +14,8 @@ class TokenPlaces {
 public:
     explicit TokenPlaces(const QString &text);
 
-    // None of a text with a character that the language does not know, else Eof is the last one.
+    // A character that the language does not know is passed over, for the first hundred of them. Eof is
+    // the last one.
     [[nodiscard]] int count() const { return int(tokens.size()); }
     // Behind the end it is Eof, or before the start.
     [[nodiscard]] const ast::Token &at(int number) const;
@@ -22,6 +23,9 @@ public:
     [[nodiscard]] Stretch stretchOf(int number) const;
     // The first token at this place or behind it, which count as tokens do.
     [[nodiscard]] int find(int line, int column) const;
+
+    // Where the comments stand, in their order, without what ends their lines.
+    [[nodiscard]] const QVector<Stretch> &comments() const { return commentPlaces; }
 
     // The brace that closes this one; the last token before Eof if none does.
     [[nodiscard]] int closingBrace(int number) const;
@@ -31,10 +35,14 @@ public:
     [[nodiscard]] int closingParenthesis(int number) const;
 
 private:
+    void read(const QString &text);
+    void findComments(const QString &text);
+    void matchBraces();
     [[nodiscard]] int lastToken() const { return count() - 2; }
 
     std::vector<ast::Token> tokens;
-    std::vector<int> lines;  // the index at which each line begins
+    std::vector<int> lines; // the index at which each line begins
+    QVector<Stretch> commentPlaces;
     std::vector<int> braces; // by the number of each '{' the number of its '}', else -1
 };
 

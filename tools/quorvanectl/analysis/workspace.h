@@ -7,7 +7,9 @@
 #include "quorvanectl/analysis/finding.h"
 #include "quorvanectl/analysis/name_record.h"
 #include "quorvanectl/analysis/proposals.h"
+#include "quorvanectl/analysis/project_names.h"
 #include "quorvanectl/analysis/script_store.h"
+#include "quorvanectl/analysis/script_words.h"
 
 #include <QHash>
 #include <QSet>
@@ -15,8 +17,15 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 namespace ctl {
+
+// What takes the place of a global's name: each of the places, or none with the reason.
+struct GlobalRename {
+    QString refusal;
+    QVector<NamePlace> places;
+};
 
 class Workspace {
 public:
@@ -54,6 +63,18 @@ public:
     [[nodiscard]] Proposals proposalsAt(const QString &path, int index);
     [[nodiscard]] std::optional<NameRecord> recordAt(const QString &path, int index);
     [[nodiscard]] std::optional<CallRecord> callAt(const QString &path, int index);
+    // workspace_navigation.cpp: what stands at an index of a script. Where it is declared; where it stands
+    // in all scripts of the project, a global in the project's file too; where in this script alone.
+    [[nodiscard]] QVector<NamePlace> definitionsAt(const QString &path, int index);
+    [[nodiscard]] QVector<NamePlace> referencesAt(const QString &path, int index);
+    [[nodiscard]] QVector<NamePlace> highlightsAt(const QString &path, int index);
+    // The global that stands there, if one does; and where another name is to be put in its place, in
+    // workspace_rename.cpp.
+    [[nodiscard]] std::optional<NameMeaning> globalAt(const QString &path, int index);
+    [[nodiscard]] GlobalRename renameAt(const QString &path, int index, const QString &newName);
+    // The words of an open script, and what of it an editor may fold; nothing of a project's file.
+    [[nodiscard]] QVector<ScriptWord> wordsOf(const QString &path) const;
+    [[nodiscard]] QVector<Fold> foldsOf(const QString &path) const;
     // How many scripts were looked into so far.
     [[nodiscard]] int summaryCount() const { return store.summaryCount(); }
 
@@ -87,6 +108,11 @@ private:
     QString shownPath(const QString &file, const QString &path);
     std::optional<NameRecord> recordOfName(const QString &path, int index, const QString &name,
                                            bool isCall);
+    QStringList scriptsAround(const QString &path);
+    bool isThere(const QString &path) const;
+    QString textNow(const QString &path);
+    QString faultOfScript(const QString &script, const QStringList &names);
+    QString shownName(const QString &path, const QString &script);
 
     ScriptStore store;
     QHash<QString, QString> texts;      // of the open files

@@ -1,0 +1,92 @@
+// A global gets another name, in all scripts of its project and in the project's file, or the reason why not.
+#include "quorvanectl/analysis/workspace.h"
+
+#include "library/function_library.h"
+#include "project/validation_rules.h"
+#include "script/lexer.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+namespace ctl {
+namespace {
+
+bool isOneName(const QString &text) {
+    const std::vector<ast::Token> tokens = ast::Lexer(text).tokenize();
+    return tokens.size() == 2 && tokens.front().kind == ast::Identifier &&
+           tokens.front().text == text;
+}
+
+bool mentions(const QString &text, const QString &name) {
+    const QRegularExpression word(
+        QStringLiteral("(?<!\\w)%1(?!\\w)").arg(QRegularExpression::escape(name)),
+        QRegularExpression::UseUnicodePropertiesOption);
+    return text.contains(word);
+}
+
+// What is wrong with the name by itself; empty if nothing is.
+QString faultOfName(const QString &name) {
+    if (!isOneName(name))
+        return QStringLiteral("'%1' is no name of the script language").arg(name);
+    if (!validator::followsGlobalNaming(name))
+        return QStringLiteral("'%1' breaks the naming rule {camId}_{metric}").arg(name);
+    if (FunctionLibrary::instance().functionNames.contains(name))
+        return QStringLiteral("'%1' is a function of the function library").arg(name);
+    return {};
+}
+
+GlobalRename refused(const QString &reason) {
+    return {reason, {}};
+}
+
+} // namespace
+
+QString Workspace::shownName(const QString &path, const QString &script) {
+    const QString project = projectOf(path);
+    return project.isEmpty() ? QFileInfo(script).fileName()
+                             : QFileInfo(project).absoluteDir().relativeFilePath(script);
+}
+
+GlobalRename Workspace::renameAt(const QString &path, int index, const QString &newName) {
+    const std::optional<NameMeaning> global = globalAt(path, index);
+    if (!global)
+        return refused(QStringLiteral("only a global can be renamed"));
+    const QString fault = faultOfName(newName);
+    if (!fault.isEmpty())
+        return refused(fault);
+    if (newName == global->name)
+        return {};
+    const QStringList scripts = scriptsAround(path);
+    for (const QString &script : scripts) {
+        const QString reason = faultOfScript(script, {global->name, newName});
+        if (!reason.isEmpty())
+            return refused(QStringLiteral("%1 %2").arg(shownName(path, script), reason));
+    }
+    if (ProjectNames(store, scripts).definitionsOf(*global).isEmpty())
+        return refused(QStringLiteral("no script of the project declares '%1'").arg(global->name));
+    return {{}, referencesAt(path, index)};
+}
+
+// Why a script keeps a global from being renamed; empty if it does not. One that is not whole may use a name
+// in ways that nobody sees.
+QString Workspace::faultOfScript(const QString &script, const QStringList &names) {
+    const std::vector<ast::ScriptDiagnostic> findings = store.summaryOf(script)->findings;
+    if (!findings.empty()) {
+        const QString text = textNow(script);
+        if (text.isNull() || mentions(text, names.at(0)) || mentions(text, names.at(1)))
+            return QStringLiteral("has a mistake in line %1: mend it first")
+                .arg(findings.front().line);
+    }
+    const auto symbols = store.symbolsOf(script);
+    for (const NameUse &use : symbols->uses) {
+        if (use.name == names.at(1))
+            return QStringLiteral("has another '%1' in line %2")
+                .arg(use.name,
+                     QString::number(textNow(script).leftRef(use.at.from).count(QLatin1Char('\n')) +
+                                     1));
+    }
+    return {};
+}
+
+} // namespace ctl
