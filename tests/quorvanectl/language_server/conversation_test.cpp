@@ -144,11 +144,16 @@ void ConversationTest::whatItCan() {
     QFETCH(QString, encoding);
     QFETCH(bool, watches);
     const QString expected =
-        QString(
-            R"({"id":0,"jsonrpc":"2.0","result":{"capabilities":{"completionProvider":)"
-            R"({"triggerCharacters":["\""]},"hoverProvider":true,"positionEncoding":"%1",)"
-            R"("signatureHelpProvider":{"triggerCharacters":["(",","]},"textDocumentSync":{"change":2,"openClose":true,"save":true}},)"
-            R"("serverInfo":{"name":"quorvanectl","version":"1.2.3"}}})")
+        QString(R"({"id":0,"jsonrpc":"2.0","result":{"capabilities":{"completionProvider":)"
+                R"({"triggerCharacters":["\""]},"definitionProvider":true,)"
+                R"("documentHighlightProvider":true,"documentSymbolProvider":true,)"
+                R"("foldingRangeProvider":true,"hoverProvider":true,"positionEncoding":"%1",)"
+                R"("referencesProvider":true,"renameProvider":true,"semanticTokensProvider":)"
+                R"({"full":true,"legend":{"tokenModifiers":[],"tokenTypes":["keyword","type",)"
+                R"("function","variable","property","number","string","operator","comment"]}},)"
+                R"("signatureHelpProvider":{"triggerCharacters":["(",","]},)"
+                R"("textDocumentSync":{"change":2,"openClose":true,"save":true}},)"
+                R"("serverInfo":{"name":"quorvanectl","version":"1.2.3"}}})")
             .arg(encoding);
     const QString watching =
         R"({"id":"files","jsonrpc":"2.0","method":"client/registerCapability","params":)"

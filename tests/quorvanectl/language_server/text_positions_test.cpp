@@ -27,6 +27,8 @@ class TextPositionsTest : public QObject {
 private Q_SLOTS:
     void places_data();
     void places();
+    void anIndexOutsideOfTheText();
+    void linesAndColumns();
     void placesBehindTheirLine_data();
     void placesBehindTheirLine();
     void ranges_data();
@@ -78,6 +80,29 @@ void TextPositionsTest::places() {
         QTEST(placeText(at), unit == ColumnUnit::Utf16 ? "utf16" : "utf8");
         QCOMPARE(positions.indexAt(at.value("line").toInt(), at.value("character").toInt()), index);
     }
+}
+
+// A file may have changed since its places were found.
+void TextPositionsTest::anIndexOutsideOfTheText() {
+    for (const ColumnUnit unit : {ColumnUnit::Utf16, ColumnUnit::Utf8}) {
+        const TextPositions positions("ab\nc", unit);
+        QCOMPARE(placeText(positions.positionOf(9)), QString("1:1"));
+        QCOMPARE(placeText(positions.positionOf(-1)), QString("0:0"));
+    }
+}
+
+void TextPositionsTest::linesAndColumns() {
+    const QString text = "a\r\n高b\rc";
+    const TextPositions positions(text, ColumnUnit::Utf8);
+    QCOMPARE(positions.lineAt(2), 0);
+    QCOMPARE(positions.lineAt(3), 1);
+    QCOMPARE(positions.lineAt(text.size()), 2);
+    QCOMPARE(positions.rangeOfLine(0).to, 1);
+    QCOMPARE(positions.rangeOfLine(1).from, 3);
+    QCOMPARE(positions.rangeOfLine(1).to, 5);
+    QCOMPARE(positions.rangeOfLine(2).to, 7);
+    QCOMPARE(positions.columns(3, 5), 4);
+    QCOMPARE(TextPositions(text, ColumnUnit::Utf16).columns(3, 5), 2);
 }
 
 void TextPositionsTest::placesBehindTheirLine_data() {

@@ -6,8 +6,8 @@
 
 #include "quorvanectl/analysis/finding.h"
 #include "quorvanectl/analysis/name_record.h"
-#include "quorvanectl/analysis/proposals.h"
 #include "quorvanectl/analysis/project_names.h"
+#include "quorvanectl/analysis/proposals.h"
 #include "quorvanectl/analysis/script_store.h"
 #include "quorvanectl/analysis/script_words.h"
 
@@ -20,6 +20,8 @@
 #include <optional>
 
 namespace ctl {
+
+inline constexpr char renamesGlobalsAlone[] = "only a global can be renamed";
 
 // What takes the place of a global's name: each of the places, or none with the reason.
 struct GlobalRename {
@@ -109,10 +111,10 @@ private:
     std::optional<NameRecord> recordOfName(const QString &path, int index, const QString &name,
                                            bool isCall);
     QStringList scriptsAround(const QString &path);
+    bool isLookedInto(const QString &path) const;
     bool isThere(const QString &path) const;
     QString textNow(const QString &path);
     QString faultOfScript(const QString &script, const QStringList &names);
-    QString shownName(const QString &path, const QString &script);
 
     ScriptStore store;
     QHash<QString, QString> texts;      // of the open files

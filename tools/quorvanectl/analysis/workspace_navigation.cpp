@@ -129,12 +129,16 @@ QVector<NamePlace> Workspace::highlightsAt(const QString &path, int index) {
     return meaning ? names.placesIn(path, *meaning) : QVector<NamePlace>();
 }
 
+bool Workspace::isLookedInto(const QString &path) const {
+    return !isProjectFile(path) && textOf(path).size() <= largestScript;
+}
+
 QVector<ScriptWord> Workspace::wordsOf(const QString &path) const {
-    return isProjectFile(path) ? QVector<ScriptWord>() : wordsIn(textOf(path));
+    return isLookedInto(path) ? wordsIn(textOf(path)) : QVector<ScriptWord>();
 }
 
 QVector<Fold> Workspace::foldsOf(const QString &path) const {
-    return isProjectFile(path) ? QVector<Fold>() : foldsIn(textOf(path));
+    return isLookedInto(path) ? foldsIn(textOf(path)) : QVector<Fold>();
 }
 
 std::optional<NameMeaning> Workspace::globalAt(const QString &path, int index) {

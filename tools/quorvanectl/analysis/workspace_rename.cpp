@@ -5,8 +5,6 @@
 #include "project/validation_rules.h"
 #include "script/lexer.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QRegularExpression>
 
 namespace ctl {
@@ -42,16 +40,10 @@ GlobalRename refused(const QString &reason) {
 
 } // namespace
 
-QString Workspace::shownName(const QString &path, const QString &script) {
-    const QString project = projectOf(path);
-    return project.isEmpty() ? QFileInfo(script).fileName()
-                             : QFileInfo(project).absoluteDir().relativeFilePath(script);
-}
-
 GlobalRename Workspace::renameAt(const QString &path, int index, const QString &newName) {
     const std::optional<NameMeaning> global = globalAt(path, index);
     if (!global)
-        return refused(QStringLiteral("only a global can be renamed"));
+        return refused(QLatin1String(renamesGlobalsAlone));
     const QString fault = faultOfName(newName);
     if (!fault.isEmpty())
         return refused(fault);
@@ -61,7 +53,7 @@ GlobalRename Workspace::renameAt(const QString &path, int index, const QString &
     for (const QString &script : scripts) {
         const QString reason = faultOfScript(script, {global->name, newName});
         if (!reason.isEmpty())
-            return refused(QStringLiteral("%1 %2").arg(shownName(path, script), reason));
+            return refused(QStringLiteral("%1 %2").arg(shownPath(script, path), reason));
     }
     if (ProjectNames(store, scripts).definitionsOf(*global).isEmpty())
         return refused(QStringLiteral("no script of the project declares '%1'").arg(global->name));

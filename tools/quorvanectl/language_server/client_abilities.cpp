@@ -43,6 +43,9 @@ ClientAbilities abilitiesIn(const QJsonObject &params) {
     abilities.readsMarkdown = at(client, {"textDocument", "hover", "contentFormat"})
                                   .toArray()
                                   .contains(QLatin1String("markdown"));
+    abilities.nestsSymbols =
+        can({"textDocument", "documentSymbol", "hierarchicalDocumentSymbolSupport"});
+    abilities.asksBeforeRename = can({"textDocument", "rename", "prepareSupport"});
     abilities.takesOffsets = can({"textDocument", "signatureHelp", "signatureInformation",
                                   "parameterInformation", "labelOffsetSupport"});
     return abilities;

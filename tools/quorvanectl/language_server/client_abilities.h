@@ -15,6 +15,8 @@ struct ClientAbilities {
     bool showsProgress = false;     // of what the server does by itself
     bool fillsSnippets = false;     // puts in texts with places to fill in
     bool readsMarkdown = false;     // where it shows what a name stands for
+    bool nestsSymbols = false;      // takes a symbol's name apart from its whole
+    bool asksBeforeRename = false;  // whether there is something to rename
     bool takesOffsets = false;      // of the parameters in a signature
 };
 

@@ -54,6 +54,14 @@ const LanguageServer::Method *LanguageServer::methodOf(const Message &message) {
         {"textDocument/completion", true, &LanguageServer::complete},
         {"textDocument/hover", true, &LanguageServer::hover},
         {"textDocument/signatureHelp", true, &LanguageServer::helpWithSignature},
+        {"textDocument/definition", true, &LanguageServer::findDefinition},
+        {"textDocument/references", true, &LanguageServer::findReferences},
+        {"textDocument/documentHighlight", true, &LanguageServer::highlight},
+        {"textDocument/prepareRename", true, &LanguageServer::prepareRename},
+        {"textDocument/rename", true, &LanguageServer::rename},
+        {"textDocument/documentSymbol", true, &LanguageServer::listSymbols},
+        {"textDocument/foldingRange", true, &LanguageServer::listFolds},
+        {"textDocument/semanticTokens/full", true, &LanguageServer::listWords},
         {"workspace/didChangeWatchedFiles", false, &LanguageServer::filesChanged},
     };
     const bool isRequest = message.kind == Message::Kind::Request;
@@ -88,8 +96,15 @@ void LanguageServer::answerRequest(const Message &message) {
 
 void LanguageServer::answer(const QJsonValue &id, const Method &method, const QJsonObject &params) {
     refusal.clear();
+    refusalError = RpcError::InvalidParams;
     const QJsonValue result = (this->*method.handler)(params);
-    send(refusal.isEmpty() ? answerTo(id, result) : errorFor(id, RpcError::InvalidParams, refusal));
+    send(refusal.isEmpty() ? answerTo(id, result) : errorFor(id, refusalError, refusal));
+    positions.clear(); // the next message may change a text
+}
+
+void LanguageServer::refuse(RpcError error, const QString &reason) {
+    refusal = reason;
+    refusalError = error;
 }
 
 // A notification has no answer: one that is not known, or comes at the wrong time, is passed over.
@@ -112,13 +127,14 @@ QJsonValue LanguageServer::initialize(const QJsonObject &params) {
     const QLatin1String encoding(abilities.unit == ColumnUnit::Utf8 ? "utf-8" : "utf-16");
     const QJsonArray quote{QStringLiteral("\"")}; // in which imports, keys and roles stand
     const QJsonArray callSigns{QStringLiteral("("), QStringLiteral(",")};
-    const QJsonObject capabilities{{QStringLiteral("positionEncoding"), encoding},
-                                   {QStringLiteral("textDocumentSync"), sync},
-                                   {QStringLiteral("completionProvider"),
-                                    QJsonObject{{QStringLiteral("triggerCharacters"), quote}}},
-                                   {QStringLiteral("hoverProvider"), true},
-                                   {QStringLiteral("signatureHelpProvider"),
-                                    QJsonObject{{QStringLiteral("triggerCharacters"), callSigns}}}};
+    QJsonObject capabilities{{QStringLiteral("positionEncoding"), encoding},
+                             {QStringLiteral("textDocumentSync"), sync},
+                             {QStringLiteral("completionProvider"),
+                              QJsonObject{{QStringLiteral("triggerCharacters"), quote}}},
+                             {QStringLiteral("hoverProvider"), true},
+                             {QStringLiteral("signatureHelpProvider"),
+                              QJsonObject{{QStringLiteral("triggerCharacters"), callSigns}}}};
+    addNavigation(&capabilities);
     const QJsonObject info{{QStringLiteral("name"), QStringLiteral("quorvanectl")},
                            {QStringLiteral("version"), QCoreApplication::applicationVersion()}};
     return QJsonObject{{QStringLiteral("capabilities"), capabilities},

@@ -49,6 +49,7 @@ private:
     // language_server.cpp: which message goes where.
     void answerRequest(const Message &message);
     void answer(const QJsonValue &id, const Method &method, const QJsonObject &params);
+    void refuse(RpcError error, const QString &reason);
     void takeNotification(const Message &message);
     static const Method *methodOf(const Message &message);
     QJsonValue initialize(const QJsonObject &params);
@@ -74,6 +75,22 @@ private:
     void tellReading(const QString &projectPath, int read, int all);
     void sendProgress(const QJsonObject &value);
 
+    // navigation_messages.cpp: where names are declared and used.
+    QJsonObject locationOf(const NamePlace &place);
+    QJsonValue findDefinition(const QJsonObject &params);
+    QJsonValue findReferences(const QJsonObject &params);
+    QJsonValue highlight(const QJsonObject &params);
+    QJsonValue prepareRename(const QJsonObject &params);
+    QJsonValue rename(const QJsonObject &params);
+
+    // outline_messages.cpp: what a script is made of, and what is told of all this when an editor begins.
+    std::optional<QString> askedText(const QJsonObject &params);
+    QJsonValue listSymbols(const QJsonObject &params);
+    QJsonObject symbolJson(const QString &path, const ScriptName &name);
+    QJsonValue listFolds(const QJsonObject &params);
+    QJsonValue listWords(const QJsonObject &params);
+    void addNavigation(QJsonObject *capabilities) const;
+
     // text_messages.cpp: texts that open, change and close, and what is told of them.
     QJsonValue opened(const QJsonObject &params);
     QJsonValue changed(const QJsonObject &params);
@@ -95,7 +112,8 @@ private:
     State state = State::Fresh;
     std::optional<int> status;
     QSet<QString> cancelled; // ids of requests, in the form of idText()
-    QString refusal;         // of the request that is worked on: what is wrong with its params
+    QString refusal;         // of the request that is worked on: why it has no answer
+    RpcError refusalError = RpcError::InvalidParams;
     ClientAbilities abilities;
     struct Progress {
         int number = 0;         // of the name that it goes by
@@ -113,7 +131,8 @@ private:
         QJsonArray diagnostics; // the same in the editor's columns
     };
     QMap<QString, Told> told;
-    QHash<QString, TextPositions> positions; // of the texts that one publication looks into
+    QHash<QString, TextPositions>
+        positions; // of the texts that one answer or publication looks into
 };
 
 } // namespace ctl

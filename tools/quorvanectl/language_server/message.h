@@ -15,6 +15,7 @@ enum class RpcError {
     InvalidParams = -32602,
     ServerNotInitialized = -32002,
     RequestCancelled = -32800,
+    RequestFailed = -32803,
 };
 
 struct Message {

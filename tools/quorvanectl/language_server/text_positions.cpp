@@ -45,11 +45,9 @@ TextPositions::TextPositions(const QString &of, ColumnUnit countedIn)
 int TextPositions::indexAt(int line, int column) const {
     if (line >= lines.size())
         return text.size();
-    int end = line + 1 < lines.size() ? lines.at(line + 1) : text.size();
-    while (end > lines.at(line) &&
-           (text.at(end - 1) == lineFeed || text.at(end - 1) == carriageReturn))
-        --end;
-    int index = lines.at(line);
+    const IndexRange whole = rangeOfLine(line);
+    const int end = whole.to;
+    int index = whole.from;
     if (unit == ColumnUnit::Utf16)
         return qMin(end, column > end - index ? end : index + column);
     for (int bytes = 0; index < end && bytes + bytesAt(text, index) <= column; ++index)
@@ -70,14 +68,31 @@ std::optional<IndexRange> TextPositions::indexRange(const QJsonValue &range) con
     return IndexRange{indexAt(*numbers[0], *numbers[1]), indexAt(*numbers[2], *numbers[3])};
 }
 
+int TextPositions::lineAt(int index) const {
+    return int(std::upper_bound(lines.begin(), lines.end(), index) - lines.begin()) - 1;
+}
+
+IndexRange TextPositions::rangeOfLine(int line) const {
+    const int from = lines.at(line);
+    int end = line + 1 < lines.size() ? lines.at(line + 1) : text.size();
+    while (end > from && (text.at(end - 1) == lineFeed || text.at(end - 1) == carriageReturn))
+        --end;
+    return {from, end};
+}
+
+int TextPositions::columns(int from, int to) const {
+    if (unit == ColumnUnit::Utf16)
+        return to - from;
+    int bytes = 0;
+    for (int i = from; i < to; ++i)
+        bytes += bytesAt(text, i);
+    return bytes;
+}
+
 QJsonObject TextPositions::positionOf(int index) const {
-    const int line = int(std::upper_bound(lines.begin(), lines.end(), index) - lines.begin()) - 1;
-    int column = index - lines.at(line);
-    if (unit == ColumnUnit::Utf8) {
-        column = 0;
-        for (int i = lines.at(line); i < index; ++i)
-            column += bytesAt(text, i);
-    }
+    const int within = qBound(0, index, text.size());
+    const int line = lineAt(within);
+    const int column = columns(lines.at(line), within);
     return {{QStringLiteral("line"), line}, {QStringLiteral("character"), column}};
 }
 

@@ -30,9 +30,16 @@ public:
     [[nodiscard]] int indexAt(int line, int column) const;
     // Nothing for what is no range, or one whose end comes before its start.
     [[nodiscard]] std::optional<IndexRange> indexRange(const QJsonValue &range) const;
+    // An index outside of the text is drawn into it.
     [[nodiscard]] QJsonObject positionOf(int index) const;
     [[nodiscard]] QJsonObject rangeBetween(int from, int to) const; // indices
     [[nodiscard]] QJsonObject rangeOf(const TextRange &range) const;
+
+    // The line of the protocol that an index stands in, and what of the text is in a line, without its
+    // end; of a range within a line the columns that it has.
+    [[nodiscard]] int lineAt(int index) const;
+    [[nodiscard]] IndexRange rangeOfLine(int line) const;
+    [[nodiscard]] int columns(int from, int to) const;
 
 private:
     [[nodiscard]] int indexOf(const TextPlace &place) const;
