@@ -1,6 +1,9 @@
 // Ten thousand edits, one after the other, of a project's files as an editor sends them: what the editor
 // shows at any moment is what a check finds that reads the same texts from the disk for the first time.
 //
+// Between the edits the editor asks where names lead. Whatever it asks, each place that it is told stands in
+// the text; and where no script has a mistake, the answers are those of a server that has just begun.
+//
 // WALK_SEED=<seed> walks the same way again.
 #include "quorvanectl/language_server/language_server.h"
 
@@ -13,7 +16,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QUrl>
+#include <QVector>
+
+#include <algorithm>
 
 using support::ProjectFolder;
 
@@ -42,6 +49,10 @@ const QStringList &pieces() {
     static const QStringList list{"global int x_y;\n",
                                   "global float x_y = 1;\n",
                                   "global int width;\n",
+                                  "function f(n) { x_y = n; return g(n) }\n",
+                                  "function g(高) {\nfor (int i = 0; i < 高; i++) f(i)\n}\n",
+                                  "x_y = f(width) // f\n",
+                                  "int n; { n = n + 1; int n; n++ }\n",
                                   "import \"a.ys\";\n",
                                   "import \"b.ys\";\n",
                                   "import \"./c.ys\";\n",
@@ -77,6 +88,52 @@ QString uriOf(const QString &path) {
     return QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded());
 }
 
+// What the editor asks at a place of a text, by the name of the method.
+struct Question {
+    const char *method;
+    QJsonObject params;
+};
+
+const QVector<Question> &questions() {
+    static const QVector<Question> list{
+        {"definition", {}},
+        {"references", {{"context", QJsonObject{{"includeDeclaration", true}}}}},
+        {"documentHighlight", {}},
+        {"prepareRename", {}},
+        {"rename", {{"newName", "x_z"}}},
+        {"documentSymbol", {}},
+        {"foldingRange", {}},
+        {"semanticTokens/full", {}}};
+    return list;
+}
+
+// By the protocol's count.
+QStringList linesOf(const QString &text) {
+    return text.split(QRegularExpression("\r\n|\r|\n"));
+}
+
+bool isIn(const QStringList &lines, const QJsonObject &position) {
+    const int line = position.value("line").toInt(-1);
+    const int column = position.value("character").toInt(-1);
+    return line >= 0 && line < lines.size() && column >= 0 && column <= lines.at(line).size();
+}
+
+// Five numbers for each word: its line and column from those of the one before it, its length, and more.
+bool areWordsIn(const QStringList &lines, const QJsonArray &data) {
+    int line = 0;
+    int column = 0;
+    for (int i = 0; i + 4 < data.size(); i += 5) {
+        const int lineStep = data.at(i).toInt(-1);
+        line += lineStep;
+        column = data.at(i + 1).toInt(-1) + (lineStep == 0 ? column : 0);
+        const int end = column + data.at(i + 2).toInt(-1);
+        if (!isIn(lines, {{"line", line}, {"character", column}}) || end <= column ||
+            end > lines.at(line).size())
+            return false;
+    }
+    return data.size() % 5 == 0;
+}
+
 // The editor: its texts, and what it shows.
 class Editor {
 public:
@@ -103,6 +160,47 @@ public:
             replaceAll(name, QString());
         else
             replaceStretch(name);
+    }
+
+    // Asks something of an open script. Gives what is wrong with the answer, if anything is.
+    QString ask() {
+        const QString name = scriptNames.at(below(scriptNames.size()));
+        if (!texts.contains(name))
+            return {};
+        const Question &question = questions().at(below(questions().size()));
+        const QJsonObject answer = answerOf(server, question, name, somewhereIn(texts.value(name)));
+        const bool isRefused = QString(question.method).contains("ename");
+        if (answer.contains("error") ? isRefused : arePlacesIn(answer.value("result"), name))
+            return {};
+        return QString("%1 of %2: %3").arg(question.method, name, jsonOf(answer));
+    }
+
+    // Whether no open script has a mistake, which would let it keep the names that it had.
+    bool isWhole() const {
+        return std::all_of(shows.begin(), shows.end(), [](const QJsonArray &findings) {
+            return std::all_of(findings.begin(), findings.end(), isOfProject);
+        });
+    }
+
+    // What a server that begins now leads to from any place, and this one does not, or otherwise.
+    QString otherAnswers() {
+        ctl::LanguageServer fresh{[this](const QJsonObject &message) { hear(message); }};
+        sayTo(fresh, "initialize", {{"capabilities", QJsonObject()}}, 0);
+        for (auto text = texts.begin(); text != texts.end(); ++text)
+            sayTo(fresh, "textDocument/didOpen", {{"textDocument", itemOf(text.key())}});
+        for (const QString &name : scriptNames) {
+            for (int index = 0; texts.contains(name) && index <= texts.value(name).size();
+                 index += 1 + below(30)) {
+                for (const Question &question : questions()) {
+                    const QString expected = jsonOf(answerOf(fresh, question, name, index));
+                    const QString answer = jsonOf(answerOf(server, question, name, index));
+                    if (answer != expected)
+                        return QString("%1 of %2 at %3: %4, not %5")
+                            .arg(question.method, name, QString::number(index), answer, expected);
+                }
+            }
+        }
+        return {};
     }
 
     // What a check finds that reads what counts now from a folder of its own. A line for each.
@@ -135,14 +233,59 @@ public:
             for (const QJsonValue &finding : file.value()) {
                 const QString code = finding.toObject().value("code").toString();
                 const QString message = finding.toObject().value("message").toString();
-                const bool isOfProject = code.isEmpty() || code == "YS404" || code == "YS408";
-                lines.append(isOfProject ? message : lineOf(nameOf(file.key()), code, message));
+                lines.append(isOfProject(finding) ? message
+                                                  : lineOf(nameOf(file.key()), code, message));
             }
         }
         return inOrder(lines);
     }
 
 private:
+    static bool isOfProject(const QJsonValue &finding) {
+        const QString code = finding.toObject().value("code").toString();
+        return code.isEmpty() || code == "YS404" || code == "YS408";
+    }
+
+    static QString jsonOf(const QJsonObject &object) {
+        return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    }
+
+    QJsonObject answerOf(ctl::LanguageServer &asked, const Question &question, const QString &name,
+                         int index) {
+        QJsonObject params = question.params;
+        params.insert("textDocument", identifier(name));
+        params.insert("position", positionOf(texts.value(name), index));
+        heard = {};
+        sayTo(asked, (QByteArray("textDocument/") + question.method).constData(), params, 1);
+        return heard;
+    }
+
+    // Places stand in the text of the address beside or above them, else in that of `name`.
+    bool arePlacesIn(const QJsonValue &value, const QString &name) const {
+        if (value.isArray()) {
+            const QJsonArray list = value.toArray();
+            return std::all_of(list.begin(), list.end(), [&](const QJsonValue &element) {
+                return arePlacesIn(element, name);
+            });
+        }
+        const QJsonObject object = value.toObject();
+        const QString file = object.contains("uri") ? nameOf(object.value("uri").toString()) : name;
+        const QStringList lines = linesOf(texts.value(file, saved.value(file)));
+        if (object.contains("start"))
+            return isIn(lines, object.value("start").toObject()) &&
+                   isIn(lines, object.value("end").toObject());
+        if (object.contains("startLine"))
+            return object.value("endLine").toInt() < lines.size();
+        if (object.contains("data"))
+            return areWordsIn(lines, object.value("data").toArray());
+        for (auto element = object.constBegin(); element != object.constEnd(); ++element) {
+            const bool isFile = element.key().startsWith("file:"); // of the edits of a rename
+            if (!arePlacesIn(element.value(), isFile ? nameOf(element.key()) : file))
+                return false;
+        }
+        return true;
+    }
+
     static QString lineOf(const QString &name, const QString &code, const QString &message) {
         return name + ' ' + code + ' ' + message;
     }
@@ -158,10 +301,15 @@ private:
     int below(int bound) { return int(random.bounded(quint32(bound))); }
 
     void say(const char *method, const QJsonObject &params, int id = -1) {
+        sayTo(server, method, params, id);
+    }
+
+    static void sayTo(ctl::LanguageServer &to, const char *method, const QJsonObject &params,
+                      int id = -1) {
         QJsonObject message{{"jsonrpc", "2.0"}, {"method", method}, {"params", params}};
         if (id >= 0)
             message.insert("id", id);
-        server.take({QJsonDocument(message).toJson(QJsonDocument::Compact)});
+        to.take({QJsonDocument(message).toJson(QJsonDocument::Compact)});
     }
 
     QJsonObject identifier(const QString &name) const {
@@ -170,9 +318,19 @@ private:
 
     void open(const QString &name) {
         texts.insert(name, saved.value(name));
+        say("textDocument/didOpen", {{"textDocument", itemOf(name)}});
+    }
+
+    QJsonObject itemOf(const QString &name) const {
         QJsonObject item = identifier(name);
         item.insert("text", texts.value(name));
-        say("textDocument/didOpen", {{"textDocument", item}});
+        return item;
+    }
+
+    // Answers alone.
+    void hear(const QJsonObject &message) {
+        if (!message.contains("method"))
+            heard = message;
     }
 
     void close(const QString &name) {
@@ -236,6 +394,7 @@ private:
     QMap<QString, QString> saved;
     QMap<QString, QString> texts;
     QMap<QString, QJsonArray> shows;
+    QJsonObject heard; // the last answer
     int version = 1;
     ctl::LanguageServer server{[this](const QJsonObject &message) {
         const QJsonObject params = message.value("params").toObject();
@@ -243,6 +402,7 @@ private:
             shows.insert(params.value("uri").toString(), params.value("diagnostics").toArray());
         else if (message.contains("method"))
             qFatal("%s", QJsonDocument(message).toJson().constData());
+        hear(message);
     }};
 };
 
@@ -263,15 +423,24 @@ void RandomWalkTest::whatIsShownIsWhatACheckFinds() {
     qInfo("WALK_SEED=%u", seed);
     Editor editor(seed);
     int looksAcross = 0;
+    int looksAtWholeTexts = 0;
     for (int i = 1; i <= edits; ++i) {
         editor.edit();
+        const QString wrong = editor.ask();
+        QVERIFY2(wrong.isEmpty(), qPrintable(wrong));
         if (i % editsBetweenLooks != 0)
             continue;
         const QStringList expected = editor.expected();
         QCOMPARE(editor.shown(), expected);
+        if (editor.isWhole()) {
+            const QString others = editor.otherAnswers();
+            QVERIFY2(others.isEmpty(), qPrintable(others));
+            ++looksAtWholeTexts;
+        }
         looksAcross += expected.filter("重复定义").isEmpty() ? 0 : 1;
     }
     QVERIFY(looksAcross > 0); // else the texts were spoilt all the way
+    QVERIFY(looksAtWholeTexts > 0);
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, RandomWalkTest)
