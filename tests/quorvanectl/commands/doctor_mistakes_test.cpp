@@ -57,6 +57,7 @@ private Q_SLOTS:
     void refusals();
     void theRememberedProject();
     void inJson();
+    void theRoomIsToldWithoutAProjectToo();
     void aFullDisk();
 };
 
@@ -91,8 +92,7 @@ void DoctorMistakesTest::whatIsWrong_data() {
     row("no core plug-in", "rm -r pc/bin/plugins", healthy, "Error core-plugin",
         "Core plugin missing: @here/pc/bin/plugins/CoreOperators.dll\n");
     row("no function library", "rm pc/bin/config/FunctionLib.ini", healthy,
-        "Warning function-library",
-        "FunctionLib.ini: no such file\n    Repair the installation: ");
+        "Warning function-library", "FunctionLib.ini: no such file\n    Repair the installation: ");
     row("no version of the runtime", "rm pc/bin/config/release_version.json", healthy,
         "Warning version", "the version of the runtime is not known\n");
     row("a clock that is behind the log", "touch -d 2099-01-02 data/launcher.log", healthy,
@@ -213,6 +213,16 @@ void DoctorMistakesTest::inJson() {
     QCOMPARE(json["project"].toString(), desk.path("line/line.yslib"));
     const int held = desk.read("line/line.yslib").size() + desk.read("line/m.ys").size() + 10;
     QCOMPARE(json["neededBytes"].toInt(), 2 * held);
+}
+
+void DoctorMistakesTest::theRoomIsToldWithoutAProjectToo() {
+    const Desk desk(command, linePc());
+    const QJsonObject json =
+        QJsonDocument::fromJson(
+            desk.type("@ --offline --install pc --data data --format json").out.toUtf8())
+            .object();
+    QVERIFY(json["freeBytes"].toDouble() > 0);
+    QCOMPARE(json["neededBytes"].toInt(), 0);
 }
 
 void DoctorMistakesTest::aFullDisk() {

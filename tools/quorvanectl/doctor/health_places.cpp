@@ -121,10 +121,8 @@ void examineRules(const QString &projectFile, Health *health) {
 
 // An update unpacks a project there and copies the old one beside it.
 void examineSpace(const HealthPlaces &places, qint64 projectBytes, Health *health) {
-    const QStorageInfo volume(places.data.path);
     health->neededBytes = 2 * projectBytes;
-    health->freeBytes = volume.bytesAvailable();
-    if (!volume.isValid() || health->freeBytes >= health->neededBytes)
+    if (!QStorageInfo(places.data.path).isValid() || health->freeBytes >= health->neededBytes)
         return;
     addError(health, "space",
              QStringLiteral("%1: %2 are free, and an update of the project needs %3")
@@ -141,6 +139,7 @@ void examineDataFolder(const HealthPlaces &places, Health *health) {
     if (!QFileInfo(folder).isDir())
         return addWarning(health, "data-folder", QStringLiteral("%1: no such folder").arg(folder),
                           QStringLiteral("Start the launcher once, as the line's user."));
+    health->freeBytes = QStorageInfo(folder).bytesAvailable();
     if (!QFileInfo(folder).isWritable())
         addError(health, "data-folder",
                  QStringLiteral("%1: this user may not write there").arg(folder),
