@@ -8,9 +8,10 @@
 //             what that takes, no program with it can do without
 //   memory    the peak above that of a process that fetches nothing: at most 1.1 times the body
 //
-//   benchmark_update [PROJECTS [MEBIBYTES [ROUNDS]]]
+//   benchmark_update [PROJECTS [MEBIBYTES [ROUNDS [PROGRAM]]]]
 //
-// Each fetch is a process of its own, on both sides: the program starts itself for it.
+// Each fetch is a process of its own, on both sides: the program starts itself for it. PROGRAM is another
+// build of this one, whose fetch is measured instead.
 
 #include "../support/measured_process.h"
 #include "support/certificate_maker.h"
@@ -155,7 +156,7 @@ void compare(const char *against, int mebibytes, const Side &ours, const Side &o
         median(ours.processor), median(other.processor), int(ours.wall.size()));
 }
 
-void compareFetch(const QDir &folder, int mebibytes, int rounds) {
+void compareFetch(const QDir &folder, int mebibytes, int rounds, const QByteArray &program) {
     writePackage(folder, mebibytes);
     const Server server(folder);
     const QByteArray url = "https://localhost:" + QByteArray::number(server.port) + "/package.zip";
@@ -165,7 +166,7 @@ void compareFetch(const QDir &folder, int mebibytes, int rounds) {
     Side bare;
     Side curl;
     for (int round = 0; round < rounds; ++round) {
-        ours.add(runProcess({self, "--fetch", url, server.authorityPath}));
+        ours.add(runProcess({program, "--fetch", url, server.authorityPath}));
         bare.add(
             runProcess({self, "--bare", url, server.authorityPath, QByteArray::number(mebibytes)}));
         curl.add(runProcess({"curl", "--disable", "--silent", "--fail", "--cacert",
@@ -228,6 +229,7 @@ int main(int argc, char **argv) {
     const QDir folder(temporary.path());
     const int rounds = number(3, 5);
     compareVerification(folder, number(1, 1000), rounds);
-    compareFetch(folder, number(2, 256), rounds);
+    compareFetch(folder, number(2, 256), rounds,
+                 QFile::encodeName(arguments.value(4, QCoreApplication::applicationFilePath())));
     return 0;
 }

@@ -5,8 +5,10 @@
 //             takes the key from its DER form anew for each of them, as the command does, and finds key,
 //             text and signature in memory
 //
-//   benchmark_verify [MANIFESTS [ROUNDS]]
+//   benchmark_verify [MANIFESTS [ROUNDS [TOOL]]]
 //
+// TOOL is another build's quorvanectl. It is started for each manifest alone, as one had to be that took
+// no more than one.
 // Processor time decides, for both sides are busy all the time; the wall's stands beside it.
 
 #include "../support/measured_process.h"
@@ -112,17 +114,27 @@ Spent verifyInALoop(const std::vector<Signed> &all, const QByteArray &der) {
     return spent;
 }
 
-std::vector<QByteArray> commandFor(const QDir &folder, int manifests) {
-    std::vector<QByteArray> command{QUORVANE_TOOL,
-                                    "update",
-                                    "verify",
-                                    "--key",
-                                    QFile::encodeName(folder.filePath("update.pub")),
-                                    "--format",
-                                    "json"};
-    for (int i = 0; i < manifests; ++i)
+std::vector<QByteArray> commandFor(const QDir &folder, const QByteArray &tool, int first, int end) {
+    std::vector<QByteArray> command{
+        tool,       "update", "verify", "--key", QFile::encodeName(folder.filePath("update.pub")),
+        "--format", "json"};
+    for (int i = first; i < end; ++i)
         command.push_back(QFile::encodeName(folder.filePath(QStringLiteral("%1.json").arg(i))));
     return command;
+}
+
+Spent verifyAll(const QDir &folder, int manifests) {
+    return runProcess(commandFor(folder, QUORVANE_TOOL, 0, manifests));
+}
+
+Spent verifyEach(const QDir &folder, const QByteArray &tool, int manifests) {
+    Spent sum;
+    for (int i = 0; i < manifests; ++i) {
+        const Spent one = runProcess(commandFor(folder, tool, i, i + 1));
+        sum.seconds += one.seconds;
+        sum.processorSeconds += one.processorSeconds;
+    }
+    return sum;
 }
 
 } // namespace
@@ -137,13 +149,14 @@ int main(int argc, char **argv) {
     const QByteArray der = key.publicDer();
     write(folder.filePath("update.pub"), key.publicPem().toUtf8());
     const std::vector<Signed> all = writeManifests(folder, manifests, key);
-    const std::vector<QByteArray> command = commandFor(folder, manifests);
+    const QByteArray other = argc > 3 ? argv[3] : "";
     if (!std::freopen("/dev/null", "w", stdout)) // the reports; figures go to standard error
         return 1;
 
     std::vector<double> tool, toolWall, loop, loopWall;
     for (int round = 0; round < rounds; ++round) {
-        const Spent own = runProcess(command);
+        const Spent own =
+            other.isEmpty() ? verifyAll(folder, manifests) : verifyEach(folder, other, manifests);
         const Spent floor = verifyInALoop(all, der);
         tool.push_back(1000 * own.processorSeconds / manifests);
         toolWall.push_back(1000 * own.seconds / manifests);
