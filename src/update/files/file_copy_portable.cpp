@@ -4,6 +4,7 @@
 
 #include "update/files/write_out.h"
 
+#include <QByteArray>
 #include <QFile>
 
 #include <fcntl.h>
@@ -12,11 +13,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 namespace {
 
 constexpr off_t copyPiece = writeOutPiece;
+constexpr size_t copyBlock = 1 << 18; // bytes
 
 class Descriptor {
 public:
@@ -45,15 +48,36 @@ bool moveAll(int target, off_t *left, Move move) {
     return true;
 }
 
+// False also where the disk takes only a part and then nothing.
+bool writeAll(int target, const char *block, ssize_t size) {
+    for (ssize_t done = 0; done < size;) {
+        const ssize_t written = ::write(target, block + done, size_t(size - done));
+        if (written <= 0)
+            return false;
+        done += written;
+    }
+    return true;
+}
+
+bool moveByHand(int source, int target, off_t *left) {
+    QByteArray block(int(copyBlock), Qt::Uninitialized);
+    return moveAll(target, left, [&](size_t piece) -> ssize_t {
+        const ssize_t size = ::read(source, block.data(), std::min(piece, copyBlock));
+        return writeAll(target, block.constData(), size) ? size : -1;
+    });
+}
+
 // By the first call both share their blocks until one of them is written to, where the file system can. What
-// it refuses, or takes for the end, is sent by the second, from where the first has stopped.
+// it refuses, or takes for the end, is sent by the second, from where the first has stopped. Some file systems
+// know neither.
 bool moveContent(int source, int target, off_t size) {
     off_t left = size;
     (void)moveAll(target, &left, [&](size_t piece) {
         return ::copy_file_range(source, nullptr, target, nullptr, piece, 0);
     });
     return moveAll(target, &left,
-                   [&](size_t piece) { return ::sendfile(target, source, nullptr, piece); });
+                   [&](size_t piece) { return ::sendfile(target, source, nullptr, piece); }) ||
+           ((errno == EINVAL || errno == ENOSYS) && moveByHand(source, target, &left));
 }
 
 } // namespace
