@@ -25,7 +25,7 @@ def copy_of(source, folder):
     """What belongs to the tree, with other times."""
     listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "-z"], cwd=source, check=True,
                             stdout=subprocess.PIPE).stdout
-    names = [name for name in listed.split(b"\0") if name and os.path.lexists(os.path.join(os.fsencode(source), name))]
+    names = [name for name in listed.split(b"\0") if name and (source / os.fsdecode(name)).is_file()]
     copied = subprocess.run(["tar", "-c", "--null", "-T", "-"], cwd=source, input=b"\0".join(names), check=True,
                             stdout=subprocess.PIPE).stdout
     folder.mkdir(parents=True)
