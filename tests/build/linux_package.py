@@ -54,7 +54,7 @@ def pages_that_are_missing(build, folder):
     """README and THIRD-PARTY, and the pictures that the first shows."""
     subprocess.run(["cmake", "--install", build, "--prefix", folder, "--component", "documents"],
                    stdout=subprocess.DEVNULL, check=True)
-    wanted = ["README.md", "README.zh-CN.md", "SECURITY.md", "THIRD-PARTY.md", "docs/support.md"]
+    wanted = ["README.md", "README.zh-CN.md", "CHANGELOG.md", "SECURITY.md", "THIRD-PARTY.md", "docs/support.md"]
     for page in wanted[:2]:
         if (folder / page).exists():
             wanted += re.findall(r"^!\[.*?\]\((.*?)\)", (folder / page).read_text(encoding="utf-8"), re.M)
