@@ -1,7 +1,8 @@
 #include "frame/log_append.h"
 
+#include "frame/long_name_windows.h"
+
 #include <QCryptographicHash>
-#include <QDir>
 #include <QFileInfo>
 
 #include <windows.h>
@@ -13,16 +14,20 @@ namespace {
 // Longer than any line takes; a launcher that is held up meanwhile must not hold up the others.
 const DWORD longestWait = 5000; // ms
 
-LPCWSTR wide(const QString &text) {
-    return reinterpret_cast<LPCWSTR>(text.utf16());
-}
-
 // One name for all launchers that write to the same file, in whichever session of Windows they run.
 // It must stay as it is from one release to the next.
-QString turnName(const QString &path) {
+std::wstring turnName(const QString &path) {
     const QByteArray file = QFileInfo(path).absoluteFilePath().toLower().toUtf8();
     const QByteArray hash = QCryptographicHash::hash(file, QCryptographicHash::Sha256).toHex();
-    return QStringLiteral("Global\\Quorvane.log.") + QString::fromLatin1(hash);
+    return (QStringLiteral("Global\\Quorvane.log.") + QString::fromLatin1(hash)).toStdWString();
+}
+
+// The one that others made, an administrator among them, may only be waited for. Null on failure.
+HANDLE openTurn(const std::wstring &name) {
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, name.c_str());
+    return mutex == nullptr && GetLastError() == ERROR_ACCESS_DENIED
+               ? OpenMutexW(SYNCHRONIZE, FALSE, name.c_str())
+               : mutex;
 }
 
 // Whether the last to ask for a turn waited in vain. Its owner hangs, or a debugger holds it: until the
@@ -34,7 +39,7 @@ std::atomic<bool> waitedInVain{false};
 class Turn {
 public:
     explicit Turn(const QString &path)
-        : mutex(CreateMutexW(nullptr, FALSE, wide(turnName(path)))) {
+        : mutex(openTurn(turnName(path))) {
         if (!mutex)
             return;
         const DWORD outcome = WaitForSingleObject(mutex, waitedInVain ? 0 : longestWait);
@@ -63,11 +68,10 @@ private:
 // On a disk of Windows that is one step. Where another system keeps the file, or stands in for
 // Windows, it may be two, and therefore writers take turns.
 bool appendToFile(const QString &path, const QByteArray &text) {
-    const QString native = QDir::toNativeSeparators(path);
     QByteArray bytes = text;
     bytes.replace("\n", "\r\n");
     const Turn turn(path);
-    const HANDLE file = CreateFileW(wide(native), FILE_APPEND_DATA,
+    const HANDLE file = CreateFileW(longName(path).c_str(), FILE_APPEND_DATA,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                     OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)

@@ -9,6 +9,8 @@
 
 #include <windows.h>
 
+#include <sddl.h>
+
 #include <string>
 #include <thread>
 
@@ -82,6 +84,9 @@ private Q_SLOTS:
 
     // Under the turn's name lies something that is no turn.
     void aNameThatIsTakenCostsNoLine();
+
+    // Its owner is an administrator, and others may do nothing with it but wait.
+    void aTurnWithFewRightsIsWaitedFor();
     void noHandleIsKept();
 };
 
@@ -148,6 +153,28 @@ void LogAppendTest::aNameThatIsTakenCostsNoLine() {
     QVERIFY(appendToFile(path, "one\n"));
     QCOMPARE(bytesOf(path), QByteArray("one\r\n"));
     CloseHandle(taken);
+}
+
+void LogAppendTest::aTurnWithFewRightsIsWaitedFor() {
+    const QString path = folder.filePath("few rights.log");
+    PSECURITY_DESCRIPTOR few = nullptr;
+    QVERIFY(ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:(A;;0x100000;;;WD)",
+                                                                 SDDL_REVISION_1, &few, nullptr));
+    SECURITY_ATTRIBUTES attributes{sizeof attributes, few, FALSE};
+    const HANDLE turn = CreateMutexW(&attributes, TRUE, turnName(path).c_str());
+    LocalFree(few);
+    QVERIFY(turn);
+    const HANDLE all = CreateMutexW(nullptr, FALSE, turnName(path).c_str());
+    if (all != nullptr)
+        CloseHandle(all);
+    QVERIFY(timeOfALine(logPath) >= 0); // the last wait was not in vain
+    const qint64 time = timeOfALine(path);
+    ReleaseMutex(turn);
+    QVERIFY(timeOfALine(path) >= 0); // for the tests to come the turn has come back
+    CloseHandle(turn);
+    if (all != nullptr)
+        QSKIP("no such rights here");
+    QVERIFY2(time >= 4900, QByteArray::number(time).constData());
 }
 
 void LogAppendTest::noHandleIsKept() {

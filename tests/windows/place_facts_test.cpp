@@ -6,6 +6,7 @@
 #include "support/staged_main.h"
 #include "update/files/file_copy.h"
 #include "update/files/file_operations.h"
+#include "update/files/folder_listing.h"
 
 #include <windows.h>
 
@@ -60,6 +61,7 @@ private Q_SLOTS:
     void aProjectOnAServerIsReplaced();
     void namesOfOneFolder_data();
     void namesOfOneFolder();
+    void anEmptyVolumeIsListed();
     void aFileThatTheDiskDoesNotTake();
     void cleanupTestCase();
 };
@@ -156,6 +158,23 @@ void PlaceFactsTest::namesOfOneFolder() {
         QCOMPARE(realPath(other), realPath(one));
     if (same)
         QVERIFY2(realPath(other).endsWith("/A long name"), qPrintable(realPath(other)));
+}
+
+// Its root has no entries for itself and the folder above, as other folders have. A folder of Wine's prefix
+// stands for one.
+void PlaceFactsTest::anEmptyVolumeIsListed() {
+    const QString volume = QFileInfo(serverFolder() + "/../../y:").absoluteFilePath();
+    if (serverFolder().isEmpty() || !QDir().mkdir(volume))
+        QSKIP("no volume");
+    QFileInfoList entries;
+    QString unreadable;
+    const bool isListed = listFolder("Y:/", &entries, &unreadable);
+    const bool isFound = listFolder("Y:/none", &entries, &unreadable);
+    QVERIFY(QDir().rmdir(volume));
+    QVERIFY(isListed);
+    QCOMPARE(entries.size(), 0);
+    QVERIFY(!isFound);
+    QCOMPARE(unreadable, QString("Y:/none"));
 }
 
 // Linux has files that can be written to and that no disk holds; Wine shows them.

@@ -3,7 +3,7 @@
 #include "placer/package_list.h"
 #include "placer/sure_files.h"
 
-#include "update/files/failure.h"
+#include "update/files/patient_files.h"
 #include "update/files/text_file.h"
 
 #include <QFile>
@@ -82,8 +82,7 @@ bool writeJournal(const Places &places, const Journal &journal, QString *error) 
 }
 
 bool removeJournal(const Places &places, QString *error) {
-    QFile file(places.journal());
-    return file.remove() || failAbout(places.journal(), file.errorString(), error);
+    return removeFileWhenFree(places.journal(), error);
 }
 
 bool takeSteps(const Places &places, const Journal &journal, QString *error) {

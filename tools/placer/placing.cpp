@@ -4,6 +4,8 @@
 #include "placer/plan.h"
 #include "placer/release_version.h"
 #include "placer/sure_files.h"
+#include "update/files/patience.h"
+#include "update/files/patient_files.h"
 #include "update/files/place_facts.h"
 #include "update/files/text_file.h"
 #include "update/files/work_lock.h"
@@ -132,11 +134,8 @@ QStringList foldersOf(const QStringList &files) {
 }
 
 bool removeFile(const Places &places, const QString &path, QString *error) {
-    QFile file(places.at(path));
-    if (!file.exists() || file.remove())
-        return true;
-    *error = QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
-    return false;
+    const QString place = places.at(path);
+    return !QFile::exists(place) || removeFileWhenFree(place, error);
 }
 
 Report removeFiles(const Places &places, const PackageList &installed) {
@@ -161,8 +160,9 @@ Report removeFiles(const Places &places, const PackageList &installed) {
 }
 
 QString programInUse(const Places &places, const PackageList &installed) {
+    Patience patience;
     for (auto file = installed.files.begin(); file != installed.files.end(); ++file) {
-        if (isHeld(places.at(file.key())))
+        if (isHeld(places.at(file.key()), &patience))
             return file.key();
     }
     return QString();
@@ -231,9 +231,8 @@ Report removeInstallation(const Places &places) {
         if (report.outcome != Outcome::Done)
             return report;
         // The last, since it says what else there is.
-        if (!QFile::remove(list)) {
+        if (!removeFileWhenFree(list, &report.reason)) {
             report.outcome = Outcome::Unfinished;
-            report.reason = list;
             return report;
         }
     }

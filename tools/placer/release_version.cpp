@@ -2,6 +2,7 @@
 
 #include "placer/sure_files.h"
 #include "update/files/failure.h"
+#include "update/files/patient_files.h"
 #include "update/files/text_file.h"
 
 #include <QFile>
@@ -102,8 +103,7 @@ bool removeLauncherVersion(const QString &path, QString *error) {
     object.remove(QLatin1String(launcherVersionKey));
     if (!object.isEmpty())
         return writeSurely(path, QJsonDocument(object).toJson(), error);
-    QFile file(path);
-    return file.remove() || failAbout(path, file.errorString(), error);
+    return removeFileWhenFree(path, error);
 }
 
 } // namespace placer

@@ -1,17 +1,14 @@
 // Changes to files that a power cut does not take back, or leaves as they were: the files have a pair of
 // halves, sure_files_portable.cpp and sure_files_windows.cpp; what both share is in sure_files.cpp.
 //
-// Free functions without state. Failure is false with the reason, in English, in `error`.
+// Free functions without state. Failure is false with the reason, in English, in `error`. What a virus scanner
+// or an indexer has open for a moment is tried again, as update/files/patient_files.h has it.
 #pragma once
 
 #include <QByteArray>
 #include <QString>
 
 namespace placer {
-
-// How long a file that somebody else has open is tried again: a virus scanner or an indexer looks into a
-// new file for a moment.
-inline constexpr int patienceMs = 2000;
 
 // Renames a file, on one volume, to a place where nothing is; it is refused where something is. The file
 // may be a running program. The folder of the new place is there: a rename then takes no room on the disk.

@@ -3,6 +3,7 @@
 #include "frame/app_paths.h"
 #include "launcher/offer/apply_places.h"
 #include "update/files/file_operations.h"
+#include "update/files/patient_files.h"
 #include "update/files/private_folder.h"
 #include "update/files/work_lock.h"
 
@@ -73,7 +74,7 @@ Outcome StickPackage::copyFrom(const QString &package, const CancelFlag *cancelR
 
 void StickPackage::remove() {
     if (!folder.isEmpty())
-        (void)removeDirectory(folder); // the next apply tries again
+        (void)removeFolderWhenFree(folder); // the next apply tries again
     folder.clear();
     copy.clear();
     inUse.reset();

@@ -2,6 +2,8 @@
 #include "update/files/file_copy.h"
 
 #include "update/files/folder_listing.h"
+#include "update/files/passing_refusal_windows.h"
+#include "update/files/patience.h"
 #include "update/files/place_facts.h"
 #include "update/files/read_only_mark_windows.h"
 
@@ -9,12 +11,21 @@
 
 namespace {
 
+// Beside all others who have it open; a new file may be in a scanner's hands, who lets nobody write to it.
+HANDLE openForWriting(const QString &path, Patience *patience) {
+    for (;;) {
+        const HANDLE file = CreateFileW(longName(path).c_str(), GENERIC_WRITE,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (file != INVALID_HANDLE_VALUE || !isHeldByOthers(GetLastError()) || !patience->goesOn())
+            return file;
+    }
+}
+
 // The system asks for the right to write, which a file that is marked as read-only gives nobody.
-bool flushFile(const QString &path) {
+bool flushFile(const QString &path, Patience *patience) {
     const WithoutReadOnlyMark unmarked(path);
-    const HANDLE file = CreateFileW(longName(path).c_str(), GENERIC_WRITE,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = openForWriting(path, patience);
     if (file == INVALID_HANDLE_VALUE)
         return false;
     const bool flushed = FlushFileBuffers(file) != FALSE;
@@ -30,6 +41,7 @@ bool copyFileContent(const QString &source, const QString &destination) {
 
 bool flushFolder(const QString &folder) {
     QStringList folders{folder};
+    Patience patience;
     for (int i = 0; i < folders.size(); ++i) {
         QFileInfoList entries;
         if (!listFolder(folders.at(i), &entries))
@@ -39,7 +51,7 @@ bool flushFolder(const QString &folder) {
                 continue;
             if (info.isDir())
                 folders.append(info.filePath());
-            else if (!flushFile(info.filePath()))
+            else if (!flushFile(info.filePath(), &patience))
                 return false;
         }
     }

@@ -4,6 +4,7 @@
 #include "update/files/file_copy.h"
 #include "update/files/folder_listing.h"
 #include "update/files/folder_removal.h"
+#include "update/files/patience.h"
 #include "update/files/place_facts.h"
 #include "update/files/text_file.h"
 
@@ -106,8 +107,9 @@ bool isEmptyWhenRemoved(const QString &folder) {
 // and one that something cannot be taken out of would be left in parts. What is hidden is not copied.
 bool canBeTakenApart(const QString &target, QString *error) {
     const bool targetIsLink = isLink(QFileInfo(target)); // all of it that is removed
-    bool removable =
-        mayTakeFrom(QFileInfo(QDir::cleanPath(target)).absolutePath()) && !isHeld(target);
+    Patience patience;
+    bool removable = mayTakeFrom(QFileInfo(QDir::cleanPath(target)).absolutePath()) &&
+                     !isHeld(target, &patience);
     std::vector<Inside> folders{{target, false}};
     QStringList unlisted;
     for (std::size_t i = 0; i < folders.size(); ++i) {
@@ -122,7 +124,7 @@ bool canBeTakenApart(const QString &target, QString *error) {
             const bool hidden = folder.hidden || info.isHidden();
             if (info.isFile() && !hidden && !mayRead(info.filePath()))
                 return failCopying(info.filePath(), error);
-            removable = removable && (targetIsLink || !isHeld(info.filePath()));
+            removable = removable && (targetIsLink || !isHeld(info.filePath(), &patience));
             if (info.isDir() && !isLink(info))
                 folders.push_back({info.filePath(), hidden});
         }

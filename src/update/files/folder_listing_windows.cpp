@@ -1,6 +1,6 @@
 // Not by the C++ library, which opens no folder there whose path has more than 260 characters.
+#include "frame/long_name_windows.h"
 #include "update/files/folder_listing.h"
-#include "update/files/long_name_windows.h"
 
 #include <QDir>
 
@@ -18,7 +18,9 @@ bool listFolder(const QString &folder, QFileInfoList *entries, QString *unreadab
             entries->append(QFileInfo(QDir(folder).filePath(name)));
         more = FindNextFileW(search, &entry) != 0;
     }
-    const bool whole = search != INVALID_HANDLE_VALUE && GetLastError() == ERROR_NO_MORE_FILES;
+    // The root of a volume has no entry for itself: where it is empty, nothing is found at once.
+    const DWORD end = search != INVALID_HANDLE_VALUE ? ERROR_NO_MORE_FILES : ERROR_FILE_NOT_FOUND;
+    const bool whole = !folder.isEmpty() && GetLastError() == end;
     if (search != INVALID_HANDLE_VALUE)
         FindClose(search);
     if (!whole && unreadable != nullptr)

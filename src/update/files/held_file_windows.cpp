@@ -1,5 +1,5 @@
+#include "frame/long_name_windows.h"
 #include "update/files/held_file.h"
-#include "update/files/long_name_windows.h"
 
 #include <windows.h>
 

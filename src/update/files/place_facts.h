@@ -7,6 +7,7 @@
 
 #include <filesystem>
 
+class Patience;
 class QFileInfo;
 
 // What lies there itself: a link is not followed. `none` if the system does not tell.
@@ -39,8 +40,9 @@ class QFileInfo;
 [[nodiscard]] bool mayRead(const QString &file);
 
 // Whether the file or the folder cannot be removed: because a program holds it open or runs from it,
-// or because a right is missing on it. Only where the system ties that to the entry itself.
-[[nodiscard]] bool isHeld(const QString &entry);
+// or because a right is missing on it. Only where the system ties that to the entry itself. Who holds it may
+// let go while there is patience; without any it is told as it is now.
+[[nodiscard]] bool isHeld(const QString &entry, Patience *patience = nullptr);
 
 // Whether a volume is mounted on `folder` itself, so that it cannot be removed.
 [[nodiscard]] bool isMountPoint(const QString &folder);

@@ -42,7 +42,7 @@ bool mayRead(const QString &file) {
 }
 
 // What is open can be removed all the same, and is gone for all others.
-bool isHeld(const QString &) {
+bool isHeld(const QString &, Patience *) {
     return false;
 }
 

@@ -1,4 +1,6 @@
-#include "update/files/long_name_windows.h"
+#include "frame/long_name_windows.h"
+#include "update/files/passing_refusal_windows.h"
+#include "update/files/patience.h"
 #include "update/files/place_facts.h"
 #include "update/files/read_only_mark_windows.h"
 
@@ -42,8 +44,12 @@ QString shareOf(const QString &path) {
                                                  : QString();
 }
 
-bool isGranted(const QString &entry, DWORD access) {
-    return OpenPlace(entry, access, FILE_FLAG_OPEN_REPARSE_POINT).isOpen();
+bool isGranted(const QString &entry, DWORD access, Patience *patience) {
+    do {
+        if (OpenPlace(entry, access, FILE_FLAG_OPEN_REPARSE_POINT).isOpen())
+            return true;
+    } while (isHeldByOthers(GetLastError()) && patience != nullptr && patience->goesOn());
+    return false;
 }
 
 } // namespace
@@ -114,15 +120,15 @@ bool mayRead(const QString &) {
 // A program that runs, and a library that is loaded, may be opened for removal and cannot be removed;
 // only the right to write tells. A mark as read-only would refuse that right, but hinders no removal,
 // which takes it off: so it is off while the system is asked.
-bool isHeld(const QString &entry) {
+bool isHeld(const QString &entry, Patience *patience) {
     const DWORD attributes = GetFileAttributesW(longName(entry).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return kindOf(entry) != std::filesystem::file_type::not_found;
     const bool isMarked = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-        return !isGranted(entry, DELETE | (isMarked ? FILE_WRITE_ATTRIBUTES : 0));
+        return !isGranted(entry, DELETE | (isMarked ? FILE_WRITE_ATTRIBUTES : 0), patience);
     const WithoutReadOnlyMark unmarked(entry);
-    return !isGranted(entry, DELETE | FILE_WRITE_DATA);
+    return !isGranted(entry, DELETE | FILE_WRITE_DATA, patience);
 }
 
 // A mounted volume is a junction there, and removed as one.

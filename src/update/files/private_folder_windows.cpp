@@ -1,7 +1,7 @@
 // Its list of rights has one entry, this user's, which files and folders below take over.
 #include "update/files/private_folder.h"
 
-#include "update/files/long_name_windows.h"
+#include "frame/long_name_windows.h"
 #include "update/files/owner_rights_windows.h"
 
 #include <windows.h>

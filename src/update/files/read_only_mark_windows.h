@@ -2,7 +2,7 @@
 // removed, whatever rights one has on it.
 #pragma once
 
-#include "update/files/long_name_windows.h"
+#include "frame/long_name_windows.h"
 
 #include <windows.h>
 
@@ -13,8 +13,9 @@ public:
     explicit WithoutReadOnlyMark(const QString &path)
         : name(longName(path))
         , before(GetFileAttributesW(name.c_str())) {
+        const DWORD others = before & ~DWORD(FILE_ATTRIBUTE_READONLY);
         if (wasMarked())
-            (void)SetFileAttributesW(name.c_str(), before & ~DWORD(FILE_ATTRIBUTE_READONLY));
+            (void)SetFileAttributesW(name.c_str(), others != 0 ? others : FILE_ATTRIBUTE_NORMAL);
     }
     ~WithoutReadOnlyMark() {
         if (wasMarked())
