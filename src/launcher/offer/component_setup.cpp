@@ -2,6 +2,7 @@
 //
 // The launcher neither waits for an installer nor records its outcome: once it has finished, the
 // installer itself writes its version to config/release_version.json.
+#include "launcher/offer/shell_turn.h"
 #include "launcher/offer/update_component.h"
 #include "launcher/offer/update_context.h"
 
@@ -107,6 +108,7 @@ bool isStillProved(const Installer &installer, const HeldFile &proved, const QSt
 
 // As a process of its own that outlives the launcher.
 bool startInstaller(const Installer &installer) {
+    const ShellTurn turn; // for an installer that asks for an administrator
     return QProcess::startDetached(installer.path, {});
 }
 
