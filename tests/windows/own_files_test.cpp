@@ -15,6 +15,8 @@
 #include <aclapi.h>
 #include <sddl.h>
 
+#include <thread>
+
 using ctl::Readers;
 
 namespace {
@@ -82,6 +84,7 @@ private Q_SLOTS:
     void passphrasesFromAHandle_data();
     void passphrasesFromAHandle();
     void whatStandsBehindTheLineIsLeft();
+    void aWriterThatWritesNothingIsStillThere();
     void noHandle();
 
 private:
@@ -158,6 +161,26 @@ void OwnFilesTest::whatStandsBehindTheLineIsLeft() {
     QVERIFY(first.readFrom(number) && second.readFrom(number));
     CloseHandle(pipe);
     QCOMPARE(QByteArray(second.data()), QByteArray("b"));
+}
+
+// As some programs do before their first line.
+void OwnFilesTest::aWriterThatWritesNothingIsStillThere() {
+    HANDLE reading = nullptr;
+    HANDLE writing = nullptr;
+    QVERIFY(CreatePipe(&reading, &writing, nullptr, 65536));
+    std::thread writer([writing] {
+        DWORD written = 0;
+        (void)WriteFile(writing, "", 0, &written, nullptr);
+        (void)WriteFile(writing, "right\n", 6, &written, nullptr);
+        CloseHandle(writing);
+    });
+    ctl::Passphrase passphrase;
+    QString error;
+    const bool isRead = passphrase.readFrom(int(reinterpret_cast<intptr_t>(reading)), &error);
+    writer.join();
+    CloseHandle(reading);
+    QVERIFY2(isRead, qPrintable(error));
+    QCOMPARE(QByteArray(passphrase.data()), QByteArray("right"));
 }
 
 void OwnFilesTest::noHandle() {

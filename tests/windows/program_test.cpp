@@ -130,6 +130,9 @@ void ProgramTest::theManifestOfTheTool() {
     QVERIFY(manifest.contains("level=\"asInvoker\" uiAccess=\"false\""));
     QVERIFY(manifest.contains(">true</longPathAware>"));
     QVERIFY(manifest.contains(">UTF-8</activeCodePage>"));
+    // Else it would be told that each screen has 96 dots to an inch.
+    QVERIFY(manifest.contains(">PerMonitorV2, PerMonitor</dpiAwareness>"));
+    QVERIFY(manifest.contains(">true/pm</dpiAware>"));
     QVERIFY(manifest.contains("name=\"Quorvane.quorvanectl\" version=\"" QUORVANE_VERSION ".0\""));
     FreeLibrary(tool);
 }

@@ -140,18 +140,18 @@ void FileAccessTest::whatWasReadIsNotOverwritten() {
 void FileAccessTest::whatIsTheSamePlace() {
     const support::ProjectFolder folder;
     const QString file = folder.write("a", "1");
-    QVERIFY(ctl::isSamePlace(file, file));
-    QVERIFY(ctl::isSamePlace(folder.path(""), folder.path(".")));
-    QVERIFY(!ctl::isSamePlace(file, folder.write("b", "1")));
-    QVERIFY(!ctl::isSamePlace(folder.path("none"), folder.path("none")));
-    QVERIFY(!ctl::isSamePlace(file, QString()));
+    QVERIFY(ctl::isOnePlace(file, file));
+    QVERIFY(ctl::isOnePlace(folder.path(""), folder.path(".")));
+    QVERIFY(!ctl::isOnePlace(file, folder.write("b", "1")));
+    QVERIFY(!ctl::isOnePlace(folder.path("none"), folder.path("none")));
+    QVERIFY(!ctl::isOnePlace(file, QString()));
     if (!support::makeLink(file, folder.path("link")))
         return; // Wine makes none
-    QVERIFY(ctl::isSamePlace(file, folder.path("link")));
+    QVERIFY(ctl::isOnePlace(file, folder.path("link")));
     std::error_code failure;
     std::filesystem::create_hard_link(file.toStdString(), folder.path("twin").toStdString(),
                                       failure);
-    QVERIFY(!failure && ctl::isSamePlace(folder.path("twin"), file));
+    QVERIFY(!failure && ctl::isOnePlace(folder.path("twin"), file));
 }
 
 // A process's own memory is such a file: it opens, and its first byte cannot be read.

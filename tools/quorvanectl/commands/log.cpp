@@ -4,6 +4,7 @@
 #include "quorvanectl/commands/log_printing.h"
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/unpack.h"
+#include "quorvanectl/files/work_folder.h"
 #include "quorvanectl/log/start_json.h"
 #include "quorvanectl/shell/json_output.h"
 #include "quorvanectl/shell/progress.h"
@@ -11,7 +12,6 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QTemporaryDir>
 
 #include <deque>
 #include <limits>
@@ -107,7 +107,7 @@ bool readOptions(const QCommandLineParser &parser, Wanted *wanted, QString *erro
 }
 
 // The log itself, or that of an archive for support, which is unpacked.
-bool openLog(const QString &path, const QTemporaryDir &place, QFile *log, QString *error) {
+bool openLog(const QString &path, const WorkFolder &place, QFile *log, QString *error) {
     QString found = path;
     if (!isUsableFile(path, error, std::numeric_limits<qint64>::max()))
         return false;
@@ -220,7 +220,7 @@ bool tellLog(QFile &log, Teller *teller, const QString &path, QString *error) {
 int run(const QCommandLineParser &parser, Console &console) {
     QString error;
     Wanted wanted;
-    const QTemporaryDir place;
+    const WorkFolder place;
     QFile log;
     if (!readOptions(parser, &wanted, &error))
         return refuse(console, error);

@@ -1,11 +1,14 @@
 // quorvanectl: checks, publishes and explains from a command line what the launcher decides in its
 // window. It needs no display, and makes nothing but what it is asked for.
 #include "quorvanectl/entry/command_line.h"
+#include "quorvanectl/files/given_paths.h"
 #include "quorvanectl/shell/console.h"
 
 #include <QCoreApplication>
 #include <QFileDevice>
 #include <QTextCodec>
+
+#include <algorithm>
 
 namespace {
 
@@ -26,6 +29,12 @@ bool allWritten(const ctl::Console &console) {
 // own words what went wrong.
 void dropDebugLog(QtMsgType, const QMessageLogContext &, const QString &) {}
 
+QStringList givenArguments() {
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    std::transform(arguments.begin(), arguments.end(), arguments.begin(), ctl::withoutLengthMark);
+    return arguments;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -36,7 +45,7 @@ int main(int argc, char **argv) {
     QCoreApplication::setApplicationVersion(QStringLiteral(QUORVANE_VERSION));
     readPathsAsUtf8();
     ctl::Console console = ctl::standardConsole();
-    const int status = ctl::runCommandLine(QCoreApplication::arguments().mid(1), console);
+    const int status = ctl::runCommandLine(givenArguments(), console);
     if (!allWritten(console))
         return ctl::refuse(console,
                            QStringLiteral("standard output: %1").arg(console.out->errorString()));

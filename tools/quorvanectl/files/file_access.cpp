@@ -1,16 +1,17 @@
 #include "quorvanectl/files/file_access.h"
 
+#include "quorvanectl/files/given_paths.h"
 #include "quorvanectl/files/interruption.h"
 #include "update/files/failure.h"
 #include "update/files/memory_guard.h"
+#include "update/files/patient_files.h"
+#include "update/files/place_facts.h"
 #include "update/files/text_file.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
-#include <filesystem>
-#include <system_error>
 
 namespace ctl {
 namespace {
@@ -81,17 +82,16 @@ bool isTaken(const QString &path) {
     return info.exists() || info.isSymLink();
 }
 
-bool isSamePlace(const QString &one, const QString &other) {
-    const auto place = [](const QString &path) {
-        return std::filesystem::u8path(path.toUtf8().constData());
-    };
-    std::error_code failure;
+bool isOnePlace(const QString &one, const QString &other) {
     const QString canonical = QFileInfo(one).canonicalFilePath();
-    return !canonical.isEmpty() && (canonical == QFileInfo(other).canonicalFilePath() ||
-                                    std::filesystem::equivalent(place(one), place(other), failure));
+    return !canonical.isEmpty() &&
+           (canonical == QFileInfo(other).canonicalFilePath() || isSamePlace(one, other));
 }
 
 bool mayWrite(const QString &path, bool force, QString *error, const QStringList &inputs) {
+    const QString fault = pathFault(path);
+    if (!fault.isEmpty())
+        return failAbout(path, fault, error);
     if (!isTaken(path))
         return true;
     const QFileInfo info(path);
@@ -100,7 +100,7 @@ bool mayWrite(const QString &path, bool force, QString *error, const QStringList
     if (info.exists() && !info.isFile()) // a rename would put a file in a device's place
         return failAbout(path, QStringLiteral("is no plain file"), error);
     for (const QString &input : inputs) {
-        if (isSamePlace(path, input))
+        if (isOnePlace(path, input))
             return failAbout(path, QStringLiteral("is read by this command and not overwritten"),
                              error);
     }
@@ -114,7 +114,9 @@ bool openFile(QSaveFile &file, bool force, QString *error) {
 }
 
 bool commitFile(QSaveFile &file, QString *error) {
-    // commit() does not look at what its own flush comes to, on a full disk for example.
+    // commit() does not look at what its own flush comes to, on a full disk for example. It cannot be asked a
+    // second time, so whoever has the old file open is waited for before.
+    waitUntilFree(file.fileName());
     return (file.flush() && file.commit()) || failAbout(file.fileName(), file.errorString(), error);
 }
 

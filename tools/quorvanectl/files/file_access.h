@@ -32,7 +32,7 @@ inline constexpr qint64 largestText = 67108864; // bytes, 64 MiB
 
 // Whether both names lead to the same file or folder, by whatever links and mounts. What is not there is
 // the same as nothing.
-[[nodiscard]] bool isSamePlace(const QString &one, const QString &other);
+[[nodiscard]] bool isOnePlace(const QString &one, const QString &other);
 
 // Whether `path` may be written: nothing is there yet, or it is a plain file and `force` is given. One
 // of `inputs`, which the command has read, may not be.

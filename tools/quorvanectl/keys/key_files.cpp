@@ -3,10 +3,12 @@
 #include "frame/app_paths.h"
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/fingerprint.h"
+#include "quorvanectl/files/given_paths.h"
 #include "quorvanectl/files/interruption.h"
 #include "quorvanectl/keys/own_files.h"
 #include "quorvanectl/keys/signing_key.h"
 #include "update/files/failure.h"
+#include "update/files/patient_files.h"
 #include "update/files/private_folder.h"
 #include "update/manifest_signature.h"
 
@@ -46,6 +48,9 @@ bool isFree(const QString &path, QString *error) {
 } // namespace
 
 bool isFreeForKeys(const QString &folder, QString *error) {
+    const QString fault = pathFault(folder);
+    if (!fault.isEmpty())
+        return failAbout(folder, fault, error);
     if (!isFree(privatePathIn(folder), error) || !isFree(publicPathIn(folder), error))
         return false;
     return !isTaken(folder) || QFileInfo(folder).isDir() ||
@@ -75,7 +80,7 @@ KeyFiles makeKeyFiles(const QString &folder, const Passphrase *passphrase) {
         return files;
     files.ok = writeNewFile(files.publicPath, publicPem, Readers::Everybody, &files.error);
     if (!files.ok)
-        (void)QFile::remove(files.privatePath); // made a moment ago
+        (void)removeFileWhenFree(files.privatePath); // made a moment ago
     files.fingerprint = fingerprintOf(decodePemBody(QString::fromLatin1(publicPem)));
     return files;
 }

@@ -1,7 +1,7 @@
 #include "quorvanectl/keys/own_files.h"
 
+#include "frame/long_name_windows.h"
 #include "update/files/failure.h"
-#include "update/files/long_name_windows.h"
 #include "update/files/owner_rights_windows.h"
 
 #include <windows.h>
@@ -89,9 +89,11 @@ bool writeNewFile(const QString &path, const QByteArray &content, Readers reader
                         QStringLiteral("this volume keeps no rights of files, and everybody could "
                                        "read a private key there"),
                         error);
-    CloseHandle(file);
+    // Ours, and half a key is none: it goes with the handle, before anybody else can open it.
+    FILE_DISPOSITION_INFO goes{TRUE};
     if (!whole)
-        DeleteFileW(longName(path).c_str()); // ours, and half a key is none
+        (void)SetFileInformationByHandle(file, FileDispositionInfo, &goes, sizeof goes);
+    CloseHandle(file);
     return whole;
 }
 

@@ -95,9 +95,15 @@ char SilentTerminal::read() const {
 }
 
 Got readByte(int descriptor, char *byte, QString *reason) {
+    const HANDLE handle = handleOf(descriptor);
+    const bool isPipe = GetFileType(handle) == FILE_TYPE_PIPE;
     DWORD got = 0;
-    if (ReadFile(handleOf(descriptor), byte, 1, &got, nullptr) != 0)
-        return got == 1 ? Got::Byte : Got::End;
+    while (ReadFile(handle, byte, 1, &got, nullptr) != 0) {
+        if (got == 1)
+            return Got::Byte;
+        if (!isPipe) // who writes nothing to a pipe has not left it
+            return Got::End;
+    }
     const DWORD failure = GetLastError();
     if (failure == ERROR_BROKEN_PIPE || failure == ERROR_HANDLE_EOF) // its writer has gone
         return Got::End;

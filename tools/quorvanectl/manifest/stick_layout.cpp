@@ -6,6 +6,7 @@
 #include "quorvanectl/files/json_input.h"
 #include "quorvanectl/manifest/manifest_format.h"
 #include "update/files/failure.h"
+#include "update/files/patient_files.h"
 #include "update/files/place_facts.h"
 #include "update/files/text_file.h"
 #include "update/manifest_keys.h"
@@ -142,7 +143,7 @@ bool copyAll(StickCopy &copy, const QStringList &packages, const QString &manife
              QString *error) {
     // An update that is half replaced must not be found: the old manifest goes first.
     const QString old = copy.target.filePath(manifest);
-    if (QFileInfo::exists(old) && !QFile::remove(old))
+    if (QFileInfo::exists(old) && !removeFileWhenFree(old))
         return failAbout(old, QStringLiteral("cannot be removed"), error);
     for (const QString &package : packages) {
         if (!copy.copyFile(package, error) || !readsBack(copy, package, error))

@@ -1,15 +1,16 @@
 #include "quorvanectl/package/new_project.h"
 
 #include "quorvanectl/files/file_access.h"
+#include "quorvanectl/files/work_folder.h"
 #include "quorvanectl/package/package_names.h"
 #include "update/files/failure.h"
+#include "update/files/patient_files.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QTemporaryDir>
 
 namespace ctl {
 namespace {
@@ -156,13 +157,13 @@ QString makeProject(const QString &folder, const QString &displayName, QString *
     if (!canBeNamed(place, error))
         return QString();
     // Beside its place, since no rename leaves a volume.
-    QTemporaryDir workshop(info.path() + QStringLiteral("/.new_project-XXXXXX"));
+    const WorkFolder workshop(info.path() + QStringLiteral("/.new_project-XXXXXX"));
     const QString made = workshop.filePath(QStringLiteral("project"));
     if (!workshop.isValid())
         (void)failAbout(folder, QStringLiteral("cannot write there"), error);
     else if (writeTemplates(made, info.fileName(),
                             displayName.isEmpty() ? info.fileName() : displayName, error) &&
-             QDir().rename(made, place))
+             renameWhenFree(made, place))
         return QDir(folder).filePath(info.fileName() + QStringLiteral(".yslib"));
     else if (error->isEmpty())
         (void)failAbout(folder, QStringLiteral("cannot write there"), error);

@@ -4,6 +4,7 @@
 #include "project/project_file.h"
 #include "quorvanectl/files/file_access.h"
 #include "quorvanectl/files/interruption.h"
+#include "quorvanectl/files/work_folder.h"
 #include "quorvanectl/files/zip_writer.h"
 #include "quorvanectl/package/package_names.h"
 #include "quorvanectl/package/project_package.h"
@@ -11,19 +12,18 @@
 #include "quorvanectl/package/version_in_text.h"
 #include "update/files/failure.h"
 #include "update/files/folder_listing.h"
+#include "update/files/patient_files.h"
 #include "update/files/text_file.h"
 #include "update/files/version_text.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QMap>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
-#include <system_error>
 
 namespace ctl {
 namespace {
@@ -187,12 +187,7 @@ QStringList faultsOf(const ProjectPackage &package, qint64 size) {
 bool moveIn(const QString &from, const QString &to, bool overwrite, QString *error) {
     if (!mayWrite(to, overwrite, error)) // it may have appeared meanwhile
         return false;
-    std::error_code failure;
-    const auto place = [](const QString &path) {
-        return std::filesystem::u8path(path.toUtf8().constData());
-    };
-    std::filesystem::rename(place(from), place(to), failure);
-    return !failure || failAbout(to, QString::fromLocal8Bit(failure.message().c_str()), error);
+    return renameOverWhenFree(from, to, error);
 }
 
 // Letters of any script stay; what a URL or a shell reads in its own way does not.
@@ -229,7 +224,7 @@ bool liesOutside(const QString &folder, const QString &outFolder, QString *error
         place = QFileInfo(place).path();
     place = QFileInfo(place).canonicalFilePath();
     for (QString below; place != below; place = QFileInfo(place).path()) {
-        if (isSamePlace(place, folder))
+        if (isOnePlace(place, folder))
             return failAbout(outFolder, QStringLiteral("lies in the project's folder"), error);
         below = place;
     }
@@ -265,7 +260,7 @@ PackResult packProject(const QString &folder, const QString &version, const QStr
         return result;
     const InterruptionWatch watch;
     QDir().mkpath(outFolder);
-    const QTemporaryDir work(QDir(outFolder).filePath(QStringLiteral(".quorvanectl-XXXXXX")));
+    const WorkFolder work(QDir(outFolder).filePath(QStringLiteral(".quorvanectl-XXXXXX")));
     if (!work.isValid()) {
         result.error = QStringLiteral("%1: %2").arg(outFolder, work.errorString());
         return result;

@@ -4,6 +4,7 @@
 #include "launcher/offer/project_apply.h"
 #include "project/project_file.h"
 #include "quorvanectl/files/unpack.h"
+#include "quorvanectl/files/work_folder.h"
 #include "quorvanectl/package/package_names.h"
 #include "update/files/version_text.h"
 #include "update/http_fetch.h"
@@ -12,7 +13,6 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 
 #include <algorithm>
 
@@ -31,8 +31,8 @@ void readProject(const QString &folder, ProjectPackage *package) {
 } // namespace
 
 ProjectPackage inspectPackage(const QString &zipPath, const QString &workFolder) {
-    const QTemporaryDir work(QDir(workFolder.isEmpty() ? QDir::tempPath() : workFolder)
-                                 .filePath(QStringLiteral(".quorvanectl-XXXXXX")));
+    const WorkFolder work(QDir(workFolder.isEmpty() ? QDir::tempPath() : workFolder)
+                              .filePath(QStringLiteral(".quorvanectl-XXXXXX")));
     ProjectPackage package;
     if (!work.isValid()) {
         package.error = work.errorString();

@@ -3,6 +3,7 @@
 #include "launcher/offer/apply_places.h"
 #include "quorvanectl/files/file_access.h"
 #include "update/files/failure.h"
+#include "update/files/patient_files.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -26,14 +27,14 @@ bool swapIn(const QString &source, const QString &target, const QStringList &asi
             QString *keptAs, QString *error) {
     const bool occupied = isTaken(target);
     const auto aside = std::find_if(asides.begin(), asides.end(), [&](const QString &name) {
-        return occupied && QDir().rename(target, name);
+        return occupied && renameWhenFree(target, name);
     });
     if (occupied && aside == asides.end())
         return fail(QStringLiteral("cannot rename %1 to %2").arg(target, asides.constLast()),
                     error);
-    if (!QDir().rename(source, target)) {
+    if (!renameWhenFree(source, target)) {
         if (occupied)
-            (void)QDir().rename(*aside, target); // else it stays whole under the other name
+            (void)renameWhenFree(*aside, target); // else it stays whole under the other name
         return fail(QStringLiteral("cannot rename %1 to %2").arg(source, target), error);
     }
     if (occupied)
@@ -49,7 +50,7 @@ void retire(const QString &folder, QStringList *done) {
     if (folder.isEmpty() || !QFileInfo(folder).isDir())
         return;
     const QString retired = freeName(folder, QStringLiteral(".recovered"));
-    if (QDir().rename(folder, retired))
+    if (renameWhenFree(folder, retired))
         done->append(retired);
 }
 

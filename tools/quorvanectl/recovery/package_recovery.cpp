@@ -10,6 +10,7 @@
 #include "update/files/failure.h"
 #include "update/files/file_copy.h"
 #include "update/files/file_operations.h"
+#include "update/files/patient_files.h"
 #include "update/files/place_facts.h"
 #include "update/files/text_file.h"
 #include "update/manifest_keys.h"
@@ -103,7 +104,7 @@ bool takeLogs(const QString &copy, const QStringList &places, QString *error) {
 // The new project, whole and on the disk, under a name of its own.
 bool makeCopy(const ProvedPackage &package, const UpdateRemains &remains, const DataFolder &data,
               const QString &copy, QString *error) {
-    if (!removeDirectory(copy, error) || !ctl::unpack(package.path(), copy, error) ||
+    if (!removeFolderWhenFree(copy, error) || !ctl::unpack(package.path(), copy, error) ||
         !takeLogs(copy, placesOfLogs(remains, data), error))
         return false;
     const QString file = projectFileIn(copy, folderNameOf(remains.project));
@@ -230,7 +231,7 @@ RecoveryResult recoverFromPackage(const ProvedPackage &package, const UpdateRema
         retire(remains.backup.folder, &result.done);
         retire(remains.staging.folder, &result.done);
     } else {
-        (void)removeDirectory(copy); // it may have filled the disk
+        (void)removeFolderWhenFree(copy); // it may have filled the disk
     }
     return result;
 }

@@ -5,11 +5,11 @@
 // what lay there is kept. Broken off anywhere, it can be run again.
 #pragma once
 
+#include "quorvanectl/files/work_folder.h"
 #include "quorvanectl/recovery/project_recovery.h"
 #include "quorvanectl/recovery/update_remains.h"
 
 #include <QString>
-#include <QTemporaryDir>
 
 namespace ctl {
 
@@ -45,7 +45,7 @@ private:
                                   const UpdateRemains &remains, QString *error);
     [[nodiscard]] bool unpack(const PackageSource &source, QString *error);
 
-    QTemporaryDir place;
+    WorkFolder place;
     QString copy;
     QString recordName;
     QString recordVersion;

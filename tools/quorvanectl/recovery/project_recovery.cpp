@@ -1,17 +1,18 @@
 #include "quorvanectl/recovery/project_recovery.h"
 
 #include "quorvanectl/files/unpack.h"
+#include "quorvanectl/files/work_folder.h"
 #include "quorvanectl/recovery/folders_aside.h"
 #include "update/files/failure.h"
 #include "update/files/file_copy.h"
 #include "update/files/file_operations.h"
+#include "update/files/patient_files.h"
 #include "update/files/place_facts.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QTemporaryDir>
 
 namespace ctl {
 namespace {
@@ -20,7 +21,7 @@ namespace {
 // earlier is begun anew.
 bool copyBeside(const ProjectCopy &source, const QString &copy, QString *error) {
     FolderContent copied;
-    if (!removeDirectory(copy, error) || !copyDirectory(source.folder, copy, error) ||
+    if (!removeFolderWhenFree(copy, error) || !copyDirectory(source.folder, copy, error) ||
         !readContent(copy, &copied, error))
         return false;
     if (!isSame(source.content, copied))
@@ -43,7 +44,7 @@ bool putInPlace(const ProjectCopy &source, const QString &target, QString *keptA
 
 bool takeProjectFile(const QString &package, const ProjectCopy &project, QString *keptAs,
                      QString *error) {
-    const QTemporaryDir place;
+    const WorkFolder place;
     const QString unpacked = place.filePath(QStringLiteral("package"));
     if (!place.isValid())
         return fail(place.errorString(), error);
@@ -56,8 +57,10 @@ bool takeProjectFile(const QString &package, const ProjectCopy &project, QString
         return fail(QStringLiteral("cannot write %1").arg(aside), error);
     QSaveFile target(project.projectFile);
     if (!source.open(QIODevice::ReadOnly) || !target.open(QIODevice::WriteOnly) ||
-        target.write(source.readAll()) != source.size() ||
-        !target.flush() || // commit() does not look at what its own flush comes to
+        target.write(source.readAll()) != source.size())
+        return fail(QStringLiteral("cannot write %1").arg(project.projectFile), error);
+    waitUntilFree(project.projectFile);
+    if (!target.flush() || // commit() does not look at what its own flush comes to
         !target.commit())
         return fail(QStringLiteral("cannot write %1").arg(project.projectFile), error);
     *keptAs = aside;
@@ -92,7 +95,7 @@ RecoveryResult recoverProject(const UpdateRemains &remains) {
     if (result.ok) {
         retire(remains.backup.folder, &result.done);
         retire(remains.staging.folder, &result.done);
-        (void)removeDirectory(copyName(target)); // of a recovery that was broken off
+        (void)removeFolderWhenFree(copyName(target)); // of a recovery that was broken off
     }
     return result;
 }

@@ -2,12 +2,12 @@
 
 #include "launcher/offer/apply_places.h"
 #include "quorvanectl/files/unpack.h"
+#include "quorvanectl/files/work_folder.h"
 #include "update/files/text_file.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>
-#include <QTemporaryDir>
 
 #include <algorithm>
 
@@ -36,7 +36,7 @@ bool isDamaged(const QString &projectFile) {
 
 // Whether the package is the one that lies in the project's folder, but for the project file.
 bool isPackageOf(const ProjectCopy &project, const QString &package) {
-    const QTemporaryDir place;
+    const WorkFolder place;
     const QString unpacked = place.filePath(QStringLiteral("package"));
     QString error;
     FolderContent content;

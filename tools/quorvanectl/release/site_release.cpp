@@ -1,8 +1,10 @@
 #include "quorvanectl/release/site_release.h"
 
 #include "quorvanectl/files/file_access.h"
+#include "quorvanectl/files/given_paths.h"
 #include "quorvanectl/files/interruption.h"
 #include "quorvanectl/files/json_input.h"
+#include "quorvanectl/files/work_folder.h"
 #include "quorvanectl/manifest/manifest_attach.h"
 #include "quorvanectl/manifest/manifest_build.h"
 #include "quorvanectl/manifest/manifest_format.h"
@@ -11,7 +13,7 @@
 #include "update/canonical_manifest.h"
 #include "update/files/failure.h"
 #include "update/files/file_copy.h"
-#include "update/files/file_operations.h"
+#include "update/files/patient_files.h"
 #include "update/files/place_facts.h"
 #include "update/files/text_file.h"
 #include "update/files/version_text.h"
@@ -20,27 +22,12 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>
-#include <QTemporaryDir>
-
-#include <filesystem>
-#include <system_error>
 
 namespace ctl {
 namespace {
 
 const QLatin1String manifestName("manifest.json");
 const QLatin1String packagesName("packages");
-
-std::filesystem::path asPath(const QString &path) {
-    return std::filesystem::u8path(path.toUtf8().constData());
-}
-
-// In one step, over what is there.
-bool moveOver(const QString &from, const QString &to, QString *error) {
-    std::error_code failure;
-    std::filesystem::rename(asPath(from), asPath(to), failure);
-    return !failure || failAbout(to, QString::fromLocal8Bit(failure.message().c_str()), error);
-}
 
 // What leads elsewhere would be replaced, and what it leads to would stay as it is.
 bool isNoLink(const QString &path, QString *error) {
@@ -218,25 +205,26 @@ bool Release::putInPlace() {
     const bool isIn =
         (hadFolder || QDir().mkdir(folder) ||
          failAbout(folder, QStringLiteral("cannot be made"), &result->error)) &&
-        (result->wasThere || moveOver(packed(), result->pack.zipPath, &result->error));
+        (result->wasThere || renameOverWhenFree(packed(), result->pack.zipPath, &result->error));
     // A power cut leaves no manifest whose package is not on the disk.
     const bool isKept =
         isIn &&
         ((flushFolder(folder) && flushFolder(work.path())) ||
          failAbout(site.path(), QStringLiteral("cannot be brought to the disk"), &result->error));
-    if (isKept && moveOver(work.filePath(manifestName), result->manifestPath, &result->error)) {
+    if (isKept &&
+        renameOverWhenFree(work.filePath(manifestName), result->manifestPath, &result->error)) {
         (void)flushFolder(folder);
         return true;
     }
     if (isIn && !result->wasThere) // came in a moment ago, and no manifest names it
-        (void)QFile::remove(result->pack.zipPath);
+        (void)removeFileWhenFree(result->pack.zipPath);
     if (!hadFolder)
         (void)QDir().rmdir(folder);
     return false;
 }
 
 void tryOut(const ReleaseWish &wish, const SigningKey &key, ReleaseResult *result) {
-    const QTemporaryDir work;
+    const WorkFolder work;
     if (!work.isValid() || !QDir(work.path()).mkdir(packagesName)) {
         (void)failAbout(work.path(), QStringLiteral("cannot write there"), &result->error);
         return;
@@ -250,11 +238,11 @@ void carryOut(const ReleaseWish &wish, const SigningKey &key, ReleaseResult *res
         return;
     const QString work = QDir(wish.site).filePath(QStringLiteral(".quorvanectl-release"));
     // One that was killed has left its own, and nobody else is at work.
-    if (removeDirectory(work, &result->error) &&
+    if (removeFolderWhenFree(work, &result->error) &&
         (QDir().mkpath(work + QLatin1Char('/') + packagesName) ||
          failAbout(wish.site, QStringLiteral("cannot write there"), &result->error)))
         Release(wish, key, work, result).run();
-    (void)removeDirectory(work);
+    (void)removeFolderWhenFree(work);
 }
 
 } // namespace
@@ -263,6 +251,11 @@ ReleaseResult releaseProject(const ReleaseWish &wish, const SigningKey &key) {
     ReleaseResult result;
     if (!liesOutside(wish.project, wish.site, &result.error))
         return result;
+    const QString fault = pathFault(wish.site);
+    if (!fault.isEmpty()) {
+        (void)failAbout(wish.site, fault, &result.error);
+        return result;
+    }
     if (isTaken(wish.site) && !QFileInfo(wish.site).isDir()) {
         (void)failAbout(wish.site, QStringLiteral("is no folder"), &result.error);
         return result;

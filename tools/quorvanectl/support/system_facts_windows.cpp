@@ -1,9 +1,25 @@
 #include "quorvanectl/support/system_facts.h"
 
+#include <QLibrary>
+
 #include <qt_windows.h>
 
 namespace ctl {
 namespace {
+
+using DpiOf = HRESULT(WINAPI *)(HMONITOR monitor, int kind, UINT *across, UINT *down);
+
+// By which the screen is scaled. Older systems than Windows 8.1 scale all by one number, that of `device`.
+int dotsPerInchOf(HMONITOR monitor, HDC device) {
+    constexpr int effective = 0;
+    const auto dpiOf =
+        reinterpret_cast<DpiOf>(QLibrary::resolve(QStringLiteral("shcore"), "GetDpiForMonitor"));
+    UINT across = 0;
+    UINT down = 0;
+    return dpiOf != nullptr && SUCCEEDED(dpiOf(monitor, effective, &across, &down))
+               ? int(across)
+               : GetDeviceCaps(device, LOGPIXELSX);
+}
 
 // Called once for each screen; a true answer goes on to the next one.
 BOOL CALLBACK addScreen(HMONITOR monitor, HDC, LPRECT, LPARAM list) {
@@ -17,7 +33,7 @@ BOOL CALLBACK addScreen(HMONITOR monitor, HDC, LPRECT, LPARAM list) {
         screen.size =
             QStringLiteral("%1x%2").arg(QString::number(GetDeviceCaps(device, DESKTOPHORZRES)),
                                         QString::number(GetDeviceCaps(device, DESKTOPVERTRES)));
-        screen.dotsPerInch = GetDeviceCaps(device, LOGPIXELSX);
+        screen.dotsPerInch = dotsPerInchOf(monitor, device);
         DeleteDC(device);
     }
     reinterpret_cast<QVector<Screen> *>(list)->append(screen);
