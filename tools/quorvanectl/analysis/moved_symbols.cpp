@@ -1,6 +1,10 @@
 #include "quorvanectl/analysis/moved_symbols.h"
 
+#include "script/syntax_tree.h"
+#include "update/files/memory_guard.h"
+
 #include <algorithm>
+#include <utility>
 
 namespace ctl {
 namespace {
@@ -106,7 +110,8 @@ void MovedSymbols::change(const QString &text) {
         catchUp();
 }
 
-void MovedSymbols::settle() {
+void MovedSymbols::settle(std::shared_ptr<const ast::Program> program) {
+    tree = std::move(program);
     unread = now;
     hasSettled = true;
     edits.clear();
@@ -114,9 +119,12 @@ void MovedSymbols::settle() {
 }
 
 void MovedSymbols::catchUp() {
+    const auto read = [this] { return symbolsOf(path, *unread, *tree); };
     if (unread)
-        settled = symbolsIn(path, *unread);
+        settled =
+            tree == nullptr ? symbolsIn(path, *unread) : unlessOutOfMemory(read, ScriptSymbols());
     unread.reset();
+    tree.reset();
     for (const TextEdit &edit : qAsConst(edits))
         move(&settled, edit);
     edits.clear();

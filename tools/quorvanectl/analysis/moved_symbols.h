@@ -36,8 +36,10 @@ public:
 
     // The next text of the script, one after the other.
     void change(const QString &text);
-    // With the text as it is nothing is wrong: its names count from here on.
-    void settle();
+    // With the text as it is nothing is wrong: its names count from here on. The tree of it, where there is
+    // one, is kept until they are asked for or the next text settles.
+    void settle(std::shared_ptr<const ast::Program> program = nullptr);
+    void letGoOfTree() { tree.reset(); }
 
     // Of the text as it is. As long as none has settled, what can be told of this one.
     [[nodiscard]] std::shared_ptr<const ScriptSymbols> symbols();
@@ -48,7 +50,8 @@ private:
     QString path;
     QString now;
     std::optional<QString> unread; // a settled text whose names have not been asked for yet
-    QVector<TextEdit> edits;       // since the one that settled, and not yet made
+    std::shared_ptr<const ast::Program> tree; // of that text; may be null
+    QVector<TextEdit> edits;                  // since the one that settled, and not yet made
     bool hasSettled = false;
     std::shared_ptr<const ScriptSymbols> known; // null: to be made from what stands above
     ScriptSymbols settled;

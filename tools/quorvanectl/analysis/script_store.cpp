@@ -32,10 +32,15 @@ std::shared_ptr<const ScriptSummary> ScriptStore::summaryOf(const QString &path)
     const auto open = openScripts.find(path);
     if (open != openScripts.end()) {
         if (!open->summary) {
-            open->summary = std::make_shared<const ScriptSummary>(ctl::summaryOf(path, open->text));
+            std::shared_ptr<ast::Program> program;
+            open->summary =
+                std::make_shared<const ScriptSummary>(ctl::summaryOf(path, open->text, &program));
             ++summaries;
-            if (open->summary->findings.empty())
-                open->symbols.settle();
+            if (open->summary->findings.empty()) {
+                letGoOfTree();
+                open->symbols.settle(program);
+                withTree = path;
+            }
         }
         return open->summary;
     }
@@ -49,6 +54,14 @@ std::shared_ptr<const ScriptSummary> ScriptStore::summaryOf(const QString &path)
         readAnew(path, &file);
     }
     return file.summary;
+}
+
+// A tree takes many times the memory of its text: only the script that was changed last, in which one
+// types, has one.
+void ScriptStore::letGoOfTree() {
+    const auto script = openScripts.find(withTree);
+    if (script != openScripts.end())
+        script->symbols.letGoOfTree();
 }
 
 std::shared_ptr<const ScriptSymbols> ScriptStore::symbolsOf(const QString &path) {

@@ -53,7 +53,10 @@ private:
 
     void readAnew(const QString &path, KnownFile *file);
 
+    void letGoOfTree();
+
     QHash<QString, OpenScript> openScripts;
+    QString withTree; // the open script that may have one
     QHash<QString, KnownFile> files;
     int summaries = 0;
 };

@@ -2,7 +2,7 @@
 
 #include "quorvanectl/project/script_report.h"
 #include "quorvanectl/project/script_warnings.h"
-#include "script/lexer.h"
+#include "script/token_scan.h"
 #include "update/files/memory_guard.h"
 #include "update/files/project_path.h"
 
@@ -38,11 +38,35 @@ TextRange rangeOf(Tokens::const_iterator token, const Tokens &tokens) {
                                 : onLine(1, 1, 1);
 }
 
+// The line of the last statement whose place is kept; 0 if there is none.
+int lastPlace(const ast::Program &program) {
+    int line = 0;
+    for (const std::shared_ptr<ast::Stmt> &statement : program.statements) {
+        const auto *const declaration = dynamic_cast<const ast::VarDeclStmt *>(statement.get());
+        const bool isGlobal = declaration != nullptr && declaration->isGlobal;
+        if (isGlobal || dynamic_cast<const ast::ImportStmt *>(statement.get()) != nullptr)
+            line = qMax(line, int(statement->line));
+    }
+    return line;
+}
+
+// Those of this line and of the lines before it, and some behind: mostly it is one of the first of many.
+Tokens tokensToLine(const QString &text, int line) {
+    constexpr std::size_t stretch = 1000;
+    Tokens tokens;
+    ast::TokenScan scan(text);
+    bool goesOn = line > 0;
+    while (goesOn)
+        goesOn = scan.read(tokens, stretch) && tokens.back().kind != ast::Eof &&
+                 tokens.back().line <= line;
+    return tokens;
+}
+
 // The statement's own position is that of its type, behind which the name stands, or of the path that it
 // imports.
 void takePlaces(const QString &filePath, const QString &text, const ast::Program &program,
                 ScriptSummary *summary) {
-    const Tokens tokens = ast::Lexer(text).tokenize();
+    const Tokens tokens = tokensToLine(text, lastPlace(program));
     summary->facts = ast::factsOf(filePath, program);
     int import = 0;
     for (const std::shared_ptr<ast::Stmt> &statement : program.statements) {
@@ -74,13 +98,13 @@ void takeBadNames(const QString &text, ScriptSummary *summary) {
     }
 }
 
-ScriptSummary summarised(const QString &filePath, const QString &text) {
+ScriptSummary summarised(const QString &filePath, const QString &text,
+                         std::shared_ptr<ast::Program> *program) {
     ScriptSummary summary;
     ast::ScriptCheckContext context = ast::makeCheckContext(text);
-    std::shared_ptr<ast::Program> program;
     QString leftBehind;
-    if (ast::checkScript(context, &program, &leftBehind))
-        takePlaces(filePath, text, *program, &summary);
+    if (ast::checkScript(context, program, &leftBehind))
+        takePlaces(filePath, text, **program, &summary);
     summary.findings = context.result.diagnostics;
     for (ast::ScriptDiagnostic &finding : summary.findings)
         finding.message = wordsOf(finding);
@@ -101,13 +125,19 @@ ScriptSummary tooLarge() {
 }
 
 ScriptSummary summaryOf(const QString &filePath, const QString &text) {
+    std::shared_ptr<ast::Program> program;
+    return summaryOf(filePath, text, &program);
+}
+
+ScriptSummary summaryOf(const QString &filePath, const QString &text,
+                        std::shared_ptr<ast::Program> *program) {
     // A unit of text takes three bytes at most; only near the limit they are counted.
     if (text.size() > largestScript / 3 && text.toUtf8().size() > largestScript)
         return tooLarge();
     ScriptSummary full;
     full.findings.push_back(
         wholeText(QStringLiteral("memory does not suffice to look into the script")));
-    return unlessOutOfMemory([&] { return summarised(filePath, text); }, full);
+    return unlessOutOfMemory([&] { return summarised(filePath, text, program); }, full);
 }
 
 TextRange rangeOf(const ast::ScriptDiagnostic &finding) {

@@ -37,6 +37,9 @@ struct ScriptSummary {
 // Of a text as it would lie in the file. `filePath` is where its imports count from. The function
 // library must be loaded.
 [[nodiscard]] ScriptSummary summaryOf(const QString &filePath, const QString &text);
+// The same, and the tree of a text that has one, for who asks more of it.
+[[nodiscard]] ScriptSummary summaryOf(const QString &filePath, const QString &text,
+                                      std::shared_ptr<ast::Program> *program);
 
 // Of a script that is larger than that.
 [[nodiscard]] ScriptSummary tooLarge();
