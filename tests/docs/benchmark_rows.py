@@ -32,8 +32,9 @@ def load(path):
 
 
 def rows_of(page):
-    for line in page.read_text().split("\n"):
-        if line.startswith("| ") and not line.startswith("| What "):
+    table = page.read_text().split("\n| What ", 1)[1].split("\n\n", 1)[0]  # the page has others behind it
+    for line in table.split("\n")[1:]:
+        if line.startswith("| "):
             yield tuple(cell.strip() for cell in re.split(r"(?<!\\)\|", line[1:-1])[:3])
 
 

@@ -98,6 +98,7 @@ void WorkspaceTest::findings_data() {
     QTest::addColumn<QStringList>("expected");
     const FileTree clean{{"line.yslib", twoScripts()}, {"a.ys", ""}, {"b.ys", ""}};
     const QString cycle = "检测到 import 循环依赖";
+    const QString far = "跨脚本 global 'x_y' 重复定义：a.ys:1001, b.ys:2";
     const QString twice = "跨脚本 global 'x_y' 重复定义：a.ys:1, b.ys:2";
 
     QTest::newRow("a clean project")
@@ -123,6 +124,11 @@ void WorkspaceTest::findings_data() {
         << QVector<Edit>{{"a.ys", "global float x_y;\n"}}
         << QStringList{"a.ys 1:14-1:17 error YS408 " + twice + " (b.ys 2:12-2:15 b.ys:2)",
                        "b.ys 2:12-2:15 error YS408 " + twice + " (a.ys 1:14-1:17 a.ys:1)"};
+    QTest::newRow("a global far down in a long script")
+        << support::laidOver(clean, {{"b.ys", "int n;\nglobal int x_y;\n"}})
+        << QVector<Edit>{{"a.ys", QString("n = 1;\n").repeated(1000) + "global int x_y;\n"}}
+        << QStringList{"a.ys 1001:12-1001:15 error YS408 " + far + " (b.ys 2:12-2:15 b.ys:2)",
+                       "b.ys 2:12-2:15 error YS408 " + far + " (a.ys 1001:12-1001:15 a.ys:1001)"};
     QTest::newRow("a circle of imports shows at each of them")
         << support::laidOver(clean, {{"b.ys", "\nimport \"./a.ys\";\n"}})
         << QVector<Edit>{{"a.ys", "import \"b.ys\";\n"}}
