@@ -147,14 +147,15 @@ void MovedSymbolsTest::whereALocalIsKnownGrowsWithTheText() {
 }
 
 void MovedSymbolsTest::manyEditsInATextThatDoesNotParse() {
-    ctl::MovedSymbols moved("/line/a.ys");
+    const ProjectFolder folder;
+    ctl::MovedSymbols moved(folder.path("a.ys"));
     QString text = "import \"b.ys\"; int a;";
     moved.change(text);
     moved.settle();
     for (int i = 0; i < 250; ++i)
         moved.change(text.prepend('('));
     const auto symbols = moved.symbols();
-    QCOMPARE(symbols->imports.at(0).path, QString("/line/b.ys"));
+    QCOMPARE(symbols->imports.at(0).path, folder.path("b.ys"));
     QCOMPARE(symbols->imports.at(0).at, (ctl::Stretch{257, 263}));
     QCOMPARE(markedText(text, *symbols),
              QString("(").repeated(250) + QString("import \"b.ys\"; int {a 0};"));

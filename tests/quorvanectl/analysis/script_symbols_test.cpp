@@ -5,13 +5,16 @@
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 
 using ctl::ScriptName;
 using ctl::ScriptSymbols;
 
 namespace {
 
-const QString file = "/line/scripts/a.ys";
+// On a drive, where there are drives.
+const QString folder = QFileInfo("/line").absoluteFilePath();
+const QString file = folder + "/scripts/a.ys";
 
 QString kindText(ScriptName::Kind kind) {
     switch (kind) {
@@ -185,16 +188,17 @@ void ScriptSymbolsTest::imports_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QStringList>("expected");
     QTest::newRow("one beside it")
-        << "import \"b.ys\";" << QStringList{"/line/scripts/b.ys \"b.ys\" 7-13"};
+        << "import \"b.ys\";" << QStringList{folder + "/scripts/b.ys \"b.ys\" 7-13"};
     QTest::newRow("one elsewhere, with the other divider")
         << "import \"..\\sub\\.\\b.ys\";"
-        << QStringList{"/line/sub/b.ys \"..\\sub\\.\\b.ys\" 7-22"};
+        << QStringList{folder + "/sub/b.ys \"..\\sub\\.\\b.ys\" 7-22"};
     QTest::newRow("a rooted one is not followed")
         << "import \"/b.ys\";" << QStringList{" \"/b.ys\" 7-14"};
     QTest::newRow("in a function too, in the order of the text")
         << "import \"b.ys\";\nfunction f() { import \"c.ys\"; }\nimport \"d.ys\";"
-        << QStringList{"/line/scripts/b.ys \"b.ys\" 7-13", "/line/scripts/c.ys \"c.ys\" 37-43",
-                       "/line/scripts/d.ys \"d.ys\" 54-60"};
+        << QStringList{folder + "/scripts/b.ys \"b.ys\" 7-13",
+                       folder + "/scripts/c.ys \"c.ys\" 37-43",
+                       folder + "/scripts/d.ys \"d.ys\" 54-60"};
 }
 
 void ScriptSymbolsTest::imports() {
