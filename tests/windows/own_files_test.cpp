@@ -163,7 +163,8 @@ void OwnFilesTest::whatStandsBehindTheLineIsLeft() {
     QCOMPARE(QByteArray(second.data()), QByteArray("b"));
 }
 
-// As some programs do before their first line.
+// As some programs do before their first line. Wine passes such a write over, so that this is proved on Windows
+// alone.
 void OwnFilesTest::aWriterThatWritesNothingIsStillThere() {
     HANDLE reading = nullptr;
     HANDLE writing = nullptr;
