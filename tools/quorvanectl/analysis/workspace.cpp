@@ -87,7 +87,8 @@ FindingsByFile Workspace::findings() {
         if (!own.isEmpty())
             all.insert(text.key(), own);
     }
-    const QStringList open = texts.keys();
+    QStringList open = texts.keys();
+    open.sort(); // what several projects say of one file comes in the same order each time
     for (const QString &path : open) {
         const QString project = projectOf(path);
         if (project.isEmpty() || looked.contains(project))
