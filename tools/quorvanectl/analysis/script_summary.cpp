@@ -120,7 +120,7 @@ ScriptSummary tooLarge() {
     ScriptSummary summary;
     summary.findings.push_back(
         wholeText(QStringLiteral("the script is larger than %1 MiB and is not looked into")
-                      .arg(largestScript / (1024 * 1024))));
+                      .arg(largestScript / 1048576)));
     return summary;
 }
 
