@@ -186,6 +186,10 @@ void ConversationTest::aRequestThatIsCancelledIsNotWorkedOn() {
     QCOMPARE(conversation.say({shutdownRequest, cancel}),
              QStringList(R"({"error":{"code":-32800,"message":"cancelled"},"id":9,)"
                          R"("jsonrpc":"2.0"})"));
+    // Of what is not worked on, not even the params are looked at.
+    QCOMPARE(conversation.say({asked("textDocument/completion", {}, 9), cancel}),
+             QStringList(R"({"error":{"code":-32800,"message":"cancelled"},"id":9,)"
+                         R"("jsonrpc":"2.0"})"));
     const QByteArray named = R"({"jsonrpc":"2.0","id":"9","method":"a"})";
     QCOMPARE(conversation.say({named, cancel}),
              QStringList(R"({"error":{"code":-32601,"message":"no method a"},"id":"9",)"
