@@ -148,7 +148,7 @@ public:
     }
 
     void edit() {
-        const QString name = scriptNames.at(below(scriptNames.size()));
+        const QString &name = scriptNames.at(below(scriptNames.size()));
         const int choice = below(100);
         if (choice == 0)
             replaceAll(projectName, documents().at(below(documents().size())));
@@ -164,7 +164,7 @@ public:
 
     // Asks something of an open script. Gives what is wrong with the answer, if anything is.
     QString ask() {
-        const QString name = scriptNames.at(below(scriptNames.size()));
+        const QString &name = scriptNames.at(below(scriptNames.size()));
         if (!texts.contains(name))
             return {};
         const Question &question = questions().at(below(questions().size()));
