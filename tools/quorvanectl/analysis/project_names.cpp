@@ -1,7 +1,5 @@
 #include "quorvanectl/analysis/project_names.h"
 
-#include <QSet>
-
 #include <algorithm>
 
 namespace ctl {
@@ -63,6 +61,9 @@ NameMeaning ProjectNames::meaningOf(const QString &path, const NameUse &use) {
 }
 
 QString ProjectNames::scriptOfFunction(const QString &path, const QString &name) {
+    QSet<QString> &known = without[name];
+    if (known.contains(path))
+        return {};
     QStringList queue{path};
     QSet<QString> seen{path};
     for (int next = 0; next < queue.size(); ++next) {
@@ -71,12 +72,13 @@ QString ProjectNames::scriptOfFunction(const QString &path, const QString &name)
         if (declaresFunction(*symbols, name))
             return script;
         for (const NamedImport &import : symbols->imports) {
-            if (import.path.isEmpty() || seen.contains(import.path))
+            if (import.path.isEmpty() || seen.contains(import.path) || known.contains(import.path))
                 continue;
             seen.insert(import.path);
             queue.append(import.path);
         }
     }
+    known += seen;
     return {};
 }
 

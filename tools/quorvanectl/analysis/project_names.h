@@ -7,6 +7,8 @@
 
 #include "quorvanectl/analysis/script_store.h"
 
+#include <QHash>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -58,6 +60,8 @@ private:
 
     ScriptStore &store;
     const QStringList scripts;
+    // By the name of a function: scripts from which no import leads to one that declares it.
+    QHash<QString, QSet<QString>> without;
 };
 
 } // namespace ctl
