@@ -87,6 +87,8 @@ FileTree line() {
     return {{"line.yslib",
              R"({"scripts": [{"path": "s/a.ys"}, {"path": "s/b.ys"}, {"path": "c.ys"}]})"},
             {"s/b.ys", "global int cam1_n;\nint own;\nfunction twice(int value, b) {\n}\n"},
+            {"s/round.ys", "import \"b.ys\";\nimport \"a.ys\";\n"},
+            {"s/nearer.ys", "import \"b.ys\";\nfunction twice(int nearer) {\n}\n"},
             {"c.ys", "\nglobal float cam2_mm = 1;\nfunction far() {\n}\n"}};
 }
 
@@ -222,6 +224,16 @@ void WorkspaceNamesTest::namesOfScripts_data() {
         << "import \"b.ys\";\n|"
         << (QStringList{"imported twice -> twice(${1:value}, ${2:b}); function twice(int value, "
                         "int b); s/b.ys"} +
+            globals);
+    QTest::newRow("also by way of others, which may import each other")
+        << "import \"round.ys\";\n|"
+        << (QStringList{"imported twice -> twice(${1:value}, ${2:b}); function twice(int value, "
+                        "int b); s/b.ys"} +
+            globals);
+    QTest::newRow("of two of one name the one that fewer imports lead to")
+        << "import \"nearer.ys\";\n|"
+        << (QStringList{"imported twice -> twice(${1:nearer}); function twice(int nearer); "
+                        "s/nearer.ys"} +
             globals);
     QTest::newRow("the script's own, the innermost first")
         << "int all;\nfunction f(int p) {\nfloat inner;\nx = |;\n}\nglobal int cam3_x;\n"
@@ -377,6 +389,9 @@ void WorkspaceNamesTest::recordsOfScripts_data() {
                                      << "function f(int p, int q) /  / int p, int q / s/a.ys:1 / f";
     QTest::newRow("a function of what is imported")
         << "import \"b.ys\";\ntwi|ce(1, 2)"
+        << "function twice(int value, int b) /  / int value, int b / s/b.ys / twice";
+    QTest::newRow("a function that an imported script imports")
+        << "import \"round.ys\";\ntwi|ce(1, 2)"
         << "function twice(int value, int b) /  / int value, int b / s/b.ys / twice";
     QTest::newRow("a function of what is not imported") << "far|()"
                                                         << "nothing";

@@ -101,7 +101,7 @@ private:
     void forgetPlaces();
     QStringList importablePaths(const QString &scriptPath);
     QVector<KnownName> knownNames(const QString &path, int index);
-    void addImported(const ScriptSymbols &symbols, QVector<KnownName> *names);
+    void addImported(const QString &path, QVector<KnownName> *names);
     void addGlobals(const QString &path, QVector<KnownName> *names);
     QStringList listedScripts(const QString &scriptPath);
     QVector<Proposal> proposedNames(const QString &path, int index);

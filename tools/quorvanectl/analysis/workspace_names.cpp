@@ -66,19 +66,27 @@ QVector<Workspace::KnownName> Workspace::knownNames(const QString &path, int ind
     const std::shared_ptr<const ScriptSymbols> symbols = symbolsOf(path);
     for (const int number : namesKnownAt(*symbols, index))
         names.append({symbols->names.at(number), path, 0});
-    addImported(*symbols, &names);
+    addImported(path, &names);
     addGlobals(path, &names);
     return names;
 }
 
-void Workspace::addImported(const ScriptSymbols &symbols, QVector<KnownName> *names) {
-    for (const NamedImport &import : symbols.imports) {
-        if (import.path.isEmpty())
-            continue;
-        const std::shared_ptr<const ScriptSymbols> imported = symbolsOf(import.path);
-        for (const ScriptName &name : imported->names) {
-            if (name.kind == ScriptName::Kind::Function)
-                names->append({name, import.path, 0});
+// Of functions of one name the one comes first that the fewest imports lead to, as calls find it.
+void Workspace::addImported(const QString &path, QVector<KnownName> *names) {
+    QStringList queue{path};
+    QSet<QString> seen{path};
+    for (int next = 0; next < queue.size(); ++next) {
+        const QString script = queue.at(next);
+        const std::shared_ptr<const ScriptSymbols> symbols = symbolsOf(script);
+        for (const ScriptName &name : symbols->names) {
+            if (script != path && name.kind == ScriptName::Kind::Function)
+                names->append({name, script, 0});
+        }
+        for (const NamedImport &import : symbols->imports) {
+            if (import.path.isEmpty() || seen.contains(import.path))
+                continue;
+            seen.insert(import.path);
+            queue.append(import.path);
         }
     }
 }
