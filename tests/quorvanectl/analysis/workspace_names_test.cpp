@@ -4,6 +4,7 @@
 
 #include "support/file_tree.h"
 #include "support/library_file.h"
+#include "support/platform.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
@@ -279,9 +280,10 @@ void WorkspaceNamesTest::importPaths_data() {
     QTest::addColumn<QString>("script");
     QTest::addColumn<QStringList>("expected");
     QTest::addColumn<QString>("replaced");
-    const FileTree disk{{"line.yslib", "{}"}, {"s/a.ys", ""},   {"s/b.ys", ""},
-                        {"s/sub/c.ys", ""},   {"lib/D.YS", ""}, {"readme.txt", ""},
-                        {"s/\"odd\".ys", ""}};
+    FileTree disk{{"line.yslib", "{}"}, {"s/a.ys", ""},   {"s/b.ys", ""},
+                  {"s/sub/c.ys", ""},   {"lib/D.YS", ""}, {"readme.txt", ""}};
+    if (!support::onWindows) // which has no such names
+        disk.insert("s/\"odd\".ys", "");
     const auto paths = [](const QStringList &names) {
         QStringList lines;
         for (const QString &name : names)

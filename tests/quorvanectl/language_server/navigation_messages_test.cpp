@@ -3,10 +3,12 @@
 #include "conversation.h"
 #include "support/file_tree.h"
 #include "support/library_file.h"
+#include "support/platform.h"
 #include "support/project_folder.h"
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
+#include <QUrl>
 
 using namespace conversation;
 using support::ProjectFolder;
@@ -64,6 +66,7 @@ private Q_SLOTS:
     void answers();
     void whatDependsOnTheEditor_data();
     void whatDependsOnTheEditor();
+    void anImportLeadsToTheStartOfTheScript();
     void whatStandsInAProjectsFile_data();
     void whatStandsInAProjectsFile();
     void renameAcrossFiles();
@@ -202,9 +205,6 @@ void NavigationMessagesTest::whatDependsOnTheEditor_data() {
         << request("foldingRange", 0, 0)
         << list({R"({"endLine":1,"kind":"comment","startLine":0})",
                  R"({"endLine":3,"kind":"imports","startLine":2})"});
-    QTest::newRow("the start of an import that is open")
-        << QByteArray("{}") << "import \"a.ys\";" << request("definition", 0, 9)
-        << list({location(0, 0, 0)});
 }
 
 void NavigationMessagesTest::whatDependsOnTheEditor() {
@@ -215,6 +215,18 @@ void NavigationMessagesTest::whatDependsOnTheEditor() {
     Conversation conversation;
     conversation.begin(capabilities);
     QCOMPARE(conversation.say({opened(script, content), message}), QStringList(expected));
+}
+
+// The path of what is imported has a drive, where there are drives.
+void NavigationMessagesTest::anImportLeadsToTheStartOfTheScript() {
+    const QString uri = QUrl::fromLocalFile(support::rooted("/nowhere/a.ys")).toString();
+    const QByteArray message = asked("textDocument/definition",
+                                     {{"textDocument", QJsonObject{{"uri", uri}}},
+                                      {"position", QJsonObject{{"line", 0}, {"character", 9}}}});
+    Conversation conversation;
+    conversation.begin();
+    QCOMPARE(conversation.say({opened(uri, "import \"a.ys\";"), message}),
+             QStringList(list({location(0, 0, 0, uri)})));
 }
 
 // The schema and the editor's own JSON tell of those.
