@@ -188,11 +188,12 @@ void WorkspaceNamesTest::whatIsToldBesideAnOffer() {
         lines.append(
             QStringList{proposal.label, proposal.snippet, proposal.detail, proposal.description}
                 .join(" / "));
+    const QString mode =
+        "mode / mode( ${1:相机} , ${2:模式}  ); / mode( 相机 , 模式  ); / 设置模式";
     const QStringList expected{"\"auto\" /  / 模式 / ",
                                "\"manual\" /  / 模式 / ",
                                "print / print( ${1:内容}  ); / print( 内容  ); / 输出一行",
-                               "mode / mode( ${1:相机} , ${2:模式}  ); / mode( 相机 , 模式  ); / "
-                               "设置模式",
+                               mode,
                                "now /  / now / 毫秒数",
                                "short /  /  / ",
                                "if /  / control flow / ",
