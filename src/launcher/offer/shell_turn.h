@@ -12,5 +12,5 @@ public:
     ShellTurn &operator=(const ShellTurn &) = delete;
 
 private:
-    bool isReady = false;
+    [[maybe_unused]] bool isReady = false; // elsewhere there is nothing to be ready for
 };
