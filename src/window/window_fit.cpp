@@ -31,6 +31,7 @@ QSize frameOf(const QWidget *window) {
 }
 
 constexpr int usualLooks = 5; // at how the window system has settled a size
+constexpr int lateLooks = 10;
 
 // Sizes are rounded at fractions of a pixel.
 bool isAbout(const QSize &size, const QSize &other) {
@@ -159,7 +160,7 @@ void WindowFit::resizeTo(const QSize &size) {
     window->resize(size);
     keepOnScreen();
     looksLeft = usualLooks;
-    lateLooksLeft = usualLooks;
+    lateLooksLeft = lateLooks;
     if (window->isVisible())
         settling.start();
 }
@@ -168,10 +169,23 @@ void WindowFit::resizeTo(const QSize &size) {
 // earlier size come last.
 void WindowFit::settle() {
     keepOnScreen();
-    if (!asked.isEmpty() && !isAbout(window->size(), asked.last()))
-        window->resize(asked.last());
-    if (--looksLeft > 0)
+    const bool askedAgain = !asked.isEmpty() && insistOn(asked.last());
+    if (--looksLeft > 0 || (askedAgain && lateLooksLeft-- > 0))
         settling.start();
+}
+
+// Whether there was need to. The widget alone does not know: where two answers of the window system come
+// together, Qt tells it of the last, and of that only if it is not what it told before.
+bool WindowFit::insistOn(const QSize &size) const {
+    QWindow *handle = window->windowHandle();
+    const bool isSettled =
+        isAbout(window->size(), size) && (handle == nullptr || isAbout(handle->size(), size));
+    if (isSettled)
+        return false;
+    window->resize(size);
+    if (handle != nullptr)
+        handle->resize(size);
+    return true;
 }
 
 // What grows downwards may grow out of the screen.

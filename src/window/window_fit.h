@@ -54,6 +54,7 @@ private:
     void resizeTo(const QSize &size);
     void keepOnScreen() const;
     void settle();
+    bool insistOn(const QSize &size) const;
 
     QWidget *window;
     Parts parts;
