@@ -22,13 +22,16 @@ int number(const char *digits, int count) {
     return value;
 }
 
+bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+
 bool hasFormOfTime(std::string_view line) {
     const char *const form = "0000-00-00 00:00:00 ";
     if (line.size() <= timeLength)
         return false;
     for (size_t i = 0; i <= timeLength; ++i) {
-        const bool isDigit = line[i] >= '0' && line[i] <= '9';
-        if (form[i] == '0' ? !isDigit : line[i] != form[i])
+        if (form[i] == '0' ? !isDigit(line[i]) : line[i] != form[i])
             return false;
     }
     return true;
@@ -45,7 +48,7 @@ qint64 daysUntil(int year, int month, int day) {
     return era * 146097LL + dayOfEra - 719468;
 }
 
-bool readTimeOf(std::string_view line, LogTime *time) {
+bool readWholeTime(std::string_view line, LogTime *time) {
     if (!hasFormOfTime(line))
         return false;
     const char *const at = line.data();
@@ -125,6 +128,22 @@ bool LogReader::nextLine(std::string_view *line) {
             return !line->empty() && !std::exchange(skipsLine, false);
         }
     }
+}
+
+// Most lines were written in the same minute as the one before.
+bool LogReader::readTimeOf(std::string_view line, LogTime *time) {
+    constexpr size_t seconds = 17; // where they stand
+    if (line.size() > timeLength && line[timeLength] == ' ' &&
+        line.compare(0, seconds, {lastMinute.data(), seconds}) == 0 && isDigit(line[seconds]) &&
+        isDigit(line[seconds + 1])) {
+        *time = lastMinuteTime + number(line.data() + seconds, 2);
+        return true;
+    }
+    if (!readWholeTime(line, time))
+        return false;
+    std::memcpy(lastMinute.data(), line.data(), seconds);
+    lastMinuteTime = *time - number(line.data() + seconds, 2);
+    return true;
 }
 
 // A further line of the text before it.

@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <array>
 #include <string_view>
 #include <vector>
 
@@ -57,6 +58,7 @@ private:
     [[nodiscard]] bool nextLine(std::string_view *line);
     [[nodiscard]] bool fill();
     void takeUntimed(std::string_view line);
+    [[nodiscard]] bool readTimeOf(std::string_view line, LogTime *time);
     [[nodiscard]] bool readEntry(std::string_view line, LogEntry *read);
     void give(LogEntry *entry);
 
@@ -66,6 +68,8 @@ private:
     size_t end = 0;
     bool skipsLine = false;
     qint64 bytesPassed = 0;
+    std::array<char, 17> lastMinute{}; // "yyyy-MM-dd HH:mm:" of the last line that had a time
+    LogTime lastMinuteTime = 0;
     LogEntry pending;
     bool hasPending = false;
     bool hasTold = false;

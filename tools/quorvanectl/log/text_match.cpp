@@ -64,8 +64,11 @@ Patterns patternsOf(bool messages) {
     return patterns;
 }
 
+// Its last byte first: what a log's lines begin with is often alike for a while.
 bool startsWith(std::string_view text, std::string_view start) {
-    return text.substr(0, start.size()) == start;
+    return start.empty() ||
+           (text.size() >= start.size() && text[start.size() - 1] == start.back() &&
+            text.compare(0, start.size(), start) == 0);
 }
 
 bool endsWith(std::string_view text, std::string_view end) {
@@ -84,10 +87,10 @@ bool hasFurtherLines(LineKind kind) {
 
 bool fits(const Pattern &pattern, std::string_view text, bool isCut, Views *filled) {
     const auto &pieces = pattern.pieces;
-    if (hasFurtherLines(pattern.line->kind))
-        text = text.substr(0, text.find('\n'));
     if (!startsWith(text, pieces.front()))
         return false;
+    if (hasFurtherLines(pattern.line->kind))
+        text = text.substr(0, text.find('\n'));
     text.remove_prefix(pieces.front().size());
     if (pattern.places.empty())
         return text.empty();
