@@ -86,6 +86,7 @@ class Rerun(unittest.TestCase):
         for test, expected in (("window/text", [*at_run_time, "tests/window/rows.txt"]),
                                ("frame/main", [*at_run_time, "tests/frame/rows.txt"]),
                                ("quorvanectl/entry/man_page", [*at_run_time, *papers]),
+                               ("editors/neovim", [*at_run_time, *papers]),
                                ("build/documented_texts", files.hashes),
                                ("build/one_that_is_new", files.hashes),
                                ("build/files_cannot_include_window", [*no_code, *headers]),
