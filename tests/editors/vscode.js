@@ -17,7 +17,9 @@ class LanguageClient {
 
 // One that sets nothing has the default.
 const workspace = {
-    getConfiguration: section => ({ get: (key, otherwise) => (tool && `${section}.${key}` === 'quorvane.tool') ? tool : otherwise }),
+    getConfiguration: section => ({
+        get: (key, otherwise) => `${section}.${key}` === 'quorvane.tool' && tool ? tool : otherwise,
+    }),
 };
 const stands = { 'vscode': { workspace }, 'vscode-languageclient/node': { LanguageClient } };
 const load = Module._load;
