@@ -11,7 +11,8 @@ import {
     DidChangeWatchedFilesNotification, DidSaveTextDocumentNotification, DocumentHighlight, DocumentHighlightKind,
     DocumentHighlightRequest, DocumentSymbol, DocumentSymbolRequest, ErrorCodes, FileChangeType, FoldingRange,
     FoldingRangeKind, FoldingRangeRequest, Hover, HoverRequest, InitializeResult, InsertTextFormat, Location,
-    LSPErrorCodes, MarkupKind, ParameterInformation, Position, PositionEncodingKind, PrepareRenameRequest, Range, ReferencesRequest,
+    LSPErrorCodes, MarkupKind, ParameterInformation, Position, PositionEncodingKind, PrepareRenameRequest,
+    Range, ReferencesRequest,
     RenameRequest, ResponseError, SemanticTokens, SemanticTokensRequest, ShutdownRequest, SignatureHelp,
     SignatureHelpRequest, SymbolInformation, SymbolKind, TextDocumentContentChangeEvent,
     TextDocumentSyncKind, TokenFormat, WorkDoneProgress, WorkDoneProgressBegin, WorkDoneProgressEnd,
@@ -130,7 +131,7 @@ for (const [offered, chosen] of [
     [undefined, 'utf-16'], [[], 'utf-16'], [['utf-16'], 'utf-16'], [['utf-8', 'utf-16'], 'utf-8'],
     [['utf-16', 'utf-8'], 'utf-16'], [['utf-32', 'utf-8', 'utf-16'], 'utf-8'], [['utf-32'], 'utf-16'],
 ] as const) {
-    test(`an editor that offers ${offered ?? 'no encodings'} gets ${chosen}`, async () => {
+    test(`an editor that offers ${offered ? `[${offered}]` : 'nothing'} gets ${chosen}`, async () => {
         const [editor, greeting] = await Editor.withAbilities(
             { general: offered && { positionEncodings: [...offered] } });
         assert.equal(greeting.capabilities.positionEncoding, chosen);

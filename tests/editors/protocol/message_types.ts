@@ -45,7 +45,8 @@ export function faultsOf(said: Said[], file: string): string[] {
     const lines = said.map((one, i) => `export const said${i}: ${typeOf(one)} = ${JSON.stringify(one.message)};`);
     writeFileSync(file, prelude + lines.join('\n') + '\n');
     const program = ts.createProgram([file], {
-        strict: true, noEmit: true, skipLibCheck: true, target: ts.ScriptTarget.ES2022, module: ts.ModuleKind.Node16, types: ['node'],
+        strict: true, noEmit: true, skipLibCheck: true, target: ts.ScriptTarget.ES2022,
+        module: ts.ModuleKind.Node16, types: ['node'],
     });
     return ts.getPreEmitDiagnostics(program).map(fault => ts.flattenDiagnosticMessageText(fault.messageText, '\n'));
 }
