@@ -22,8 +22,7 @@ void LanguageServer::take(const QList<QByteArray> &bodies) {
     QList<Message> messages;
     for (const QByteArray &body : bodies) {
         messages.append(parsedMessage(body));
-        if (messages.last().method == QLatin1String("$/cancelRequest"))
-            cancelled.insert(idText(messages.last().params.toObject().value(QLatin1String("id"))));
+        noteCancel(messages.last());
     }
     for (const Message &message : qAsConst(messages)) {
         if (status)
@@ -40,6 +39,14 @@ void LanguageServer::take(const QList<QByteArray> &bodies) {
     cancelled.clear(); // what was to be cancelled later has been answered before
     if (isStale && state == State::Running && !status)
         publish();
+}
+
+// A cancel that names no request takes none back.
+void LanguageServer::noteCancel(const Message &message) {
+    const QJsonValue id = message.params.toObject().value(QLatin1String("id"));
+    if (message.kind == Message::Kind::Notification &&
+        message.method == QLatin1String("$/cancelRequest") && isRequestId(id))
+        cancelled.insert(idText(id));
 }
 
 const LanguageServer::Method *LanguageServer::methodOf(const Message &message) {

@@ -47,6 +47,7 @@ private:
     };
 
     // language_server.cpp: which message goes where.
+    void noteCancel(const Message &message);
     void answerRequest(const Message &message);
     void answer(const QJsonValue &id, const Method &method, const QJsonObject &params);
     void refuse(RpcError error, const QString &reason);

@@ -13,13 +13,9 @@ Message malformed(const QJsonValue &id, RpcError error, const QString &reason) {
     return message;
 }
 
-bool isId(const QJsonValue &id) {
-    return id.isString() || (id.isDouble() && id.toDouble() == double(id.toInt()));
-}
-
 Message checked(const QJsonObject &object) {
     const QJsonValue given = object.value(QLatin1String("id"));
-    const QJsonValue id = isId(given) ? given : QJsonValue();
+    const QJsonValue id = isRequestId(given) ? given : QJsonValue();
     const auto invalid = [&](const QString &reason) {
         return malformed(id, RpcError::InvalidRequest, reason);
     };
@@ -39,7 +35,7 @@ Message checked(const QJsonObject &object) {
     }
     if (!method.isString())
         return invalid(QStringLiteral("method is no text"));
-    if (!given.isUndefined() && !isId(given))
+    if (!given.isUndefined() && !isRequestId(given))
         return invalid(QStringLiteral("id is neither a text nor a whole number"));
     if (!params.isUndefined() && !params.isNull() && !params.isObject() && !params.isArray())
         return invalid(QStringLiteral("params is neither an object nor an array"));
@@ -49,6 +45,10 @@ Message checked(const QJsonObject &object) {
 }
 
 } // namespace
+
+bool isRequestId(const QJsonValue &id) {
+    return id.isString() || (id.isDouble() && id.toDouble() == double(id.toInt()));
+}
 
 Message parsedMessage(const QByteArray &body) {
     QJsonParseError error;

@@ -30,6 +30,9 @@ struct Message {
     QString reason;
 };
 
+// A text or a whole number, nothing else.
+[[nodiscard]] bool isRequestId(const QJsonValue &id);
+
 [[nodiscard]] Message parsedMessage(const QByteArray &body);
 
 [[nodiscard]] QJsonObject answerTo(const QJsonValue &id, const QJsonValue &result);

@@ -60,7 +60,10 @@ private:
 
 // Nothing comes behind it, and who waited for more would wait for the editor to close the stream.
 bool isLast(const QByteArray &body) {
-    return body.contains("\"exit\"") && parsedMessage(body).method == QLatin1String("exit");
+    if (!body.contains("\"exit\""))
+        return false;
+    const Message message = parsedMessage(body);
+    return message.kind == Message::Kind::Notification && message.method == QLatin1String("exit");
 }
 
 void readAll(QIODevice &in, Inbox &inbox) {
