@@ -39,12 +39,12 @@ QJsonValue LanguageServer::changed(const QJsonObject &params) {
     const QJsonObject document = documentIn(params);
     const QString path = pathIn(document);
     const QJsonValue changes = params.value(QLatin1String("contentChanges"));
-    if (!documents.contains(path) || !changes.isArray()) {
+    if (!documents.contains(path)) {
         complain(QStringLiteral("textDocument/didChange of a text that is not open: %1").arg(path));
         return {};
     }
     QString text = workspace.textOf(path);
-    if (!applyChanges(changes.toArray(), &text)) {
+    if (!changes.isArray() || !applyChanges(changes.toArray(), &text)) {
         complain(
             QStringLiteral("textDocument/didChange without a text or with no range: %1").arg(path));
         return {};
