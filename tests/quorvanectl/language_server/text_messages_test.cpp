@@ -51,6 +51,7 @@ private Q_SLOTS:
     void versions();
     void changesOnTheDisk_data();
     void changesOnTheDisk();
+    void aFileThatIsNotOpenGoesByAnEscapedAddress();
     void anEditorThatShowsNoOtherPlaces();
     void aFindingMovesWithTheTextOfAnotherFile();
 };
@@ -228,6 +229,18 @@ void TextMessagesTest::changesOnTheDisk() {
     for (QString &line : expected)
         line = line.section(' ', 0, 0);
     QCOMPARE(fromHere(folder, conversation.findingsAfter({event})), expected);
+}
+
+void TextMessagesTest::aFileThatIsNotOpenGoesByAnEscapedAddress() {
+    const ProjectFolder folder;
+    const QByteArray document = QByteArray(project).replace("b.ys", QString("高 1%.ys").toUtf8());
+    support::writeTree(
+        folder.path(""),
+        {{"line.yslib", document}, {"a.ys", ""}, {QString("高 1%.ys"), "global int w;"}});
+    Conversation conversation;
+    conversation.begin();
+    QCOMPARE(fromHere(folder, conversation.findingsAfter({opened(uriOf(folder.path("a.ys")), "")})),
+             QStringList("here/%E9%AB%98%201%25.ys@0 0:11-0:12 2"));
 }
 
 void TextMessagesTest::anEditorThatShowsNoOtherPlaces() {
