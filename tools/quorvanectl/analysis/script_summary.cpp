@@ -17,7 +17,7 @@ namespace {
 ast::ScriptDiagnostic wholeText(const QString &message) {
     ast::ScriptDiagnostic finding;
     finding.endColumn = 2;
-    finding.code = QStringLiteral("script-unread");
+    finding.code = QLatin1String(unreadScript);
     finding.message = message;
     return finding;
 }

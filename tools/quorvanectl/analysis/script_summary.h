@@ -17,6 +17,9 @@ namespace ctl {
 // Above any script that a person writes: a larger one is not looked into.
 inline constexpr qint64 largestScript = 16777216; // bytes of UTF-8, 16 MiB
 
+// The code of the finding that says that a script was not looked into.
+inline constexpr char unreadScript[] = "script-unread";
+
 struct NamedRange {
     QString name;
     TextRange at;

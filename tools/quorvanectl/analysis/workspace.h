@@ -114,6 +114,7 @@ private:
     bool isLookedInto(const QString &path) const;
     bool isThere(const QString &path) const;
     QString textNow(const QString &path);
+    QString faultOfProject(const QString &project);
     QString faultOfScript(const QString &script, const QStringList &names);
 
     ScriptStore store;

@@ -3,8 +3,12 @@
 
 #include "library/function_library.h"
 #include "project/validation_rules.h"
+#include "quorvanectl/files/json_input.h"
 #include "script/lexer.h"
 
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
 #include <QRegularExpression>
 
 namespace ctl {
@@ -34,6 +38,13 @@ QString faultOfName(const QString &name) {
     return {};
 }
 
+// What the system says of a file that is there and cannot be read; empty of any other.
+QString faultOfReading(const QString &path) {
+    QFile file(path);
+    const bool isThere = QFileInfo(path).isFile(); // a pipe would block
+    return isThere && !file.open(QIODevice::ReadOnly) ? file.errorString() : QString();
+}
+
 GlobalRename refused(const QString &reason) {
     return {reason, {}};
 }
@@ -49,6 +60,10 @@ GlobalRename Workspace::renameAt(const QString &path, int index, const QString &
         return refused(fault);
     if (newName == global->name)
         return {};
+    const QString project = projectOf(path);
+    const QString reasonOfProject = project.isEmpty() ? QString() : faultOfProject(project);
+    if (!reasonOfProject.isEmpty())
+        return refused(QStringLiteral("%1 %2").arg(shownPath(project, path), reasonOfProject));
     const QStringList scripts = scriptsAround(path);
     for (const QString &script : scripts) {
         const QString reason = faultOfScript(script, {global->name, newName});
@@ -60,10 +75,28 @@ GlobalRename Workspace::renameAt(const QString &path, int index, const QString &
     return {{}, referencesAt(path, index)};
 }
 
+// Why the project's file does: as long as it cannot be read, nobody knows which scripts it lists, and the
+// name would change in the open ones alone.
+QString Workspace::faultOfProject(const QString &project) {
+    const QString unread = isOpen(project) ? QString() : faultOfReading(project);
+    if (!unread.isEmpty())
+        return QStringLiteral("cannot be searched: %1").arg(unread);
+    const QString text = textNow(project);
+    if (QJsonDocument::fromJson(text.toUtf8()).isObject())
+        return {};
+    const std::optional<TextPlace> fault = jsonFault(text);
+    return QStringLiteral("has a mistake in line %1: mend it first").arg(fault ? fault->line : 1);
+}
+
 // Why a script keeps a global from being renamed; empty if it does not. One that is not whole may use a name
 // in ways that nobody sees.
 QString Workspace::faultOfScript(const QString &script, const QStringList &names) {
+    const QString unread = isOpen(script) ? QString() : faultOfReading(script);
+    if (!unread.isEmpty())
+        return QStringLiteral("cannot be searched: %1").arg(unread);
     const std::vector<ast::ScriptDiagnostic> findings = store.summaryOf(script)->findings;
+    if (!findings.empty() && findings.front().code == QLatin1String(unreadScript))
+        return QStringLiteral("cannot be searched: %1").arg(findings.front().message);
     if (!findings.empty()) {
         const QString text = textNow(script);
         if (text.isNull() || mentions(text, names.at(0)) || mentions(text, names.at(1)))
