@@ -90,8 +90,8 @@ void ProjectLookupTest::theProjectAbove_data() {
     QTest::newRow("not a copy under another ending")
         << FileTree{{"line.yslib", listing}, {"s/line.yslib.bak", "{}"}, {"s/line.yslib~", "{}"}}
         << "line.yslib";
-    QTest::newRow("a copy under its ending, if it alone lists the script")
-        << FileTree{{"Copy of line.yslib", listing}, {"line.yslib", "{}"}} << "Copy of line.yslib";
+    QTest::newRow("not a copy under its ending that lists nothing")
+        << FileTree{{"line - copy.yslib", "{}"}, {"line.yslib", listing}} << "line.yslib";
     QTest::newRow("of two that list it the first by name")
         << FileTree{{"b.yslib", listing}, {"a.yslib", listing}} << "a.yslib";
 }

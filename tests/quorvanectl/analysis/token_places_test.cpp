@@ -119,7 +119,7 @@ void TokenPlacesTest::closings_data() {
                             << "{ b }";
     QTest::newRow("braces in braces") << "|{ { } { } } }"
                                       << "{ { } { } }";
-    QTest::newRow("a brace that nothing closes") << "a |{ b c"
+    QTest::newRow("a brace that nothing closes") << "a |{ b c  "
                                                  << "{ b c";
     QTest::newRow("the outer one where one is missing") << "|{ { }"
                                                         << "{ { }";
@@ -133,12 +133,12 @@ void TokenPlacesTest::closings_data() {
                                  << "(a)";
     QTest::newRow("parentheses in them") << "f|(a, (b), (c)) d"
                                          << "(a, (b), (c))";
-    QTest::newRow("one that nothing closes") << "f|(a, b"
+    QTest::newRow("one that nothing closes") << "f|(a, b  "
                                              << "(a, b";
     QTest::newRow("over lines") << "f|(a,\nb) c"
                                 << "(a,\nb)";
-    QTest::newRow("other brackets are not counted") << "f|([(]) b) c"
-                                                    << "([(]) b)";
+    QTest::newRow("other brackets are not counted") << "f|(a]}) b"
+                                                    << "(a]})";
 }
 
 void TokenPlacesTest::closings() {
