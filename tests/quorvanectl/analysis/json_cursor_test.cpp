@@ -43,6 +43,17 @@ void JsonCursorTest::places_data() {
     row("a brace too many", R"(}]} {"|)", "key [\"]");
     row("behind a text that is left open", "{\"a\": \"b\n, \"|", "key [\"] a");
     row("behind the whole", "{} |", "nothing");
+    row("a colon in a list", "[1: |]", "nothing []");
+    row("two colons", R"({"a":: |)", "value a []");
+    row("two commas", R"({"a": 1,, |)", "key [] a,a");
+    row("a comma before all", "{, |", "key []");
+    row("a comma outside of all", ", {|", "key []");
+    row("a text outside of all", "\"a\", {|", "key []");
+    row("a bracket of the other kind", R"({"a": [1}, "|)", "key [\"] a");
+    row("a text that ends in a backslash", R"({"a": "b\|)", "value a [\"b\\]");
+    row("a text of two lines", "{\"a\": \"b\n c|\"}", "nothing a");
+    row("a text that a return alone ends", "{\"a\": \"b\r, \"|", "key [\"] a");
+    row("a Chinese key", QString(R"({"高|": 1})"), QString(R"(key ["高"] :)"));
 }
 
 void JsonCursorTest::places() {

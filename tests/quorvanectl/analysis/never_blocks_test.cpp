@@ -132,6 +132,16 @@ void NeverBlocksTest::aTextAboveTheLimit() {
     QVERIFY(workspace.proposalsAt(script, 7).list.isEmpty());
     QVERIFY(!workspace.recordAt(script, 4));
     QVERIFY(!workspace.callAt(script, 7));
+    QVERIFY(workspace.symbolsOf(script)->names.isEmpty());
+    QVERIFY(workspace.wordsOf(script).isEmpty());
+    QVERIFY(workspace.foldsOf(script).isEmpty());
+    QVERIFY(workspace.definitionsAt(script, 4).isEmpty());
+    QVERIFY(workspace.referencesAt(script, 4).isEmpty());
+    // Once it fits, all of it is.
+    workspace.change(script, "int n;\n" + QString(int(ctl::largestScript) - 7, ' '));
+    QVERIFY(workspace.findings().isEmpty());
+    QCOMPARE(workspace.wordsOf(script).size(), 2);
+    QCOMPARE(workspace.definitionsAt(script, 4).size(), 1);
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, NeverBlocksTest)

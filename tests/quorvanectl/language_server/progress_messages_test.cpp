@@ -54,6 +54,11 @@ class ProgressMessagesTest : public QObject {
 private Q_SLOTS:
     void initTestCase();
     void theFirstReadOfAProject();
+    void reports_data();
+    void reports();
+    void whatIsNotReadTakesNoGrant_data();
+    void whatIsNotReadTakesNoGrant();
+    void aGrantThatComesTwice();
     void whoDoesNotGrantItSeesNothing_data();
     void whoDoesNotGrantItSeesNothing();
     void anotherProjectNeedsAnotherGrant();
@@ -85,6 +90,85 @@ void ProgressMessagesTest::theFirstReadOfAProject() {
     QCOMPARE(withoutFindings(conversation.say({about("textDocument/didClose", uri)})),
              QStringList());
     QCOMPARE(withoutFindings(conversation.say({opened(uri, document(40))})), QStringList());
+}
+
+// Ten per cent behind the last one at least, so that a large project sends no more than a small one.
+void ProgressMessagesTest::reports_data() {
+    QTest::addColumn<int>("scripts");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("one script") << 1 << "begin end";
+    QTest::newRow("three scripts") << 3 << "begin 1/3=33 2/3=66 end";
+    QTest::newRow("steps below a tenth")
+        << 12 << "begin 2/12=16 4/12=33 6/12=50 8/12=66 10/12=83 end";
+    QTest::newRow("many scripts")
+        << 1000
+        << "begin 100/1000=10 200/1000=20 300/1000=30 400/1000=40 500/1000=50 600/1000=60 "
+           "700/1000=70 800/1000=80 900/1000=90 end";
+}
+
+void ProgressMessagesTest::reports() {
+    QFETCH(int, scripts);
+    const ProjectFolder folder;
+    Conversation conversation;
+    conversation.begin(showsProgress);
+    const QStringList sent =
+        conversation.say({granted(1), opened(uriOf(folder.path("line.yslib")), document(scripts))});
+    QStringList words;
+    for (const QString &message : sent) {
+        const QJsonObject value = QJsonDocument::fromJson(message.toUtf8())
+                                      .object()
+                                      .value("params")
+                                      .toObject()
+                                      .value("value")
+                                      .toObject();
+        const QString kind = value.value("kind").toString();
+        if (kind == "report")
+            words.append(QString("%1=%2").arg(value.value("message").toString().remove(" scripts"),
+                                              QString::number(value.value("percentage").toInt())));
+        else if (!kind.isEmpty())
+            words.append(kind);
+    }
+    QTEST(words.join(' '), "expected");
+}
+
+// The grant is there for the next one.
+void ProgressMessagesTest::whatIsNotReadTakesNoGrant_data() {
+    QTest::addColumn<QString>("text");
+    QTest::newRow("no scripts") << document(0);
+    QTest::newRow("no JSON") << "{\"scripts\": [{\"path\": \"a.ys\"},]}";
+    QTest::newRow("no object") << "[]";
+    QTest::newRow("no list") << "{\"scripts\": {\"path\": \"a.ys\"}}";
+    QTest::newRow("entries that are none") << "{\"scripts\": [1, null, {\"path\": 2}, \"a.ys\"]}";
+    QTest::newRow("nothing") << "";
+}
+
+void ProgressMessagesTest::whatIsNotReadTakesNoGrant() {
+    QFETCH(QString, text);
+    const ProjectFolder folder;
+    Conversation conversation;
+    conversation.begin(showsProgress);
+    const QString uri = uriOf(folder.path("line.yslib"));
+    QCOMPARE(withoutFindings(conversation.say({granted(1), opened(uri, text)})), QStringList());
+    const QString other = uriOf(folder.path("sub/other.yslib"));
+    QCOMPARE(withoutFindings(conversation.say({opened(other, document(1))})),
+             QStringList({progressTold(1, R"({"kind":"begin","percentage":0,"title":)"
+                                          R"("Reading other.yslib"})"),
+                          progressTold(1, R"({"kind":"end"})"), creation(2)}));
+}
+
+// Or behind its refusal: the last answer counts.
+void ProgressMessagesTest::aGrantThatComesTwice() {
+    const QByteArray refused =
+        R"({"jsonrpc":"2.0","id":"reading-1","error":{"code":1,"message":""}})";
+    const ProjectFolder folder;
+    const QByteArray open = opened(uriOf(folder.path("line.yslib")), document(1));
+    Conversation conversation;
+    conversation.begin(showsProgress);
+    QCOMPARE(withoutFindings(conversation.say({granted(1), granted(1), refused, open})),
+             QStringList());
+    Conversation another;
+    another.begin(showsProgress);
+    QCOMPARE(withoutFindings(another.say({refused, granted(1), open})).size(), 3);
 }
 
 void ProgressMessagesTest::whoDoesNotGrantItSeesNothing_data() {
