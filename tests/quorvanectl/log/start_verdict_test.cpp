@@ -1,47 +1,16 @@
 // How the lines of a log are cut into starts, and how each of them ended.
-#include "quorvanectl/log/start_json.h"
+#include "quorvanectl/log/start_verdict.h"
 
+#include "written_log.h"
 #include "support/staged_main.h"
 
-#include <QBuffer>
 #include <QCoreApplication>
 #include <QJsonArray>
-#include <QJsonDocument>
+
+using support::logOf;
+using support::startsOf;
 
 namespace {
-
-QVector<QJsonObject> startsOf(const QByteArray &log) {
-    QBuffer buffer;
-    buffer.setData(log);
-    if (!buffer.open(QIODevice::ReadOnly))
-        qFatal("no buffer");
-    QVector<QJsonObject> starts;
-    ctl::LogReader reader(buffer);
-    ctl::StartSplitter splitter([&](ctl::LogStart &&start) {
-        starts.append(ctl::toJson(start, ctl::judge(start), ctl::Language::English));
-    });
-    ctl::LogEntry entry;
-    while (reader.next(&entry))
-        splitter.add(std::move(entry));
-    splitter.end();
-    return starts;
-}
-
-// A log of these lines, a second apart. "+N " before a line lets N seconds more pass.
-QByteArray logOf(const QStringList &lines) {
-    ctl::LogTime time = 0;
-    if (!ctl::readTime("2026-11-20 06:00:00", &time))
-        qFatal("no time");
-    QByteArray log;
-    for (QString line : lines) {
-        if (line.startsWith('+')) {
-            time += line.section(' ', 0, 0).mid(1).toInt();
-            line = line.section(' ', 1);
-        }
-        log += (ctl::timeText(time++) + ' ' + line + '\n').toUtf8();
-    }
-    return log;
-}
 
 QStringList endingsOf(const QVector<QJsonObject> &starts) {
     QStringList endings;

@@ -80,13 +80,14 @@ QString timeText(LogTime time) {
         .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
 
+// Without the zone of this PC: where its clock was put forward, that of the log's PC need not have been.
 bool readTime(const QString &text, LogTime *time) {
     const QString whole = text.size() == 10 ? text + QStringLiteral(" 00:00:00") : text;
-    QDateTime moment = QDateTime::fromString(whole, QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-    if (!moment.isValid())
+    const QDate day = QDate::fromString(whole.left(10), QStringLiteral("yyyy-MM-dd"));
+    const QTime hour = QTime::fromString(whole.mid(10), QStringLiteral(" HH:mm:ss"));
+    if (!day.isValid() || !hour.isValid())
         return false;
-    moment.setTimeSpec(Qt::UTC); // the same hour of the clock
-    *time = moment.toSecsSinceEpoch();
+    *time = QDateTime(day, hour, Qt::UTC).toSecsSinceEpoch();
     return true;
 }
 
