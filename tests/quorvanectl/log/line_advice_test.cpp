@@ -54,9 +54,7 @@ void LineAdviceTest::fillingIn_data() {
     QTest::addColumn<QStringList>("filled");
     QTest::addColumn<QString>("result");
     const auto row = [](const char *name, const QString &text, const QStringList &filled,
-                        const QString &result) {
-        QTest::newRow(name) << text << filled << result;
-    };
+                        const QString &result) { QTest::newRow(name) << text << filled << result; };
     row("in another order", "%2 of %1", {"a", "b"}, "b of a");
     row("twice", "%1 %1", {"a"}, "a a");
     row("a place in what is filled in", "%1 %2", {"%2", "b"}, "%2 b");
@@ -160,12 +158,11 @@ void LineAdviceTest::linesAndTextsHaveTheirOwnLabels() {
              (QStringList{"When: A project update was cancelled.",
                           "Tells: If the swap had begun, the new project is in place all the "
                           "same."}));
-    QCOMPARE(labels("更新任务已取消。", Language::Chinese),
-             (QStringList{"何时: 项目更新被取消。",
-                          "说明: 如果替换已经开始，新项目仍会替换到位。"}));
     QCOMPARE(
-        labels("[hash] zipUrl is empty", Language::English),
-        (QStringList{"Cause: The record names no package.", "Remedy: Tell the publisher."}));
+        labels("更新任务已取消。", Language::Chinese),
+        (QStringList{"何时: 项目更新被取消。", "说明: 如果替换已经开始，新项目仍会替换到位。"}));
+    QCOMPARE(labels("[hash] zipUrl is empty", Language::English),
+             (QStringList{"Cause: The record names no package.", "Remedy: Tell the publisher."}));
     QCOMPARE(labels("[hash] zipUrl is empty", Language::Chinese),
              (QStringList{"原因: 清单没有写出更新包。", "处理: 告知发布方。"}));
     QCOMPARE(labels("x", Language::English), QStringList());
@@ -182,8 +179,7 @@ void LineAdviceTest::reasonsOfSeveralDepths() {
                           "network request timed out", "signature is empty"}));
     QCOMPARE(toldReasons(adviceOn("Apply validator failed:\n[Error] a: 缺少 tasks 对象\nx\n"
                                   "[Warning] b.ys: 检测到 import 循环依赖")),
-             (QStringList{"[Error] a: 缺少 tasks 对象",
-                          "[Warning] b.ys: 检测到 import 循环依赖"}));
+             (QStringList{"[Error] a: 缺少 tasks 对象", "[Warning] b.ys: 检测到 import 循环依赖"}));
 }
 
 void LineAdviceTest::atMostTwentyReasons() {

@@ -1,8 +1,8 @@
 // How bytes become the lines of a log: moments, cut texts, zero bytes, and devices that fail.
 #include "quorvanectl/log/log_reader.h"
 
-#include "written_log.h"
 #include "support/staged_main.h"
+#include "written_log.h"
 
 #include <QCoreApplication>
 
@@ -69,6 +69,7 @@ private Q_SLOTS:
     void whereATextIsCut_data();
     void whereATextIsCut();
     void zeroBytes();
+    void anEditorsMark();
     void aLackingBeginning_data();
     void aLackingBeginning();
     void aByteAtATime();
@@ -104,12 +105,28 @@ void LogReaderTest::moments() {
 
 void LogReaderTest::textsThatAreNoMoment_data() {
     QTest::addColumn<QString>("text");
-    for (const char *const text :
-         {"", "2026", "2026-11", "2026-11-2", "26-11-20", "20.11.2026", "2026/11/20", "2026-13-01",
-          "2026-00-10", "2026-11-31", "2026-02-29", "2026-11-00", "2026-11-20 06:00",
-          "2026-11-20 6:00:00", "2026-11-20T06:00:00", "2026-11-20 24:00:00", "2026-11-20 06:60:00",
-          "2026-11-20 06:00:60", "2026-11-20 06:00:00Z", "2026-11-20  06:00:00", "2026-11-20 ",
-          " 2026-11-20"})
+    for (const char *const text : {"",
+                                   "2026",
+                                   "2026-11",
+                                   "2026-11-2",
+                                   "26-11-20",
+                                   "20.11.2026",
+                                   "2026/11/20",
+                                   "2026-13-01",
+                                   "2026-00-10",
+                                   "2026-11-31",
+                                   "2026-02-29",
+                                   "2026-11-00",
+                                   "2026-11-20 06:00",
+                                   "2026-11-20 6:00:00",
+                                   "2026-11-20T06:00:00",
+                                   "2026-11-20 24:00:00",
+                                   "2026-11-20 06:60:00",
+                                   "2026-11-20 06:00:60",
+                                   "2026-11-20 06:00:00Z",
+                                   "2026-11-20  06:00:00",
+                                   "2026-11-20 ",
+                                   " 2026-11-20"})
         QTest::newRow(text) << text;
 }
 
@@ -189,6 +206,17 @@ void LogReaderTest::zeroBytes() {
     QCOMPARE(entries[1].zeros, qint64(0));
 }
 
+// At the beginning of the file alone: elsewhere it belongs to a text.
+void LogReaderTest::anEditorsMark() {
+    const QByteArray mark = "\xEF\xBB\xBF";
+    auto entries = entriesOf(mark + stamp + "a\n" + mark + stamp + "b\n");
+    QCOMPARE(entries.size(), 1);
+    QCOMPARE(entries[0].text, "a\n" + mark + stamp + "b");
+    entries = entriesOf(mark + "\n" + stamp + "b\n");
+    QCOMPARE(entries.size(), 1);
+    QCOMPARE(entries[0].text, QByteArray("b"));
+}
+
 void LogReaderTest::aLackingBeginning_data() {
     QTest::addColumn<QByteArray>("log");
     QTest::addColumn<bool>("lacks");
@@ -197,6 +225,7 @@ void LogReaderTest::aLackingBeginning_data() {
     };
     row("said", "(the last 9 bytes of 99)\n" + stamp + "a\n", true);
     row("said behind the rest of a line", "b\n(the last 9 bytes of 99)\n" + stamp + "a\n", true);
+    row("said before the rest of a line", "(the last 9 bytes of 99)\nb\n" + stamp + "a\n", true);
     row("something else before the first time", "(not a regular file)\n" + stamp + "a\n", false);
     row("the same words within a text", stamp + "a\n(the last 9 bytes of 99)\n", false);
 }

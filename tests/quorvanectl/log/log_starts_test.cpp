@@ -1,8 +1,8 @@
 // Where a start ends and the next one begins, and what is kept of each.
 #include "quorvanectl/log/log_starts.h"
 
-#include "written_log.h"
 #include "support/staged_main.h"
+#include "written_log.h"
 
 #include <QCoreApplication>
 

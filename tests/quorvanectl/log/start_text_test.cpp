@@ -1,8 +1,8 @@
 // What is told of a start in words, in both languages: its ending, answer, parts, gaps and versions.
 #include "quorvanectl/log/start_text.h"
 
-#include "written_log.h"
 #include "support/staged_main.h"
+#include "written_log.h"
 
 #include <QCoreApplication>
 
@@ -102,8 +102,7 @@ void StartTextTest::endings_data() {
     row("a cancelled update", {apply, "更新任务已取消。"},
         {"the update was cancelled, and the line was not started"},
         {"更新已取消，产线程序没有启动"});
-    row("in the search", {search},
-        {"while updates were looked for; the line was not started"},
+    row("in the search", {search}, {"while updates were looked for; the line was not started"},
         {"在查找更新时结束，产线程序没有启动"});
     row("before the line", {search, found}, {"before the line was started"},
         {"在启动产线程序之前结束"});
@@ -117,8 +116,7 @@ void StartTextTest::answers_data() {
         {"未更新，直接启动"});
     row("updated", {offer, found, apply, applied}, {"updated"}, {"已更新"});
     row("updated without an offer in the log", {apply, applied, launch}, {"updated"}, {"已更新"});
-    row("installers", {offer, found, installers, launch}, {"installers alone"},
-        {"只运行安装程序"});
+    row("installers", {offer, found, installers, launch}, {"installers alone"}, {"只运行安装程序"});
     row("skipped", {offer, found, "Online update skipped fingerprint=a components=[b] source=c"},
         {"this version is skipped"}, {"跳过此版本"});
     row("offered again after it was skipped",
@@ -140,8 +138,8 @@ void StartTextTest::parts_data() {
     row("just no day", lasting(86399), {"line 23 h 59 min"}, {"产线程序 23 小时 59 分"});
     row("a day", lasting(86400), {"line 1 d 0 h"}, {"产线程序 1 天 0 小时"});
     row("a month", lasting(31 * 86400 + 7200), {"line 31 d 2 h"}, {"产线程序 31 天 2 小时"});
-    row("all of them", {search, found, apply, applied, "[task apply_2] phase=setup elapsedMs=0",
-                        launch},
+    row("all of them",
+        {search, found, apply, applied, "[task apply_2] phase=setup elapsedMs=0", launch},
         {"search 1 s, update 1 s, installers 1 s, line without an end"},
         {"查找更新 1 秒, 更新 1 秒, 安装程序 1 秒, 产线程序 没有结束"});
     row("installers alone", {installers, "[task setup_3] phase=setup elapsedMs=0"},
@@ -192,8 +190,9 @@ void StartTextTest::versions_data() {
     row("both", {compared.arg("1.0", "1.2")}, {"project 1.0, on offer 1.2"},
         {"项目 1.0，可用 1.2"});
     row("none of its own", {compared.arg("", "1.2")}, {"1.2"}, {"1.2"});
-    row("the last ones that were compared", {compared.arg("1.0", "1.2"), compared.arg("1.2", "1.2")},
-        {"project 1.2, on offer 1.2"}, {"项目 1.2，可用 1.2"});
+    row("the last ones that were compared",
+        {compared.arg("1.0", "1.2"), compared.arg("1.2", "1.2")}, {"project 1.2, on offer 1.2"},
+        {"项目 1.2，可用 1.2"});
     row("not readable", {"Project version check: local version unreadable, path=/p"}, {}, {});
 }
 
@@ -202,19 +201,23 @@ void StartTextTest::offers_data() {
     row("two", {offer}, {"Project -> 1.2.0, Runtime -> 2.0 (from /s/m.json)"},
         {"Project -> 1.2.0, Runtime -> 2.0（来源：/s/m.json）"});
     row("in Chinese, behind another line",
-        {"已验证的更新可用（来源：http://h/m）。\n当前项目版本：1.0（/p/a.yslib）\n可更新项：Project "
+        {"已验证的更新可用（来源：http://h/m）。\n当前项目版本：1.0（/p/"
+         "a.yslib）\n可更新项：Project "
          "-> 新版本"},
         {"Project -> 新版本 (from http://h/m)"}, {"Project -> 新版本（来源：http://h/m）"});
     row("no item", {"A genuine update is available (from /s/m.json).\nx"}, {}, {});
-    row("the last one counts", {offer, "A genuine update is available (from /t).\nIt: Project -> 3"},
+    row("none any more", {offer, "A genuine update is available (from /s/m.json).\nx"}, {}, {});
+    row("the last one counts",
+        {offer, "A genuine update is available (from /t).\nIt: Project -> 3"},
         {"Project -> 3 (from /t)"}, {"Project -> 3（来源：/t）"});
 }
 
 void StartTextTest::startedInstallers_data() {
     addTexts();
-    row("two", {"The Runtime installer has been started: /c/r.exe (follow its window; it records "
-                "the new version when it is done)",
-                "Editor 安装包已自动启动：/c/e.exe（组件版本将在安装程序完成后写入本地配置）"},
+    row("two",
+        {"The Runtime installer has been started: /c/r.exe (follow its window; it records "
+         "the new version when it is done)",
+         "Editor 安装包已自动启动：/c/e.exe（组件版本将在安装程序完成后写入本地配置）"},
         {"Runtime, Editor"}, {"Runtime, Editor"});
     row("one that did not pass its check",
         {"Runtime 安装包校验失败（signature is empty），将继续使用当前版本。"}, {}, {});

@@ -1,8 +1,8 @@
 // How the lines of a log are cut into starts, and how each of them ended.
 #include "quorvanectl/log/start_verdict.h"
 
-#include "written_log.h"
 #include "support/staged_main.h"
+#include "written_log.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>

@@ -182,6 +182,9 @@ bool LogReader::next(LogEntry *entry) {
 }
 
 bool LogReader::readEntry(std::string_view line, LogEntry *read) {
+    const std::string_view mark = "\xEF\xBB\xBF"; // of an editor that the log was saved with
+    if (bytesPassed == 0 && line.substr(0, mark.size()) == mark)
+        line.remove_prefix(mark.size());
     bytesPassed += qint64(line.size()) + 1;
     const size_t zeros = std::min(line.find_first_not_of('\0'), line.size());
     line.remove_prefix(zeros);
