@@ -68,7 +68,7 @@ bool readLast(const QCommandLineParser &parser, Wanted *wanted, QString *error) 
     }
     const QString value = parser.value(lastOption);
     bool isNumber = false;
-    const int number = value.toInt(&isNumber);
+    const qlonglong number = value.toLongLong(&isNumber);
     if (isNumber && number > 0)
         wanted->last = number;
     else if (value != allStarts)
@@ -188,7 +188,7 @@ private:
 
     [[nodiscard]] QString jsonPath() const {
         const QString list =
-            jsonText(QJsonDocument(QJsonArray{wanted.path})).simplified(); // [ "path" ]
+            jsonText(QJsonDocument(QJsonArray{wanted.path})).trimmed(); // [ "path" ]
         return list.mid(1, list.size() - 2).trimmed();
     }
 
