@@ -55,6 +55,20 @@ void ProjectCheckTest::aFileThatCannotBeUsed_data() {
     refusal("a fault, for programs", R"(printf '{\n  "project": {"name" "x"}\n}\n' >p.yslib)",
             "@ p.yslib --format json",
             "p.yslib: JSON 无效：missing name separator (line 2, column 22)");
+    refusal("a zero byte behind it", R"(printf '{}\0' >p.yslib)", "@ p.yslib",
+            "p.yslib: JSON 无效：garbage at the end of the document (line 1, column 3)");
+    refusal("a list of projects", "echo '[{}]' >p.yslib", "@ p.yslib --format json",
+            "p.yslib: JSON 无效：no error occurred (it is no JSON object)");
+    refusal("brackets without end",
+            "printf '{\"a\":' >p.yslib; head -c 3000 /dev/zero | tr '\\0' '[' "
+            ">>p.yslib",
+            "@ p.yslib", "p.yslib: JSON 无效：too deeply nested document (line 1, column 1029)");
+    refusal("larger than any project", "truncate -s 65M p.yslib", "@ p.yslib",
+            "p.yslib: is larger than 64 MiB");
+    refusal("a link to itself", "ln -s p.yslib p.yslib", "@ p.yslib", "p.yslib: no such file");
+    refusal("a variable of a script that is not set", "", "@ \"$LINE\"", ": no such file");
+    refusal("a device, which would never end", "ln -s /dev/zero p.yslib", "@ p.yslib",
+            "p.yslib: is no plain file");
     refusal("a script that is a folder", "cd line3/scripts; rm main.ys; mkdir main.ys",
             "@ line3/line3.yslib", "@here/line3/scripts/main.ys: is a folder");
     refusal("a script that is a pipe", "cd line3/scripts; rm main.ys; mkfifo main.ys",
@@ -95,6 +109,8 @@ void ProjectCheckTest::wrongWords_data() {
     refusal("of two formats the last, which is not there", "",
             "@ line3/line3.yslib --format json --format JSON",
             "no format 'JSON'; there are: text, json, sarif");
+    refusal("a value behind --strict", "", "@ line3/line3.yslib --strict=1",
+            "Unexpected value after '--strict'" + seeHelp);
     refusal("a name to write to", "", "@ line3/line3.yslib --out x",
             "Unknown option 'out'" + seeHelp);
 }
@@ -107,6 +123,11 @@ void ProjectCheckTest::whatIsSaidOfAProject_data() {
     support::addOutcomes();
     const QString line3 = "line3/line3.yslib";
     const QString clean = ": clean\n";
+    const QString threeSpellings =
+        R"(echo 'a = (1;' >m.ys; rm -r line3; printf '{"schemaVersion": 1, "project": {"name": "a", )"
+        R"("displayName": "b", "createdAt": "c"}, "scripts": [{"id": "m", "path": "./m.ys", "role": )"
+        R"("main"}, {"id": "n", "path": "m.ys", "role": "sub"}, {"id": "o", "path": "out/../m.ys", )"
+        R"("role": "sub"}], "tasks": {"main": {"entryScriptId": "m"}}}' >t.yslib)";
     const QString missing = ":5:40: [Error] scripts[0].path: 引用的文件不存在：";
     const QString unlisted =
         line3 + ":5:16: [Warning] scripts: 磁盘上的脚本未登记到 scripts[]：scripts/main.ys\n";
@@ -134,6 +155,88 @@ void ProjectCheckTest::whatIsSaidOfAProject_data() {
                 "scripts/main.ys\nout/line3.yslib:8:45: [Error] hardware.cameras[0].configPath: "
                 "引用的文件不存在：相机/设置 1.json\n" +
                 summary("out/line3.yslib", "2 errors, 0 warnings, 0 syntax errors")});
+    outcome("a script in three spellings, which is one", threeSpellings, "@ t.yslib",
+            {0, "Left open in scripts. The launcher does not look for these, and only --strict "
+                "counts them:\nm.ys:1:5: open-bracket this '(' is still open at the end of the "
+                "file\n    a = (1;\n        ^\n" +
+                    summary("t.yslib", "0 errors, 0 warnings, 0 syntax errors, 1 left open")});
+    outcome("the same, strictly", threeSpellings, "@ t.yslib --strict --format json", {1, R"({
+    "issues": [
+    ],
+    "project": "t.yslib",
+    "scripts": [
+        {
+            "diagnostics": [
+            ],
+            "passed": true,
+            "path": "./m.ys",
+            "warnings": [
+                {
+                    "code": "open-bracket",
+                    "column": 5,
+                    "endColumn": 0,
+                    "line": 1,
+                    "message": "this '(' is still open at the end of the file",
+                    "severity": 1
+                }
+            ]
+        }
+    ]
+}
+)"});
+    outcome("entries that are no scripts",
+            R"(printf '{"schemaVersion": 1, "scripts": [5, {"id": 5, "path": true}]}' >e.yslib)",
+            "@ e.yslib",
+            {1, "e.yslib:1:1: [Error] project: 缺少 project 对象\n"
+                "e.yslib:1:34: [Error] scripts[0].id: 缺少 script id\n"
+                "e.yslib:1:34: [Error] scripts[0].path: 缺少 script path\n"
+                "e.yslib:1:34: [Error] scripts[0].role: 缺少 script role\n"
+                "e.yslib:1:44: [Error] scripts[1].id: 缺少 script id\n"
+                "e.yslib:1:55: [Error] scripts[1].path: 缺少 script path\n"
+                "e.yslib:1:37: [Error] scripts[1].role: 缺少 script role\n"
+                "e.yslib:1:1: [Error] tasks: 缺少 tasks 对象\n" +
+                    summary("e.yslib", "8 errors, 0 warnings, 0 syntax errors")});
+    outcome("a key twice, of which the last counts",
+            R"(sed -i 's/"schemaVersion": 1,/"schemaVersion": 1, "schemaVersion": 2,/' )" + line3,
+            "@ " + line3,
+            {1, line3 + ":2:42: [Error] schemaVersion: 不支持的 schemaVersion；期望值为 1\n" +
+                    summary(line3, "1 error, 0 warnings, 0 syntax errors")});
+    outcome("scripts that import each other and define the same",
+            R"(cd line3/scripts; printf 'import "two.ys";\nglobal int cam1_x = 3;\n' >main.ys; )"
+            R"(printf 'import "main.ys";\nglobal int cam1_x = 4;\n' >two.ys; )"
+            R"(sed -i 's#"role": "main"}#&, {"id": "t", "path": "scripts/two.ys", )"
+            R"("role": "module"}#' ../line3.yslib)",
+            "@ " + line3,
+            {1, line3 + ":5:16: [Error] scripts: 检测到 import 循环依赖\n" + line3 +
+                    ":5:16: [Error] scripts: 跨脚本 global 'cam1_x' 重复定义：scripts/main.ys:2, "
+                    "scripts/two.ys:2\n" +
+                    summary(line3, "2 errors, 0 warnings, 0 syntax errors")});
+    outcome("a script's name that steers a terminal",
+            R"(sed -i 's#scripts/main.ys#\\u001b[2J.ys#' )" + line3, "@ " + line3,
+            {1, line3 + missing + "\\x1b[2J.ys\n" + unlisted +
+                    summary(line3, "1 error, 1 warning, 0 syntax errors")});
+    outcome("the plug-in alone is missing, for programs", "",
+            "@ line3/line3.yslib --core-plugin out --format json", {1, R"({
+    "issues": [
+        {
+            "message": "Core plugin missing: out/CoreOperators.dll",
+            "path": "",
+            "severity": 0
+        }
+    ],
+    "project": "line3/line3.yslib",
+    "scripts": [
+        {
+            "diagnostics": [
+            ],
+            "passed": true,
+            "path": "scripts/main.ys",
+            "warnings": [
+            ]
+        }
+    ]
+}
+)"});
     outcome("a script's name in other letters",
             "sed -i 's#scripts/main.ys#Scripts/Main.ys#' line3/line3.yslib", "@ line3/line3.yslib",
             {1, line3 + missing + "Scripts/Main.ys\n" + unlisted +

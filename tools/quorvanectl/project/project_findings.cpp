@@ -96,10 +96,11 @@ bool checkScripts(const QString &projectPath, const QJsonArray &scripts, Project
     for (const QJsonValue &entry : scripts) {
         const QString path = entry.toObject().value(QLatin1String("path")).toString();
         const QString file = locatedPath(folder, path);
+        const QString one = QFileInfo(file).canonicalFilePath(); // of all its spellings
         // One that is missing is an issue of the validator.
-        if (path.isEmpty() || checked.contains(file) || !QFileInfo::exists(file))
+        if (path.isEmpty() || checked.contains(one) || !QFileInfo::exists(file))
             continue;
-        checked.insert(file);
+        checked.insert(one);
         const QString text = readText(file, error);
         ScriptReport report;
         if (text.isNull() || !checkText(path, text, &report, error))
