@@ -134,6 +134,24 @@ void ProjectNewTest::whatCannotBeMade_data() {
             "lines/line4: there is no folder @here/lines");
     refusal("in a file", "echo mine >lines", "@ lines/line4",
             "lines/line4: there is no folder @here/lines");
+    refusal("a variable of a script that is not set", "", "@ \"$LINE\"",
+            ": has no name for a project");
+    refusal("the folder above", "mkdir a", "cd a && @ ..", ".." + exists);
+    refusal("another project's file", "quorvanectl project new line4 >/dev/null",
+            "@ line4/line4.yslib", "line4/line4.yslib" + exists);
+    refusal("a name that ends in a blank", "", "@ 'a '",
+            "a : Windows drops a point or blank at a name's end");
+    refusal("a name that ends in a point", "", "@ a.",
+            "a.: Windows drops a point or blank at a name's end");
+    refusal("a device of Windows with an ending", "", "@ NUL.txt",
+            "NUL.txt: Windows keeps this name for a device");
+    refusal("a name that steers a terminal", "", "@ \"$(printf 'a\\033b')\"",
+            "a\\x1bb: it holds a control character");
+    refusal("a name that is no UTF-8", "", "@ \"$(printf 'a\\377')\"",
+            QString("a") + QChar(QChar::ReplacementCharacter) + ": it is not readable as text");
+    const QString longName(251, 'x');
+    refusal("a name that has no room for its file's ending", "", "@ " + longName,
+            longName + "/" + longName + ".yslib: File name too long");
     refusal("the root", "", "@ /", "/: has no name for a project");
     refusal("a name that Windows has not", "", "@ con",
             "con: Windows keeps this name for a device");

@@ -143,7 +143,7 @@ QString makeProject(const QString &folder, const QString &displayName, QString *
     const QString place = QDir::cleanPath(QDir(folder).absolutePath());
     const QFileInfo info(place);
     // As a name within a folder: at the beginning of a path "a:b" is one on a drive.
-    QString fault = info.fileName().isEmpty()
+    QString fault = folder.isEmpty() || info.fileName().isEmpty()
                         ? QStringLiteral("has no name for a project")
                         : nameFault(QLatin1String("project/") + info.fileName());
     if (fault.isEmpty() && isTaken(place))
