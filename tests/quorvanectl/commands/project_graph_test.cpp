@@ -122,6 +122,37 @@ void ProjectGraphTest::forms_data() {
     outcome("for Mermaid", "", "@ line/line.yslib --format mermaid", {0, mermaid});
     outcome("drawn by Graphviz, which is given the same", dotThat("echo \"<svg $1/>\"; cat"),
             withDot, {0, "<svg -Tsvg/>\n" + dot});
+    outcome("a project whose scripts are none", R"(echo '{"scripts": {"path": "a.ys"}}' >e.yslib)",
+            "@ e.yslib", {0, "e.yslib: 0 scripts, 0 imports, 0 globals\n"});
+    outcome("an import that is nowhere, and a global twice in one script",
+            R"(printf 'import "no.ys";\nglobal int a_x\nglobal int a_x' >m.ys; )"
+            R"(printf '{"scripts": [{"path": "m.ys"}]}' >e.yslib)",
+            "@ e.yslib",
+            {0,
+             "e.yslib: 2 scripts, 1 import, 2 globals\n\nm.ys\n    imports no.ys\n    global a_x, "
+             "line 2\n    global a_x, line 3\n\nno.ys (not registered; missing)\n"});
+    outcome("two circles that hang together by one import alone",
+            R"(for s in a b c d; do echo >$s.ys; done; )"
+            R"(printf 'import "b.ys";' >a.ys; printf 'import "a.ys";import "c.ys";' >b.ys; )"
+            R"(printf 'import "d.ys";' >c.ys; printf 'import "c.ys";' >d.ys; )"
+            R"(printf '{"scripts": [{"path": "d.ys"}, {"path": "a.ys"}]}' >e.yslib)",
+            "@ e.yslib",
+            {0, "e.yslib: 4 scripts, 2 imports, 0 globals\n\nd.ys\n    imports c.ys\n\na.ys\n    "
+                "imports b.ys\n\nc.ys (not registered)\n\nb.ys (not registered)\n"});
+    outcome(
+        "the same, all of them registered",
+        R"(printf 'import "b.ys";' >a.ys; printf 'import "a.ys";import "c.ys";' >b.ys; )"
+        R"(printf 'import "d.ys";' >c.ys; printf 'import "c.ys";' >d.ys; printf '{"scripts": )"
+        R"([{"path": "d.ys"}, {"path": "a.ys"}, {"path": "b.ys"}, {"path": "c.ys"}]}' >e.yslib)",
+        "@ e.yslib --format mermaid",
+        {0, "flowchart LR\n    s0[\"d.ys\"]\n    s1[\"a.ys\"]\n    s2[\"b.ys\"]\n    "
+            "s3[\"c.ys\"]\n    s0 -- circle --> s3\n    s1 -- circle --> s2\n    s2 -- circle --> "
+            "s1\n    s2 --> s3\n    s3 -- circle --> s0\n"});
+    outcome("a script in GBK, and one by its whole path",
+            R"(printf '// \303\373\nglobal int a_x\n' >g.ys; )"
+            R"(printf '{"scripts": [{"path": "g.ys"}, {"path": "%s/g.ys"}]}' "$PWD" >e.yslib)",
+            "@ e.yslib",
+            {0, "e.yslib: 1 script, 0 imports, 1 global\n\ng.ys\n    global a_x, line 2\n"});
     outcome("a project without scripts", "echo '{}' >e.yslib", "@ e.yslib",
             {0, "e.yslib: 0 scripts, 0 imports, 0 globals\n"});
 }
@@ -166,6 +197,25 @@ void ProjectGraphTest::whatCannotBeDrawn_data() {
             "@here/bin/dot has drawn nothing: no fonts");
     refusal("a Graphviz that says nothing", dotThat("exit 0"), withDot,
             "@here/bin/dot has drawn nothing: it gives no reason");
+    refusal("a Graphviz that crashes", dotThat("kill -9 $$"), withDot,
+            "@here/bin/dot has drawn nothing: it gives no reason");
+    refusal("a Graphviz whose reason steers a terminal", dotThat("echo \\033[2J >&2; exit 1"),
+            withDot, "@here/bin/dot has drawn nothing: \\x1b[2J");
+    refusal("a Graphviz that draws and fails", dotThat("echo \"<svg>\"; exit 1"), withDot,
+            "@here/bin/dot has drawn nothing: it gives no reason");
+    refusal("a list for a project", "echo '[]' >p.yslib", "@ p.yslib",
+            "p.yslib: JSON 无效：no error occurred (it is no JSON object)");
+    refusal("the project's folder", "", "@ line", "line: is a folder");
+    refusal("a script that is a folder", "rm line/main.ys; mkdir line/main.ys", "@ line/line.yslib",
+            "@here/line/./main.ys: is a folder");
+    refusal("a script of somebody else's", "chmod 755 . line; chmod 000 line/limits.ys",
+            "$user @ line/line.yslib", "@here/line/limits.ys: Permission denied");
+    refusal("a script larger than any", "truncate -s 65M line/limits.ys", "@ line/line.yslib",
+            "@here/line/limits.ys: is larger than 64 MiB");
+    refusal("a library that is missing", "", "@ line/line.yslib --library none.ini",
+            "none.ini: no such file");
+    refusal("two projects", "", "@ line/line.yslib line/line.yslib",
+            "project graph takes FILE.yslib; see quorvanectl project graph --help");
     refusal("a form that is not there", "", "@ line/line.yslib --format json",
             "no format 'json'; there are: text, dot, mermaid, svg");
     refusal("no project", "echo '[' >p.yslib", "@ p.yslib",
