@@ -26,6 +26,7 @@ FileTree linePc() {
             {"pc/bin/LineRunner.exe", "program"},
             {"pc/bin/plugins/CoreOperators.dll", "plug-in"},
             {"pc/bin/config/FunctionLib.ini", "1,foo,0,\n"},
+            {"private.pem", support::publisher::privatePem()},
             {"data/launcher.log", ""},
             {"line/line.yslib", R"({"schemaVersion": 1, "project": {"name": "line",
 "displayName": "Line", "createdAt": "now"}, "scripts": [{"id": "m", "path": "m.ys", "role": "main"}],
@@ -57,6 +58,8 @@ private Q_SLOTS:
     void refusals();
     void theRememberedProject();
     void inJson();
+    void aWarningInJson();
+    void whatIsMounted();
     void theRoomIsToldWithoutAProjectToo();
     void aFullDisk();
 };
@@ -89,6 +92,21 @@ void DoctorMistakesTest::whatIsWrong_data() {
         "update.pub: ");
     row("no runtime", "rm pc/bin/LineRunner.exe", healthy, "Error runtime",
         "@here/pc/bin/LineRunner.exe: no such file\n    Run the installer of the Runtime.\n");
+    row("the private key in place of the other", "cp private.pem pc/bin/config/update.pub", healthy,
+        "Error update-key", "@here/pc/bin/config/update.pub: ");
+    row("a folder for the key", "rm pc/bin/config/update.pub; mkdir pc/bin/config/update.pub",
+        healthy, "Error update-key", "update.pub: is a folder\n");
+    row("a folder for the runtime", "rm pc/bin/LineRunner.exe; mkdir pc/bin/LineRunner.exe",
+        healthy, "Error runtime", "@here/pc/bin/LineRunner.exe: is a folder\n");
+    row("an installation with nothing in it", "rm -r pc/bin/*; mkdir pc/bin/config", healthy,
+        "Error update-key, Error runtime, Error core-plugin, Warning function-library, Warning "
+        "version",
+        "scripts are read without the words of their language.\n");
+    row("a function library that is a folder",
+        "rm pc/bin/config/FunctionLib.ini; mkdir pc/bin/config/FunctionLib.ini", healthy,
+        "Warning function-library", "FunctionLib.ini: is a folder\n");
+    row("versions that are damaged", "echo '{' >pc/bin/config/release_version.json", healthy,
+        "Warning version", "runtime: unknown\n");
     row("no core plug-in", "rm -r pc/bin/plugins", healthy, "Error core-plugin",
         "Core plugin missing: @here/pc/bin/plugins/CoreOperators.dll\n");
     row("no function library", "rm pc/bin/config/FunctionLib.ini", healthy,
@@ -97,6 +115,13 @@ void DoctorMistakesTest::whatIsWrong_data() {
         "Warning version", "the version of the runtime is not known\n");
     row("a clock that is behind the log", "touch -d 2099-01-02 data/launcher.log", healthy,
         "Error clock", "by the clock, and @here/data/launcher.log was written at 2099-01-02T");
+    row("one that is behind the settings", "touch -d 2099-01-02 data/Quorvane.db", healthy,
+        "Error clock", "@here/data/Quorvane.db was written at 2099-01-02T");
+    row("one that is behind the installation", "touch -d 2099-01-02 pc/bin/config/update.pub",
+        healthy, "Error clock", "@here/pc/bin/config/update.pub was written at 2099-01-02T");
+    row("one that is behind both, told once",
+        "touch -d 2099-01-02 data/launcher.log pc/bin/config/update.pub", healthy, "Error clock",
+        "@here/data/launcher.log was");
     row("a clock that is hours behind it, as of another zone",
         "touch -d '20 hours' data/launcher.log", healthy, "", "Nothing was found");
     row("a host that does not answer", "",
@@ -106,12 +131,38 @@ void DoctorMistakesTest::whatIsWrong_data() {
         "cable, proxy, firewall; update from a stick meanwhile.\n");
     row("a log that is a pipe", "rm data/launcher.log; mkfifo data/launcher.log", healthy,
         "Warning log", "@here/data/launcher.log: is no file that this user may write\n");
+    row("a log that is a folder", "rm data/launcher.log; mkdir data/launcher.log", healthy,
+        "Warning log", "@here/data/launcher.log: is no file that this user may write\n");
+    row("a log that root wrote", everybody + "chmod 444 data/launcher.log", asUser, "Warning log",
+        "launcher.log: is no file that this user may write\n    Find out who put it there: lines "
+        "of "
+        "the log are lost.\n");
+    row("no log yet", "rm data/launcher.log", healthy, "", "Nothing was found");
+    row("settings with statements of their own",
+        "python3 -c \"import sqlite3; d = sqlite3.connect('data/Quorvane.db'); "
+        "d.execute('CREATE VIEW app_settings AS SELECT 1 AS key, 2 AS value'); d.commit()\"",
+        healthy, "Warning settings",
+        "@here/data/Quorvane.db: holds a view or a trigger for the settings\n    Find the program "
+        "that holds or changed it: the launcher goes on without its settings.\n");
+    row("a launcher that never ran", "",
+        "XDG_DATA_HOME=$PWD/none @ --offline --install pc "
+        "--project line/line.yslib",
+        "Warning data-folder",
+        "@here/none/Quorvane: no such folder\n    Start the launcher once, as the line's user.\n");
     row("settings that are a folder", "mkdir data/Quorvane.db", healthy, "Warning settings",
         "@here/data/Quorvane.db: ");
     row("an unpacked package", "mkdir -p data/update/temp/apply_20261120_060000", healthy,
         "Warning left-over",
         "@here/data/update/temp/apply_20261120_060000: is left of an update that runs or was "
         "broken off\n");
+    row("more left-overs than help",
+        "for i in 0 1 2 3 4 5; do mkdir -p data/update/temp/apply_20261120_06000$i; done", healthy,
+        "Warning left-over, Warning left-over, Warning left-over, Warning left-over, Warning "
+        "left-over",
+        "apply_20261120_060004: is left");
+    row("other folders beside them",
+        "mkdir -p data/update/temp/mine data/update/temp/apply_2026 data/update/backup/line_1",
+        healthy, "", "Nothing was found");
     row("a backup", "mkdir -p data/update/backup/line_20261120_060000", healthy,
         "Warning left-over", "line_20261120_060000: is left");
     row("a backup that was dealt with",
@@ -119,6 +170,25 @@ void DoctorMistakesTest::whatIsWrong_data() {
         "Nothing was found");
     row("no project", "", "@ --offline --install pc --data data", "Warning project",
         "no project is selected\n");
+    row("a folder for the project", "", QString(healthy).replace("/line.yslib", ""),
+        "Error project",
+        "@here/line: is a folder\n    Choose another; after an update, quorvanectl "
+        "project recover.\n");
+    row("a pipe for it, which is not waited for", "rm line/line.yslib; mkfifo line/line.yslib",
+        healthy, "Error project", "@here/line/line.yslib: is no plain file\n");
+    row("a link to a project that was moved",
+        "mv line/line.yslib line/x; ln -s none line/line.yslib", healthy, "Error project",
+        "@here/line/line.yslib: no such file\n");
+    row("a script for it", "", QString(healthy).replace("line.yslib", "m.ys"),
+        "Error project-check",
+        "@here/line/m.ys: the launcher does not start it, by 1 error; the first: [Error] yslib: "
+        "JSON "
+        "无效：illegal value\n");
+    row("of two projects the last", "", healthy + " --project none.yslib", "Error project",
+        "@here/none.yslib: no such file\n");
+    row("a name that steers a terminal", "mv line \"$(printf 'a\\033[2J')\"",
+        QString(healthy).replace("line/", "\"$(printf 'a\\033[2J')\"/"), "",
+        "project: @here/a\\x1b[2J/line.yslib\n");
     row("a project that is gone", "rm -r line", healthy, "Error project",
         "@here/line/line.yslib: no such file\n");
     row("a project that the launcher does not start", "rm line/m.ys", healthy,
@@ -143,6 +213,21 @@ void DoctorMistakesTest::whatIsWrong_data() {
         "@here/line/images: nothing may be taken out of this folder\n");
     row("a file of the project that may not be read", everybody + "chmod 000 line/images/1.png",
         asUser, "Error project-folder", "@here/line/images/1.png: it may not be read\n");
+    row("a folder of the project that may not be listed", everybody + "chmod 333 line/images",
+        asUser, "Error project-folder",
+        "@here/line/images: it cannot be listed, or its name is no UTF-8\n    Give the line's user "
+        "the right to it, or take it out of the project: an update fails with it.\n");
+    row("more of them than help",
+        everybody + "cd line/images; for i in 2 3 4 5 6 7; do cp 1.png $i.png; done; chmod 000 *",
+        asUser,
+        "Error project-folder, Error project-folder, Error project-folder, Error project-folder, "
+        "Error project-folder",
+        ".png: it may not be read\n");
+    row("a link out of the project, which is copied as one",
+        everybody + "mkdir other; chmod 755 other; ln -s ../../other line/images/link", asUser, "",
+        "Nothing was found");
+    row("a project file that may not be read", everybody + "chmod 000 line/line.yslib", asUser,
+        "Error project-check, Error project-folder", "@here/line/line.yslib: it may not be read\n");
     row("a hidden one, which is not copied",
         everybody + "mv line/images/1.png line/.x; chmod 000 line/.x", asUser, "",
         "Nothing was found");
@@ -171,12 +256,31 @@ void DoctorMistakesTest::whatIsWrong() {
 
 void DoctorMistakesTest::refusals_data() {
     support::addRefusals();
+    const QString noAddress = ": not an address that begins with http:// or https://";
     refusal("no installation", "", "@ --offline --install none",
             "none: no installation is there: it has no folder bin/config or config");
     refusal("a data folder that is missing", "", "@ --offline --install pc --data none",
             "none: no such folder");
     refusal("an address that is none", "", "@ --install pc --data data --url here",
-            "here: not an address");
+            "here" + noAddress);
+    refusal("a host without http", "", "@ --install pc --data data --url localhost:1/m.json",
+            "localhost:1/m.json" + noAddress);
+    refusal("a file for an address", "", "@ --install pc --data data --url file:///etc/hosts",
+            "file:///etc/hosts" + noAddress);
+    refusal("a path of Windows for it", "", "@ --install pc --data data --url 'C:\\m.json'",
+            "C:\\m.json" + noAddress);
+    refusal("an address without a host", "", "@ --install pc --data data --url http:///m.json",
+            "http:///m.json" + noAddress);
+    refusal("an address that is wrong, although the network is left alone", "",
+            "@ --offline --install pc --data data --url ftp://h/m.json",
+            "ftp://h/m.json" + noAddress);
+    refusal("a file for the data folder", "", "@ --offline --install pc --data line/m.ys",
+            "line/m.ys: no such folder");
+    refusal("the data folder for the installation", "", "@ --offline --install data",
+            "data: no installation is there: it has no folder bin/config or config");
+    refusal("a variable of a script that is not set", "",
+            "@ --offline --install pc --data data --project \"$LINE\"",
+            "--project is given an empty value" + seeHelp);
     refusal("a project without its option", "", "@ line/line.yslib",
             "doctor takes no arguments" + seeHelp);
     refusal("a format that it has not", "", "@ --format sarif",
@@ -213,6 +317,47 @@ void DoctorMistakesTest::inJson() {
     QCOMPARE(json["project"].toString(), desk.path("line/line.yslib"));
     const int held = desk.read("line/line.yslib").size() + desk.read("line/m.ys").size() + 10;
     QCOMPARE(json["neededBytes"].toInt(), 2 * held);
+}
+
+// A warning, and what is empty for want of a project.
+void DoctorMistakesTest::aWarningInJson() {
+    const Desk desk(command, linePc());
+    const Answer answer = desk.type("@ --offline --install pc --data data --format json");
+    const QJsonObject json = QJsonDocument::fromJson(answer.out.toUtf8()).object();
+    QCOMPARE(json.keys(),
+             (QStringList{"data", "findings", "freeBytes", "neededBytes", "project", "versions"}));
+    QCOMPARE(json["findings"].toArray(),
+             (QJsonArray{QJsonObject{
+                 {"kind", "project"},
+                 {"severity", 1},
+                 {"message", "no project is selected"},
+                 {"remedy", "Choose one in the launcher, or name it with --project."}}}));
+    QCOMPARE(json["project"].toString(), QString());
+    QCOMPARE(json["data"].toString(), desk.path("data"));
+    QCOMPARE(
+        json["versions"].toObject(),
+        (QJsonObject{{"editor", ""}, {"launcher", ""}, {"pythonTools", ""}, {"runtime", "1.2.3"}}));
+    QCOMPARE(answer.status, 0);
+}
+
+void DoctorMistakesTest::whatIsMounted() {
+    if (!support::canMountPrivately())
+        QSKIP("no private mounts on this system");
+    const auto told = [](const QString &mounted) {
+        const Desk desk(command, linePc());
+        desk.arrange("{ echo 'mount -t tmpfs none " + mounted + "'; echo '" +
+                     QString(healthy).replace('@', command) + "'; } >run.sh");
+        const Answer answer = desk.type(QLatin1String(support::privately) + "sh run.sh");
+        return answer.out.section('\n', 5).replace(desk.path(), "@here") +
+               QString::number(answer.status);
+    };
+    QCOMPARE(told("line/images"),
+             QString("Error project-folder: @here/line/images: a volume is mounted on it\n    Give "
+                     "the line's user the right to it, or take it out of the project: an update "
+                     "fails with it.\n1"));
+    QCOMPARE(told("/etc/ssl/certs"),
+             QString("Error certificates: no certificate authorities are known\n    Install the "
+                     "system's certificates: without them no update comes from the network.\n1"));
 }
 
 void DoctorMistakesTest::theRoomIsToldWithoutAProjectToo() {

@@ -1,5 +1,7 @@
 #include "quorvanectl/doctor/health.h"
 
+#include "quorvanectl/files/file_access.h"
+
 namespace ctl {
 
 Health examine(const HealthPlaces &places) {
@@ -11,6 +13,12 @@ Health examine(const HealthPlaces &places) {
     examineLeftOvers(places, &health);
     examineProject(places, &health);
     return health;
+}
+
+QString noFileAt(const QString &path) {
+    QString error;
+    (void)isUsableFile(path, &error); // the caller knows that it is none
+    return error;
 }
 
 void addError(Health *health, const char *kind, const QString &message, const QString &remedy) {

@@ -44,6 +44,9 @@ void examineDataFolder(const HealthPlaces &places, Health *health);
 void examineLeftOvers(const HealthPlaces &places, Health *health);
 void examineProject(const HealthPlaces &places, Health *health);
 
+// "PATH: no such file", or what lies in its place; for a path that is no file.
+[[nodiscard]] QString noFileAt(const QString &path);
+
 void addError(Health *health, const char *kind, const QString &message, const QString &remedy);
 void addWarning(Health *health, const char *kind, const QString &message, const QString &remedy);
 

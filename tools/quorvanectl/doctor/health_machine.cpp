@@ -27,10 +27,9 @@ void examineInstallation(const HealthPlaces &places, Health *health) {
     if (!isPublicKey(AppPaths::updatePublicKeyPath(), &error))
         addError(health, "update-key", error,
                  QStringLiteral("Repair the installation: no update can be verified."));
-    if (!QFileInfo(AppPaths::besideLauncher(QLatin1String(program_names::runtime))).isFile())
-        addError(health, "runtime",
-                 QStringLiteral("%1: no such file")
-                     .arg(AppPaths::besideLauncher(QLatin1String(program_names::runtime))),
+    const QString runtime = AppPaths::besideLauncher(QLatin1String(program_names::runtime));
+    if (!QFileInfo(runtime).isFile())
+        addError(health, "runtime", noFileAt(runtime),
                  QStringLiteral("Run the installer of the Runtime."));
     if (!hasCorePlugin(AppPaths::pluginsDirectory(), &error))
         addError(health, "core-plugin", error,

@@ -181,8 +181,7 @@ void examineProject(const HealthPlaces &places, Health *health) {
                           QStringLiteral("Choose one in the launcher, or name it with --project."));
     const QFileInfo file(places.projectFile);
     if (!file.isFile())
-        return addError(health, "project",
-                        QStringLiteral("%1: no such file").arg(places.projectFile),
+        return addError(health, "project", noFileAt(places.projectFile),
                         QStringLiteral("Choose another; after an update, quorvanectl project "
                                        "recover."));
     examineRules(places.projectFile, health);
