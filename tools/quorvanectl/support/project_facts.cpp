@@ -39,6 +39,8 @@ QString ownersOf(const QFileInfo &info) {
 QString contentOf(const QFileInfo &info) {
     if (info.isSymLink())
         return QStringLiteral("link to ") + info.symLinkTarget();
+    if (info.isDir() && !info.isReadable()) // would be told as an empty one
+        return QStringLiteral("(folder that may not be listed)");
     if (info.isDir())
         return QDir(info.filePath())
                        .isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System |

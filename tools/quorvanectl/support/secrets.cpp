@@ -41,10 +41,11 @@ QString withoutHomePaths(QString text) {
             !QDir(folder).isRoot()) // as that of a program of the system may be
             text.replace(everySpellingOf(folder), QStringLiteral("~"));
     }
-    // A folder's name ends with its separator; blanks may be in it only before one.
+    // A folder's name ends with its separator; blanks may be in it only before one, and so may the sign
+    // that stands between the folders of a search path.
     static const QRegularExpression elsewhere(
         QStringLiteral("(?:/home/|/Users/|[A-Za-z]:[/\\\\]+(?i:Users)[/\\\\]+)"
-                       "(?:[^/\\\\\r\n\"<>|:*?]+(?=[/\\\\])|[^/\\\\\\s\"<>|:*?]+)"));
+                       "(?:[^/\\\\\r\n\"<>|:*?]+(?=[/\\\\])|[^/\\\\\\s\"<>|:;*?]+)"));
     return text.replace(elsewhere, QStringLiteral("~"));
 }
 
