@@ -86,6 +86,11 @@ void FileAccessTest::theLimitItselfIsRead() {
     QString error;
     QVERIFY(!ctl::isUsableFile(folder.writeZeros("b", 11), &error, 10));
     QCOMPARE(error, folder.path("b") + ": is larger than 10 bytes");
+    constexpr int mebibyte = 1048576;
+    QVERIFY(!ctl::isUsableFile(folder.writeZeros("b", mebibyte), &error, mebibyte - 1));
+    QCOMPARE(error, folder.path("b") + ": is larger than 1048575 bytes");
+    QVERIFY(!ctl::isUsableFile(folder.writeZeros("b", mebibyte + 1), &error, mebibyte));
+    QCOMPARE(error, folder.path("b") + ": is larger than 1 MiB");
 }
 
 void FileAccessTest::aFileIsWritten() {

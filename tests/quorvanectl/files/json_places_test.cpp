@@ -43,6 +43,8 @@ void JsonPlacesTest::places_data() {
     row("of two values the last", "{'a': 1, 'a': 2}", "a", "1:15");
     row("within the last of two values", "{'a': {'b': 1}, 'a': {'b': 2}}", "a.b", "1:28");
     row("not within the first of two values", "{'a': {'b': 1}, 'a': {}}", "a.b", "1:22");
+    row("not within the first of two lists", "{'a': [1, 2], 'a': []}", "a[0]", "1:20");
+    row("of a text that is not the first in a list", "{'a': ['x', 'y', 'z']}", "a[2]", "1:18");
     row("a neighbour of the same beginning stays", "{'ab': 1, 'a': 1, 'a': 1}", "ab", "1:8");
     row("a key with a dot is no path", "{'a': {'b': 1}, 'a.b': 2}", "a.b", "1:13");
     row("nor with a bracket", "{'a': [1], 'a[0]': 2}", "a[0]", "1:8");

@@ -64,6 +64,7 @@ void RepeatedKeysTest::keys_data() {
         {QStringLiteral("产线 1:13 < 1:2")});
     row("an empty key", "{'': 1, '': 2}", {" 1:9 < 1:2"});
     row("values that look like keys", "{'a': 'b', 'b': 'b', 'c': ['c', 'c']}", {});
+    row("the same text again and again in a list", "['c', 'c', 'c', {'c': 1}, 'c', 'c']", {});
     row("signs within a text", "{'a': '{\\'a\\': 1, [}', 'b': 'a'}", {});
 }
 

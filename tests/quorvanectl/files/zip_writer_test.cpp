@@ -10,6 +10,7 @@
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QTemporaryDir>
+#include <QtEndian>
 
 #include <csignal>
 #include <memory>
@@ -99,7 +100,8 @@ private Q_SLOTS:
     void twoEntriesOfOneName();
     void aFullDisk_data();
     void aFullDisk();
-    void anInterruptEndsAFile();
+    void anEntryHasNoDateOrOwnRights();
+    void anInterruptEndsAFile(); // of whatever is written after it, too
     void afterAFailureNothingMoreGoesIn();
 };
 
@@ -219,6 +221,25 @@ void ZipWriterTest::anInterruptEndsAFile() {
     QCOMPARE(std::raise(SIGINT), 0);
     QVERIFY(!writer.finish());
     QCOMPARE(writer.error(), QString("interrupted"));
+}
+
+// Whenever and by whomever it is made, a package is the same.
+void ZipWriterTest::anEntryHasNoDateOrOwnRights() {
+    QBuffer out;
+    QVERIFY(out.open(QIODevice::WriteOnly));
+    ZipWriter writer(&out);
+    QVERIFY(writer.addFile("a", bufferOf("123")) && writer.addFolder("b") && writer.finish());
+    const auto *const bytes = reinterpret_cast<const uchar *>(out.data().constData());
+    QStringList told;
+    for (int at = out.data().indexOf("PK\1\2"); at >= 0; at = out.data().indexOf("PK\1\2", at + 4))
+        told.append(
+            QString("system %1, time %2, date %3, mode %4")
+                .arg(QString::number(bytes[at + 5]),
+                     QString::number(qFromLittleEndian<quint16>(bytes + at + 12)),
+                     QString::number(qFromLittleEndian<quint16>(bytes + at + 14), 16),
+                     QString::number(qFromLittleEndian<quint32>(bytes + at + 38) >> 16, 8)));
+    QCOMPARE(told, (QStringList{"system 3, time 0, date 21, mode 100644",
+                                "system 3, time 0, date 21, mode 40755"}));
 }
 
 void ZipWriterTest::afterAFailureNothingMoreGoesIn() {
