@@ -101,22 +101,30 @@ void DoctorMistakesTest::whatIsWrong_data() {
     row("an installation with nothing in it", "rm -r pc/bin/*; mkdir pc/bin/config", healthy,
         "Error update-key, Error runtime, Error core-plugin, Warning function-library, Warning "
         "version",
-        "scripts are read without the words of their language.\n");
+        "no such file\n    Repair the installation: scripts are read without the words of their "
+        "language.\n");
     row("a function library that is a folder",
         "rm pc/bin/config/FunctionLib.ini; mkdir pc/bin/config/FunctionLib.ini", healthy,
         "Warning function-library", "FunctionLib.ini: is a folder\n");
     row("versions that are damaged", "echo '{' >pc/bin/config/release_version.json", healthy,
         "Warning version", "runtime: unknown\n");
     row("no core plug-in", "rm -r pc/bin/plugins", healthy, "Error core-plugin",
-        "Core plugin missing: @here/pc/bin/plugins/CoreOperators.dll\n");
+        "Core plugin missing: @here/pc/bin/plugins/CoreOperators.dll\n    Repair the runtime's "
+        "installation.\n");
     row("no function library", "rm pc/bin/config/FunctionLib.ini", healthy,
         "Warning function-library", "FunctionLib.ini: no such file\n    Repair the installation: ");
     row("no version of the runtime", "rm pc/bin/config/release_version.json", healthy,
-        "Warning version", "the version of the runtime is not known\n");
+        "Warning version",
+        "the version of the runtime is not known\n    Run the installer of the Runtime: it records "
+        "its "
+        "version.\n");
     row("a clock that is behind the log", "touch -d 2099-01-02 data/launcher.log", healthy,
         "Error clock", "by the clock, and @here/data/launcher.log was written at 2099-01-02T");
     row("one that is behind the settings", "touch -d 2099-01-02 data/Quorvane.db", healthy,
-        "Error clock", "@here/data/Quorvane.db was written at 2099-01-02T");
+        "Error clock",
+        "@here/data/Quorvane.db was written at 2099-01-02T00:00:00\n    Set the clock: with a "
+        "wrong "
+        "one certificates are refused, and the log is hard to read.\n");
     row("one that is behind the installation", "touch -d 2099-01-02 pc/bin/config/update.pub",
         healthy, "Error clock", "@here/pc/bin/config/update.pub was written at 2099-01-02T");
     row("one that is behind both, told once",
@@ -164,7 +172,9 @@ void DoctorMistakesTest::whatIsWrong_data() {
         "mkdir -p data/update/temp/mine data/update/temp/apply_2026 data/update/backup/line_1",
         healthy, "", "Nothing was found");
     row("a backup", "mkdir -p data/update/backup/line_20261120_060000", healthy,
-        "Warning left-over", "line_20261120_060000: is left");
+        "Warning left-over",
+        "line_20261120_060000: is left of an update that runs or was broken off\n    Close the "
+        "launcher, then run quorvanectl project recover with the project's file.\n");
     row("a backup that was dealt with",
         "mkdir -p data/update/backup/line_20261120_060000.recovered", healthy, "",
         "Nothing was found");
@@ -197,7 +207,10 @@ void DoctorMistakesTest::whatIsWrong_data() {
         "scripts[0].path: 引用的文件不存在：m.ys\n    Choose another project, ");
     row("one with several errors", "echo '{\"schemaVersion\": 1}' >line/line.yslib; rm line/m.ys",
         healthy, "Error project-check",
-        "by 3 errors; the first: [Error] project: 缺少 project 对象\n");
+        "by 3 errors; the first: [Error] project: 缺少 project 对象\n    Choose another project, "
+        "and "
+        "give its engineer what quorvanectl project check shows; after an update, quorvanectl "
+        "project recover.\n");
     row("warnings about a project", "echo >line/other.ys", healthy, "", "Nothing was found");
     row("a project beside the launcher's folder", "cp -r line/. pc; rm -r line; ln -s pc line",
         healthy, "Error project-folder",
@@ -207,7 +220,10 @@ void DoctorMistakesTest::whatIsWrong_data() {
         QString(healthy).replace("--data data", "--data line/data"), "Error project-folder",
         "@here/line: is a whole volume, or holds the launcher or its data\n");
     row("a data folder that may not be written", everybody + "chmod 555 data", asUser,
-        "Error data-folder", "@here/data: this user may not write there\n");
+        "Error data-folder",
+        "@here/data: this user may not write there\n    Give the line's user the right to write "
+        "there: "
+        "without it nothing is logged or remembered, and no update can be unpacked.\n");
     row("a folder of the project that may not be emptied", everybody + "chmod 555 line/images",
         asUser, "Error project-folder",
         "@here/line/images: nothing may be taken out of this folder\n");
@@ -379,9 +395,11 @@ void DoctorMistakesTest::aFullDisk() {
                  "--project line/line.yslib'; } >run.sh");
     const Answer answer = desk.type(QLatin1String(support::privately) + "sh run.sh");
     QCOMPARE(kindsIn(answer.out), QStringList("Error space"));
-    QVERIFY2(answer.out.contains(desk.path("full: 4 MiB are free, and an update of the project "
-                                           "needs 6 MiB\n")),
-             qPrintable(answer.out));
+    QVERIFY2(
+        answer.out.contains(desk.path("full: 4 MiB are free, and an update of the project "
+                                      "needs 6 MiB\n    Make room: an update that fills the disk "
+                                      "may leave the project in pieces.\n")),
+        qPrintable(answer.out));
     QCOMPARE(answer.status, 1);
 }
 

@@ -45,6 +45,8 @@ void ProjectCheckTest::aFileThatCannotBeUsed_data() {
     support::addRefusals();
     refusal("the project's folder", "", "@ line3", "line3: is a folder");
     refusal("a file that is missing", "", "@ line3/line4.yslib", "line3/line4.yslib: no such file");
+    refusal("a file that is missing, for a build server", "", "@ none.yslib --format sarif",
+            "none.yslib: no such file");
     refusal("a pipe is not waited for", "mkfifo p.yslib", "@ p.yslib", "p.yslib: is no plain file");
     refusal("a script", "", "@ line3/scripts/main.ys",
             "line3/scripts/main.ys: JSON 无效：illegal value (line 1, column 1)");

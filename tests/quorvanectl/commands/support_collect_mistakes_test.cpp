@@ -67,6 +67,14 @@ void SupportCollectCommandTest::whatCannotBeCollected_data() {
             "data/launcher.log: is read by this command and not overwritten");
     refusal("the log for it, not even by force", "", "@ --out data/launcher.log --force" + from,
             "data/launcher.log: is read by this command and not overwritten");
+    refusal("the settings for it", "echo >data/Quorvane.db",
+            "@ --out data/Quorvane.db --force" + from,
+            "data/Quorvane.db: is read by this command and not overwritten");
+    refusal("the log for it, by another name", "ln data/launcher.log log.zip",
+            "@ --out log.zip --force" + from,
+            "log.zip: is read by this command and not overwritten");
+    refusal("a pipe for it", "mkfifo pipe", "@ --out pipe --force" + from,
+            "pipe: is no plain file");
     refusal("a link to nowhere for it", "ln -s nowhere link", "@ --out link" + from,
             "link: exists; --force overwrites it");
     refusal("a folder that is missing", "", "@ --out none/s.zip" + from,

@@ -64,6 +64,7 @@ private Q_SLOTS:
     void parts() { compare("Took", "用时"); }
     void gaps_data();
     void gaps() { compare("Gap", "空缺"); }
+    void aLongSilenceBefore();
     void versions_data();
     void versions() { compare("Versions", "版本"); }
     void offers_data();
@@ -182,6 +183,31 @@ void StartTextTest::gaps_data() {
     row("lines left out", many,
         {"3 lines between 2026-11-20 06:01:39 and 2026-11-20 06:01:43 are left out here"},
         {"此处省略了 2026-11-20 06:01:39 与 2026-11-20 06:01:43 之间的 3 行"});
+}
+
+// Beside the first start there is nothing before.
+void StartTextTest::aLongSilenceBefore() {
+    const auto gapsOf = [](int seconds, Language language) {
+        const auto starts =
+            startsIn(logOf({search, launch, exited, QString("+%1 ").arg(seconds - 1) + search}));
+        QStringList texts;
+        for (const ctl::Labelled &line : ctl::linesOf(ctl::judge(starts.last()), language)) {
+            if (line.label == "Gap" || line.label == "空缺")
+                texts.append(line.text);
+        }
+        return texts;
+    };
+    constexpr int week = 7 * 86400;
+    QCOMPARE(gapsOf(week, Language::English), QStringList());
+    QCOMPARE(gapsOf(week + 1, Language::English),
+             QStringList("nothing was logged before it since 2026-11-20 06:00:02 (7 d 0 h)"));
+    QCOMPARE(gapsOf(week + 1, Language::Chinese),
+             QStringList("此前自 2026-11-20 06:00:02 起没有任何记录（7 天 0 小时）"));
+    QCOMPARE(gapsOf(-2, Language::English),
+             QStringList()); // two programs, whose lines may be out of order
+    QCOMPARE(gapsOf(-3, Language::English),
+             QStringList("the clock went back from 2026-11-20 06:00:02 to 2026-11-20 05:59:59 (3 "
+                         "s)"));
 }
 
 void StartTextTest::versions_data() {

@@ -12,7 +12,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSet>
 #include <QUrl>
 
 using support::ProjectFolder;
@@ -108,6 +107,7 @@ private Q_SLOTS:
     void theResults_data();
     void theResults();
     void aMessageIsNeverEmpty();
+    void aPlaceIsNeverZero();
     void aFileThatIsNoProjectIsOneResult_data();
     void aFileThatIsNoProjectIsOneResult();
     void aCleanProjectHasNoResults();
@@ -149,16 +149,22 @@ void SarifTest::theLogAndItsRun() {
 }
 
 void SarifTest::theRules() {
-    QSet<QString> ids;
+    QStringList told;
     const QJsonArray rules = firstRun["tool"].toObject()["driver"].toObject()["rules"].toArray();
     for (const QJsonValue &value : rules) {
         const QJsonObject rule = checked("rule", value);
-        QVERIFY(!ids.contains(nonEmpty(rule["id"])));
-        ids.insert(rule["id"].toString());
-        nonEmpty(checked("description", rule["shortDescription"])["text"]);
+        told.append(rule["id"].toString() + ": " +
+                    checked("description", rule["shortDescription"])["text"].toString());
     }
-    QCOMPARE(ids, (QSet<QString>{"project", "core-plugin", "YS100", "YS200", "open-string",
-                                 "open-bracket", "incomplete-statement"}));
+    QCOMPARE(told,
+             (QStringList{
+                 "project: The project does not follow the rules of a project file.",
+                 "core-plugin: The core plug-in is missing.",
+                 "YS100: The script holds a character that the language does not know.",
+                 "YS200: The script has a syntax error.",
+                 "open-string: A text in the script is still open at the end of the file.",
+                 "open-bracket: A brace, parenthesis or bracket of the script is never closed.",
+                 "incomplete-statement: The script passes, with a statement that is not whole."}));
 }
 
 void SarifTest::everyResultIsComplete() {
@@ -224,6 +230,23 @@ void SarifTest::aMessageIsNeverEmpty() {
     const QJsonObject result = run["results"].toArray().at(0).toObject();
     QCOMPARE(result["message"].toObject()["text"].toString(),
              QString("The script has a syntax error."));
+}
+
+// The standard counts lines and columns from 1.
+void SarifTest::aPlaceIsNeverZero() {
+    ctl::ProjectFindings findings;
+    findings.projectPath = projectFolder.path("line.yslib");
+    ast::ScriptDiagnostic finding;
+    finding.code = "YS100";
+    finding.line = finding.column = 0;
+    finding.endColumn = 5;
+    ctl::ScriptReport report;
+    report.path = "../other/a.ys";
+    report.result.diagnostics.push_back(finding);
+    findings.scripts.push_back(report);
+    const QJsonObject run = ctl::sarifLog(findings)["runs"].toArray().at(0).toObject();
+    QCOMPARE(summary(run["results"].toArray().at(0).toObject()),
+             QString("YS100 error ../other/a.ys 1:1-5"));
 }
 
 void SarifTest::aFileThatIsNoProjectIsOneResult_data() {

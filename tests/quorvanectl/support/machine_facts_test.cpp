@@ -27,6 +27,7 @@ private Q_SLOTS:
     void init();
     void variables_data();
     void variables();
+    void everyVariableThatMatters();
     void otherVariablesAreNobodysBusiness();
     void aVariableThatIsEmptyIsSet();
     void aFolderThatIsMissing();
@@ -84,6 +85,32 @@ void MachineFactsTest::variables() {
     const QJsonObject told = facts()["environment"].toObject();
     qputenv(name, before);
     QTEST(told[name].toString(), "told");
+}
+
+void MachineFactsTest::everyVariableThatMatters() {
+    const QStringList names{"ALL_PROXY",       "DISPLAY",
+                            "GDK_SCALE",       "HTTPS_PROXY",
+                            "HTTP_PROXY",      "LANG",
+                            "LC_ALL",          "LC_MESSAGES",
+                            "NO_PROXY",        "QT_AUTO_SCREEN_SCALE_FACTOR",
+                            "QT_FONT_DPI",     "QT_QPA_PLATFORM",
+                            "QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS",
+                            "QUORVANE_DEV",    "TZ",
+                            "WAYLAND_DISPLAY", "XDG_DATA_HOME",
+                            "all_proxy",       "http_proxy",
+                            "https_proxy",     "no_proxy"};
+    QMap<QString, QByteArray> before;
+    for (const QString &name : names) {
+        if (qEnvironmentVariableIsSet(qPrintable(name)))
+            before.insert(name, qgetenv(qPrintable(name)));
+        qputenv(qPrintable(name), "1");
+    }
+    const QStringList told = facts()["environment"].toObject().keys();
+    for (const QString &name : names)
+        qunsetenv(qPrintable(name));
+    for (auto variable = before.begin(); variable != before.end(); ++variable)
+        qputenv(qPrintable(variable.key()), variable.value());
+    QCOMPARE(told, names);
 }
 
 void MachineFactsTest::otherVariablesAreNobodysBusiness() {

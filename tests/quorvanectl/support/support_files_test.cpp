@@ -55,6 +55,7 @@ private Q_SLOTS:
     void aKeyThatIsNoneHasNoFingerprint();
     void theSelectedProjectElsewhereIsListed_data();
     void theSelectedProjectElsewhereIsListed();
+    void whatElseIsInstalledIsListed();
     void findingsOfEachProject();
     void aLibraryThatIsMissingIsSaid();
     void secretsInTexts_data();
@@ -332,6 +333,13 @@ void SupportFilesTest::theSelectedProjectElsewhereIsListed_data() {
                                       << "";
     QTest::newRow("elsewhere") << "@/far/line.yslib"
                                << "Selected project: @/far\n(folder) ";
+    QTest::newRow("in a folder whose name begins so") << "@/pc/USER/projects2/line.yslib"
+                                                      << "Selected project: @/pc/USER/projects2\n";
+    QTest::newRow("by a path that is none from the root") << "far/line.yslib"
+                                                          << "";
+    QTest::newRow("among the others, by a way around")
+        << "@/pc/USER/other/../projects/line/line.yslib"
+        << "";
     QTest::newRow("elsewhere, and gone") << "@/none/line.yslib"
                                          << "Selected project: @/none\n";
     const QString drive = support::rootedBeside(QDir::homePath(), "/");
@@ -354,6 +362,17 @@ void SupportFilesTest::theSelectedProjectElsewhereIsListed() {
              found.value("selected.txt"));
     QCOMPARE(found.value("selected.txt").contains("  a/b.csv\n"), selected.contains("/far/"));
     QCOMPARE(found.value("findings.txt").contains("line.yslib"), !told.isEmpty());
+}
+
+void SupportFilesTest::whatElseIsInstalledIsListed() {
+    support::writeTree(path("pc"),
+                       {{"Runtime/a.dll", "1"}, {"python/b.py", "1"}, {"other/c", "1"}});
+    const QString text = files(true).value("installation.txt");
+    const QString program = "Installation: " + path("pc/bin") + '\n';
+    QVERIFY2(text.startsWith(program), qPrintable(text));
+    QVERIFY2(text.contains("\nRuntime: " + path("pc/Runtime") + '\n'), qPrintable(text));
+    QVERIFY2(text.contains("  a.dll\npython: " + path("pc/python") + '\n'), qPrintable(text));
+    QVERIFY2(text.endsWith("  b.py\n") && !text.contains("other"), qPrintable(text));
 }
 
 void SupportFilesTest::findingsOfEachProject() {
