@@ -12,6 +12,7 @@
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QMap>
 #include <QStorageInfo>
 #include <QTemporaryDir>
 
@@ -83,7 +84,10 @@ void MachineFactsTest::variables() {
     const QByteArray before = qgetenv(name);
     qputenv(name, value.toUtf8());
     const QJsonObject told = facts()["environment"].toObject();
-    qputenv(name, before);
+    if (before.isNull())
+        qunsetenv(name);
+    else
+        qputenv(name, before);
     QTEST(told[name].toString(), "told");
 }
 
