@@ -48,18 +48,27 @@ qint64 daysUntil(int year, int month, int day) {
     return era * 146097LL + dayOfEra - 719468;
 }
 
+int daysOf(int year, int month) {
+    constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool isLeapYear = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+    return days[month - 1] + (month == 2 && isLeapYear ? 1 : 0);
+}
+
 bool readWholeTime(std::string_view line, LogTime *time) {
     if (!hasFormOfTime(line))
         return false;
     const char *const at = line.data();
+    const int year = number(at, 4);
     const int month = number(at + 5, 2);
     const int day = number(at + 8, 2);
     const int hour = number(at + 11, 2);
     const int minute = number(at + 14, 2);
-    if (month < 1 || month > 12 || day < 1 || day > 31 || hour > 23 || minute > 59)
+    const int second = number(at + 17, 2);
+    if (month < 1 || month > 12 || day < 1 || day > daysOf(year, month) || hour > 23 ||
+        minute > 59 || second > 59)
         return false;
-    const qint64 days = daysUntil(number(at, 4), month, day);
-    *time = ((days * 24 + hour) * 60 + minute) * 60 + number(at + 17, 2);
+    const qint64 days = daysUntil(year, month, day);
+    *time = ((days * 24 + hour) * 60 + minute) * 60 + second;
     return true;
 }
 
@@ -136,7 +145,7 @@ bool LogReader::readTimeOf(std::string_view line, LogTime *time) {
     constexpr size_t seconds = 17; // where they stand
     if (line.size() > timeLength && line[timeLength] == ' ' &&
         line.compare(0, seconds, {lastMinute.data(), seconds}) == 0 && isDigit(line[seconds]) &&
-        isDigit(line[seconds + 1])) {
+        line[seconds] < '6' && isDigit(line[seconds + 1])) {
         *time = lastMinuteTime + number(line.data() + seconds, 2);
         return true;
     }
