@@ -1,65 +1,24 @@
 // update release in the hands of a publisher: what comes into the site, what stays as it was, and what is
 // refused before anything changes.
-#include "publisher_desk.h"
+#include "release_desk.h"
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QLockFile>
 
 using support::Answer;
-using support::Desk;
 using support::FileTree;
-using support::Outcome;
 using support::outcome;
 using support::refusal;
+using support::release;
+using support::ReleaseDesk;
+using support::signedLine;
+using support::zip12;
 
 namespace {
 
-const QString command = "quorvanectl update release";
 const QString seeHelp = "; see quorvanectl update release --help";
-const QString release = "@ site line3 --key private.pem --version ";
-const QString zip12 = "site/packages/产线三-1.2.0.zip";
-
-FileTree releasesFiles() {
-    FileTree tree{{"private.pem", support::publisher::privatePem()},
-                  {"update.pub", support::publisher::publicPem()}};
-    const FileTree project = support::smallProject();
-    for (auto file = project.begin(); file != project.end(); ++file)
-        tree.insert("line3/" + file.key(), file.value());
-    return tree;
-}
-
-// A project and a key; with `isPublished` a site that offers an installer, too.
-class ReleaseDesk : public Desk {
-public:
-    explicit ReleaseDesk(bool isPublished = false)
-        : Desk(command, releasesFiles()) {
-        arrange("chmod 600 private.pem");
-        if (isPublished) {
-            arrange("mkdir -p site/packages && echo runtime >site/packages/setup-1.3.0.exe && "
-                    "quorvanectl update manifest --runtime site/packages/setup-1.3.0.exe "
-                    "--plugin camera,1.1.0,plugins/camera.dll --published-at 2026-01-01T06:00:00Z "
-                    "--out site/plain.json && "
-                    "quorvanectl update sign site/plain.json --key private.pem "
-                    "--out site/manifest.json && rm site/plain.json");
-        }
-    }
-
-    [[nodiscard]] QJsonObject manifest() const {
-        return QJsonDocument::fromJson(read("site/manifest.json")).object();
-    }
-    [[nodiscard]] QString sumOf(const QString &name) const {
-        return QCryptographicHash::hash(read(name), QCryptographicHash::Sha256).toHex();
-    }
-};
-
-QString signedLine(const QString &would = {}) {
-    return "site/manifest.json: " + would +
-           "signed with a key of 3072 bits, verified and put in place\n";
-}
 
 } // namespace
 

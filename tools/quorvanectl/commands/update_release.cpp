@@ -4,9 +4,11 @@
 #include "quorvanectl/commands/package_printing.h"
 #include "quorvanectl/commands/signing_key_option.h"
 #include "quorvanectl/commands/update_options.h"
+#include "quorvanectl/package/project_pack.h"
 #include "quorvanectl/release/site_release.h"
 #include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/progress.h"
+#include "update/files/failure.h"
 
 namespace ctl {
 namespace {
@@ -44,6 +46,19 @@ void printDone(const Console &console, const ReleaseResult &result, int bits, bo
                   .arg(spelledOut(result.manifestPath), would, QString::number(bits)));
 }
 
+// Whoever gets the key can publish in our name: it lies neither in what is packed nor in what is served.
+bool isKeyApart(const QString &key, const ReleaseWish &wish, QString *error) {
+    if (key.isEmpty()) // which is told where it is read
+        return true;
+    if (liesIn(key, wish.project))
+        return failAbout(key,
+                         QStringLiteral("lies in the project's folder, and would be published "
+                                        "with it"),
+                         error);
+    return !liesIn(key, wish.site) ||
+           failAbout(key, QStringLiteral("lies in the site, from where anybody fetches it"), error);
+}
+
 int run(const QCommandLineParser &parser, Console &console) {
     ReleaseWish wish;
     wish.site = firstArgument(parser);
@@ -54,7 +69,8 @@ int run(const QCommandLineParser &parser, Console &console) {
     if (!isFullVersion(wish.version))
         return refuse(console, notFullVersion(wish.version));
     QString error;
-    if (!loadLibrary(parser, console, &error))
+    if (!loadLibrary(parser, console, &error) ||
+        !isKeyApart(parser.value(QStringLiteral("key")), wish, &error))
         return refuse(console, error);
     const SigningKey key = readSigningKey(parser, console, &error);
     if (!key.isValid())

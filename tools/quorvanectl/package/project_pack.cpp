@@ -218,17 +218,22 @@ void takeIn(const QString &zip, const QString &workFolder, bool overwrite, PackR
 
 } // namespace
 
-bool liesOutside(const QString &folder, const QString &outFolder, QString *error) {
-    QString place = QDir::cleanPath(QFileInfo(outFolder).absoluteFilePath());
+bool liesIn(const QString &path, const QString &folder) {
+    QString place = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
     while (!QFileInfo::exists(place) && place != QFileInfo(place).path())
         place = QFileInfo(place).path();
     place = QFileInfo(place).canonicalFilePath();
     for (QString below; place != below; place = QFileInfo(place).path()) {
         if (isOnePlace(place, folder))
-            return failAbout(outFolder, QStringLiteral("lies in the project's folder"), error);
+            return true;
         below = place;
     }
-    return true;
+    return false;
+}
+
+bool liesOutside(const QString &folder, const QString &outFolder, QString *error) {
+    return !liesIn(outFolder, folder) ||
+           failAbout(outFolder, QStringLiteral("lies in the project's folder"), error);
 }
 
 bool isFullVersion(const QString &text) {

@@ -30,6 +30,9 @@ struct PackResult {
 [[nodiscard]] PackResult packProject(const QString &folder, const QString &version,
                                      const QString &outFolder, bool overwrite);
 
+// Whether a path, of which only the beginning need exist, is `folder` or leads below it, links followed.
+[[nodiscard]] bool liesIn(const QString &path, const QString &folder);
+
 // Whether a package in `outFolder` would not lie in the project's own folder, where the next one would hold
 // it. If not, `error` receives one line.
 [[nodiscard]] bool liesOutside(const QString &folder, const QString &outFolder, QString *error);
