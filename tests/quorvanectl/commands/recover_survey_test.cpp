@@ -57,7 +57,8 @@ private Q_SLOTS:
     void whatIsTold();
     void projectsElsewhere_data();
     void projectsElsewhere();
-    void aWordWithABlankIsQuoted();
+    void whatAShellReadsIsQuoted_data();
+    void whatAShellReadsIsQuoted();
 };
 
 void RecoverSurveyTest::init() {
@@ -207,11 +208,27 @@ void RecoverSurveyTest::projectsElsewhere() {
     QCOMPARE(recover().out.section('\n', 0, 0), spelled(told));
 }
 
-void RecoverSurveyTest::aWordWithABlankIsQuoted() {
-    support::writeTree(folder->path(), whole(backups + "产 线_20261120_164501", "line"));
+// The command is pasted into a shell, which has a meaning for some characters.
+void RecoverSurveyTest::whatAShellReadsIsQuoted_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("isQuoted");
+    QTest::newRow("a blank") << "产 线" << true;
+    QTest::newRow("the brackets of a second copy") << "line3(1)" << true;
+    QTest::newRow("an ampersand") << "cut&weld" << true;
+    QTest::newRow("a semicolon") << "line3;old" << true;
+    QTest::newRow("an apostrophe") << "chief's" << true;
+    QTest::newRow("a comma") << "line3,4" << true;
+    QTest::newRow("letters, digits and marks that mean nothing") << "产线_3-a.1+2@b" << false;
+}
+
+void RecoverSurveyTest::whatAShellReadsIsQuoted() {
+    QFETCH(QString, name);
+    QFETCH(bool, isQuoted);
+    support::writeTree(folder->path(), whole(backups + name + "_20261120_164501", "line"));
     const QString out = recover().out;
-    QVERIFY2(out.contains("\n    quorvanectl project recover \"" +
-                          path(projects + "产 线/line.yslib") + "\" --install "),
+    const QString file = path(projects + name + "/line.yslib");
+    QVERIFY2(out.contains("\n    quorvanectl project recover " +
+                          (isQuoted ? '"' + file + '"' : file) + " --install "),
              qPrintable(out));
 }
 

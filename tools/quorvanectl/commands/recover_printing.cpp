@@ -1,6 +1,7 @@
 #include "quorvanectl/commands/recover_printing.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 namespace ctl {
 namespace {
@@ -139,8 +140,11 @@ void describeSurvey(const Console &console, const Survey &survey, const QString 
 }
 
 QString asWord(const QString &path) {
+    // What a shell reads in its own way: the command is there to be pasted.
+    static const QRegularExpression other(QStringLiteral("[^\\w./\\\\:@+-]"),
+                                          QRegularExpression::UseUnicodePropertiesOption);
     const QString shown = spelledOut(path);
-    return shown.contains(QLatin1Char(' ')) ? QLatin1Char('"') + shown + QLatin1Char('"') : shown;
+    return shown.contains(other) ? QLatin1Char('"') + shown + QLatin1Char('"') : shown;
 }
 
 } // namespace ctl

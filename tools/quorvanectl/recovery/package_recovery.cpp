@@ -23,6 +23,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
+
 namespace ctl {
 namespace {
 
@@ -69,6 +71,18 @@ bool holds(const QString &outer, const QString &inner) {
     const QString below = realPath(inner) + QLatin1Char('/');
     return QFileInfo::exists(outer) && QFileInfo::exists(inner) &&
            below.startsWith(realPath(outer) + QLatin1Char('/'));
+}
+
+// A project file that is named one folder too high would take all projects of the line out of their places.
+bool holdsProjects(const QString &folder) {
+    const QStringList files{QStringLiteral("*.yslib")};
+    const QDir place(folder);
+    if (!place.entryList(files, QDir::Files).isEmpty())
+        return false; // they lie within a project
+    const QStringList names = place.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return 1 < std::count_if(names.begin(), names.end(), [&](const QString &name) {
+               return !QDir(place.filePath(name)).entryList(files, QDir::Files).isEmpty();
+           });
 }
 
 // Where logs of the project may lie, those that count most at the end. A recovery that was killed between
@@ -208,6 +222,8 @@ QString whyNotReplaced(const QString &projectFolder, const DataFolder &data) {
         return reason + QStringLiteral("the data folder lies in it");
     if (holds(projectFolder, AppPaths::applicationDirectory()))
         return reason + QStringLiteral("the launcher lies in it");
+    if (holdsProjects(projectFolder))
+        return reason + QStringLiteral("several projects lie in it");
     return {};
 }
 
