@@ -2,6 +2,7 @@
 // and from nothing else.
 #include "project/project_file.h"
 #include "run_tool.h"
+#include "support/file_kinds.h"
 #include "support/file_tree.h"
 #include "support/key_maker.h"
 #include "support/manifest_maker.h"
@@ -122,6 +123,8 @@ private Q_SLOTS:
     void whatIsNotBelieved();
     void anotherKeyCanBeNamed();
     void whatHoldsMoreThanAProjectIsNotReplaced();
+    void aLinkToAProjectFileStandsInNoProject();
+    void aProjectFileInTheFolderOfAllProjects();
     void wrongUsage_data();
     void wrongUsage();
 };
@@ -322,6 +325,34 @@ void RecoverFromTest::whatHoldsMoreThanAProjectIsNotReplaced() {
     const Answer answer = place.recover({"--apply", "--data", place.path("line/data")});
     QCOMPARE(answer.err, "quorvanectl: " + place.path("line") +
                              ": may not be replaced: the data folder lies in it\n");
+    QCOMPARE(answer.status, 2);
+    QCOMPARE(place.all(), before);
+}
+
+void RecoverFromTest::aLinkToAProjectFileStandsInNoProject() {
+    const Place place;
+    place.lay("far", oldProject());
+    place.lay("line", {{"letter.txt", "mine"}}); // somebody's desktop
+    if (!support::makeLink(place.path("far/line.yslib"), place.path("line/line.yslib")))
+        QSKIP("no links on this system");
+    const FileTree before = place.all();
+    const Answer answer = place.recover({"--apply"});
+    QCOMPARE(answer.err, "quorvanectl: " + place.path("line/line.yslib") +
+                             ": is a link; name the project file that it leads to\n");
+    QCOMPARE(answer.out, QString());
+    QCOMPARE(answer.status, 2);
+    QCOMPARE(place.all(), before);
+}
+
+// One folder too high: all projects of the line would make way for one.
+void RecoverFromTest::aProjectFileInTheFolderOfAllProjects() {
+    const Place place;
+    place.lay("line/weld", {{"line.yslib", projectFile("1.0")}, {"main.ys", ""}});
+    place.lay("line/cut", {{"line.yslib", projectFile("1.0")}, {"main.ys", ""}});
+    const FileTree before = place.all();
+    const Answer answer = place.recover({"--apply"});
+    QCOMPARE(answer.err, "quorvanectl: " + place.path("line") +
+                             ": may not be replaced: several projects lie in it\n");
     QCOMPARE(answer.status, 2);
     QCOMPARE(place.all(), before);
 }

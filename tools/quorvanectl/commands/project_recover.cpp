@@ -14,6 +14,7 @@
 #include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/progress.h"
 #include "quorvanectl/support/support_files.h"
+#include "update/files/place_facts.h"
 #include "update/files/work_lock.h"
 
 #include <QCommandLineParser>
@@ -160,6 +161,11 @@ int recoverFrom(const QCommandLineParser &parser, const Console &console,
     QString error;
     PackageSource source;
     ProvedPackage package;
+    // What would make way is the folder that the link lies in: a desktop, and no project.
+    if (isLink(QFileInfo(places.projectFile)))
+        return refuse(console,
+                      QStringLiteral("%1: is a link; name the project file that it leads to")
+                          .arg(places.projectFile));
     if (!readSource(parser, &source, &error))
         return refuse(console, error);
     if (!whileTelling(console, QStringLiteral("proving the package"),
