@@ -7,6 +7,8 @@ void printIssues(const Console &console, const PackResult &result) {
         const Ink ink = isError(issue) ? Ink::Error : Ink::Warning;
         printLine(console, inked(console, ink, spelledOut(formatProjectIssues({issue}))));
     }
+    for (const QString &warning : result.warnings)
+        printLine(console, inked(console, Ink::Warning, spelledOut(warning)));
     for (const QString &finding : result.findings)
         printLine(console, inked(console, Ink::Error, spelledOut(finding)));
 }

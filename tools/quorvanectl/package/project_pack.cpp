@@ -96,6 +96,27 @@ bool contentOf(const QString &folder, Content *content, QStringList *findings) {
     return isWhole;
 }
 
+// Whose first line says so, as every tool writes it, encrypted or not.
+bool isPrivateKey(const QString &path) {
+    static const QRegularExpression begin(QStringLiteral("^-----BEGIN [A-Z ]*PRIVATE KEY-----"));
+    constexpr int longestLine = 64; // bytes
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) &&
+           begin.match(QString::fromLatin1(file.read(longestLine))).hasMatch();
+}
+
+// What goes into a package and may be meant, but hardly is.
+QStringList warningsOf(const Content &content) {
+    QStringList warnings;
+    for (auto entry = content.begin(); entry != content.end(); ++entry) {
+        if (!entry.value().isEmpty() && isPrivateKey(entry.value()))
+            warnings +=
+                QStringLiteral("%1: it is a private key, and whoever gets the package gets it")
+                    .arg(entry.key());
+    }
+    return warnings;
+}
+
 // The one project file, at the top: elsewhere the launcher would find it, but the project would move.
 QString projectFileOf(const Content &content, QStringList *findings) {
     QStringList names = content.keys();
@@ -256,6 +277,7 @@ PackResult packProject(const QString &folder, const QString &version, const QStr
     const QString projectFile = projectFileOf(content, &result.findings);
     if (!projectFile.isEmpty())
         result.issues = validateProjectFile(projectFile);
+    result.warnings = warningsOf(content);
     if (!result.findings.isEmpty() || hasErrors(result.issues))
         return result;
 

@@ -13,6 +13,7 @@ struct PackResult {
     bool ok = false;
     QString error;                // what could not be done; empty if findings stand in the way
     QStringList findings;         // why this folder makes no package
+    QStringList warnings;         // what goes in all the same
     QVector<ProjectIssue> issues; // of the project's validator; warnings do not stand in the way
     QString projectName;
     QString zipPath;
