@@ -8,6 +8,7 @@
 #include "quorvanectl/shell/progress.h"
 #include "update/manifest_keys.h"
 
+#include <QDateTime>
 #include <QJsonDocument>
 
 namespace ctl {
@@ -42,6 +43,17 @@ bool areOurs(const QMap<QString, QString> &manifests, const SigningKey &key,
     return all;
 }
 
+QDateTime timeOf(const QJsonObject &manifest) {
+    return QDateTime::fromString(manifest.value(manifest_keys::publishedAt).toString(),
+                                 Qt::ISODate);
+}
+
+// Swapped in a hurry, what was a mistake would be on offer once more, in place of the copy of before.
+bool areSwapped(const QJsonObject &published, const QJsonObject &previous) {
+    const QDateTime now = timeOf(published);
+    return now.isValid() && timeOf(previous) > now;
+}
+
 int run(const QCommandLineParser &parser, Console &console) {
     const QString path = firstArgument(parser);
     const QString to = parser.value(QStringLiteral("to"));
@@ -58,6 +70,11 @@ int run(const QCommandLineParser &parser, Console &console) {
         return refuse(console, error);
     if (!areOurs({{path, published}, {to, previous}}, key, console))
         return Findings;
+    if (areSwapped(objectIn(published), objectIn(previous)))
+        return refuse(
+            console,
+            QStringLiteral("%1: is later than %2, which is to give way; are the two swapped?")
+                .arg(to, path));
     const QJsonObject again = publishedAgain(objectIn(previous), objectIn(published));
     const QByteArray complete = whileTelling(console, QStringLiteral("signing"), [&] {
         return signedWith(key, QString::fromUtf8(manifestBytes(again)));
