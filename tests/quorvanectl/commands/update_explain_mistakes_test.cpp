@@ -90,11 +90,23 @@ void UpdateExplainTest::wrongWords_data() {
     support::addRefusals();
     const QString line = "@ signed.json --install pc ";
     refusal("an address without its scheme", "", line + "--url updates.example/manifest.json",
-            "updates.example/manifest.json: not an address");
+            "updates.example/manifest.json: not an address that begins with http:// or https://");
     refusal("an address with a blank in its host", "", line + "--url 'http://a b/manifest.json'",
-            "http://a b/manifest.json: not an address");
+            "http://a b/manifest.json: not an address that begins with http:// or https://");
+    refusal("a path of Windows, whose drive is no scheme", "",
+            line + R"(--url 'C:\site\manifest.json')",
+            R"(C:\site\manifest.json: not an address that begins with http:// or https://)");
+    refusal("the same with slashes", "", line + "--url C:/site/manifest.json",
+            "C:/site/manifest.json: not an address that begins with http:// or https://");
+    refusal("a file as a browser shows it", "", line + "--url file:///site/manifest.json",
+            "file:///site/manifest.json: not an address that begins with http:// or https://");
+    refusal("an address without a server", "", line + "--url https:///manifest.json",
+            "https:///manifest.json: not an address that begins with http:// or https://");
+    refusal("a protocol that no launcher speaks", "", line + "--url ftp://x.example/m.json",
+            "ftp://x.example/m.json: not an address that begins with http:// or https://");
     refusal("of two addresses the last, which is none", "",
-            line + "--url https://x.example/m.json --url m.json", "m.json: not an address");
+            line + "--url https://x.example/m.json --url m.json",
+            "m.json: not an address that begins with http:// or https://");
     refusal("a language as a system names it", "", line + "--locale en_US",
             "en_US: the launcher speaks en and zh_CN");
     refusal("a language in short", "", line + "--locale zh",

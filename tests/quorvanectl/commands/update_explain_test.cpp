@@ -305,7 +305,8 @@ void UpdateExplainTest::refusals_data() {
         << QStringList{"--project", "line3.zip"}
         << "line3.zip: is no JSON: line 1, column 1: illegal value";
     QTest::newRow("no project") << QStringList{"--project", "none.yslib"} << "none.yslib";
-    QTest::newRow("no address") << QStringList{"--url", "nowhere"} << "nowhere: not an address";
+    QTest::newRow("no address") << QStringList{"--url", "nowhere"}
+                                << "nowhere: not an address that begins with http:// or https://";
     QTest::newRow("no language") << QStringList{"--locale", "de"} << "de: the launcher speaks";
 }
 

@@ -4,6 +4,7 @@
 #include "frame/app_paths.h"
 #include "frame/settings_schema.h"
 #include "quorvanectl/commands/commands.h"
+#include "quorvanectl/commands/update_options.h"
 #include "quorvanectl/shell/data_option.h"
 #include "quorvanectl/shell/inspected_installation.h"
 #include "quorvanectl/shell/installation.h"
@@ -45,12 +46,6 @@ QString absolute(const QString &path) {
     return path.isEmpty() ? QString() : QDir::cleanPath(QFileInfo(path).absoluteFilePath());
 }
 
-// Any other, such as that of a file, would tell nothing of the network.
-bool isOfTheWeb(const QUrl &url) {
-    return url.isValid() && !url.host().isEmpty() &&
-           (url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https"));
-}
-
 bool readPlaces(const QCommandLineParser &parser, HealthPlaces *places, QString *error) {
     const QString data = parser.value(dataOption);
     places->data = dataFolder(parser);
@@ -64,8 +59,8 @@ bool readPlaces(const QCommandLineParser &parser, HealthPlaces *places, QString 
     const QString url = parser.value(urlOption);
     if (!parser.isSet(offlineOption))
         places->manifestUrl = QUrl(url.isEmpty() ? defaultManifestUrl() : url);
-    if (!url.isEmpty() && !isOfTheWeb(QUrl(url)))
-        *error = QStringLiteral("%1: not an address that begins with http:// or https://").arg(url);
+    if (!url.isEmpty() && !isServerAddress(url))
+        *error = notAnAddress(url);
     return error->isEmpty();
 }
 

@@ -3,6 +3,7 @@
 #include "frame/app_paths.h"
 #include "launcher/offer/update_component.h"
 #include "quorvanectl/commands/commands.h"
+#include "quorvanectl/commands/update_options.h"
 #include "quorvanectl/files/json_input.h"
 #include "quorvanectl/shell/inspected_installation.h"
 #include "quorvanectl/shell/json_output.h"
@@ -13,7 +14,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QTranslator>
-#include <QUrl>
 
 namespace ctl {
 namespace {
@@ -111,8 +111,8 @@ int run(const QCommandLineParser &parser, Console &console) {
         (!project.isEmpty() && readJsonObject(project, &error).isNull()) ||
         !inspectInstallation(parser, &error))
         return refuse(console, error);
-    if (!url.isEmpty() && (!QUrl(url).isValid() || QUrl(url).scheme().isEmpty()))
-        return refuse(console, QStringLiteral("%1: not an address").arg(url));
+    if (!url.isEmpty() && !isServerAddress(url))
+        return refuse(console, notAnAddress(url));
     if (locale != QLatin1String("en") && locale != QLatin1String("zh_CN"))
         return refuse(console, QStringLiteral("%1: the launcher speaks en and zh_CN").arg(locale));
     QTranslator translator;

@@ -5,6 +5,8 @@
 #include "quorvanectl/shell/force_option.h"
 #include "update/files/failure.h"
 
+#include <QUrl>
+
 namespace ctl {
 namespace {
 
@@ -69,6 +71,16 @@ void declareBase(QCommandLineParser &parser) {
                       QStringLiteral("The URL of the manifest's folder, where the packages have "
                                      "absolute addresses."),
                       QStringLiteral("URL")});
+}
+
+bool isServerAddress(const QString &text) {
+    const QUrl url(text);
+    return url.isValid() && !url.host().isEmpty() &&
+           (url.scheme() == QLatin1String("https") || url.scheme() == QLatin1String("http"));
+}
+
+QString notAnAddress(const QString &text) {
+    return QStringLiteral("%1: not an address that begins with http:// or https://").arg(text);
 }
 
 } // namespace ctl

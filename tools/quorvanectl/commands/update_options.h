@@ -43,4 +43,10 @@ void printPublicKey(const Console &console, const QString &path);
 // Adds --base.
 void declareBase(QCommandLineParser &parser);
 
+// Whether a launcher could fetch from there. A drive is no scheme, and a file's URL names no server.
+[[nodiscard]] bool isServerAddress(const QString &text);
+
+// How a text is refused that is none.
+[[nodiscard]] QString notAnAddress(const QString &text);
+
 } // namespace ctl
