@@ -88,6 +88,8 @@ void ProjectRecoverTest::whatCannotBeUsed_data() {
             "@here/line3/line3.yslib: neither the project nor a backup of it is there");
     refusal("somebody else's", "chmod 755 .; chmod 000 line3/line3.yslib",
             "$user @ line3/line3.yslib" + data, "line3/line3.yslib: Permission denied");
+    refusal("a data folder of somebody else's, to be written to", breakOff + "chmod 755 .",
+            "$user @ line3/line3.yslib --apply" + data, "@here/data/update: cannot write there");
     refusal("a package that is missing", "", "@ line3/line3.yslib --package none.zip" + data,
             "none.zip: no such file");
     refusal("a folder for the package", "", "@ line3/line3.yslib --package line3" + data,

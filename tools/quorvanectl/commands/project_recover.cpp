@@ -152,7 +152,9 @@ bool mayApply(const RecoveryPlaces &places, QLockFile &lock, QString *error) {
         *error = QStringLiteral("close this first: ") + atWork.join(QStringLiteral(", "));
     if (error->isEmpty() && QFileInfo(places.data.update()).isDir() &&
         !takeLock(lock, lockPath(places)))
-        *error = QStringLiteral("%1: another recovery is at work").arg(lockPath(places));
+        *error = lock.error() == QLockFile::LockFailedError
+                     ? QStringLiteral("%1: another recovery is at work").arg(lockPath(places))
+                     : QStringLiteral("%1: cannot write there").arg(places.data.update());
     return error->isEmpty();
 }
 
