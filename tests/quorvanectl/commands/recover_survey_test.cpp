@@ -57,6 +57,8 @@ private Q_SLOTS:
     void whatIsTold();
     void projectsElsewhere_data();
     void projectsElsewhere();
+    void aMemoryThatCannotBeReadIsTold_data();
+    void aMemoryThatCannotBeReadIsTold();
     void whatAShellReadsIsQuoted_data();
     void whatAShellReadsIsQuoted();
 };
@@ -206,6 +208,46 @@ void RecoverSurveyTest::projectsElsewhere() {
     support::writeTree(folder->path(), tree);
     remember(path("far/line/line.yslib"), {path("earlier/old/old.yslib")});
     QCOMPARE(recover().out.section('\n', 0, 0), spelled(told));
+}
+
+// A project that lies elsewhere might be broken, and nobody would know.
+void RecoverSurveyTest::aMemoryThatCannotBeReadIsTold_data() {
+    QTest::addColumn<QStringList>("statements"); // on the settings; none: a folder lies there
+    QTest::addColumn<QString>("fault");          // its beginning
+    const QString table = "CREATE TABLE app_settings (key TEXT, value TEXT)";
+    QTest::newRow("a folder") << QStringList() << "";
+    QTest::newRow("somebody else's statements in it")
+        << QStringList{"CREATE VIEW app_settings AS SELECT 'a' AS key, 'b' AS value"}
+        << "holds a view or a trigger for the settings;";
+    QTest::newRow("held by another program")
+        << QStringList{table, "BEGIN EXCLUSIVE"} << "database is locked";
+}
+
+void RecoverSurveyTest::aMemoryThatCannotBeReadIsTold() {
+    QFETCH(QStringList, statements);
+    QFETCH(QString, fault);
+    support::writeTree(folder->path(), whole(projects + "line", "line"));
+    const QString file = path("data/Quorvane.db");
+    Answer answer;
+    if (statements.isEmpty()) {
+        QVERIFY(QDir().mkdir(file));
+        answer = recover();
+    } else {
+        {
+            QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "test");
+            database.setDatabaseName(file);
+            QVERIFY(database.open());
+            for (const QString &statement : statements)
+                QVERIFY2(QSqlQuery(database).exec(statement), qPrintable(statement));
+            answer = recover();
+        }
+        QSqlDatabase::removeDatabase("test");
+    }
+    QVERIFY2(answer.err.startsWith("quorvanectl: " + file + ": " + fault), qPrintable(answer.err));
+    QVERIFY2(answer.err.endsWith("; what the launcher remembers is not looked at\n"),
+             qPrintable(answer.err));
+    QCOMPARE(answer.out, path(projects + "line/line.yslib") + ": whole\n");
+    QCOMPARE(answer.status, 2);
 }
 
 // The command is pasted into a shell, which has a meaning for some characters.

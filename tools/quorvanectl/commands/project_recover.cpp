@@ -203,13 +203,20 @@ int recover(const QCommandLineParser &parser, const Console &console, const Reco
     return remains.recovery == Recovery::None ? Clean : Findings;
 }
 
-// The one that the launcher remembers as the next, and those that it has started before.
-void readRemembered(SurveyPlaces *places) {
-    const QJsonObject settings = launcherSettings(places->data.database());
+// The one that the launcher remembers as the next, and those that it has started before. What keeps one from
+// knowing them; empty if nothing does.
+QString readRemembered(SurveyPlaces *places) {
+    const QString database = places->data.database();
+    const QJsonObject settings = launcherSettings(database);
+    const QString fault = settings.value(QStringLiteral("error")).toString();
+    if (!fault.isEmpty() && isTaken(database))
+        return QStringLiteral("%1: %2; what the launcher remembers is not looked at")
+            .arg(database, fault);
     places->selected = settings.value(QLatin1String(settings_schema::defaultProjectKey)).toString();
     const QJsonArray recent = settings.value(QStringLiteral("recent_projects")).toArray();
     for (const QJsonValue &row : recent)
         places->remembered.append(row.toArray().at(0).toString());
+    return {};
 }
 
 int survey(const QCommandLineParser &parser, const Console &console) {
@@ -217,7 +224,9 @@ int survey(const QCommandLineParser &parser, const Console &console) {
     if (!isUsableData(parser, &error))
         return refuse(console, error);
     SurveyPlaces places{dataFolder(parser), AppPaths::projectsDirectory(), {}, {}};
-    readRemembered(&places);
+    const QString fault = readRemembered(&places);
+    if (!fault.isEmpty())
+        tell(console, fault);
     const Survey found =
         whileTelling(console, QStringLiteral("looking at what is left of every project"),
                      [&] { return surveyRemains(places); });
@@ -230,7 +239,7 @@ int survey(const QCommandLineParser &parser, const Console &console) {
     const auto is = [&](auto matches) {
         return std::any_of(found.projects.begin(), found.projects.end(), matches);
     };
-    if (is([](const SurveyedProject &one) { return !one.error.isEmpty(); }))
+    if (!fault.isEmpty() || is([](const SurveyedProject &one) { return !one.error.isEmpty(); }))
         return Refused;
     return is([](const SurveyedProject &one) { return one.remains.recovery != Recovery::None; })
                ? Findings
