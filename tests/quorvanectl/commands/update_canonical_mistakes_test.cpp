@@ -91,6 +91,8 @@ void UpdateCanonicalTest::wrongWords_data() {
     refusal("two manifests", "", "@ m.json signed.json",
             "update canonical takes manifest.json" + seeHelp);
     refusal("no manifest", "", "@ --out c.bin", "update canonical takes manifest.json" + seeHelp);
+    refusal("another option in the place of a name", "", "@ m.json --out --force",
+            "Missing value after '--out'" + seeHelp);
     refusal("no value behind --out", "", "@ m.json --out", "Missing value after '--out'" + seeHelp);
     refusal("an empty name for --out", "", "@ m.json --out ''",
             "--out is given an empty value" + seeHelp);

@@ -87,6 +87,28 @@ void WrongUsageTest::lines_data() {
     QTest::newRow("an option with a value and an empty one")
         << QStringList{"update", "manifest", "--plugin", "a,1.0,b", "--plugin", ""}
         << "--plugin is given an empty value" + see + "update manifest --help";
+    const QString missing = "Missing value after '--out'" + see + "update canonical --help";
+    QTest::newRow("another option in the place of a value")
+        << QStringList{"update", "canonical", "m.json", "--out", "--force"} << missing;
+    QTest::newRow("the same option once more")
+        << QStringList{"update", "canonical", "--out", "--out", "c.bin", "m.json"} << missing;
+    QTest::newRow("an option with its value in the place of one")
+        << QStringList{"script", "check", "a.ys", "--library", "--format=json"}
+        << "Missing value after '--library'" + ofCheck;
+    QTest::newRow("the short option in the place of a value")
+        << QStringList{"update", "canonical", "m.json", "--out", "-h"} << missing;
+    QTest::newRow("the end of options in the place of a value")
+        << QStringList{"update", "canonical", "--out", "--", "m.json"} << missing;
+    QTest::newRow("an option's name as a value, in one word")
+        << QStringList{"update", "canonical", "m.json", "--out=--force"} << "m.json: no such file";
+    QTest::newRow("a value that only begins as an option does")
+        << QStringList{"update", "canonical", "m.json", "--out", "--forces"}
+        << "m.json: no such file";
+    QTest::newRow("a value below zero") << QStringList{"keys", "new", "k", "--passphrase-fd", "-1"}
+                                        << "--passphrase-fd -1: is no number of a descriptor";
+    QTest::newRow("an option as a name behind the end of options")
+        << QStringList{"update", "canonical", "--", "--out", "--force"}
+        << "update canonical takes manifest.json" + see + "update canonical --help";
     QTest::newRow("the same behind the end of options")
         << QStringList{"script", "check", "--library", "none.ini", "--", "-a.ys"}
         << "none.ini: no such file";

@@ -123,6 +123,37 @@ QString emptyOption(const QCommandLineParser &parser) {
     return empty == names.end() ? QString() : *empty;
 }
 
+void declareOptions(const Command &command, QCommandLineParser &parser) {
+    command.declare(parser);
+    parser.addOption(
+        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
+}
+
+// A word that the command takes for one of its options, or for the end of them.
+bool isOption(const Command &command, const QString &word) {
+    if (!word.startsWith(QLatin1Char('-')) || word.size() == 1)
+        return false;
+    QCommandLineParser parser;
+    declareOptions(command, parser);
+    (void)parser.parse({programName, word}); // its value is missing, if it has one
+    return parser.unknownOptionNames().isEmpty();
+}
+
+// The option whose value was forgotten; empty if there is none. Qt takes the next word, whatever it is, and
+// `--out --force` would make a file of that name. One that is called so is named in one word, `--out=--force`.
+QString optionWithoutValue(const Command &command, const QCommandLineParser &parser,
+                           const QStringList &arguments) {
+    const QStringList given = parser.optionNames();
+    for (int i = 0; i + 1 < arguments.size() && arguments.at(i) != QLatin1String("--"); ++i) {
+        const QString name = arguments.at(i).mid(2);
+        const QString &next = arguments.at(i + 1);
+        if (arguments.at(i).startsWith(QLatin1String("--")) && given.contains(name) &&
+            parser.values(name).contains(next) && isOption(command, next))
+            return name;
+    }
+    return QString();
+}
+
 bool hasRightCount(const Command &command, int given) {
     const QStringList words = command.arguments.split(QLatin1Char(' '));
     int least = 0;
@@ -138,11 +169,13 @@ bool hasRightCount(const Command &command, int given) {
 
 int runCommand(const Command &command, const QStringList &arguments, Console &console) {
     QCommandLineParser parser;
-    command.declare(parser);
-    parser.addOption(
-        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
+    declareOptions(command, parser);
     if (!parser.parse(QStringList(programName) + arguments))
         return refuseUsage(console, optionMistake(parser, arguments), titleOf(command));
+    const QString unfinished = optionWithoutValue(command, parser, arguments);
+    if (!unfinished.isEmpty())
+        return refuseUsage(console, QStringLiteral("Missing value after '--%1'").arg(unfinished),
+                           titleOf(command));
     if (parser.isSet(QStringLiteral("help")))
         return commandHelp(command, parser, console);
     const QString empty = emptyOption(parser);
