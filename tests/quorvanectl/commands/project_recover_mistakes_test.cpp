@@ -78,6 +78,18 @@ void ProjectRecoverTest::whatCannotBeUsed_data() {
             "line3.yslib: a name on the way there is no UTF-8");
     refusal("a file as the data folder", "", "@ line3/line3.yslib --data line3/line3.yslib",
             "line3/line3.yslib: is no folder");
+    const QString isNot = ": is not the data folder, which is @here/data";
+    refusal("the folder of the updates in the data folder", breakOff,
+            "@ line3/line3.yslib --data data/update", "data/update" + isNot);
+    refusal("the folder of the backups", breakOff, "@ line3/line3.yslib --data data/update/backup/",
+            "data/update/backup/" + isNot);
+    refusal("the same from within it", breakOff,
+            "cd data/update/backup && @ ../../../line3/line3.yslib --apply --data .", "." + isNot);
+    refusal("the folder above the launcher's", "mkdir -p share/Quorvane/update",
+            "@ line3/line3.yslib --data share",
+            "share: is not the data folder, which is @here/share/Quorvane");
+    refusal("the folder of the updates, of all projects", breakOff, "@ --data data/update",
+            "data/update" + isNot);
     refusal("a folder of that name", "mkdir d.yslib", "@ d.yslib" + data, "d.yslib: is a folder");
     refusal("a pipe is not waited for", "mkfifo p.yslib", "@ p.yslib" + data,
             "p.yslib: is no plain file");
@@ -138,6 +150,11 @@ void ProjectRecoverTest::whatNeedsNoRecovery_data() {
             {0, whole("line3") + "Now:       @here/line3/line3.yslib passes the validator.\n"});
     outcome("a data folder that is missing", "", "@ line3/line3.yslib --data none",
             {0, whole("line3")});
+    outcome("a data folder that is called as one within it",
+            "mkdir -p update/backup; mv update data/update", "@ line3/line3.yslib --data data",
+            {0, whole("line3")});
+    outcome("a data folder called update that nothing lies in", "mkdir update",
+            "@ line3/line3.yslib --data update", {0, whole("line3")});
     outcome("of two data folders the last counts", breakOff,
             "@ line3/line3.yslib --data data --data none",
             {1, "Project:   @here/line3: 3 files, fails the validator\n"

@@ -14,6 +14,7 @@
 #include "quorvanectl/shell/installation.h"
 #include "quorvanectl/shell/progress.h"
 #include "quorvanectl/support/support_files.h"
+#include "update/files/failure.h"
 #include "update/files/place_facts.h"
 #include "update/files/work_lock.h"
 
@@ -93,10 +94,13 @@ int apply(const Console &console, const RecoveryPlaces &places, Work work) {
 
 bool isUsableData(const QCommandLineParser &parser, QString *error) {
     const QString data = parser.value(dataOption);
-    if (!QFileInfo::exists(data) || QFileInfo(data).isDir())
+    if (!QFileInfo::exists(data))
         return true;
-    *error = QStringLiteral("%1: is no folder").arg(data);
-    return false;
+    if (!QFileInfo(data).isDir())
+        return failAbout(data, QStringLiteral("is no folder"), error);
+    const QString meant = dataFolderAround(data);
+    return meant.isEmpty() ||
+           failAbout(data, QStringLiteral("is not the data folder, which is %1").arg(meant), error);
 }
 
 bool isUsablePackage(const QString &file, QString *error) {

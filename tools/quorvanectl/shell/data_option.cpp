@@ -4,13 +4,41 @@
 
 #include <QCommandLineParser>
 #include <QDir>
+#include <QFileInfo>
 
-void ctl::declareData(QCommandLineParser &parser) {
+namespace ctl {
+namespace {
+
+bool isFolder(const QString &path) {
+    return QFileInfo(path).isDir();
+}
+
+} // namespace
+
+void declareData(QCommandLineParser &parser) {
     parser.addOption({dataOption, QStringLiteral("The launcher's data folder, if not this user's."),
                       QStringLiteral("folder")});
 }
 
-DataFolder ctl::dataFolder(const QCommandLineParser &parser) {
+DataFolder dataFolder(const QCommandLineParser &parser) {
     const QString named = parser.value(dataOption);
     return {QDir(named.isEmpty() ? AppPaths::dataDirectory() : named).absolutePath()};
 }
+
+QString dataFolderAround(const QString &named) {
+    const QString path = QDir::cleanPath(QFileInfo(named).absoluteFilePath());
+    if (isFolder(DataFolder{path}.update()))
+        return {};
+    const DataFolder below = DataFolder::below(path);
+    if (isFolder(below.update()))
+        return below.path;
+    for (const QString &inner : {path, QFileInfo(path).path()}) {
+        const DataFolder around{QFileInfo(inner).path()};
+        if (around.update() == inner &&
+            (isFolder(around.updateBackup()) || isFolder(around.updateTemp())))
+            return around.path;
+    }
+    return {};
+}
+
+} // namespace ctl

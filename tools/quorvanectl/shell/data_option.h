@@ -17,4 +17,8 @@ void declareData(QCommandLineParser &parser);
 // The folder that it names, absolute, whether it is there or not; without it, this user's.
 [[nodiscard]] DataFolder dataFolder(const QCommandLineParser &parser);
 
+// The launcher's data folder, if the folder that is named for it lies just above it or within it; else empty.
+// Nothing would be found there, and whoever is told that gives a project up.
+[[nodiscard]] QString dataFolderAround(const QString &named);
+
 } // namespace ctl
