@@ -141,7 +141,7 @@ void describeSurvey(const Console &console, const Survey &survey, const QString 
 
 QString asWord(const QString &path) {
     // What a shell reads in its own way: the command is there to be pasted.
-    static const QRegularExpression other(QStringLiteral("[^\\w./\\\\:@+-]"),
+    static const QRegularExpression other(QStringLiteral("[^\\w./\\\\:@~+-]"),
                                           QRegularExpression::UseUnicodePropertiesOption);
     const QString shown = spelledOut(path);
     return shown.contains(other) ? QLatin1Char('"') + shown + QLatin1Char('"') : shown;
