@@ -22,8 +22,8 @@ constexpr char project[] = R"({"scripts": [{"path": "a.ys"}, {"path": "sub/b.ys"
 const FileTree disk{
     {"line.yslib", project}, {"a.ys", "global int x_y;\n"}, {"sub/b.ys", "n = x_y;\n"}};
 
-// The places as "sub/b.ys@4", "line.yslib@79+8" of one that is not three units long, or why there are none. The text is d.ys, which nobody lists; the place is its
-// start.
+// The places as "sub/b.ys@4", "line.yslib@79+8" of one that is not three units long, or why there are none.
+// The text is d.ys, which nobody lists; the place is its start.
 QStringList renamed(const ProjectFolder &folder, ctl::Workspace *workspace, const QString &text,
                     const QString &newName) {
     workspace->open(folder.path("d.ys"), text);
