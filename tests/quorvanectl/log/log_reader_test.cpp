@@ -5,6 +5,9 @@
 #include "written_log.h"
 
 #include <QCoreApplication>
+#include <QIODevice>
+
+#include <cstring>
 
 using ctl::LogEntry;
 using ctl::LogReader;
@@ -32,7 +35,7 @@ protected:
             return -1;
         }
         const int count = int(qMin(qint64(qMin(piece, left.size())), size));
-        memcpy(data, left.constData(), size_t(count));
+        std::memcpy(data, left.constData(), size_t(count));
         left.remove(0, count);
         return count;
     }

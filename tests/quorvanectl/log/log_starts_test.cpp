@@ -5,6 +5,7 @@
 #include "written_log.h"
 
 #include <QCoreApplication>
+#include <QMap>
 
 using ctl::LogStart;
 using support::logOf;

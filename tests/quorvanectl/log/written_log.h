@@ -4,6 +4,8 @@
 #include "quorvanectl/log/start_json.h"
 
 #include <QBuffer>
+#include <QByteArray>
+#include <QJsonObject>
 #include <QStringList>
 #include <QVector>
 

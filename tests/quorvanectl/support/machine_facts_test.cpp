@@ -10,6 +10,7 @@
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QMap>

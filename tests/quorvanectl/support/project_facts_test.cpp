@@ -8,6 +8,7 @@
 #include "support/staged_main.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 using support::FileTree;
