@@ -60,7 +60,8 @@ void UpdateInfoTest::whatIsRefused_data() {
     support::addRefusals();
     refusal("a file that is missing", "", "@ none.json", "none.json: no such file");
     refusal("a folder", "", "@ site", "site: is a folder");
-    refusal("neither of both", "", "@ m.sig", "m.sig: is no JSON: line 1, column 1: illegal value");
+    refusal("neither of both", "printf 'xx' >m.sig", "@ m.sig",
+            "m.sig: is no JSON: line 1, column 1: illegal value");
     refusal("an archive that was cut off", "head -c 60 p/a.zip >cut.zip", "@ cut.zip",
             "cut.zip: Not a zip archive");
     refusal("a key for a package", "", "@ p/a.zip --key update.pub",

@@ -317,7 +317,7 @@ void UpdateManifestTest::aPreviousOneThatIsNotTaken_data() {
     support::addRefusals();
     const QString make = "@ --out site/x.json --previous ";
     refusal("a file that is missing", "", make + "none.json", "none.json: no such file");
-    refusal("one that is no manifest", "", make + "m.sig",
+    refusal("one that is no manifest", "printf 'xx' >m.sig", make + "m.sig",
             "m.sig: is no JSON: line 1, column 1: illegal value");
     refusal("one that is not signed", "", make + "m.json --key update.pub",
             "m.json: signature is empty");

@@ -75,7 +75,8 @@ void UpdateWithdrawTest::whatIsRefused_data() {
             "none.json: no such file");
     refusal("what to go back to is missing", "", "@ new.json --to none.json --key private.pem",
             "none.json: no such file");
-    refusal("what to go back to is none", "", "@ new.json --to m.sig --key private.pem",
+    refusal("what to go back to is none", "printf 'xx' >m.sig",
+            "@ new.json --to m.sig --key private.pem",
             "m.sig: is no JSON: line 1, column 1: illegal value");
     refusal("no key", "", "@ new.json --to old.json", "no key given; --key names the file");
     refusal("the public key", "", "@ new.json --to old.json --key update.pub",
