@@ -94,7 +94,11 @@ bool verifyRsaSha256(const QByteArray &derKey, const QByteArray &data, const QBy
     return verifyRsaSha256With(*verifier, derKey, data, signature, details);
 }
 
+// Windows imports keys of other algorithms as well, so that this one has to be named in it: rsaEncryption of
+// RFC 3279, 2.3.1, as DER writes it.
 bool isRsaKey(const QByteArray &derKey) {
+    static const QByteArray rsaEncryption = QByteArray::fromHex("06092a864886f70d010101");
     const std::unique_ptr<RsaVerifier> verifier = platformRsaVerifier();
-    return verifier->decodeKey(derKey).ok && verifier->importKey().ok;
+    return derKey.contains(rsaEncryption) && verifier->decodeKey(derKey).ok &&
+           verifier->importKey().ok;
 }

@@ -13,7 +13,7 @@
 [[nodiscard]] bool verifyRsaSha256(const QByteArray &derKey, const QByteArray &data,
                                    const QByteArray &signature, QString *details = nullptr);
 
-// Whether the bytes are a public key that the attempts can begin with.
+// Whether the bytes are an RSA public key that the attempts can begin with.
 [[nodiscard]] bool isRsaKey(const QByteArray &derKey);
 
 // The four attempts of one verifier, in fixed order: modern direct, modern reversed, legacy direct,

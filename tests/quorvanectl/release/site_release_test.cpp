@@ -250,10 +250,11 @@ void SiteReleaseTest::oneAtATime() {
         QString error;
         QVERIFY2(first.take(&error), qPrintable(error));
         const ReleaseResult second = release();
-        QCOMPARE(second.error,
-                 path("site") + QString(": another release is at work there: process %1 on %2")
-                                    .arg(QString::number(QCoreApplication::applicationPid()),
-                                         QSysInfo::machineHostName()));
+        // Windows spells the name of a PC in capitals in one place and not in the other.
+        const QString holder = QString(": another release is at work there: process %1 on %2")
+                                   .arg(QString::number(QCoreApplication::applicationPid()),
+                                        QSysInfo::machineHostName());
+        QCOMPARE(second.error.toLower(), (path("site") + holder).toLower());
         ctl::ReleaseWish trial = wish();
         trial.isTrial = true; // which only reads
         QVERIFY(ctl::releaseProject(trial, key).ok);
