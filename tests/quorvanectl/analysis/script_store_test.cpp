@@ -30,13 +30,12 @@ QString symbolText(ctl::ScriptStore *store, const QString &path) {
     return names.join(' ');
 }
 
-// Sets the time of the last change back to what it was, as some tools do that copy files.
-void rewriteWithItsTime(const ProjectFolder &folder, const QString &name, const QByteArray &text) {
-    QFile file(folder.path(name));
+// With a time of the last change that is always the same, as some tools leave it that copy files.
+void writeWithOneTime(const ProjectFolder &folder, const QString &name, const QByteArray &text) {
+    QFile file(folder.write(name, text));
+    const QDateTime always(QDate(2026, 1, 2), QTime(3, 4, 5));
     QVERIFY(file.open(QIODevice::ReadWrite));
-    const QDateTime before = file.fileTime(QFileDevice::FileModificationTime);
-    QVERIFY(file.resize(0) && file.write(text) == text.size() && file.flush());
-    QVERIFY(file.setFileTime(before, QFileDevice::FileModificationTime));
+    QVERIFY(file.setFileTime(always, QFileDevice::FileModificationTime));
 }
 
 } // namespace
@@ -126,17 +125,18 @@ void ScriptStoreTest::aFileIsReadOnce() {
 
 void ScriptStoreTest::aChangeThatNothingShowsHasToBeTold() {
     const ProjectFolder folder;
-    const QString path = folder.write("a.ys", "global int x_y;");
+    const QString path = folder.path("a.ys");
     ctl::ScriptStore store;
+    writeWithOneTime(folder, "a.ys", "global int x_y;");
     QCOMPARE(summaryText(&store, path), QString("x_y; 0"));
-    rewriteWithItsTime(folder, "a.ys", "global int x_z;");
+    writeWithOneTime(folder, "a.ys", "global int x_z;");
     QCOMPARE(summaryText(&store, path), QString("x_y; 0"));
     store.fileChanged(path);
     QCOMPARE(summaryText(&store, path), QString("x_z; 0"));
     QCOMPARE(symbolText(&store, path), QString("x_z"));
     // What an editor had open may have been saved meanwhile.
     store.open(path, "global int x_a;");
-    rewriteWithItsTime(folder, "a.ys", "global int x_a;");
+    writeWithOneTime(folder, "a.ys", "global int x_a;");
     store.close(path);
     QCOMPARE(summaryText(&store, path), QString("x_a; 0"));
     QCOMPARE(symbolText(&store, path), QString("x_a"));
@@ -155,6 +155,11 @@ void ScriptStoreTest::anOpenTextComesBeforeTheFile() {
     store.open(path, "global int x_open; }");
     QCOMPARE(summaryText(&store, path), QString("; 1"));
     QCOMPARE(symbolText(&store, path), QString("x_open"));
+    store.open(path, "function f() { }\nfunction g() { }");
+    (void)store.symbolsOf(path);
+    store.open(path, "}\nfunction f() { }\nfunction g() { }");
+    QCOMPARE(store.exportsOf(path).functions.size(), 2);
+    QCOMPARE(store.exportsOf(path).functions.last().line, 3);
     store.close(path);
     QVERIFY(!store.isOpen(path));
     QCOMPARE(summaryText(&store, path), QString("x_saved_elsewhere; 0"));

@@ -35,6 +35,18 @@ QString globalsText(const ctl::ScriptSummary &summary) {
     return texts.join(", ");
 }
 
+// "f(int a) 1; imports /b.ys" of what others learn.
+QString exportsText(const ctl::ScriptExports &exports) {
+    QStringList texts;
+    for (const ctl::DeclaredFunction &function : exports.functions)
+        texts.append(QString("%1(%2) %3")
+                         .arg(function.name, function.parameters.join(", "),
+                              QString::number(function.line)));
+    for (const QString &import : exports.imports)
+        texts.append("import " + QString(import).remove(folder));
+    return texts.join("; ");
+}
+
 // "YS100 1:1-2 error" for each.
 QString findingsText(const ctl::ScriptSummary &summary) {
     QStringList texts;
@@ -56,6 +68,8 @@ private Q_SLOTS:
     void declarations();
     void imports_data();
     void imports();
+    void exports_data();
+    void exports();
     void badNames_data();
     void badNames();
     void findings_data();
@@ -126,6 +140,45 @@ void ScriptSummaryTest::imports() {
     const ctl::ScriptSummary summary = ctl::summaryOf(folder + "/a.ys", text);
     QCOMPARE(summary.imports.size(), summary.facts.imports.size());
     QTEST(namesText(summary.imports), "expected");
+}
+
+// Others learn the same of a script whether it is open, by its names, or closed, by its tree.
+void ScriptSummaryTest::exports_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("neither") << "global int x_y;\n// import function f()"
+                             << "";
+    QTest::newRow("functions and their lines")
+        << "function f() {\n}\n\nfunction g(int a, b, char c) { } function f() { }"
+        << "f() 1; g(int a, int b, char c) 4; f() 4";
+    QTest::newRow("what a function declares stays in it")
+        << "function f(a) { global int x_y; int n; }"
+        << "f(int a) 1";
+    QTest::newRow("imports in their order") << "import \"c.ys\";\nimport \"b.ys\"; import \"c.ys\";"
+                                            << "import /c.ys; import /b.ys; import /c.ys";
+    QTest::newRow("a rooted one is not followed") << "import \"/b.ys\"; import \"c.ys\";"
+                                                  << "import /c.ys";
+    QTest::newRow("one within braces is")
+        << "import \"b.ys\";\nfunction f() {\n  if (a) { import \"c.ys\"; } else { import "
+           "\"d.ys\"; }\n}\n"
+           "import \"e.ys\";"
+        << "f() 2; import /b.ys; import /c.ys; import /d.ys; import /e.ys";
+    QTest::newRow("in each kind of braces")
+        << "while (a) { import \"b.ys\"; }\nfor (int i = 0; i < 2; i++) { import \"c.ys\"; }\n"
+           "if (a) { b = 1; } else if (c) { import \"d.ys\"; }\n"
+           "switch (a) { case 1: import \"e.ys\"; }"
+        << "import /b.ys; import /c.ys; import /d.ys; import /e.ys";
+    QTest::newRow("the word alone is none") << "int imported; import \"b.ys\"; // import"
+                                            << "import /b.ys";
+    QTest::newRow("of a text that does not parse nothing") << "import \"b.ys\"; function f() { } }"
+                                                           << "";
+}
+
+void ScriptSummaryTest::exports() {
+    QFETCH(QString, text);
+    const QString path = folder + "/a.ys";
+    QTEST(exportsText(ctl::summaryOf(path, text).exports), "expected");
+    QTEST(exportsText(ctl::exportsOf(ctl::symbolsIn(path, text), text)), "expected");
 }
 
 // By the words of the text alone, so that a text that does not parse shows them too.

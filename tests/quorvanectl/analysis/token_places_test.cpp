@@ -106,7 +106,7 @@ void TokenPlacesTest::comments() {
     QFETCH(QString, text);
     QStringList found;
     const TokenPlaces tokens(text);
-    for (const ctl::Stretch &comment : tokens.comments())
+    for (const ctl::Stretch &comment : tokens.commentsIn(text))
         found.append(textAt(text, comment));
     QTEST(found, "expected");
 }

@@ -392,10 +392,10 @@ void WorkspaceNamesTest::recordsOfScripts_data() {
                                      << "function f(int p, int q) /  / int p, int q / s/a.ys:1 / f";
     QTest::newRow("a function of what is imported")
         << "import \"b.ys\";\ntwi|ce(1, 2)"
-        << "function twice(int value, int b) /  / int value, int b / s/b.ys / twice";
+        << "function twice(int value, int b) /  / int value, int b / s/b.ys:3 / twice";
     QTest::newRow("a function that an imported script imports")
         << "import \"round.ys\";\ntwi|ce(1, 2)"
-        << "function twice(int value, int b) /  / int value, int b / s/b.ys / twice";
+        << "function twice(int value, int b) /  / int value, int b / s/b.ys:3 / twice";
     QTest::newRow("a function of what is not imported") << "far|()"
                                                         << "nothing";
     QTest::newRow("a global of another script") << "x = cam2_mm|"

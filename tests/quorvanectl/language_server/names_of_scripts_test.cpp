@@ -165,8 +165,8 @@ void NamesOfScriptsTest::hover_data() {
     QTest::newRow("in Markdown a place is no link or list")
         << true << "\nx_far|"
         << "```ys\nglobal float x_far\n```\n\nsub/b\\_1\\.ys:2";
-    QTest::newRow("what is imported has no line") << false << "import \"sub/b_1.ys\"; g|()"
-                                                  << "function g(int a)\nsub/b_1.ys";
+    QTest::newRow("a function that is imported") << false << "import \"sub/b_1.ys\"; g|()"
+                                                 << "function g(int a)\nsub/b_1.ys:1";
     QTest::newRow("the name of an import") << false << "import \"sub/b|_1.ys\";"
                                            << "";
     QTest::newRow("a number") << false << "n = 1|2"

@@ -125,6 +125,8 @@ void MovedSymbols::catchUp() {
             tree == nullptr ? symbolsIn(path, *unread) : unlessOutOfMemory(read, ScriptSymbols());
     unread.reset();
     tree.reset();
+    if (edits.isEmpty())
+        return;
     for (const TextEdit &edit : qAsConst(edits))
         move(&settled, edit);
     edits.clear();

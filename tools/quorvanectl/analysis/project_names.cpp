@@ -7,10 +7,9 @@ namespace {
 
 using Meant = NameMeaning::Kind;
 
-bool declaresFunction(const ScriptSymbols &symbols, const QString &name) {
-    return std::any_of(symbols.names.begin(), symbols.names.end(), [&](const ScriptName &it) {
-        return it.kind == ScriptName::Kind::Function && it.name == name;
-    });
+bool declaresFunction(const ScriptExports &exports, const QString &name) {
+    return std::any_of(exports.functions.begin(), exports.functions.end(),
+                       [&](const DeclaredFunction &it) { return it.name == name; });
 }
 
 NamePlace placeOf(const QString &file, const NameUse &use) {
@@ -68,14 +67,14 @@ QString ProjectNames::scriptOfFunction(const QString &path, const QString &name)
     QSet<QString> seen{path};
     for (int next = 0; next < queue.size(); ++next) {
         const QString script = queue.at(next);
-        const auto symbols = store.symbolsOf(script);
-        if (declaresFunction(*symbols, name))
+        const ScriptExports exports = store.exportsOf(script);
+        if (declaresFunction(exports, name))
             return script;
-        for (const NamedImport &import : symbols->imports) {
-            if (import.path.isEmpty() || seen.contains(import.path) || known.contains(import.path))
+        for (const QString &import : exports.imports) {
+            if (seen.contains(import) || known.contains(import))
                 continue;
-            seen.insert(import.path);
-            queue.append(import.path);
+            seen.insert(import);
+            queue.append(import);
         }
     }
     known += seen;

@@ -4,7 +4,6 @@
 #include "update/files/text_file.h"
 
 #include <QCryptographicHash>
-#include <QFileInfo>
 
 namespace ctl {
 
@@ -25,7 +24,7 @@ void ScriptStore::close(const QString &path) {
 void ScriptStore::fileChanged(const QString &path) {
     const auto known = files.find(path);
     if (known != files.end())
-        known->size = -1;
+        known->isRead = false;
 }
 
 std::shared_ptr<const ScriptSummary> ScriptStore::summaryOf(const QString &path) {
@@ -45,12 +44,10 @@ std::shared_ptr<const ScriptSummary> ScriptStore::summaryOf(const QString &path)
         return open->summary;
     }
     KnownFile &file = files[path];
-    const QFileInfo info(path);
-    // A pipe would block, and a device might never end: neither is read.
-    const qint64 size = info.isFile() ? info.size() : 0;
-    if (file.size != size || file.changed != info.lastModified()) {
-        file.size = size;
-        file.changed = info.lastModified();
+    const FileStamp stamp = stampOf(path);
+    if (!file.isRead || !(file.stamp == stamp)) {
+        file.stamp = stamp;
+        file.isRead = true;
         readAnew(path, &file);
     }
     return file.summary;
@@ -72,15 +69,20 @@ std::shared_ptr<const ScriptSymbols> ScriptStore::symbolsOf(const QString &path)
     KnownFile &file = files[path];
     if (!file.symbols) {
         QString error;
-        const bool isRead = file.size <= largestScript;
+        const bool isRead = file.stamp.size <= largestScript;
         const QByteArray bytes = isRead ? readBytes(path, &error) : QByteArray();
         file.symbols = std::make_shared<const ScriptSymbols>(symbolsIn(path, decodeText(bytes)));
     }
     return file.symbols;
 }
 
+ScriptExports ScriptStore::exportsOf(const QString &path) {
+    return isOpen(path) ? ctl::exportsOf(*symbolsOf(path), openScripts.value(path).text)
+                        : summaryOf(path)->exports;
+}
+
 void ScriptStore::readAnew(const QString &path, KnownFile *file) {
-    if (file->size > largestScript) {
+    if (file->stamp.size > largestScript) {
         file->hash.clear();
         file->symbols.reset();
         file->summary = std::make_shared<const ScriptSummary>(tooLarge());

@@ -6,8 +6,8 @@
 
 #include "quorvanectl/analysis/moved_symbols.h"
 #include "quorvanectl/analysis/script_summary.h"
+#include "quorvanectl/files/file_stamp.h"
 
-#include <QDateTime>
 #include <QHash>
 #include <QSet>
 #include <QString>
@@ -32,6 +32,8 @@ public:
     // The names of the open text, those that it had before it was spoilt where something is wrong with it;
     // or of the file. Never null.
     [[nodiscard]] std::shared_ptr<const ScriptSymbols> symbolsOf(const QString &path);
+    // What those learn of it that import it; of an open text by its names, as they are above.
+    [[nodiscard]] ScriptExports exportsOf(const QString &path);
     // Forgets the files that are not among these.
     void keepOnly(const QSet<QString> &paths);
     // How many texts were looked into so far.
@@ -44,8 +46,8 @@ private:
         MovedSymbols symbols;
     };
     struct KnownFile {
-        QDateTime changed;
-        qint64 size = -1; // no file has it
+        FileStamp stamp;
+        bool isRead = false; // and may be taken for what the stamp tells
         QByteArray hash;
         std::shared_ptr<const ScriptSummary> summary;
         std::shared_ptr<const ScriptSymbols> symbols; // null until they are asked for

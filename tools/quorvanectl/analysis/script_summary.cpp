@@ -1,5 +1,6 @@
 #include "quorvanectl/analysis/script_summary.h"
 
+#include "quorvanectl/analysis/inner_statements.h"
 #include "quorvanectl/project/script_report.h"
 #include "quorvanectl/project/script_warnings.h"
 #include "script/token_scan.h"
@@ -82,6 +83,38 @@ void takePlaces(const QString &filePath, const QString &text, const ast::Program
     }
 }
 
+// Of all statements, those in functions and in braces among them.
+QStringList allImports(const QString &filePath, const ast::Program &program) {
+    std::vector<const ast::Stmt *> waiting;
+    std::vector<const ast::ImportStmt *> found;
+    addInner(program, &waiting);
+    while (!waiting.empty()) {
+        const ast::Stmt *const statement = waiting.back();
+        waiting.pop_back();
+        addInner(*statement, &waiting);
+        const auto *const import = dynamic_cast<const ast::ImportStmt *>(statement);
+        if (import != nullptr && !ast::isRootedPath(import->path))
+            found.push_back(import);
+    }
+    std::sort(found.begin(), found.end(), [](const auto *one, const auto *other) {
+        return std::make_pair(one->line, one->column) < std::make_pair(other->line, other->column);
+    });
+    QStringList paths;
+    for (const ast::ImportStmt *const import : found)
+        paths.append(importedPath(filePath, *import));
+    return paths;
+}
+
+void takeExports(const QString &filePath, const QString &text, const ast::Program &program,
+                 ScriptSummary *summary) {
+    ScriptExports &exports = summary->exports;
+    for (const auto &function : program.functions)
+        exports.functions.append({function->name, parametersOf(*function), int(function->line)});
+    // Hardly a script has others than the direct ones, for which the tree is not gone through.
+    const bool areDirect = text.count(QStringLiteral("import")) == summary->facts.imports.size();
+    exports.imports = areDirect ? summary->facts.imports : allImports(filePath, program);
+}
+
 // The names come in the order of the text, so it is walked once.
 void takeBadNames(const QString &text, ScriptSummary *summary) {
     summary->scanned = badlyNamedGlobals(text);
@@ -103,8 +136,10 @@ ScriptSummary summarised(const QString &filePath, const QString &text,
     ScriptSummary summary;
     ast::ScriptCheckContext context = ast::makeCheckContext(text);
     QString leftBehind;
-    if (ast::checkScript(context, program, &leftBehind))
+    if (ast::checkScript(context, program, &leftBehind)) {
         takePlaces(filePath, text, **program, &summary);
+        takeExports(filePath, text, **program, &summary);
+    }
     summary.findings = context.result.diagnostics;
     for (ast::ScriptDiagnostic &finding : summary.findings)
         finding.message = wordsOf(finding);
@@ -138,6 +173,24 @@ ScriptSummary summaryOf(const QString &filePath, const QString &text,
     full.findings.push_back(
         wholeText(QStringLiteral("memory does not suffice to look into the script")));
     return unlessOutOfMemory([&] { return summarised(filePath, text, program); }, full);
+}
+
+ScriptExports exportsOf(const ScriptSymbols &symbols, const QString &text) {
+    ScriptExports exports;
+    int line = 1;
+    int counted = 0; // up to there; the names come in the order of the text
+    for (const ScriptName &name : symbols.names) {
+        if (name.kind != ScriptName::Kind::Function)
+            continue;
+        line += text.midRef(counted, name.at.from - counted).count(QLatin1Char('\n'));
+        counted = name.at.from;
+        exports.functions.append({name.name, name.parameters, line});
+    }
+    for (const NamedImport &import : symbols.imports) {
+        if (!import.path.isEmpty())
+            exports.imports.append(import.path);
+    }
+    return exports;
 }
 
 TextRange rangeOf(const ast::ScriptDiagnostic &finding) {

@@ -5,11 +5,13 @@
 #pragma once
 
 #include "project/project_validator.h"
+#include "quorvanectl/analysis/script_symbols.h"
 #include "quorvanectl/analysis/text_range.h"
 #include "script/script_diagnostics.h"
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 namespace ctl {
@@ -25,14 +27,28 @@ struct NamedRange {
     TextRange at;
 };
 
+struct DeclaredFunction {
+    QString name;
+    QStringList parameters; // such as "int image"
+    int line;
+};
+
+// What a script gives to those that import it, in the order of the text.
+struct ScriptExports {
+    QVector<DeclaredFunction> functions;
+    QStringList
+        imports; // cleaned absolute paths, of those within braces too; rooted ones are left out
+};
+
 struct ScriptSummary {
     // Of the check of a script: its syntax error, and what it leaves open. One that says that the script
     // is too large, where it is.
     std::vector<ast::ScriptDiagnostic> findings;
     ast::ScriptFacts facts;
-    QVector<TextRange> globals;   // the names, of each of `facts.globals`
-    QStringList globalTypes;      // and their types
-    QVector<NamedRange> imports;  // of each of `facts.imports`: its cleaned path, and the text
+    QVector<TextRange> globals;  // the names, of each of `facts.globals`
+    QStringList globalTypes;     // and their types
+    QVector<NamedRange> imports; // of each of `facts.imports`: its cleaned path, and the text
+    ScriptExports exports;
     QVector<NamedRange> badNames; // of the naming rule's scan, in its order
     QVector<BadName> scanned;     // the same as the validator knows them
 };
@@ -43,6 +59,9 @@ struct ScriptSummary {
 // The same, and the tree of a text that has one, for who asks more of it.
 [[nodiscard]] ScriptSummary summaryOf(const QString &filePath, const QString &text,
                                       std::shared_ptr<ast::Program> *program);
+
+// Of an open script by its names, which stand longer than its tree does.
+[[nodiscard]] ScriptExports exportsOf(const ScriptSymbols &symbols, const QString &text);
 
 // Of a script that is larger than that.
 [[nodiscard]] ScriptSummary tooLarge();

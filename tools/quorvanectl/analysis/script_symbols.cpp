@@ -2,16 +2,13 @@
 // the tree keeps of most names the text alone.
 #include "quorvanectl/analysis/script_symbols.h"
 
+#include "quorvanectl/analysis/inner_statements.h"
 #include "quorvanectl/analysis/script_summary.h"
 #include "quorvanectl/analysis/token_places.h"
-#include "script/script_facts.h"
 #include "script/syntax_tree.h"
 #include "script/text_parser.h"
 #include "update/files/memory_guard.h"
-#include "update/files/project_path.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QHash>
 #include <QSet>
 
@@ -45,7 +42,7 @@ struct Declared {
 class Declarations {
 public:
     Declarations(const QString &filePath, const TokenPlaces &placesOfTokens)
-        : folder(QFileInfo(filePath).absoluteDir())
+        : file(filePath)
         , tokens(placesOfTokens) {}
 
     QHash<int, Declared> byToken;
@@ -53,15 +50,13 @@ public:
     QVector<NamedImport> imports;
 
     void take(const ast::Program &program) {
-        for (const auto &function : program.functions)
-            takeFunction(*function);
-        for (const auto &statement : program.statements)
-            waiting.push_back(statement.get());
+        std::vector<const ast::Stmt *> waiting;
+        addInner(program, &waiting);
         while (!waiting.empty()) {
             const ast::Stmt *const statement = waiting.back();
             waiting.pop_back();
-            if (statement != nullptr)
-                takeStatement(*statement);
+            addInner(*statement, &waiting);
+            takeStatement(*statement);
         }
         for (int number = 0; number < tokens.count(); ++number) {
             if (tokens.kindOf(number) == ast::LBrace)
@@ -82,12 +77,11 @@ private:
         const int keyword = tokens.find(function.line, function.column);
         Declared declared;
         declared.name.kind = ScriptName::Kind::Function;
+        declared.name.parameters = parametersOf(function);
         int next = keyword + 3; // behind the name and its parenthesis
         for (int i = 0; i < function.paramNames.size(); ++i) {
             next += int(isTypeWord(tokens.kindOf(next)));
             addVariable(next, ScriptName::Kind::Parameter, function.paramTypes.at(i));
-            declared.name.parameters.append(function.paramTypes.at(i) + QLatin1Char(' ') +
-                                            function.paramNames.at(i));
             next += 2;
         }
         const int closing = tokens.closingParenthesis(keyword + 2);
@@ -96,34 +90,18 @@ private:
                                tokens.stretchOf(declared.lastToken).to};
         scopes.push_back({keyword + 2, declared.lastToken});
         byToken.insert(keyword + 1, declared);
-        takeBlock(function.body.get());
-    }
-
-    void takeBlock(const ast::Block *block) {
-        if (block == nullptr)
-            return;
-        for (const auto &statement : block->statements)
-            waiting.push_back(statement.get());
     }
 
     void takeStatement(const ast::Stmt &statement) {
-        if (const auto *const variable = dynamic_cast<const ast::VarDeclStmt *>(&statement)) {
+        if (const auto *const variable = dynamic_cast<const ast::VarDeclStmt *>(&statement))
             takeVariable(tokens.find(variable->line, variable->column) + 1, *variable);
-        } else if (const auto *const branch = dynamic_cast<const ast::IfStmt *>(&statement)) {
-            takeBlock(branch->thenBlock.get());
-            for (const ast::ElseIfClause &clause : branch->elseIfs)
-                takeBlock(clause.body.get());
-            takeBlock(branch->elseBlock.get());
-        } else if (const auto *const loop = dynamic_cast<const ast::ForStmt *>(&statement)) {
+        else if (const auto *const loop = dynamic_cast<const ast::ForStmt *>(&statement))
             takeLoop(*loop);
-        } else if (const auto *const turn = dynamic_cast<const ast::WhileStmt *>(&statement)) {
-            takeBlock(turn->body.get());
-        } else if (const auto *const choice = dynamic_cast<const ast::SwitchStmt *>(&statement)) {
-            for (const ast::SwitchCase &arm : choice->cases)
-                takeBlock(arm.body.get());
-        } else if (const auto *const import = dynamic_cast<const ast::ImportStmt *>(&statement)) {
+        else if (const auto *const function =
+                     dynamic_cast<const ast::FunctionDeclStmt *>(&statement))
+            takeFunction(*function);
+        else if (const auto *const import = dynamic_cast<const ast::ImportStmt *>(&statement))
             takeImport(*import);
-        }
     }
 
     // The positions of its first clause count from the clause, so the name is looked for behind "for", "(" and
@@ -132,7 +110,6 @@ private:
         const int keyword = tokens.find(loop.line, loop.column);
         const int closing = tokens.closingParenthesis(keyword + 1);
         scopes.push_back({keyword + 1, tokens.endOfBody(closing)});
-        takeBlock(loop.body.get());
         const auto *const variable = dynamic_cast<const ast::VarDeclStmt *>(loop.init.get());
         if (variable == nullptr)
             return;
@@ -160,16 +137,12 @@ private:
 
     void takeImport(const ast::ImportStmt &import) {
         const int token = tokens.find(import.line, import.column);
-        const QString path =
-            ast::isRootedPath(import.path)
-                ? QString()
-                : QDir::cleanPath(folder.absoluteFilePath(slashedPath(import.path)));
-        imports.append({path, tokens.at(token).text, tokens.stretchOf(token)});
+        imports.append(
+            {importedPath(file, import), tokens.at(token).text, tokens.stretchOf(token)});
     }
 
-    const QDir folder;
+    const QString file;
     const TokenPlaces &tokens;
-    std::vector<const ast::Stmt *> waiting;
 };
 
 // Goes through the tokens once and finds for each name what it means there.

@@ -70,7 +70,7 @@ bool beginsItsLine(const QString &text, int from) {
 QVector<Fold> foldsOfComments(const QString &text, const TokenPlaces &tokens) {
     QVector<Fold> folds;
     Rows rows(text, Fold::Kind::Comments, &folds);
-    for (const Stretch &comment : tokens.comments()) {
+    for (const Stretch &comment : tokens.commentsIn(text)) {
         if (beginsItsLine(text, comment.from))
             rows.take(comment);
     }
@@ -105,7 +105,7 @@ QVector<ScriptWord> wordsIn(const QString &text) {
             words.append({*kind, tokens.stretchOf(number)});
     }
     const int tokenWords = words.size();
-    for (const Stretch &comment : tokens.comments())
+    for (const Stretch &comment : tokens.commentsIn(text))
         words.append({ScriptWord::Kind::Comment, comment});
     std::inplace_merge(
         words.begin(), words.begin() + tokenWords, words.end(),

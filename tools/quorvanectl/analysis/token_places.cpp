@@ -45,7 +45,6 @@ TokenPlaces::TokenPlaces(const QString &text)
          feed = text.indexOf(QLatin1Char('\n'), feed + 1))
         lines.push_back(feed + 1);
     read(text);
-    findComments(text);
     matchBraces();
 }
 
@@ -74,15 +73,17 @@ void TokenPlaces::read(const QString &text) {
 }
 
 // They stand between the tokens, before that of the line's end.
-void TokenPlaces::findComments(const QString &text) {
+QVector<Stretch> TokenPlaces::commentsIn(const QString &text) const {
+    QVector<Stretch> comments;
     int behind = 0;
     for (int number = 0; number < count(); ++number) {
         const Stretch token = stretchOf(number);
         const int from = text.midRef(behind, token.from - behind).indexOf(QLatin1String("//"));
         if (from >= 0)
-            commentPlaces.append({behind + from, endOfLine(text, behind + from)});
+            comments.append({behind + from, endOfLine(text, behind + from)});
         behind = token.to;
     }
+    return comments;
 }
 
 void TokenPlaces::matchBraces() {

@@ -24,8 +24,8 @@ public:
     // The first token at this place or behind it, which count as tokens do.
     [[nodiscard]] int find(int line, int column) const;
 
-    // Where the comments stand, in their order, without what ends their lines.
-    [[nodiscard]] const QVector<Stretch> &comments() const { return commentPlaces; }
+    // Where the comments stand, in their order, without what ends their lines. `text` is the same again.
+    [[nodiscard]] QVector<Stretch> commentsIn(const QString &text) const;
 
     // The brace that closes this one; the last token before Eof if none does.
     [[nodiscard]] int closingBrace(int number) const;
@@ -36,13 +36,11 @@ public:
 
 private:
     void read(const QString &text);
-    void findComments(const QString &text);
     void matchBraces();
     [[nodiscard]] int lastToken() const { return count() - 2; }
 
     std::vector<ast::Token> tokens;
-    std::vector<int> lines; // the index at which each line begins
-    QVector<Stretch> commentPlaces;
+    std::vector<int> lines;  // the index at which each line begins
     std::vector<int> braces; // by the number of each '{' the number of its '}', else -1
 };
 

@@ -11,6 +11,7 @@
 #include "quorvanectl/analysis/script_store.h"
 #include "quorvanectl/analysis/script_words.h"
 
+#include <QDir>
 #include <QHash>
 #include <QSet>
 #include <QString>
@@ -105,9 +106,9 @@ private:
     void addGlobals(const QString &path, QVector<KnownName> *names);
     QStringList listedScripts(const QString &scriptPath);
     QVector<Proposal> proposedNames(const QString &path, int index);
-    Proposal proposalOf(const KnownName &declared, const QString &path);
+    static Proposal proposalOf(const ScriptName &name, bool isOwn);
     NameRecord recordOf(const KnownName &declared, const QString &path);
-    QString shownPath(const QString &file, const QString &path);
+    QDir folderAround(const QString &path);
     std::optional<NameRecord> recordOfName(const QString &path, int index, const QString &name,
                                            bool isCall);
     QStringList scriptsAround(const QString &path);

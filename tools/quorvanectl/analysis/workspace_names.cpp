@@ -27,6 +27,14 @@ QString declarationOf(const ScriptName &name) {
         name.name);
 }
 
+ScriptName functionName(const DeclaredFunction &function) {
+    ScriptName name;
+    name.kind = ScriptName::Kind::Function;
+    name.name = function.name;
+    name.parameters = function.parameters;
+    return name;
+}
+
 // The names of a function's parameters, without their types.
 QStringList parameterNames(const ScriptName &function) {
     QStringList names;
@@ -77,16 +85,16 @@ void Workspace::addImported(const QString &path, QVector<KnownName> *names) {
     QSet<QString> seen{path};
     for (int next = 0; next < queue.size(); ++next) {
         const QString script = queue.at(next);
-        const std::shared_ptr<const ScriptSymbols> symbols = symbolsOf(script);
-        for (const ScriptName &name : symbols->names) {
-            if (script != path && name.kind == ScriptName::Kind::Function)
-                names->append({name, script, 0});
+        const ScriptExports exports = store.exportsOf(script);
+        for (const DeclaredFunction &function : exports.functions) {
+            if (script != path)
+                names->append({functionName(function), script, function.line});
         }
-        for (const NamedImport &import : symbols->imports) {
-            if (import.path.isEmpty() || seen.contains(import.path))
+        for (const QString &import : exports.imports) {
+            if (seen.contains(import))
                 continue;
-            seen.insert(import.path);
-            queue.append(import.path);
+            seen.insert(import);
+            queue.append(import);
         }
     }
 }
@@ -107,15 +115,11 @@ void Workspace::addGlobals(const QString &path, QVector<KnownName> *names) {
         const std::shared_ptr<const ScriptSummary> summary = store.summaryOf(script);
         for (int i = 0; i < summary->facts.globals.size(); ++i) {
             const ast::GlobalDeclaration &global = summary->facts.globals.at(i);
-            names->append({{ScriptName::Kind::Global,
-                            global.name,
-                            summary->globalTypes.value(i),
-                            {},
-                            {},
-                            {},
-                            {}},
-                           script,
-                           global.line});
+            ScriptName name;
+            name.kind = ScriptName::Kind::Global;
+            name.name = global.name;
+            name.type = summary->globalTypes.value(i);
+            names->append({name, script, global.line});
         }
     }
 }
@@ -130,16 +134,13 @@ QStringList Workspace::listedScripts(const QString &scriptPath) {
     return placeOf(project).scripts;
 }
 
-// As seen from the project, or from the script itself where there is none.
-QString Workspace::shownPath(const QString &file, const QString &path) {
+// That of the project, or of the script itself where there is none: as seen from there a file is shown.
+QDir Workspace::folderAround(const QString &path) {
     const QString project = projectOf(path);
-    const QDir folder = QFileInfo(project.isEmpty() ? path : project).absoluteDir();
-    return folder.relativeFilePath(file);
+    return QFileInfo(project.isEmpty() ? path : project).absoluteDir();
 }
 
-Proposal Workspace::proposalOf(const KnownName &declared, const QString &path) {
-    const ScriptName &name = declared.name;
-    const bool isOwn = declared.file == path;
+Proposal Workspace::proposalOf(const ScriptName &name, bool isOwn) {
     Proposal proposal{Proposal::Kind::Variable, name.name, name.name, {}, declarationOf(name), {}};
     if (name.kind == ScriptName::Kind::Function) {
         proposal.kind = isOwn ? Proposal::Kind::Function : Proposal::Kind::ImportedFunction;
@@ -150,8 +151,6 @@ Proposal Workspace::proposalOf(const KnownName &declared, const QString &path) {
     } else if (name.kind == ScriptName::Kind::Global) {
         proposal.kind = Proposal::Kind::Global;
     }
-    if (!isOwn)
-        proposal.description = shownPath(declared.file, path);
     return proposal;
 }
 
@@ -164,7 +163,7 @@ NameRecord Workspace::recordOf(const KnownName &declared, const QString &path) {
                      : isOpen(declared.file)
                          ? lineAt(texts.value(declared.file), declared.name.at.from)
                          : 0;
-    record.place = shownPath(declared.file, path);
+    record.place = folderAround(path).relativeFilePath(declared.file);
     if (line > 0)
         record.place += QStringLiteral(":%1").arg(line);
     return record;
@@ -183,9 +182,22 @@ std::optional<NameRecord> Workspace::recordOfName(const QString &path, int index
 }
 
 QVector<Proposal> Workspace::proposedNames(const QString &path, int index) {
+    const QDir folder = folderAround(path);
     QVector<Proposal> proposals;
-    for (const KnownName &declared : knownNames(path, index))
-        proposals.append(proposalOf(declared, path));
+    QString file; // the names of one come together
+    QString shown;
+    const QVector<KnownName> names = knownNames(path, index);
+    proposals.reserve(names.size());
+    for (const KnownName &declared : names) {
+        Proposal proposal = proposalOf(declared.name, declared.file == path);
+        if (declared.file != path && declared.file != file) {
+            file = declared.file;
+            shown = folder.relativeFilePath(file);
+        }
+        if (declared.file != path)
+            proposal.description = shown;
+        proposals.append(proposal);
+    }
     return proposals;
 }
 

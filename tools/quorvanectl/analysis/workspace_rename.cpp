@@ -63,12 +63,14 @@ GlobalRename Workspace::renameAt(const QString &path, int index, const QString &
     const QString project = projectOf(path);
     const QString reasonOfProject = project.isEmpty() ? QString() : faultOfProject(project);
     if (!reasonOfProject.isEmpty())
-        return refused(QStringLiteral("%1 %2").arg(shownPath(project, path), reasonOfProject));
+        return refused(QStringLiteral("%1 %2").arg(folderAround(path).relativeFilePath(project),
+                                                   reasonOfProject));
     const QStringList scripts = scriptsAround(path);
     for (const QString &script : scripts) {
         const QString reason = faultOfScript(script, {global->name, newName});
         if (!reason.isEmpty())
-            return refused(QStringLiteral("%1 %2").arg(shownPath(script, path), reason));
+            return refused(
+                QStringLiteral("%1 %2").arg(folderAround(path).relativeFilePath(script), reason));
     }
     if (ProjectNames(store, scripts).definitionsOf(*global).isEmpty())
         return refused(QStringLiteral("no script of the project declares '%1'").arg(global->name));
