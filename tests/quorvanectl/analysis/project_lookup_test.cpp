@@ -21,6 +21,7 @@ private Q_SLOTS:
     void aFileThatCannotBeRead();
     void theProjectAbove_data();
     void theProjectAbove();
+    void aNameOfAResourceHasNoneAbove();
     void scriptsBelow_data();
     void scriptsBelow();
 };
@@ -103,6 +104,12 @@ void ProjectLookupTest::theProjectAbove() {
     QVERIFY(QDir(folder.path("")).mkpath("s/deep"));
     const QString found = ctl::projectAbove(folder.path("s/deep/a.ys"));
     QTEST(QDir(folder.path("")).relativeFilePath(found), "expected");
+}
+
+// An editor may name a text as Qt names the resources of a program, of which none is above another.
+void ProjectLookupTest::aNameOfAResourceHasNoneAbove() {
+    QCOMPARE(ctl::projectAbove(":untitled.ys"), QString());
+    QCOMPARE(ctl::projectAbove(":/untitled.ys"), QString());
 }
 
 void ProjectLookupTest::scriptsBelow_data() {

@@ -344,6 +344,8 @@ void ConversationTest::aTextWithoutAFile() {
     conversation.begin();
     QCOMPARE(conversation.findingsAfter({opened("untitled:Untitled-1", "$ global int bad;")}),
              QStringList("untitled:Untitled-1@1 0:0-0:1 1 YS100"));
+    QCOMPARE(conversation.findingsAfter({opened(":Untitled-2", "$ global int bad;")}),
+             QStringList(":Untitled-2@1 0:0-0:1 1 YS100"));
 }
 
 void ConversationTest::aConversationOverStreams_data() {

@@ -52,7 +52,7 @@ QString projectAbove(const QString &scriptPath) {
         if (!projects.isEmpty())
             return projects.constFirst();
         const QString above = QFileInfo(folder.path()).absolutePath();
-        if (above == folder.path())
+        if (above.size() >= folder.path().size()) // at a root, or where Qt knows no way up
             return {};
         folder.setPath(above);
     }

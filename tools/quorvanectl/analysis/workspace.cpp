@@ -57,8 +57,9 @@ void Workspace::forgetPlaces() {
 }
 
 QString Workspace::projectOf(const QString &path) {
-    // A text that has no file yet lies in no folder.
-    if (!QDir::isAbsolutePath(path))
+    // A text that has no file yet lies in no folder. What begins with a colon is for Qt a resource of the
+    // program, and absolute.
+    if (!QDir::isAbsolutePath(path) || path.startsWith(QLatin1Char(':')))
         return {};
     if (isProjectFile(path))
         return path;
