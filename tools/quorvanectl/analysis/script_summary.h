@@ -36,8 +36,8 @@ struct DeclaredFunction {
 // What a script gives to those that import it, in the order of the text.
 struct ScriptExports {
     QVector<DeclaredFunction> functions;
-    QStringList
-        imports; // cleaned absolute paths, of those within braces too; rooted ones are left out
+    // Cleaned absolute paths, of those within braces too; rooted ones are left out.
+    QStringList imports;
 };
 
 struct ScriptSummary {
