@@ -10,24 +10,33 @@ namespace {
 
 using Views = std::vector<std::string_view>;
 
-// A text, cut at its places: one piece more than places.
+// A text, cut at its places.
 struct Pattern {
     const KnownLine *line = nullptr;
     TableKind table = TableKind::LogLines;
     bool isEnglish = false;
-    std::vector<std::string_view> pieces;
-    std::vector<int> places;
+    bool hasFurtherLines = false;
+    std::string_view start;               // before the first place
+    std::vector<int> places;              // their numbers
+    std::vector<std::string_view> pieces; // behind each of them
 };
 
+// The row is the first of several lines, whatever they are.
+bool hasFurtherLines(LineKind kind) {
+    return kind == LineKind::Offer || kind == LineKind::UpdateDone;
+}
+
 Pattern makePattern(const KnownTable &table, const KnownLine &line, bool english) {
-    Pattern pattern{&line, table.kind, english, {}, {}};
+    Pattern pattern{&line, table.kind, english, hasFurtherLines(line.kind), {}, {}, {}};
     std::string_view rest = english ? line.english : line.text;
-    for (size_t mark = rest.find('%'); mark != rest.npos; mark = rest.find('%')) {
-        pattern.pieces.push_back(rest.substr(0, mark));
-        pattern.places.push_back(rest[mark + 1] - '0');
-        rest.remove_prefix(mark + 2);
+    pattern.start = rest.substr(0, rest.find('%'));
+    rest.remove_prefix(pattern.start.size());
+    while (!rest.empty()) {
+        pattern.places.push_back(rest[1] - '0');
+        rest.remove_prefix(2);
+        pattern.pieces.push_back(rest.substr(0, rest.find('%')));
+        rest.remove_prefix(pattern.pieces.back().size());
     }
-    pattern.pieces.push_back(rest);
     return pattern;
 }
 
@@ -37,8 +46,8 @@ struct Patterns {
     std::vector<Pattern> open;
 
     void add(Pattern pattern) {
-        const std::string_view first = pattern.pieces.front();
-        auto &list = first.empty() ? open : closed.at(static_cast<unsigned char>(first.front()));
+        const std::string_view start = pattern.start;
+        auto &list = start.empty() ? open : closed.at(static_cast<unsigned char>(start.front()));
         list.push_back(std::move(pattern));
     }
 };
@@ -65,7 +74,7 @@ Patterns patternsOf(bool messages) {
 }
 
 // Its last byte first: what a log's lines begin with is often alike for a while.
-bool startsWith(std::string_view text, std::string_view start) {
+inline bool startsWith(std::string_view text, std::string_view start) {
     return start.empty() ||
            (text.size() >= start.size() && text[start.size() - 1] == start.back() &&
             text.compare(0, start.size(), start) == 0);
@@ -77,25 +86,21 @@ bool endsWith(std::string_view text, std::string_view end) {
 
 // Two places without a piece between them are a number and what may follow it.
 size_t endOfNumber(std::string_view text) {
-    return std::min(text.find_first_not_of("-0123456789"), text.size());
+    size_t end = 0;
+    while (end < text.size() && (text[end] == '-' || (text[end] >= '0' && text[end] <= '9')))
+        ++end;
+    return end;
 }
 
-// The row is the first of several lines, whatever they are.
-bool hasFurtherLines(LineKind kind) {
-    return kind == LineKind::Offer || kind == LineKind::UpdateDone;
-}
-
-bool fits(const Pattern &pattern, std::string_view text, bool isCut, Views *filled) {
-    const auto &pieces = pattern.pieces;
-    if (!startsWith(text, pieces.front()))
-        return false;
-    if (hasFurtherLines(pattern.line->kind))
+// Whether `text` is what may stand behind the pattern's start.
+bool restFits(const Pattern &pattern, std::string_view text, bool isCut, Views *filled) {
+    if (pattern.hasFurtherLines)
         text = text.substr(0, text.find('\n'));
-    text.remove_prefix(pieces.front().size());
     if (pattern.places.empty())
         return text.empty();
-    const bool mayEnd = isCut && !pieces.front().empty();
-    for (size_t i = 1; i + 1 < pieces.size(); ++i) {
+    const auto &pieces = pattern.pieces;
+    const bool mayEnd = isCut && !pattern.start.empty();
+    for (size_t i = 0; i + 1 < pieces.size(); ++i) {
         size_t at = pieces[i].empty() ? endOfNumber(text) : text.find(pieces[i]);
         if (at == text.npos && !mayEnd)
             return false;
@@ -110,18 +115,21 @@ bool fits(const Pattern &pattern, std::string_view text, bool isCut, Views *fill
     return ends || mayEnd;
 }
 
+const Pattern *findIn(const std::vector<Pattern> &patterns, std::string_view text, bool isCut) {
+    for (const Pattern &pattern : patterns) {
+        if (startsWith(text, pattern.start) &&
+            restFits(pattern, text.substr(pattern.start.size()), isCut, nullptr))
+            return &pattern;
+    }
+    return nullptr;
+}
+
 const Pattern *find(const Patterns &patterns, std::string_view text, bool isCut) {
     if (text.empty())
         return nullptr;
-    for (const auto *list :
-         {&patterns.closed.at(static_cast<unsigned char>(text.front())), &patterns.open}) {
-        const auto found = std::find_if(list->begin(), list->end(), [&](const Pattern &pattern) {
-            return fits(pattern, text, isCut, nullptr);
-        });
-        if (found != list->end())
-            return &*found;
-    }
-    return nullptr;
+    const auto &closed = patterns.closed[static_cast<unsigned char>(text.front())];
+    const Pattern *const found = findIn(closed, text, isCut);
+    return found != nullptr ? found : findIn(patterns.open, text, isCut);
 }
 
 const Patterns &messagePatterns() {
@@ -162,7 +170,8 @@ KnownText textOf(const Pattern *pattern, std::string_view text, bool isCut) {
     known.table = pattern->table;
     known.isEnglish = pattern->isEnglish;
     Views filled;
-    (void)fits(*pattern, text, isCut, &filled); // it was found because it fits
+    text.remove_prefix(pattern->start.size());
+    (void)restFits(*pattern, text, isCut, &filled); // it was found because it fits
     for (size_t i = 0; i < filled.size(); ++i) {
         const int place = pattern->places[i];
         while (known.filled.size() < place)
