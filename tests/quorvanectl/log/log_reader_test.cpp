@@ -69,8 +69,10 @@ private Q_SLOTS:
     void aClockThatWasPutForwardHere();
     void linesWithATime_data();
     void linesWithATime();
+    void daysThatTakeTurns();
     void whereATextIsCut_data();
     void whereATextIsCut();
+    void anEntryThatIsUsedAgain();
     void zeroBytes();
     void anEditorsMark();
     void aLackingBeginning_data();
@@ -177,6 +179,22 @@ void LogReaderTest::linesWithATime_data() {
     row("2026-11-20 06:00:60 x", false);
     row("2026-11-20 24:00:01 x", false);
     row("2026-11-20 06:60:01 x", false);
+    row("2026-11-20 0:6:00:01 x", false);
+    row("2026-11-20 0/:00:01 x", false);
+    row("2026-11-20 :6:00:01 x", false);
+    row("2026-11-20 06:a0:01 x", false);
+    row("2026-11-20 06:00:0b x", false);
+    row("2026-11-20 06 00:01 x", false);
+    row("2026-11-20 06:00 01 x", false);
+    row("2026-11-2006:00:01  x", false);
+    row("202a-11-20 06:00:01 x", false);
+    row("a026-11-20 06:00:01 x", false);
+    row("2026-1b-20 06:00:01 x", false);
+    row("2026-11-2c 06:00:01 x", false);
+    row("2026 11-20 06:00:01 x", false);
+    row("2026-11 20 06:00:01 x", false);
+    row("0000-02-29 06:00:01 x", true);
+    row("9999-12-31 23:59:59 x", true);
 }
 
 void LogReaderTest::linesWithATime() {
@@ -186,6 +204,23 @@ void LogReaderTest::linesWithATime() {
     QCOMPARE(entries.size(), hasTime ? 2 : 1);
     if (!hasTime) // then it is a further line, and not lost
         QCOMPARE(entries[0].text, "first\n" + line);
+}
+
+// The day of the line before is no other line's, and that of a line without a time is nobody's.
+void LogReaderTest::daysThatTakeTurns() {
+    const auto entries =
+        entriesOf("2026-11-20 23:59:59 a\n2026-11-21 00:00:00 b\n"
+                  "2026-11-20 00:00:01 c\n2026-11-31 00:00:02 no\n2026-11-31 00:00:02 day\n"
+                  "2026-11-20 00:00:03 d\n2026-12-01 24:00:00 further\n"
+                  "2026-11-20 00:00:04 e\n");
+    QStringList told;
+    for (const LogEntry &entry : entries)
+        told.append(ctl::timeText(entry.time) + ' ' + entry.text);
+    QCOMPARE(told,
+             (QStringList{"2026-11-20 23:59:59 a", "2026-11-21 00:00:00 b",
+                          "2026-11-20 00:00:01 c\n2026-11-31 00:00:02 no\n2026-11-31 00:00:02 day",
+                          "2026-11-20 00:00:03 d\n2026-12-01 24:00:00 further",
+                          "2026-11-20 00:00:04 e"}));
 }
 
 void LogReaderTest::whereATextIsCut_data() {
@@ -207,6 +242,32 @@ void LogReaderTest::whereATextIsCut() {
     const LogEntry entry = entriesOf(stamp + text + "\n" + stamp + "next\n").value(0);
     QTEST(entry.isCut, "isCut");
     QCOMPARE(entry.text, text.left(LogReader::longestText));
+}
+
+// It keeps its memory and nothing else. A copy of its text is not touched.
+void LogReaderTest::anEntryThatIsUsedAgain() {
+    const QByteArray longText(LogReader::longestText + 1, 'a');
+    SlowDevice device(QByteArray(3, '\0') + stamp + longText + "\n" + stamp + "cancelled\n" +
+                          stamp + "\n" + stamp + "b\nc\n",
+                      1000, false);
+    LogReader reader(device);
+    LogEntry entry;
+    QVERIFY(reader.next(&entry));
+    QVERIFY(entry.isCut);
+    QCOMPARE(entry.zeros, qint64(3));
+    const QByteArray copy = entry.text;
+    QVERIFY(reader.next(&entry));
+    QVERIFY(!entry.isCut);
+    QCOMPARE(entry.zeros, qint64(0));
+    QCOMPARE(entry.text, QByteArray("cancelled"));
+    QVERIFY(entry.line != nullptr);
+    QCOMPARE(copy, longText.left(LogReader::longestText));
+    QVERIFY(reader.next(&entry));
+    QCOMPARE(entry.text, QByteArray(""));
+    QVERIFY(entry.line == nullptr);
+    QVERIFY(reader.next(&entry));
+    QCOMPARE(entry.text, QByteArray("b\nc"));
+    QVERIFY(!reader.next(&entry));
 }
 
 void LogReaderTest::zeroBytes() {
@@ -259,13 +320,16 @@ void LogReaderTest::aByteAtATime() {
     QCOMPARE(reader.error(), QString());
 }
 
+// Of what is read at once, or of all that can be held.
 void LogReaderTest::aLineAcrossTheBuffersEnd() {
-    constexpr int buffer = 1 << 20;
-    for (const int before : {buffer - 22, buffer - 21, buffer - 20, buffer - 1}) {
-        const QByteArray first = stamp + QByteArray(before - stamp.size(), 'a') + "\n";
-        const auto entries = entriesOf(first + stamp + "b\n");
-        QCOMPARE(entries.size(), 2);
-        QCOMPARE(entries[1].text, QByteArray("b"));
+    for (const int end : {1 << 17, 1 << 18, 1 << 20}) {
+        for (const int before : {end - 22, end - 21, end - 20, end - 1}) {
+            const QByteArray first = stamp + QByteArray(before - stamp.size(), 'a') + "\n";
+            const auto entries = entriesOf(first + stamp + "b\n" + stamp + "c\n");
+            QCOMPARE(entries.size(), 3);
+            QCOMPARE(entries[1].text, QByteArray("b"));
+            QCOMPARE(entries[2].text, QByteArray("c"));
+        }
     }
 }
 
@@ -279,6 +343,13 @@ void LogReaderTest::theRestOfAVeryLongLineIsNoLine() {
     entries = entriesOf(longLine);
     QCOMPARE(entries.size(), 1);
     QCOMPARE(entries[0].isCut, true);
+    entries = entriesOf(stamp + "first\n" + longLine + "\n" + stamp + "b\n");
+    QCOMPARE(entries.size(), 3);
+    QCOMPARE(entries[1].text, longLine.mid(stamp.size(), LogReader::longestText));
+    QCOMPARE(entries[2].text, QByteArray("b"));
+    entries = entriesOf(longLine + QByteArray(2 * buffer, 'a') + "\n" + stamp + "b\n");
+    QCOMPARE(entries.size(), 2);
+    QCOMPARE(entries[1].text, QByteArray("b"));
 }
 
 // What was read before is told.

@@ -12,33 +12,22 @@
 namespace ctl {
 namespace {
 
-constexpr size_t bufferSize = 1048576; // bytes
+constexpr size_t bufferSize = 1048576; // bytes, which a very long line alone fills
+constexpr size_t blockSize = 131072;   // that are read at once: a processor's cache holds them
 constexpr size_t timeLength = 19;      // yyyy-MM-dd HH:mm:ss
-
-int number(const char *digits, int count) {
-    int value = 0;
-    for (int i = 0; i < count; ++i)
-        value = value * 10 + (digits[i] - '0');
-    return value;
-}
 
 bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-bool hasFormOfTime(std::string_view line) {
-    const char *const form = "0000-00-00 00:00:00 ";
-    if (line.size() <= timeLength)
-        return false;
-    for (size_t i = 0; i <= timeLength; ++i) {
-        if (form[i] == '0' ? !isDigit(line[i]) : line[i] != form[i])
-            return false;
-    }
-    return true;
+constexpr int noNumber = 100; // more than any two digits
+
+int twoDigits(const char *at) {
+    return isDigit(at[0]) && isDigit(at[1]) ? (at[0] - '0') * 10 + (at[1] - '0') : noNumber;
 }
 
-// Days since 1970 in the calendar that everybody uses. QDate is ten times slower, and there is one for
-// each line.
+// Days since 1970 in the calendar that everybody uses. QDate is ten times slower, and the days of
+// a log's lines may take turns.
 qint64 daysUntil(int year, int month, int day) {
     const int y = month <= 2 ? year - 1 : year;
     const int era = y / 400;
@@ -54,32 +43,41 @@ int daysOf(int year, int month) {
     return days[month - 1] + (month == 2 && isLeapYear ? 1 : 0);
 }
 
-bool readWholeTime(std::string_view line, LogTime *time) {
-    if (!hasFormOfTime(line))
+// The first second of a day, "yyyy-MM-dd ".
+bool readDay(const char *at, LogTime *time) {
+    const int century = twoDigits(at);
+    const int yearOfIt = twoDigits(at + 2);
+    const int month = twoDigits(at + 5);
+    const int day = twoDigits(at + 8);
+    if (century == noNumber || yearOfIt == noNumber || month < 1 || month > 12 || at[4] != '-' ||
+        at[7] != '-' || at[10] != ' ')
         return false;
-    const char *const at = line.data();
-    const int year = number(at, 4);
-    const int month = number(at + 5, 2);
-    const int day = number(at + 8, 2);
-    const int hour = number(at + 11, 2);
-    const int minute = number(at + 14, 2);
-    const int second = number(at + 17, 2);
-    if (month < 1 || month > 12 || day < 1 || day > daysOf(year, month) || hour > 23 ||
-        minute > 59 || second > 59)
+    const int year = century * 100 + yearOfIt;
+    if (day < 1 || day > daysOf(year, month))
         return false;
-    const qint64 days = daysUntil(year, month, day);
-    *time = ((days * 24 + hour) * 60 + minute) * 60 + second;
+    *time = daysUntil(year, month, day) * 24 * 3600;
     return true;
 }
 
-void append(LogEntry *entry, std::string_view text) {
-    const int room = std::max(0, LogReader::longestText - entry->text.size());
-    const int taken = std::min(room, int(text.size()));
+// The seconds of a day, "HH:mm:ss ".
+bool readClock(const char *at, LogTime *time) {
+    const int hour = twoDigits(at);
+    const int minute = twoDigits(at + 3);
+    const int second = twoDigits(at + 6);
+    *time = (hour * 60 + minute) * 60 + second;
+    return hour < 24 && minute < 60 && second < 60 && at[2] == ':' && at[5] == ':' && at[8] == ' ';
+}
+
+// Keeps the first `kept` bytes of the entry's text, and puts others behind them.
+void write(LogEntry *entry, int kept, std::string_view text) {
+    const int taken = int(std::min(size_t(LogReader::longestText - kept), text.size()));
     entry->isCut = entry->isCut || size_t(taken) < text.size();
-    if (entry->text.isNull())
-        entry->text = QByteArray(text.data(), taken); // in one allocation
-    else
-        entry->text.append(text.data(), taken);
+    entry->text.resize(kept + taken);
+    std::memcpy(entry->text.data() + kept, text.data(), size_t(taken));
+}
+
+void append(LogEntry *entry, std::string_view text) {
+    write(entry, entry->text.size(), text);
 }
 
 } // namespace
@@ -106,10 +104,12 @@ LogReader::LogReader(QIODevice &log)
 
 // More bytes behind those that are left of a line.
 bool LogReader::fill() {
-    std::memmove(buffer.data(), buffer.data() + begin, end - begin);
+    if (begin > 0)
+        std::memmove(buffer.data(), buffer.data() + begin, end - begin);
     end -= begin;
     begin = 0;
-    const qint64 count = device.read(buffer.data() + end, qint64(buffer.size() - end));
+    const qint64 count =
+        device.read(buffer.data() + end, qint64(std::min(buffer.size() - end, blockSize)));
     if (count < 0)
         readError = device.errorString();
     end += size_t(std::max(count, qint64(0)));
@@ -118,20 +118,25 @@ bool LogReader::fill() {
 
 // Without its line feed. Of a line that is longer than the buffer only its beginning comes.
 bool LogReader::nextLine(std::string_view *line) {
+    size_t searched = 0; // bytes from `begin` on that hold no line feed
     for (;;) {
         const size_t size = end - begin;
         const char *const start = buffer.data() + begin;
-        const void *const feed = size == 0 ? nullptr : std::memchr(start, '\n', size);
+        const void *const feed =
+            size == searched ? nullptr : std::memchr(start + searched, '\n', size - searched);
+        searched = size;
         if (feed != nullptr) {
             *line = {start, size_t(static_cast<const char *>(feed) - start)};
             begin += line->size() + 1;
             if (!std::exchange(skipsLine, false))
                 return true;
+            searched = 0;
         } else if (size == buffer.size()) {
             begin = end;
             *line = {start, size};
             if (!std::exchange(skipsLine, true))
                 return true;
+            searched = 0;
         } else if (!fill()) {
             *line = {buffer.data() + begin, end - begin};
             begin = end;
@@ -140,57 +145,25 @@ bool LogReader::nextLine(std::string_view *line) {
     }
 }
 
-// Most lines were written in the same minute as the one before.
+// Most lines were written on the same day as the one before.
 bool LogReader::readTimeOf(std::string_view line, LogTime *time) {
-    constexpr size_t seconds = 17; // where they stand
-    if (line.size() > timeLength && line[timeLength] == ' ' &&
-        line.compare(0, seconds, {lastMinute.data(), seconds}) == 0 && isDigit(line[seconds]) &&
-        line[seconds] < '6' && isDigit(line[seconds + 1])) {
-        *time = lastMinuteTime + number(line.data() + seconds, 2);
-        return true;
-    }
-    if (!readWholeTime(line, time))
+    LogTime clock = 0;
+    if (line.size() <= timeLength || !readClock(line.data() + lastDay.size(), &clock))
         return false;
-    std::memcpy(lastMinute.data(), line.data(), seconds);
-    lastMinuteTime = *time - number(line.data() + seconds, 2);
+    if (std::memcmp(line.data(), lastDay.data(), lastDay.size()) != 0) {
+        if (!readDay(line.data(), &lastDayTime))
+            return false;
+        std::memcpy(lastDay.data(), line.data(), lastDay.size());
+    }
+    *time = lastDayTime + clock;
     return true;
 }
 
-// A further line of the text before it.
-void LogReader::takeUntimed(std::string_view line) {
-    if (!hasPending) {
-        const std::string_view cut = "(the last ";
-        beginningLacks = beginningLacks || line.substr(0, cut.size()) == cut;
-        return;
-    }
-    append(&pending, "\n");
-    append(&pending, line);
-}
-
-// The entry is whole once the next one begins.
-bool LogReader::next(LogEntry *entry) {
+bool LogReader::readLine(Line *read) {
+    *read = {};
     std::string_view line;
-    while (nextLine(&line)) {
-        LogEntry read;
-        if (!readEntry(line, &read)) {
-            if (!isLog() && bytesPassed >= qint64(bufferSize))
-                return false;
-            continue;
-        }
-        const bool isWhole = std::exchange(hasPending, true);
-        if (isWhole)
-            give(entry);
-        pending = std::move(read);
-        if (isWhole)
-            return true;
-    }
-    if (!std::exchange(hasPending, false))
+    if (!nextLine(&line))
         return false;
-    give(entry);
-    return true;
-}
-
-bool LogReader::readEntry(std::string_view line, LogEntry *read) {
     const std::string_view mark = "\xEF\xBB\xBF"; // of an editor that the log was saved with
     if (bytesPassed == 0 && line.substr(0, mark.size()) == mark)
         line.remove_prefix(mark.size());
@@ -199,20 +172,47 @@ bool LogReader::readEntry(std::string_view line, LogEntry *read) {
     line.remove_prefix(zeros);
     if (!line.empty() && line.back() == '\r')
         line.remove_suffix(1);
-    if (!readTimeOf(line, &read->time)) {
-        takeUntimed(line);
-        return false;
-    }
+    read->hasTime = readTimeOf(line, &read->time);
     read->zeros = qint64(zeros);
-    append(read, line.substr(timeLength + 1));
+    read->text = line.substr(read->hasTime ? timeLength + 1 : 0);
     return true;
 }
 
-void LogReader::give(LogEntry *entry) {
+// Lines before the first one with a time belong to no entry.
+void LogReader::findFirst() {
+    const std::string_view cut = "(the last ";
+    while (readLine(&pending) && !pending.hasTime) {
+        beginningLacks = beginningLacks || pending.text.substr(0, cut.size()) == cut;
+        if (bytesPassed >= qint64(bufferSize))
+            return;
+    }
+}
+
+// Memory that was asked for stays with the entry's text, so that it serves the next one too.
+void LogReader::beginEntry(LogEntry *entry) const {
+    entry->time = pending.time;
+    entry->zeros = pending.zeros;
+    entry->isCut = false;
+    if (entry->text.capacity() == 0)
+        entry->text.reserve(int(std::min(pending.text.size(), size_t(longestText))));
+    write(entry, 0, pending.text);
+}
+
+// The entry is whole once the next one begins.
+bool LogReader::next(LogEntry *entry) {
+    if (!isLog())
+        findFirst();
+    if (!pending.hasTime)
+        return false;
     hasTold = true;
-    *entry = std::move(pending);
+    beginEntry(entry);
+    while (readLine(&pending) && !pending.hasTime) {
+        append(entry, "\n");
+        append(entry, pending.text);
+    }
     entry->line =
         kindOfMessage({entry->text.constData(), size_t(entry->text.size())}, entry->isCut);
+    return true;
 }
 
 } // namespace ctl

@@ -42,25 +42,33 @@ public:
     explicit LogReader(QIODevice &log);
 
     // The next entry. False at the end, when the log cannot be read on, and for a file whose first
-    // MiB holds no line with a time: it is no log.
+    // MiB holds no line with a time: it is no log. An entry that was used before lends its memory.
     [[nodiscard]] bool next(LogEntry *entry);
 
     // Whether the first line says that the beginning was left out, as in an archive for support.
     [[nodiscard]] bool lacksBeginning() const { return beginningLacks; }
 
     // Whether any line had a time.
-    [[nodiscard]] bool isLog() const { return hasPending || hasTold; }
+    [[nodiscard]] bool isLog() const { return pending.hasTime || hasTold; }
 
     // Why it cannot be read on; empty at the end.
     [[nodiscard]] QString error() const { return readError; }
 
 private:
+    // In the buffer, until the next one is read.
+    struct Line {
+        bool hasTime = false;
+        LogTime time = 0;
+        qint64 zeros = 0;      // before it
+        std::string_view text; // behind the time
+    };
+
     [[nodiscard]] bool nextLine(std::string_view *line);
     [[nodiscard]] bool fill();
-    void takeUntimed(std::string_view line);
     [[nodiscard]] bool readTimeOf(std::string_view line, LogTime *time);
-    [[nodiscard]] bool readEntry(std::string_view line, LogEntry *read);
-    void give(LogEntry *entry);
+    [[nodiscard]] bool readLine(Line *read);
+    void findFirst();
+    void beginEntry(LogEntry *entry) const;
 
     QIODevice &device;
     std::vector<char> buffer;
@@ -68,10 +76,9 @@ private:
     size_t end = 0;
     bool skipsLine = false;
     qint64 bytesPassed = 0;
-    std::array<char, 17> lastMinute{}; // "yyyy-MM-dd HH:mm:" of the last line that had a time
-    LogTime lastMinuteTime = 0;
-    LogEntry pending;
-    bool hasPending = false;
+    std::array<char, 11> lastDay{}; // "yyyy-MM-dd " of the last line that had a time
+    LogTime lastDayTime = 0;        // of its first second
+    Line pending;                   // the first one of the next entry, if it has a time
     bool hasTold = false;
     bool beginningLacks = false;
     QString readError;
