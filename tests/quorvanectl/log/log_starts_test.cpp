@@ -4,10 +4,14 @@
 #include "support/staged_main.h"
 #include "written_log.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QMap>
 
+#include <utility>
+
 using ctl::LogStart;
+using support::entriesOf;
 using support::logOf;
 using support::startsIn;
 
@@ -50,6 +54,13 @@ QString cutOf(const QVector<LogStart> &starts, const QStringList &lines) {
     return told.join(" | ");
 }
 
+QString textsOf(const LogStart &start) {
+    QString texts;
+    for (const ctl::LogEntry &entry : start.entries)
+        texts += ctl::timeText(entry.time) + ' ' + entry.text + '|';
+    return texts;
+}
+
 } // namespace
 
 class LogStartsTest : public QObject {
@@ -62,6 +73,10 @@ private Q_SLOTS:
     void whatWasWrittenBefore();
     void whatIsKept_data();
     void whatIsKept();
+    void startsThatAreLeft_data();
+    void startsThatAreLeft();
+    void whatMemoryIsLent_data();
+    void whatMemoryIsLent();
     void aLogWithoutLines();
 };
 
@@ -148,6 +163,73 @@ void LogStartsTest::whatIsKept() {
     QCOMPARE(start.entries.at(99).text, QByteArray("99"));
     QCOMPARE(start.entries.at(100).text, QByteArray::number(count - 100));
     QCOMPARE(start.entries.last().text, QByteArray::number(count - 1));
+}
+
+void LogStartsTest::startsThatAreLeft_data() {
+    QTest::addColumn<int>("taken"); // each so many-th one
+    QTest::addColumn<bool>("givesBack");
+    QTest::newRow("none is left") << 1 << false;
+    QTest::newRow("each other one is left") << 2 << false;
+    QTest::newRow("most are left") << 10 << false;
+    QTest::newRow("for each one that is taken another is given back") << 1 << true;
+}
+
+// Their memory serves those behind them, of which nothing is lost and to which nothing is added.
+void LogStartsTest::startsThatAreLeft() {
+    QFETCH(int, taken);
+    QFETCH(bool, givesBack);
+    QStringList lines;
+    for (int i = 0; i < 60; ++i) {
+        lines += written("search found passed launch end");
+        for (int further = 0; further < i * i % 300; ++further)
+            lines.append(QString(further * i % 1700, 'x') + '\n' + QString::number(i));
+    }
+    const QByteArray log = logOf(lines);
+    LogStart other = startsIn(logOf({"another", QString(9000, 'y')})).value(0);
+    QStringList told;
+    int count = 0;
+    ctl::StartSplitter splitter([&](LogStart *start) {
+        if (count++ % taken != 0)
+            return;
+        const LogStart kept = std::move(*start);
+        if (givesBack)
+            *start = std::exchange(other, kept);
+        told.append(textsOf(kept));
+    });
+    QByteArray bytes = log;
+    QBuffer buffer(&bytes);
+    QVERIFY(buffer.open(QIODevice::ReadOnly));
+    ctl::LogReader reader(buffer);
+    ctl::LogEntry entry;
+    while (reader.next(&entry))
+        splitter.add(&entry);
+    splitter.end();
+    QStringList all;
+    const auto starts = startsIn(log); // takes each
+    for (int i = 0; i < starts.size(); i += taken)
+        all.append(textsOf(starts[i]));
+    QCOMPARE(starts.size(), 60);
+    QCOMPARE(told, all);
+}
+
+void LogStartsTest::whatMemoryIsLent_data() {
+    QTest::addColumn<int>("length"); // of each text, in bytes
+    QTest::addColumn<bool>("isLent");
+    QTest::newRow("that of usual texts") << 100 << true;
+    QTest::newRow("not that of long ones") << 2000 << false;
+}
+
+void LogStartsTest::whatMemoryIsLent() {
+    QFETCH(int, length);
+    const QByteArray launch = QByteArray("Launching a ").leftJustified(length, 'b');
+    const QStringList lines{launch, launch, launch, launch};
+    ctl::StartSplitter splitter([](LogStart *) {});
+    bool isLent = false;
+    for (ctl::LogEntry &entry : entriesOf(logOf(lines))) {
+        splitter.add(&entry);
+        isLent = isLent || entry.text.capacity() > 0;
+    }
+    QTEST(isLent, "isLent");
 }
 
 void LogStartsTest::aLogWithoutLines() {

@@ -43,9 +43,9 @@ inline QVector<ctl::LogEntry> entriesOf(QByteArray log) {
 
 inline QVector<ctl::LogStart> startsIn(const QByteArray &log) {
     QVector<ctl::LogStart> starts;
-    ctl::StartSplitter splitter([&](ctl::LogStart &&start) { starts.append(std::move(start)); });
+    ctl::StartSplitter splitter([&](ctl::LogStart *start) { starts.append(std::move(*start)); });
     for (ctl::LogEntry &entry : entriesOf(log))
-        splitter.add(std::move(entry));
+        splitter.add(&entry);
     splitter.end();
     return starts;
 }

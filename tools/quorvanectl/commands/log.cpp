@@ -27,6 +27,7 @@ const QLatin1String localeOption("locale");
 const QLatin1String allStarts("all");
 
 constexpr int toldByDefault = 20; // starts
+constexpr int mostLent = 1000;    // starts: memory that serves again is larger than it need be
 
 void declare(QCommandLineParser &parser) {
     parser.addOption(
@@ -137,16 +138,19 @@ public:
         : console(shownOn)
         , wanted(what) {}
 
-    void take(LogStart &&start) {
+    void take(LogStart *start) {
         ++count.all;
-        if ((wanted.since && start.entries.last().time < *wanted.since) ||
-            (wanted.failuresAlone && !isFailure(start)))
+        if ((wanted.since && start->entries.last().time < *wanted.since) ||
+            (wanted.failuresAlone && !isFailure(*start)))
             return;
         if (wanted.last == std::numeric_limits<qint64>::max())
-            return tellStart(start);
-        kept.push_back(std::move(start));
-        if (qint64(kept.size()) > wanted.last)
+            return tellStart(*start);
+        kept.push_back(std::move(*start));
+        if (qint64(kept.size()) > wanted.last) {
+            if (wanted.last <= mostLent)
+                *start = std::move(kept.front()); // its memory serves the next one
             kept.pop_front();
+        }
     }
 
     void end(bool lacksBeginning) {
@@ -202,10 +206,10 @@ private:
 // False if it is no log or cannot be read to its end.
 bool tellLog(QFile &log, Teller *teller, const QString &path, QString *error) {
     LogReader reader(log);
-    StartSplitter splitter([&](LogStart &&start) { teller->take(std::move(start)); });
+    StartSplitter splitter([&](LogStart *start) { teller->take(start); });
     LogEntry entry;
     while (reader.next(&entry))
-        splitter.add(std::move(entry));
+        splitter.add(&entry);
     if (!reader.error().isEmpty())
         *error = QStringLiteral("%1: %2").arg(path, reader.error());
     else if (!reader.isLog() && log.size() > 0)

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace ctl {
 
@@ -32,12 +33,17 @@ struct StartProgress {
     bool over = false; // by whatever end
 };
 
+// Whether it is a line of a search for updates, "[task check_1a2b3c4d] …".
+[[nodiscard]] bool isSearch(const LogEntry &entry);
+
 class StartSplitter {
 public:
-    // `found` gets each start, in the order of the log.
-    explicit StartSplitter(std::function<void(LogStart &&)> found);
+    // `found` gets each start, in the order of the log, and may take it. One that it leaves, or puts in its
+    // place, lends its memory to what comes.
+    explicit StartSplitter(std::function<void(LogStart *)> found);
 
-    void add(LogEntry &&entry);
+    // Takes what the entry tells, and leaves it the memory of another.
+    void add(LogEntry *entry);
 
     // Gives what is left. The last call.
     void end();
@@ -45,14 +51,18 @@ public:
 private:
     [[nodiscard]] bool opensNext(const LogEntry &entry) const;
     [[nodiscard]] bool opensNextBySearch() const;
-    static void note(StartProgress *progress, LogEntry &&entry);
+    void note(StartProgress *progress, LogEntry *entry);
     void give(StartProgress *progress, bool isLast);
+    void reuse(QVector<LogEntry> *entries);
 
-    const std::function<void(LogStart &&)> found;
+    const std::function<void(LogStart *)> found;
     std::optional<LogTime> lastTime;
     // The end of a target is logged after what the user did meanwhile: one start is held back for it.
     std::optional<StartProgress> previous;
     std::optional<StartProgress> current;
+    // The memory of starts that are no longer needed. What the texts say is of no meaning.
+    std::vector<QByteArray> spareTexts;
+    QVector<LogEntry> spareEntries; // empty
 };
 
 } // namespace ctl

@@ -27,13 +27,12 @@ struct OpenTask {
 OpenTask openTask(const LogStart &start) {
     OpenTask open;
     for (const LogEntry &entry : start.entries) {
-        const bool search = entry.text.startsWith("[task check_");
         switch (entry.kind()) {
         case LineKind::TaskStarted:
-            (search ? open.isSearch : open.isUpdate) = true;
+            (isSearch(entry) ? open.isSearch : open.isUpdate) = true;
             break;
         case LineKind::TaskPhase:
-            if (search)
+            if (isSearch(entry))
                 open.isSearch = false;
             else if (!entry.text.contains("] phase=apply ")) // the installers follow
                 open.isUpdate = false;
