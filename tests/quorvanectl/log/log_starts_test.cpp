@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QMap>
 
+#include <algorithm>
 #include <utility>
 
 using ctl::LogStart;
@@ -73,6 +74,7 @@ private Q_SLOTS:
     void whatWasWrittenBefore();
     void whatIsKept_data();
     void whatIsKept();
+    void littleIsHeldOfAStartWithoutAnEnd();
     void startsThatAreLeft_data();
     void startsThatAreLeft();
     void whatMemoryIsLent_data();
@@ -149,6 +151,8 @@ void LogStartsTest::whatIsKept_data() {
     QTest::addColumn<qint64>("leftOut");
     QTest::newRow("all") << 200 << 200 << qint64(0);
     QTest::newRow("one too many") << 201 << 200 << qint64(1);
+    QTest::newRow("as many as are held at once") << 300 << 200 << qint64(100);
+    QTest::newRow("one more than are held at once") << 301 << 200 << qint64(101);
     QTest::newRow("very many") << 5000 << 200 << qint64(4800);
 }
 
@@ -163,6 +167,20 @@ void LogStartsTest::whatIsKept() {
     QCOMPARE(start.entries.at(99).text, QByteArray("99"));
     QCOMPARE(start.entries.at(100).text, QByteArray::number(count - 100));
     QCOMPARE(start.entries.last().text, QByteArray::number(count - 1));
+}
+
+void LogStartsTest::littleIsHeldOfAStartWithoutAnEnd() {
+    ctl::StartSplitter splitter([](LogStart *) {});
+    QVector<QByteArray> texts;
+    for (int i = 0; i < 5000; ++i) {
+        texts.append(QByteArray::number(i));
+        ctl::LogEntry entry;
+        entry.text = texts.last();
+        splitter.add(&entry);
+    }
+    const auto held = std::count_if(texts.begin(), texts.end(),
+                                    [](const QByteArray &text) { return !text.isDetached(); });
+    QVERIFY2(held >= 200 && held <= 400, qPrintable(QString::number(held)));
 }
 
 void LogStartsTest::startsThatAreLeft_data() {

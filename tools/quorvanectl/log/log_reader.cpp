@@ -77,7 +77,8 @@ void write(LogEntry *entry, int kept, std::string_view text) {
 }
 
 void append(LogEntry *entry, std::string_view text) {
-    write(entry, entry->text.size(), text);
+    if (!entry->isCut) // then there is no room
+        write(entry, entry->text.size(), text);
 }
 
 } // namespace

@@ -11,6 +11,17 @@ constexpr int usualEntries = 16;  // of a start
 constexpr int usualText = 500;    // bytes
 constexpr size_t mostSpares = 64; // texts
 
+// To leave out one entry moves all behind it, so it is done for many at once.
+constexpr int mostEntries = 3 * LogStart::keptAtEachEnd;
+
+void leaveOut(LogStart *start) {
+    const int count = start->entries.size() - 2 * LogStart::keptAtEachEnd;
+    if (count <= 0)
+        return;
+    start->entries.remove(LogStart::keptAtEachEnd, count);
+    start->leftOut += count;
+}
+
 } // namespace
 
 bool isSearch(const LogEntry &entry) {
@@ -74,10 +85,8 @@ void StartSplitter::note(StartProgress *progress, LogEntry *entry) {
         break;
     }
     LogStart &start = progress->start;
-    if (start.entries.size() >= 2 * LogStart::keptAtEachEnd) {
-        start.entries.removeAt(LogStart::keptAtEachEnd);
-        ++start.leftOut;
-    }
+    if (start.entries.size() >= mostEntries)
+        leaveOut(&start);
     start.entries.append(std::move(*entry));
     if (!spareTexts.empty()) {
         entry->text.swap(spareTexts.back());
@@ -109,6 +118,7 @@ void StartSplitter::add(LogEntry *entry) {
 
 void StartSplitter::give(StartProgress *progress, bool isLast) {
     progress->start.isLast = isLast;
+    leaveOut(&progress->start);
     found(&progress->start);
     reuse(&progress->start.entries);
 }
