@@ -28,20 +28,30 @@ Number number(const QByteArray &bytes, int at) {
     return qFromLittleEndian<Number>(bytes.constData() + at);
 }
 
-// The bytes at that place; as many zeros if the file does not hold them.
-QByteArray bytesAt(QFile &file, qint64 at, int size) {
-    QByteArray bytes = at >= 0 && file.seek(at) ? file.read(size) : QByteArray();
-    return bytes.size() == size ? bytes : QByteArray(size, '\0');
-}
+struct Source {
+    QFile &file;
+    QString damage = QString(); // of the disk, as the system tells it
+    bool isShort = false;       // whether the bytes asked for last are not all there
+
+    // The bytes at that place; as many zeros if the file does not hold them.
+    QByteArray bytesAt(qint64 at, int size) {
+        QByteArray bytes = at >= 0 && file.seek(at) ? file.read(size) : QByteArray();
+        if (file.error() == QFileDevice::ReadError)
+            damage = file.errorString();
+        isShort = bytes.size() != size;
+        return isShort ? QByteArray(size, '\0') : bytes;
+    }
+};
 
 // All places of end records whose comment is the rest of the file.
-QVector<qint64> endRecords(QFile &file) {
-    const int tailSize = int(std::min<qint64>(file.size(), endSize + longestComment));
-    const QByteArray tail = bytesAt(file, file.size() - tailSize, tailSize);
+QVector<qint64> endRecords(Source &source) {
+    const qint64 size = source.file.size();
+    const int tailSize = int(std::min<qint64>(size, endSize + longestComment));
+    const QByteArray tail = source.bytesAt(size - tailSize, tailSize);
     QVector<qint64> found;
     for (int at = 0; (at = tail.indexOf("PK\x05\x06", at)) >= 0 && at + endSize <= tailSize; ++at) {
         if (at + endSize + number<quint16>(tail, at + 20) == tailSize)
-            found.append(file.size() - tailSize + at);
+            found.append(size - tailSize + at);
     }
     return found;
 }
@@ -53,13 +63,13 @@ struct Directory {
 };
 
 // In the large form wherever that is there.
-Directory directoryOf(QFile &file, qint64 endAt) {
-    const QByteArray end = bytesAt(file, endAt, endSize);
-    const QByteArray locator = bytesAt(file, endAt - locatorSize, locatorSize);
+Directory directoryOf(Source &source, qint64 endAt) {
+    const QByteArray end = source.bytesAt(endAt, endSize);
+    const QByteArray locator = source.bytesAt(endAt - locatorSize, locatorSize);
     if (!locator.startsWith("PK\x06\x07"))
         return {number<quint32>(end, 16), number<quint32>(end, 12), endAt};
     const auto largeAt = number<qint64>(locator, 8);
-    const QByteArray large = bytesAt(file, largeAt, zip64EndSize);
+    const QByteArray large = source.bytesAt(largeAt, zip64EndSize);
     return {number<qint64>(large, 48), number<qint64>(large, 40), largeAt};
 }
 
@@ -71,8 +81,8 @@ bool isWhole(const Directory &directory) {
 }
 
 // Beyond 4 GiB the place stands elsewhere, and libzip's own comparison must do.
-bool isSameBeforeData(QFile &file, quint32 at, const QByteArray &name) {
-    return at == inExtra || bytesAt(file, at + localHeaderSize, name.size()) == name;
+bool isSameBeforeData(Source &source, quint32 at, const QByteArray &name) {
+    return at == inExtra || source.bytesAt(qint64(at) + localHeaderSize, name.size()) == name;
 }
 
 bool checkName(const QByteArray &name, bool isUtf8, ZipFailure *failure) {
@@ -91,13 +101,11 @@ quint32 libzipHash(const QByteArray &name) {
     return hash;
 }
 
-} // namespace
-
-bool checkStoredNames(QFile &file, const QDeadlineTimer &deadline, ZipFailure *failure) {
-    const QVector<qint64> ends = endRecords(file);
+bool checkNames(Source &source, const QDeadlineTimer &deadline, ZipFailure *failure) {
+    const QVector<qint64> ends = endRecords(source);
     if (ends.size() != 1)
         return ends.isEmpty() || fail(inconsistentArchive(), &failure->reason);
-    const Directory directory = directoryOf(file, ends.first());
+    const Directory directory = directoryOf(source, ends.first());
     if (!isWhole(directory))
         return fail(inconsistentArchive(), &failure->reason);
     QHash<quint32, int> alike;
@@ -105,12 +113,12 @@ bool checkStoredNames(QFile &file, const QDeadlineTimer &deadline, ZipFailure *f
     for (qint64 at = directory.at; at < directory.endAt; ++entries) {
         if (deadline.hasExpired())
             return fail(QStringLiteral("zip extraction timed out"), &failure->reason);
-        const QByteArray header = bytesAt(file, at, headerSize);
+        const QByteArray header = source.bytesAt(at, headerSize);
         if (!header.startsWith("PK\x01\x02"))
             return true;
         const auto nameSize = number<quint16>(header, 28);
-        const QByteArray name = bytesAt(file, at + headerSize, nameSize);
-        if (!isSameBeforeData(file, number<quint32>(header, 42), name))
+        const QByteArray name = source.bytesAt(at + headerSize, nameSize);
+        if (source.isShort || !isSameBeforeData(source, number<quint32>(header, 42), name))
             return fail(inconsistentArchive(), &failure->reason);
         if (!checkName(name, (number<quint16>(header, 8) & utf8Flag) != 0, failure))
             return false;
@@ -119,6 +127,19 @@ bool checkStoredNames(QFile &file, const QDeadlineTimer &deadline, ZipFailure *f
         at += headerSize + nameSize + number<quint16>(header, 30) + number<quint16>(header, 32);
     }
     return true;
+}
+
+} // namespace
+
+// What cannot be read is no reason to suspect the archive.
+bool checkStoredNames(QFile &file, const QDeadlineTimer &deadline, ZipFailure *failure) {
+    Source source{file};
+    const bool isSound = checkNames(source, deadline, failure);
+    if (source.damage.isNull())
+        return isSound;
+    failure->isUnsafe = false;
+    return fail(QStringLiteral("Read error: %1").arg(source.damage),
+                &failure->reason); // as libzip tells it
 }
 
 QString tooLargeDirectory() {

@@ -6,7 +6,9 @@
 #include <QTemporaryDir>
 
 #include <cerrno>
+#include <climits>
 #include <sys/sendfile.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
@@ -19,6 +21,8 @@ struct Refusal {
 
 Refusal sharing;
 Refusal sending;
+Refusal writing;
+bool isCopying = false;       // what is written by hand then is the copy
 constexpr size_t most = 1000; // bytes at a time, of those that go well
 
 ssize_t moveOrRefuse(Refusal *refusal, int from, int to, size_t size) {
@@ -28,7 +32,7 @@ ssize_t moveOrRefuse(Refusal *refusal, int from, int to, size_t size) {
     }
     QByteArray block(int(qMin(size, most)), '\0');
     const ssize_t got = ::read(from, block.data(), size_t(block.size()));
-    return got > 0 ? ::write(to, block.constData(), size_t(got)) : got;
+    return got > 0 ? ::syscall(SYS_write, to, block.constData(), size_t(got)) : got;
 }
 
 } // namespace
@@ -41,6 +45,16 @@ ssize_t copy_file_range(int from, off64_t *, int to, off64_t *, size_t size, uns
 
 ssize_t sendfile(int to, int from, off_t *, size_t size) {
     return moveOrRefuse(&sending, from, to, size);
+}
+
+ssize_t write(int to, const void *data, size_t size) {
+    if (!isCopying)
+        return ::syscall(SYS_write, to, data, size);
+    if (writing.calls-- <= 0) {
+        errno = writing.error;
+        return -1;
+    }
+    return ::syscall(SYS_write, to, data, qMin(size, most));
 }
 
 } // extern "C"
@@ -57,21 +71,26 @@ void CopyCallsTest::whatIsRefusedIsMovedInAnotherWay_data() {
     QTest::addColumn<int>("shared");
     QTest::addColumn<int>("sent");
     QTest::addColumn<int>("error");
+    QTest::addColumn<int>("written"); // pieces by hand that go well
     QTest::addColumn<bool>("copied");
-    QTest::newRow("both from the first byte") << 0 << 0 << EINVAL << true;
-    QTest::newRow("both, the system knows neither") << 0 << 0 << ENOSYS << true;
-    QTest::newRow("the first in the middle of the file") << 2 << 0 << EINVAL << true;
-    QTest::newRow("the second in the middle of the file") << 0 << 3 << EINVAL << true;
-    QTest::newRow("each after a part") << 2 << 3 << EINVAL << true;
-    QTest::newRow("the first, and the second goes well") << 1 << 1000 << EINVAL << true;
-    QTest::newRow("the disk is full") << 2 << 3 << ENOSPC << false;
-    QTest::newRow("the disk is damaged") << 0 << 0 << EIO << false;
+    QTest::newRow("both from the first byte") << 0 << 0 << EINVAL << INT_MAX << true;
+    QTest::newRow("both, the system knows neither") << 0 << 0 << ENOSYS << INT_MAX << true;
+    QTest::newRow("the first in the middle of the file") << 2 << 0 << EINVAL << INT_MAX << true;
+    QTest::newRow("the second in the middle of the file") << 0 << 3 << EINVAL << INT_MAX << true;
+    QTest::newRow("each after a part") << 2 << 3 << EINVAL << INT_MAX << true;
+    QTest::newRow("the first, and the second goes well") << 1 << 1000 << EINVAL << INT_MAX << true;
+    QTest::newRow("the disk is full at the first byte by hand") << 0 << 0 << EINVAL << 0 << false;
+    QTest::newRow("the disk is full in the midst of a piece by hand")
+        << 2 << 3 << ENOSYS << 400 << false;
+    QTest::newRow("the disk is full") << 2 << 3 << ENOSPC << INT_MAX << false;
+    QTest::newRow("the disk is damaged") << 0 << 0 << EIO << INT_MAX << false;
 }
 
 void CopyCallsTest::whatIsRefusedIsMovedInAnotherWay() {
     QFETCH(int, shared);
     QFETCH(int, sent);
     QFETCH(int, error);
+    QFETCH(int, written);
     QFETCH(bool, copied);
     const QTemporaryDir place;
     QByteArray content(600001, '\0');
@@ -82,7 +101,11 @@ void CopyCallsTest::whatIsRefusedIsMovedInAnotherWay() {
     from.close();
     sharing = {EXDEV, shared};
     sending = {error, sent};
-    QCOMPARE(copyFileContent(from.fileName(), place.filePath("to")), copied);
+    writing = {ENOSPC, written};
+    isCopying = true;
+    const bool done = copyFileContent(from.fileName(), place.filePath("to"));
+    isCopying = false;
+    QCOMPARE(done, copied);
     QFile to(place.filePath("to"));
     QVERIFY(to.open(QIODevice::ReadOnly));
     QCOMPARE(to.readAll() == content, copied);

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void aCopyHasThePermissions();
     void aCopyOnAnotherVolume();
     void nothingIsCopiedOverAFile();
+    void whatIsNotThereIsNotCopied();
     void aFolderIsNotCopied();
     void aPipeIsNotWaitedFor();
 };
@@ -104,6 +105,11 @@ void FileCopyTest::nothingIsCopiedOverAFile() {
     write("to", "old");
     QVERIFY(!copyFileContent(path("from"), path("to")));
     QCOMPARE(read("to"), QByteArray("old"));
+}
+
+void FileCopyTest::whatIsNotThereIsNotCopied() {
+    QVERIFY(!copyFileContent(path("from"), path("to")));
+    QVERIFY(!QFileInfo::exists(path("to")));
 }
 
 void FileCopyTest::aFolderIsNotCopied() {

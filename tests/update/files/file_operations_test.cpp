@@ -61,6 +61,7 @@ private Q_SLOTS:
     void copiesThatFail_data();
     void copiesThatFail();
     void noSourceAtAllIsNotTheCurrentFolder();
+    void noTargetAtAllIsNotTheCurrentFolder();
     void aFolderIsListedWithWhatIsHidden();
     void aFolderThatCannotBeListedIsNotAnEmptyOne();
     void aFolderIsReplaced();
@@ -434,6 +435,14 @@ void FileOperationsTest::noSourceAtAllIsNotTheCurrentFolder() {
     QString error;
     QVERIFY(!copyDirectory(QString(), path("t"), &error));
     QCOMPARE(error, QStringLiteral("source directory not found: "));
+}
+
+void FileOperationsTest::noTargetAtAllIsNotTheCurrentFolder() {
+    write("s/file");
+    QString error;
+    QVERIFY(!copyDirectory(path("s"), QString(), &error));
+    QCOMPARE(error, QStringLiteral("unable to create destination directory: "));
+    QVERIFY(!QFileInfo::exists("file"));
 }
 
 // --- listFolder

@@ -39,6 +39,7 @@ private Q_SLOTS:
     void decodes_data();
     void decodes();
     void emptyFileGivesEmptyTextThatIsNotNull();
+    void aPathOfNothingNeedsNoFolder();
     void unreadableFileGivesNull_data();
     void unreadableFileGivesNull();
     void writes_data();
@@ -103,6 +104,14 @@ void TextFileTest::emptyFileGivesEmptyTextThatIsNotNull() {
     QVERIFY(!text.isNull());
 }
 
+// The file itself is refused then.
+void TextFileTest::aPathOfNothingNeedsNoFolder() {
+    QString error = "untouched";
+    QVERIFY(ensureParentDir(QString(), &error));
+    QCOMPARE(error, QString("untouched"));
+    QVERIFY(!writeTextFile(QString(), "a"));
+}
+
 void TextFileTest::unreadableFileGivesNull_data() {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("expected");
@@ -112,6 +121,9 @@ void TextFileTest::unreadableFileGivesNull_data() {
     QTest::newRow("a folder") << support::stageRoot()
                               << support::systemText("file to open is a directory",
                                                      "Access denied.");
+    if (!support::onWindows)
+        QTest::newRow("a device") << "/dev/zero"
+                                  << "not a regular file";
 }
 
 void TextFileTest::unreadableFileGivesNull() {

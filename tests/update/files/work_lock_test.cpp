@@ -17,9 +17,12 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <functional>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -29,11 +32,16 @@
 namespace {
 
 bool fileSystemLocks = true;
+bool hardLinks = true;
+bool removals = true;
+bool hidesProcesses = false;  // those of others
+bool hidesMachine = false;    // has no number
 QVector<qint64> waits;        // milliseconds
 std::function<void()> onWait; // none: the time passes
 std::function<void()> beforeLocking;
 std::function<void()> beforeLooking; // whether a process is there
 std::function<void()> afterRenaming;
+std::function<void()> afterRemoving;
 
 void callOnce(std::function<void()> &callback) {
     if (const auto called = std::exchange(callback, nullptr))
@@ -55,7 +63,42 @@ extern "C" int flock(int descriptor, int operation) {
 extern "C" int kill(pid_t process, int number) noexcept {
     static const auto next = reinterpret_cast<decltype(&::kill)>(dlsym(RTLD_NEXT, "kill"));
     callOnce(beforeLooking);
-    return next(process, number);
+    const int result = next(process, number);
+    if (hidesProcesses)
+        errno = EPERM;
+    return hidesProcesses ? -1 : result;
+}
+
+extern "C" int link(const char *from, const char *to) noexcept {
+    static const auto next = reinterpret_cast<decltype(&::link)>(dlsym(RTLD_NEXT, "link"));
+    if (hardLinks)
+        return next(from, to);
+    errno = EPERM;
+    return -1;
+}
+
+extern "C" int unlink(const char *path) noexcept {
+    static const auto next = reinterpret_cast<decltype(&::unlink)>(dlsym(RTLD_NEXT, "unlink"));
+    if (!removals) {
+        errno = EACCES;
+        return -1;
+    }
+    const int result = next(path);
+    callOnce(afterRemoving);
+    return result;
+}
+
+extern "C" int open64(const char *path, int flags, ...) {
+    static const auto next = reinterpret_cast<decltype(&::open64)>(dlsym(RTLD_NEXT, "open64"));
+    va_list more;
+    va_start(more, flags);
+    const mode_t mode = va_arg(more, mode_t);
+    va_end(more);
+    if (hidesMachine && std::strstr(path, "machine-id") != nullptr) {
+        errno = ENOENT;
+        return -1;
+    }
+    return next(path, flags, mode);
 }
 
 extern "C" int rename(const char *from, const char *to) noexcept {
@@ -130,10 +173,18 @@ private Q_SLOTS:
     void aLockThatWasLeft_data();
     void aLockThatWasLeft();
     void aLockOfAProcessWhoseProgramWasRemovedStays();
+    void aLockOfAProcessThatIsHiddenStays();
+    void aLockOfAMachineWithoutANumber_data();
+    void aLockOfAMachineWithoutANumber();
+    void aLockThatMayNotBeRemovedStays();
+    void aLockThatAnotherTakesOnceItIsRemovedIsNotTaken();
     void aLockOfAnotherUsersProcess_data();
     void aLockOfAnotherUsersProcess();
     void aLockThatIsReplacedBeforeItIsLockedStays();
     void aLockThatGoesBeforeItIsLockedIsNotRemoved();
+    void aLockThatGoesBeforeItIsJudgedIsNotRemoved_data();
+    void aLockThatGoesBeforeItIsJudgedIsNotRemoved();
+    void aLockThatIsReplacedWhileItIsJudgedStays_data();
     void aLockThatIsReplacedWhileItIsJudgedStays();
     void aLockThatIsMadeWhileAnotherIsPutBackStays();
     void aLockThatIsHeldIsNotTaken_data();
@@ -150,17 +201,21 @@ private Q_SLOTS:
 
 void WorkLockTest::init() {
     folder.reset(new QTemporaryDir);
-    fileSystemLocks = true;
     waits.clear();
     onWait = nullptr;
 }
 
 void WorkLockTest::cleanup() {
     fileSystemLocks = true;
+    hardLinks = true;
+    removals = true;
+    hidesProcesses = false;
+    hidesMachine = false;
     onWait = nullptr;
     beforeLocking = nullptr;
     beforeLooking = nullptr;
     afterRenaming = nullptr;
+    afterRemoving = nullptr;
 }
 
 void WorkLockTest::aLockThatWasLeft_data() {
@@ -224,6 +279,55 @@ void WorkLockTest::aLockOfAProcessWhoseProgramWasRemovedStays() {
     QCOMPARE(files(), QStringList("work.lock"));
 }
 
+// Of a process of another user's such a system does not even tell that it is gone.
+void WorkLockTest::aLockOfAProcessThatIsHiddenStays() {
+    const Process ended(true);
+    support::writeTree(folder->path(), {{"work.lock", textOf({ended.id, ended.name})}});
+    fileSystemLocks = false;
+    hidesProcesses = true;
+    QVERIFY(!removeLeftLock(path(), true));
+    QCOMPARE(files(), QStringList("work.lock"));
+}
+
+void WorkLockTest::aLockOfAMachineWithoutANumber_data() {
+    QTest::addColumn<QString>("host");
+    QTest::addColumn<bool>("removed");
+    QTest::newRow("of this host") << QSysInfo::machineHostName() << true;
+    QTest::newRow("of another host") << "other" << false;
+}
+
+// The name alone tells then.
+void WorkLockTest::aLockOfAMachineWithoutANumber() {
+    QFETCH(QString, host);
+    QFETCH(bool, removed);
+    const Process ended(true);
+    support::writeTree(folder->path(),
+                       {{"work.lock", textOf({ended.id, ended.name, host, "0123"})}});
+    fileSystemLocks = false;
+    hidesMachine = true;
+    QVERIFY(QSysInfo::machineUniqueId().isEmpty());
+    QCOMPARE(removeLeftLock(path(), false), removed);
+    QCOMPARE(files(), removed ? QStringList() : QStringList("work.lock"));
+}
+
+// Its folder is somebody else's.
+void WorkLockTest::aLockThatMayNotBeRemovedStays() {
+    support::writeTree(folder->path(), {{"work.lock", "left"}});
+    removals = false;
+    QVERIFY(!removeLeftLock(path(), false));
+    QCOMPARE(files(), QStringList("work.lock"));
+}
+
+void WorkLockTest::aLockThatAnotherTakesOnceItIsRemovedIsNotTaken() {
+    support::writeTree(folder->path(), {{"work.lock", "left"}});
+    QLockFile another(path());
+    afterRemoving = [&another] { QVERIFY(another.tryLock(0)); };
+    QLockFile lock(path());
+    QVERIFY(!takeLock(lock, path()));
+    QVERIFY(another.isLocked());
+    QCOMPARE(files(), QStringList("work.lock"));
+}
+
 void WorkLockTest::aLockOfAnotherUsersProcess_data() {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("taken");
@@ -271,7 +375,30 @@ void WorkLockTest::aLockThatGoesBeforeItIsLockedIsNotRemoved() {
     QCOMPARE(files(), QStringList());
 }
 
+void WorkLockTest::aLockThatGoesBeforeItIsJudgedIsNotRemoved_data() {
+    QTest::addColumn<bool>("textIsDue");
+    QTest::newRow("at the first look") << false;
+    QTest::newRow("when its text was due") << true;
+}
+
+void WorkLockTest::aLockThatGoesBeforeItIsJudgedIsNotRemoved() {
+    QFETCH(bool, textIsDue);
+    support::writeTree(folder->path(), {{"work.lock", "left"}});
+    fileSystemLocks = false;
+    beforeLocking = [this] { QFile::remove(path()); };
+    QVERIFY(!removeLeftLock(path(), textIsDue));
+    QCOMPARE(files(), QStringList());
+}
+
+void WorkLockTest::aLockThatIsReplacedWhileItIsJudgedStays_data() {
+    QTest::addColumn<bool>("links");
+    QTest::newRow("where the file system knows hard links") << true;
+    QTest::newRow("where it knows none") << false;
+}
+
 void WorkLockTest::aLockThatIsReplacedWhileItIsJudgedStays() {
+    QFETCH(bool, links);
+    hardLinks = links;
     const Process ended(true);
     support::writeTree(folder->path(), {{"work.lock", textOf({ended.id, ended.name})}});
     fileSystemLocks = false;
