@@ -3,14 +3,18 @@
 #include "support/staged_main.h"
 #include "support/zip_maker.h"
 #include "update/files/zip_extract.h"
+#include "update/files/zip_unpack.h"
 
 #include <QDirIterator>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QThread>
+#include <QtEndian>
 
 #include <clocale>
+#include <limits>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -56,7 +60,14 @@ private Q_SLOTS:
     void anEmptyArchive();
     void aCommentAndBytesInFront();
     void bytesThatWerePutInFront();
+    void aCommentWithTheMarkOfAnEnd();
+    void dataInAnotherOrderThanTheDirectory();
+    void aPlaceBeyondTheSmallForm_data();
+    void aPlaceBeyondTheSmallForm();
     void theLargeForm();
+    void largeFormsThatLeadNowhere_data();
+    void largeFormsThatLeadNowhere();
+    void aDirectoryThatEndsBeforeItsEnd();
     void seventyThousandEntries();
     void ofTheProgramZip();
     void ofThePythonModule();
@@ -86,6 +97,7 @@ private Q_SLOTS:
     void nothingIsWrittenThroughALinkOfTheTarget();
     void devicesAndPermissionsAreLeftOut();
     void noArchive();
+    void aFolderInThePlaceOfTheArchive();
     void aTargetThatCannotBeMade();
     void brokenArchives_data();
     void brokenArchives();
@@ -94,6 +106,7 @@ private Q_SLOTS:
     void aTextOfAFailureNeedsNoPlace();
     void theTimeRunsOut();
     void theTimeRunsOutWhileNamesAreRead();
+    void theTimeRunsOutBetweenEntries();
     void theTimeRunsOutWithinOneEntry();
     void tooManyNames();
     void namesThatAreMadeToBeFoundSlowly();
@@ -180,14 +193,17 @@ void ZipExtractTest::filesComeOutByteForByte() {
 }
 
 void ZipExtractTest::foldersWithAndWithoutAnEntryOfTheirOwn() {
+    QVERIFY(QDir().mkpath(path("out/before")));
     QVERIFY2(extract(makeZip({{"own/", ""},
                               {"own/file", "1"},
+                              {"own/deep/file", "1"},
+                              {"before/file", "1"},
                               {"implied/file", "2"},
                               {"late/file", "3"},
                               {"late/", ""}})),
              qPrintable(reason));
-    QCOMPARE(tree(),
-             QStringList({"implied/", "implied/file", "late/", "late/file", "own/", "own/file"}));
+    QCOMPARE(tree(), QStringList({"before/", "before/file", "implied/", "implied/file", "late/",
+                                  "late/file", "own/", "own/deep/", "own/deep/file", "own/file"}));
 }
 
 void ZipExtractTest::anEmptyArchive() {
@@ -205,10 +221,70 @@ void ZipExtractTest::aCommentAndBytesInFront() {
     QCOMPARE(read("packed"), QByteArray(100000, 'x'));
 }
 
+// But for the length of a comment behind it: that is not as long as what is left.
+void ZipExtractTest::aCommentWithTheMarkOfAnEnd() {
+    ZipWish wish;
+    wish.entries = {{"file", "content"}};
+    wish.comment = "PK\x05\x06" + QByteArray(40, 'x');
+    QVERIFY2(extract(makeZipAs(wish)), qPrintable(reason));
+    QCOMPARE(read("file"), QByteArray("content"));
+}
+
 // All places in it are then wrong.
 void ZipExtractTest::bytesThatWerePutInFront() {
     QVERIFY(!extract("#!/bin/sh\n" + makeZip({{"file", "content"}})));
     QCOMPARE(reason, QStringLiteral("Zip archive inconsistent"));
+    QCOMPARE(tree(), QStringList());
+}
+
+void ZipExtractTest::dataInAnotherOrderThanTheDirectory() {
+    const QByteArray one(100000, '1');
+    const QByteArray two(100000, '2');
+    QByteArray zip = makeZip({{"one", one}, {"two", two}});
+    constexpr int record = 46 + 3;
+    const QByteArray directory = zip.mid(zip.size() - 22 - 2 * record, 2 * record);
+    zip.replace(zip.size() - 22 - 2 * record, 2 * record,
+                directory.mid(record) + directory.left(record));
+    QVERIFY2(extract(zip), qPrintable(reason));
+    QCOMPARE(read("one"), one);
+    QCOMPARE(read("two"), two);
+}
+
+void ZipExtractTest::aPlaceBeyondTheSmallForm_data() {
+    QTest::addColumn<qint64>("place");
+    QTest::addColumn<QString>("told"); // none: it comes out
+    QTest::newRow("that is the data's") << qint64(0) << "";
+    QTest::newRow("that the file has not") << (qint64(1) << 40) << "Not a zip archive";
+    QTest::newRow("that is another's") << qint64(1) << "Not a zip archive";
+}
+
+// As of an entry that lies behind 4 GiB.
+void ZipExtractTest::aPlaceBeyondTheSmallForm() {
+    QFETCH(qint64, place);
+    QFETCH(QString, told);
+    QByteArray zip = makeZip({{"file", "content"}});
+    const int directory = zip.size() - 22 - 46 - 4;
+    QByteArray extra("\x01\x00\x08\x00", 4);
+    extra.resize(12);
+    qToLittleEndian(place, extra.data() + 4);
+    zip[directory + 30] = char(extra.size());
+    zip.replace(directory + 42, 4, QByteArray(4, '\xFF'));
+    zip[zip.size() - 22 + 12] = char(46 + 4 + extra.size());
+    zip.insert(zip.size() - 22, extra);
+    QCOMPARE(extract(zip), told.isEmpty());
+    QCOMPARE(reason, told);
+    QCOMPARE(read("file"), QByteArray(told.isEmpty() ? "content" : "(none)"));
+}
+
+// A signature behind the entries, which libzip does not follow.
+void ZipExtractTest::aDirectoryThatEndsBeforeItsEnd() {
+    QByteArray zip = makeZip({{"file", "content"}});
+    const QByteArray signature("PK\x05\x05\x00\x00", 6);
+    zip[zip.size() - 22 + 12] = char(46 + 4 + signature.size());
+    zip.insert(zip.size() - 22, signature);
+    QVERIFY(!extract(zip));
+    QCOMPARE(reason, QStringLiteral("Zip archive inconsistent"));
+    QVERIFY(!isUnsafe);
     QCOMPARE(tree(), QStringList());
 }
 
@@ -219,6 +295,32 @@ void ZipExtractTest::theLargeForm() {
     QVERIFY2(extract(makeZipAs(wish)), qPrintable(reason));
     QCOMPARE(read("file"), QByteArray("content"));
     QCOMPARE(read("packed"), QByteArray(100000, 'x'));
+}
+
+// The end of the large form is where the bytes of its number say.
+void ZipExtractTest::largeFormsThatLeadNowhere_data() {
+    QTest::addColumn<int>("fromEnd"); // of the archive, where the number stands
+    QTest::addColumn<qint64>("number");
+    constexpr int endAt = 22 + 12;
+    constexpr int directoryAt = 22 + 20 + 8;
+    QTest::newRow("an end behind all that a file may hold")
+        << endAt << std::numeric_limits<qint64>::max();
+    QTest::newRow("an end before the file") << endAt << qint64(-1);
+    QTest::newRow("a directory before the file") << directoryAt << qint64(-1);
+    QTest::newRow("a directory behind its end") << directoryAt << (qint64(1) << 40);
+}
+
+void ZipExtractTest::largeFormsThatLeadNowhere() {
+    QFETCH(int, fromEnd);
+    QFETCH(qint64, number);
+    ZipWish wish;
+    wish.entries = {{"file", "content"}};
+    wish.zip64 = true;
+    QByteArray zip = makeZipAs(wish);
+    qToLittleEndian(number, zip.data() + zip.size() - fromEnd);
+    QVERIFY(!extract(zip));
+    QCOMPARE(reason, QStringLiteral("Zip archive inconsistent"));
+    QCOMPARE(tree(), QStringList());
 }
 
 void ZipExtractTest::seventyThousandEntries() {
@@ -295,6 +397,8 @@ void ZipExtractTest::names_data() {
     // The second byte of this letter is a backslash.
     QTest::newRow("GBK with a byte like a backslash")
         << QByteArray("\xD5\x5C.ys") << 0 << QStringLiteral("誠.ys");
+    QTest::newRow("GBK that ends like UTF-8 cut in the midst")
+        << QByteArray("a\xE4\xBA") << 0 << QStringLiteral("a浜");
     QTest::newRow("backslashes are slashes") << QByteArray("a\\b\\c") << 0 << "a/b/c";
     QTest::newRow("both separators in one name") << QByteArray("a\\b/c\\d") << 0 << "a/b/c/d";
     QTest::newRow("both separators in a row") << QByteArray("a\\/b") << 0 << "a/b";
@@ -609,6 +713,12 @@ void ZipExtractTest::noArchive() {
     QVERIFY(!extractZip(path("missing.zip"), path("out")));
 }
 
+void ZipExtractTest::aFolderInThePlaceOfTheArchive() {
+    QVERIFY(QDir().mkpath(path("a.zip")));
+    QVERIFY(!extractZip(path("a.zip"), path("out"), &reason));
+    QCOMPARE(reason, QStringLiteral("file to open is a directory"));
+}
+
 void ZipExtractTest::aTargetThatCannotBeMade() {
     write("a.zip", makeZip({{"file", "1"}}));
     QVERIFY(!extractZip(path("a.zip"), path("a.zip/out"), &reason));
@@ -742,6 +852,24 @@ void ZipExtractTest::aBombEndsAtTheFullDisk() {
                  output.endsWith(" (No space left on device)\n"),
              output + process.readAllStandardError());
     QCOMPARE(process.exitCode(), 1);
+}
+
+// The limit grows until the first entry is asked about, which takes until the limit is over.
+void ZipExtractTest::theTimeRunsOutBetweenEntries() {
+    const QString zip = write("a.zip", makeZip({{"first/", ""}, {"second/", ""}}));
+    QStringList asked;
+    for (int limit = 50; limit < 60000 && asked.isEmpty(); limit *= 3) {
+        const auto leavesOut = [limit, &asked](const QString &name) {
+            asked.append(name);
+            for (const QDeadlineTimer over(limit); !over.hasExpired();)
+                QThread::msleep(1);
+            return true;
+        };
+        ZipFailure failure;
+        QVERIFY(!unpackSomeByLibzip(zip, path("out"), limit, leavesOut, &failure));
+        QCOMPARE(failure.reason, QStringLiteral("zip extraction timed out"));
+    }
+    QCOMPARE(asked, QStringList("first/"));
 }
 
 // The limit grows until the one entry is begun; all of it takes many times as long.
