@@ -13,6 +13,7 @@
 #include <QThreadPool>
 
 Q_DECLARE_METATYPE(ApplyResult)
+Q_DECLARE_METATYPE(UpdateSelection)
 
 using State = LauncherService::State;
 using update_offer::Offer;
@@ -131,6 +132,8 @@ private Q_SLOTS:
     void aRequestDuringATaskIsAnsweredByTheStatus();
     void theProjectAndAComponent();
     void aSetupAlone();
+    void anyChoiceIsOne_data();
+    void anyChoiceIsOne();
     void theTargetIsToldOnceToReloadItsModels();
     void theFlowGoesOnWithTheNewProjectFile();
     void aFailureWithAClass();
@@ -242,6 +245,24 @@ void UpdateApplyTest::aSetupAlone() {
     QVERIFY(!launcher.service.reloadModelsOnLaunch);
     QVERIFY(!installation::targetSaw().contains("--reload-models"));
     QTRY_COMPARE(installers::ran(), QStringList("runtime 0"));
+}
+
+void UpdateApplyTest::anyChoiceIsOne_data() {
+    QTest::addColumn<UpdateSelection>("selection");
+    QTest::newRow("the runtime") << UpdateSelection{false, true, false, false, false};
+    QTest::newRow("the launcher") << UpdateSelection{false, false, true, false, false};
+    QTest::newRow("the editor") << UpdateSelection{false, false, false, true, false};
+    QTest::newRow("the Python tools") << UpdateSelection{false, false, false, false, true};
+}
+
+void UpdateApplyTest::anyChoiceIsOne() {
+    QFETCH(UpdateSelection, selection);
+    Launcher launcher;
+    launcher.service.selection = selection;
+    launcher.service.applyChosenUpdate();
+    QCOMPARE(launcher.log.take(), QStringList({"active false", "state ApplyingUpdate",
+                                               "progress setup -1 detail:setup-prepare"}));
+    launcher.waitForEnd();
 }
 
 void UpdateApplyTest::theTargetIsToldOnceToReloadItsModels() {

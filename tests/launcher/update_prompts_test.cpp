@@ -9,6 +9,7 @@
 #include "update/default_manifest_url.h"
 
 #include <QCoreApplication>
+#include <QFutureInterface>
 #include <QJsonDocument>
 #include <QSemaphore>
 #include <QThreadPool>
@@ -142,6 +143,8 @@ private Q_SLOTS:
     void theFlowJoinsARunningCheck();
     void theFlowWithAKnownUpdate_data();
     void theFlowWithAKnownUpdate();
+    void theFlowAfterACheckThatFoundNothing();
+    void aRunningCheckIsKnownByItsWorkerToo();
     void aBadgeDoesNotStopAnAutomaticStart();
     void handledUpdatesAreNotLookedAt();
     void twoChecksNeverOverlap();
@@ -152,6 +155,9 @@ private Q_SLOTS:
     void aCheckOfAProjectThatIsSelectedAgainCounts();
     void aCheckThatEndsWhereNothingMoves_data();
     void aCheckThatEndsWhereNothingMoves();
+    void aCheckThatEndsResumesNoCountdown_data();
+    void aCheckThatEndsResumesNoCountdown();
+    void aBannerInACountdownThatStandsStillPausesNothing();
     void theEndOfACheckIsToldOnce_data();
     void theEndOfACheckIsToldOnce();
     void f8ChecksOnceAndReturnsToRepairMode();
@@ -174,7 +180,10 @@ private Q_SLOTS:
     void theSummaryFollowsTheLanguage();
     void anUpdateThatIsInstalledMeanwhileKeepsItsSummary();
     void aSnapshotWithoutTextIsNotWeighed();
+    void repairModeWithoutAPromptSaysWhatItIsFor();
     void theStartShotShowsAKnownUpdate();
+    void whatWasPostedMeetsAnotherState_data();
+    void whatWasPostedMeetsAnotherState();
     void theServiceWaitsForItsCheck();
 
 private:
@@ -374,6 +383,30 @@ void UpdatePromptsTest::theFlowWithAKnownUpdate() {
                               : QStringList({"state RepairMode", prompt(fromUsb)})));
 }
 
+void UpdatePromptsTest::theFlowAfterACheckThatFoundNothing() {
+    Launcher launcher;
+    launcher.service.updateCheckDone = true;
+    launcher.service.runStartFlow();
+    QCOMPARE(launcher.log.take(),
+             QStringList({"state Precheck", prechecking(), "prompt None"}) + started());
+}
+
+void UpdatePromptsTest::aRunningCheckIsKnownByItsWorkerToo() {
+    Launcher launcher;
+    QFutureInterface<UpdateCheckResult> check;
+    check.reportStarted();
+    launcher.service.checkWatcher.setFuture(check.future());
+    launcher.service.start();
+    (void)launcher.log.take();
+    processPosted();
+    QCOMPARE(launcher.log.take(), QStringList()); // no second one begins
+    launcher.service.runStartFlow();
+    QCOMPARE(launcher.log.take(),
+             QStringList({"state Precheck", prechecking(), "status 正在检查更新，请稍候…"}));
+    QVERIFY(launcher.service.launchAfterCheck);
+    check.reportFinished();
+}
+
 void UpdatePromptsTest::aBadgeDoesNotStopAnAutomaticStart() {
     Launcher launcher;
     launcher.knowUpdate();
@@ -537,6 +570,47 @@ void UpdatePromptsTest::aCheckThatEndsWhereNothingMoves() {
     QCOMPARE(service.state, state);
     QVERIFY(!service.countdownTimer.isActive() && !service.countdownPaused);
     QVERIFY(!service.resumeCountdownAfterCheck);
+}
+
+void UpdatePromptsTest::aCheckThatEndsResumesNoCountdown_data() {
+    QTest::addColumn<Prompt>("promptMode");
+    QTest::addColumn<bool>("paused");
+    QTest::addColumn<int>("seconds");
+    QTest::newRow("that a banner stops") << Prompt::OnlineBanner << false << 3;
+    QTest::newRow("that is paused") << Prompt::None << true << 3;
+    QTest::newRow("that has no seconds left") << Prompt::None << false << 0;
+}
+
+void UpdatePromptsTest::aCheckThatEndsResumesNoCountdown() {
+    QFETCH(Prompt, promptMode);
+    QFETCH(bool, paused);
+    QFETCH(int, seconds);
+    answer("no manifest");
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    service.start();
+    processPosted();
+    service.countdownTimer.stop();
+    service.promptMode = promptMode;
+    service.countdownPaused = paused;
+    service.countdownSeconds = seconds;
+    (void)launcher.log.take();
+    launcher.waitForCheck();
+    QCOMPARE(launcher.log.take(), QStringList({"status " + service.statusText, "active false"}));
+    QVERIFY(!service.countdownTimer.isActive());
+}
+
+void UpdatePromptsTest::aBannerInACountdownThatStandsStillPausesNothing() {
+    offer("9.0.0");
+    Launcher launcher;
+    launcher.service.start();
+    processPosted();
+    launcher.service.countdownTimer.stop();
+    (void)launcher.log.take();
+    launcher.waitForCheck();
+    QCOMPARE(launcher.log.take(), launcher.offer("OnlineBanner") +
+                                      QStringList({"state RepairMode", prompt(), "active false"}));
+    QVERIFY(!launcher.service.countdownPaused);
 }
 
 // Whatever comes together, a check that was started is told to have ended exactly once.
@@ -839,6 +913,13 @@ void UpdatePromptsTest::anOfferWithoutAFingerprintIsNotRemembered() {
     QCOMPARE(launcher.service.promptMode, Prompt::BadgeOnly);
     QCOMPARE(installation::takeLog(),
              QStringList("Online update skipped fingerprint= components=[] source=src"));
+    // Nor is it taken for one that was.
+    launcher.service.snapshot.manifestText.clear();
+    launcher.service.start();
+    processPosted();
+    launcher.service.enterRepairMode();
+    processPosted();
+    QCOMPARE(launcher.service.promptMode, Prompt::OnlineBanner);
 }
 
 void UpdatePromptsTest::answersWithoutAnUpdateDoNothing() {
@@ -913,6 +994,16 @@ void UpdatePromptsTest::aSnapshotWithoutTextIsNotWeighed() {
     }
 }
 
+void UpdatePromptsTest::repairModeWithoutAPromptSaysWhatItIsFor() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.snapshot.manifestText.clear();
+    launcher.service.promptMode = Prompt::None;
+    launcher.service.state = State::RepairMode;
+    launcher.service.refreshStatus();
+    QCOMPARE(launcher.log.take(), QStringList(repairText()));
+}
+
 void UpdatePromptsTest::theStartShotShowsAKnownUpdate() {
     Launcher launcher;
     launcher.knowUpdate();
@@ -921,6 +1012,56 @@ void UpdatePromptsTest::theStartShotShowsAKnownUpdate() {
     (void)launcher.log.take();
     processPosted();
     QCOMPARE(launcher.log.take(), QStringList("prompt OnlineBanner"));
+}
+
+// The flow posts a look for updates at the start and at F8, and may have moved on by then.
+void UpdatePromptsTest::whatWasPostedMeetsAnotherState_data() {
+    QTest::addColumn<bool>("known"); // an update that was put aside
+    QTest::addColumn<bool>("f8First");
+    QTest::addColumn<bool>("launches");
+    QTest::addColumn<bool>("f8Last");
+    QTest::addColumn<int>("prompts");
+    const auto row = [](const char *name, bool known, bool f8First, bool launches, bool f8Last,
+                        int prompts) {
+        QTest::newRow(name) << known << f8First << launches << f8Last << prompts;
+    };
+    row("the start: nothing was found before", false, false, false, false, 0);
+    row("the start: the target runs", true, false, true, false, 0);
+    row("the start and F8: both look", true, false, false, true, 2);
+    row("F8: nothing was found before", false, true, false, false, 0);
+    row("F8: the target runs", true, true, true, false, 0);
+    row("F8: the target runs and F8 comes again", true, true, true, true, 2);
+}
+
+void UpdatePromptsTest::whatWasPostedMeetsAnotherState() {
+    QFETCH(bool, known);
+    QFETCH(bool, f8First);
+    QFETCH(bool, launches);
+    QFETCH(bool, f8Last);
+    QFETCH(int, prompts);
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    if (known)
+        launcher.knowUpdate();
+    service.snapshot.manifestText.clear();
+    service.updateCheckDone = true;
+    service.remindLater = true;
+    if (f8First)
+        service.enterRepairMode();
+    else
+        service.start();
+    if (launches)
+        service.runStartFlow();
+    QCOMPARE(service.state == State::Monitor, launches);
+    if (f8Last)
+        service.enterRepairMode();
+    (void)launcher.log.take();
+    processPosted();
+    QStringList expected;
+    for (int i = 0; i < prompts; ++i)
+        expected.append("prompt BadgeOnly");
+    QCOMPARE(launcher.log.take(), expected);
+    QVERIFY(!service.isUpdateTaskActive());
 }
 
 // --- Lifetime ---------------------------------------------------------------------------------------

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void theSetupEnds();
     void theEndIsToldWhenAllIsDone();
     void theSetupIsCancelled();
+    void anApplyThatEndsWhileASetupRunsBeginsNoSecondOne();
     void everyWorkerMakesATaskActive_data();
     void everyWorkerMakesATaskActive();
     void aWorkerMayOutliveTheService();
@@ -203,6 +204,25 @@ void UpdateTasksTest::theSetupIsCancelled() {
     QVERIFY(service.updateAvailable && !service.updatesHandled && !service.launchAfterSetup);
     QCOMPARE(installation::takeLog(), QStringList());
     QCOMPARE(SettingsStore::instance().defaultProject(), QString());
+}
+
+void UpdateTasksTest::anApplyThatEndsWhileASetupRunsBeginsNoSecondOne() {
+    LauncherService service;
+    service.state = State::ApplyingUpdate;
+    service.taskId = "apply_1";
+    QFutureInterface<ComponentSetupResult> setup;
+    setup.reportStarted();
+    service.setupWatcher.setFuture(setup.future());
+    SignalLog log(service);
+    ApplyResult applied;
+    applied.success = true;
+    applied.message = "m";
+    service.applyWatcher.setFuture(ended(applied));
+    QTRY_VERIFY(service.reloadModelsOnLaunch);
+    QCOMPARE(log.take(), QStringList());
+    QCOMPARE(installation::takeLog(), QStringList("[task apply_1] phase=apply elapsedMs=0 m"));
+    QVERIFY(!service.launchAfterSetup);
+    setup.reportFinished();
 }
 
 void UpdateTasksTest::everyWorkerMakesATaskActive_data() {
