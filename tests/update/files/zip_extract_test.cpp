@@ -97,6 +97,8 @@ private Q_SLOTS:
     void nothingIsWrittenThroughALinkOfTheTarget();
     void devicesAndPermissionsAreLeftOut();
     void noArchive();
+    void nothingIsUnpackedIntoTheRoot_data();
+    void nothingIsUnpackedIntoTheRoot();
     void aFolderInThePlaceOfTheArchive();
     void aTargetThatCannotBeMade();
     void brokenArchives_data();
@@ -711,6 +713,23 @@ void ZipExtractTest::noArchive() {
     QCOMPARE(reason, QStringLiteral("zip not found: %1").arg(path("missing.zip")));
     QVERIFY(!QFileInfo::exists(path("out")));
     QVERIFY(!extractZip(path("missing.zip"), path("out")));
+}
+
+void ZipExtractTest::nothingIsUnpackedIntoTheRoot_data() {
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("a file") << QByteArray("quorvane_unpacked_by_mistake");
+    QTest::newRow("a folder") << QByteArray("quorvane_unpacked_by_mistake/");
+}
+
+// What lies in it cannot be told from what lies above it.
+void ZipExtractTest::nothingIsUnpackedIntoTheRoot() {
+    QFETCH(QByteArray, name);
+    const QString zip = write("a.zip", makeZip({{name, ""}}));
+    const bool extracted = extractZip(zip, "/", &reason);
+    (void)QFile::remove('/' + name);
+    (void)QDir().rmdir('/' + name);
+    QVERIFY(!extracted);
+    QCOMPARE(reason, "unsafe zip entry: " + name);
 }
 
 void ZipExtractTest::aFolderInThePlaceOfTheArchive() {
