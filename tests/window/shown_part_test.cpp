@@ -59,9 +59,14 @@ void ShownPartTest::noCharacterIsSplit_data() {
 void ShownPartTest::noCharacterIsSplit() {
     QFETCH(QString, text);
     QTEST(shownPart(text), "part");
-    const QString middle = shownPart('x' + face.repeated(mostShown), Qt::ElideMiddle);
-    QVERIFY(!middle.contains(QChar::ReplacementCharacter));
-    QCOMPARE(QString::fromUtf8(middle.toUtf8()), middle); // half a character would not come back
+    const QString faces = face.repeated(mostShown);
+    for (const QString &cut : {'x' + faces, faces + 'x'}) { // in front of the middle, and behind it
+        const QString middle = shownPart(cut, Qt::ElideMiddle);
+        QVERIFY(!middle.contains(QChar::ReplacementCharacter));
+        QCOMPARE(QString::fromUtf8(middle.toUtf8()),
+                 middle); // half a character would not come back
+        QCOMPARE(middle.size(), mostShown);
+    }
 }
 
 void ShownPartTest::aPaneTakesAParagraphInParts_data() {

@@ -136,6 +136,7 @@ void TextLabelTest::oneLineWouldLikeTheWidthOfItsText() {
     QVERIFY(!label.isElided());
     label.resize(label.sizeHint() - QSize(20, 0));
     QVERIFY(label.isElided());
+    QCOMPARE(label.heightForWidth(20), -1); // whatever its width
 }
 
 void TextLabelTest::theTextIsAlwaysTheWholeText() {
@@ -223,6 +224,11 @@ void TextLabelTest::theToolTipOfAnElidedLabelHoldsAllOfIt() {
     label.setText("x");
     QApplication::sendEvent(&label, &ask);
     QTRY_VERIFY(!QToolTip::isVisible() || QToolTip::text() != label.text());
+    label.setText("another text that finds no room in sixty pixels");
+    label.setToolTip("a tip of its own");
+    QApplication::sendEvent(&label, &ask);
+    QCOMPARE(QToolTip::text(), QString("a tip of its own"));
+    QToolTip::hideText();
 }
 
 void TextLabelTest::richTextInAToolTipIsShownLetterByLetter() {

@@ -8,6 +8,7 @@
 #include "update/files/zip_extract.h"
 
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <cerrno>
 #include <climits>
@@ -24,10 +25,12 @@ using support::FileTree;
 
 namespace {
 
+constexpr int slowly = -1;
+
 struct Refusal {
     QByteArray call;
     QString path;        // of what it is asked for, below the test's folder
-    int error;           // none: a reading ends there
+    int error;           // none: a reading ends there; `slowly`: it is done after `meanwhile`
     int wellBefore = 0;  // calls that go well
     int times = INT_MAX; // that it is refused then
 };
@@ -62,6 +65,18 @@ bool refuses(const char *call, int descriptor) {
     const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
     const ssize_t size = ::readlink(link.c_str(), name, sizeof name);
     return size > 0 && refuses(call, std::string(name, size_t(size)).c_str());
+}
+
+// What packing makes little smaller, so that it is read in several pieces.
+FileTree content() {
+    QByteArray noise(300000, '\0');
+    for (int i = 0; i < noise.size(); ++i)
+        noise[i] = char((i * 2654435761U) >> 13);
+    return {{"first", "1"}, {"noise", noise}};
+}
+
+QByteArray packed() {
+    return support::zipOf(content());
 }
 
 // A tree as lines, which a failed comparison shows. A copy that was only begun may be written to and not read,
@@ -115,7 +130,7 @@ int openat(int folder, const char *path, int flags, ...) {
 }
 
 ssize_t read(int descriptor, void *data, size_t size) {
-    if (refuses("read", descriptor))
+    if (refuses("read", descriptor) && errno != slowly)
         return errno == 0 ? 0 : -1;
     return ::syscall(SYS_read, descriptor, data, size);
 }
@@ -197,6 +212,7 @@ private Q_SLOTS:
     void anArchiveThatMayNotBeRead();
     void anArchiveOnADamagedDisk();
     void anArchiveThatIsCutWhileItIsRead();
+    void anArchiveOnADiskThatStandsStill();
 };
 
 QString RefusedCallsTest::path(const QString &name) const {
@@ -461,11 +477,7 @@ void RefusedCallsTest::anArchiveThatMayNotBeRead() {
 
 // Wherever the first damaged byte lies: what is told then, without repetitions.
 QStringList RefusedCallsTest::toldOfDamage(int error) {
-    QByteArray noise(300000, '\0');
-    for (int i = 0; i < noise.size(); ++i)
-        noise[i] = char((i * 2654435761U) >> 13);
-    support::writeTree(place->path(),
-                       {{"a.zip", support::zipOf({{"first", "1"}, {"noise", noise}})}});
+    support::writeTree(place->path(), {{"a.zip", packed()}});
     QStringList told;
     for (int wellBefore = 0;; ++wellBefore) {
         refuse({{"read", "a.zip", error, wellBefore}});
@@ -476,7 +488,7 @@ QStringList RefusedCallsTest::toldOfDamage(int error) {
         if (!removeDirectory(path("out")))
             qFatal("cannot remove what was unpacked");
         if (extracted)
-            return out == FileTree({{"first", "1"}, {"noise", noise}}) ? told : QStringList();
+            return out == content() ? told : QStringList();
         if (!told.contains(reason))
             told.append(reason);
     }
@@ -495,6 +507,24 @@ void RefusedCallsTest::anArchiveThatIsCutWhileItIsRead() {
     QCOMPARE(toldOfDamage(0),
              QStringList({"Premature end of file", "Zip archive inconsistent",
                           "first: Premature end of file", "noise: Premature end of file"}));
+}
+
+// Whichever reading takes until the time is over. How far a busy machine comes before that is all the same.
+void RefusedCallsTest::anArchiveOnADiskThatStandsStill() {
+    constexpr int limit = 400; // ms
+    support::writeTree(place->path(), {{"a.zip", packed()}});
+    meanwhile = [] { QThread::msleep(limit); };
+    bool extracted = false;
+    for (int wellBefore = 0; !extracted; ++wellBefore) {
+        refuse({{"read", "a.zip", slowly, wellBefore, 1}});
+        QString reason;
+        extracted = extractZipWithin(path("a.zip"), path("out"), limit, &reason);
+        const bool stoodStill = refusals.first().times == 0;
+        refusals.clear();
+        QVERIFY(!extracted || !stoodStill);
+        QCOMPARE(reason, extracted ? QString() : QStringLiteral("zip extraction timed out"));
+        QVERIFY(removeDirectory(path("out")));
+    }
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, RefusedCallsTest)
