@@ -138,8 +138,7 @@ bool checkStoredNames(QFile &file, const QDeadlineTimer &deadline, ZipFailure *f
     if (source.damage.isNull())
         return isSound;
     failure->isUnsafe = false;
-    return fail(QStringLiteral("Read error: %1").arg(source.damage),
-                &failure->reason); // as libzip tells it
+    return fail(source.damage, &failure->reason);
 }
 
 QString tooLargeDirectory() {

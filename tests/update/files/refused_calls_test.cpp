@@ -497,10 +497,11 @@ QStringList RefusedCallsTest::toldOfDamage(int error) {
 // And not that the archive is unsafe, since a name cannot be read. What libzip has got of a piece before the
 // damage it takes for the end.
 void RefusedCallsTest::anArchiveOnADamagedDisk() {
-    QCOMPARE(toldOfDamage(EIO),
-             QStringList({"Read error: Input/output error", "first: Read error: Input/output error",
-                          "first: Premature end of file", "noise: Read error: Input/output error",
-                          "noise: Premature end of file"}));
+    QCOMPARE(
+        toldOfDamage(EIO),
+        QStringList({"Input/output error", "Read error: Input/output error",
+                     "first: Read error: Input/output error", "first: Premature end of file",
+                     "noise: Read error: Input/output error", "noise: Premature end of file"}));
 }
 
 void RefusedCallsTest::anArchiveThatIsCutWhileItIsRead() {
