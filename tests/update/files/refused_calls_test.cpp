@@ -520,7 +520,7 @@ void RefusedCallsTest::anArchiveOnADiskThatStandsStill() {
         refuse({{"read", "a.zip", slowly, wellBefore, 1}});
         QString reason;
         extracted = extractZipWithin(path("a.zip"), path("out"), limit, &reason);
-        const bool stoodStill = refusals.first().times == 0;
+        const bool stoodStill = refusals.first().times < 1;
         refusals.clear();
         QVERIFY(!extracted || !stoodStill);
         QCOMPARE(reason, extracted ? QString() : QStringLiteral("zip extraction timed out"));
