@@ -2,12 +2,10 @@
 #include "project/project_file.h"
 
 #include "support/project_folder.h"
+#include "support/size_limit.h"
 #include "support/staged_main.h"
 
 #include <QDir>
-
-#include <csignal>
-#include <sys/resource.h>
 
 using support::ProjectFolder;
 
@@ -21,30 +19,8 @@ private Q_SLOTS:
 
 namespace {
 
-// As long as this lives, no file gets longer than that.
-class SizeLimit {
-public:
-    explicit SizeLimit(rlim_t bytes) {
-        if (std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR || ::getrlimit(RLIMIT_FSIZE, &before) != 0)
-            qFatal("no limit can be set");
-        set(bytes);
-    }
-    ~SizeLimit() { set(before.rlim_cur); }
-    SizeLimit(const SizeLimit &) = delete;
-    SizeLimit &operator=(const SizeLimit &) = delete;
-
-private:
-    void set(rlim_t bytes) const {
-        const rlimit wanted{bytes, before.rlim_max};
-        if (::setrlimit(RLIMIT_FSIZE, &wanted) != 0)
-            qFatal("no limit can be set");
-    }
-
-    rlimit before = {};
-};
-
 bool stampWithLimit(const QString &file, rlim_t bytes) {
-    const SizeLimit limit(bytes);
+    const support::SizeLimit limit(bytes);
     return stampProjectVersion(file, "1.0");
 }
 

@@ -4,16 +4,15 @@
 #include "../installation.h"
 #include "support/file_kinds.h"
 #include "support/file_tree.h"
+#include "support/size_limit.h"
 #include "support/staged_main.h"
 
 #include <QTemporaryDir>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdarg>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -25,28 +24,6 @@ namespace {
 
 bool foldersAreRefused = false;
 constexpr rlim_t mostBytes = 1 << 20; // that a file takes on the disk that is full
-
-// As long as this lives, each file is as long as the disk is full.
-class FullDisk {
-public:
-    FullDisk() {
-        if (std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR || ::getrlimit(RLIMIT_FSIZE, &before) != 0)
-            qFatal("no limit can be set");
-        set(mostBytes);
-    }
-    ~FullDisk() { set(before.rlim_cur); }
-    FullDisk(const FullDisk &) = delete;
-    FullDisk &operator=(const FullDisk &) = delete;
-
-private:
-    void set(rlim_t bytes) const {
-        const rlimit wanted{bytes, before.rlim_max};
-        if (::setrlimit(RLIMIT_FSIZE, &wanted) != 0)
-            qFatal("no limit can be set");
-    }
-
-    rlimit before = {};
-};
 
 QByteArray content() {
     return QByteArray(3 << 20, 'p'); // more than two pieces, and than the full disk takes
@@ -152,7 +129,7 @@ void StickPackageTest::whatCannotBeCopied() {
 void StickPackageTest::aDiskThatIsFull() {
     StickPackage package;
     {
-        const FullDisk disk;
+        const support::SizeLimit disk(mostBytes);
         QCOMPARE(package.copyFrom(stick.filePath("包/line.zip"), nullptr), Outcome::Failed);
     }
     QCOMPARE(package.path(), QString());
