@@ -2,6 +2,7 @@
 #include "main_recorder.h"
 
 #include "frame/broken_pipe.h"
+#include "frame/without_open_gl.h"
 #include "support/staged_main.h"
 
 #include <QDir>
@@ -28,6 +29,11 @@ void outliveTheService() {
     QTimer::singleShot(50, &loop, &QEventLoop::quit);
     loop.exec();
     workerHasEnded = true;
+}
+
+// What Qt's plug-in for X is told of OpenGL.
+QString openGl() {
+    return QString::fromLocal8Bit(qgetenv("QT_XCB_GL_INTEGRATION"));
 }
 
 } // namespace
@@ -106,7 +112,7 @@ void Service::initialize() {
 }
 
 void Service::start() {
-    note("start");
+    note("start with OpenGL: " + openGl());
     LauncherService::start();
     QtConcurrent::run(outliveTheService);
     QTimer::singleShot(0, qApp, &QApplication::closeAllWindows);
@@ -122,7 +128,7 @@ Window::~Window() {
 }
 
 void Window::showEvent(QShowEvent *event) {
-    note("shown");
+    note("shown with OpenGL: " + openGl());
     windowIsShown = true;
     LauncherWindow::showEvent(event);
 }
@@ -135,6 +141,7 @@ class MainTest : public QObject {
 private Q_SLOTS:
     void buildsInOrderAndTearsDownInReverse();
     void highDensityScreensAreAskedFor();
+    void whatTheUserSaysOfOpenGlStays();
 };
 
 void MainTest::buildsInOrderAndTearsDownInReverse() {
@@ -153,8 +160,8 @@ void MainTest::buildsInOrderAndTearsDownInReverse() {
                                "service",
                                "initialize",
                                "window",
-                               "shown",
-                               "start",
+                               "shown with OpenGL: none",
+                               "start with OpenGL: ", // what it starts may draw with it
                                "countdown 5 seen",
                                "countdown 5 seen",
                                "window ends",
@@ -167,6 +174,16 @@ void MainTest::buildsInOrderAndTearsDownInReverse() {
 void MainTest::highDensityScreensAreAskedFor() {
     QVERIFY(QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling));
     QVERIFY(QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps));
+}
+
+void MainTest::whatTheUserSaysOfOpenGlStays() {
+    qputenv("QT_XCB_GL_INTEGRATION", "xcb_egl");
+    {
+        const WithoutOpenGl without;
+        QCOMPARE(recorder::openGl(), QString("xcb_egl"));
+    }
+    QCOMPARE(recorder::openGl(), QString("xcb_egl"));
+    qunsetenv("QT_XCB_GL_INTEGRATION");
 }
 
 // The application is launcherMain's to make.

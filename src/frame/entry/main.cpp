@@ -5,6 +5,7 @@
 #include "frame/broken_pipe.h"
 #include "frame/locale_manager.h"
 #include "frame/settings_store.h"
+#include "frame/without_open_gl.h"
 #include "launcher/launcher_service.h"
 #include "launcher/offer/stick_search.h"
 #include "library/function_library.h"
@@ -56,7 +57,10 @@ int runLauncher(int argc, char **argv) {
     LauncherService service;
     service.initialize(); // stands on its own, so it makes the folders and opens the settings again
     LauncherWindow window(&service);
-    window.show();
+    {
+        const WithoutOpenGl untilShown;
+        window.show();
+    }
     service.start(); // only now: the first countdownChanged must reach a window that is shown
     return QApplication::exec();
 }
