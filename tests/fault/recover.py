@@ -122,24 +122,19 @@ def arguments():
     return parser.parse_args()
 
 
-def result_of(bench, point, kills):
-    """`kills` collects how many recoveries were killed."""
+def result_of(bench, point):
     try:
         recovered = bench.run(*point, FAULTS["KILL"])
     except subprocess.TimeoutExpired:
         return results.Result(None, f"  it did not end within {PATIENCE} s")
-    kills.append(recovered.kills)
-    return results.Result(recovered.name, recovered.said)
+    return results.Result(recovered.name, recovered.said, recovered.kills)
 
 
 def run_points(bench, points, options):
-    kills = []
     bad = results.run_points(options,
                              [(f"{layout} {operation}{bench.further_options()}",
                                bench.operations[layout][operation - 1]) for layout, operation in points],
-                             lambda number: result_of(bench, points[number], kills), "NOT WHOLE")
-    if bench.kills:
-        print(f"{sum(kills)} recoveries were killed themselves")
+                             lambda number: result_of(bench, points[number]), "NOT WHOLE")
     print(f"{bad} of {len(points)} were not brought back")
     return 1 if bad else 0
 

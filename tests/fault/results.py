@@ -5,14 +5,17 @@ work twice: the second is refused.
 """
 import collections
 import concurrent.futures
+import contextlib
 import fcntl
 import json
+import multiprocessing
 import os
 import signal
 import sys
 
-# name: the outcome, None for one that may not be. said: what helps to understand that one.
-Result = collections.namedtuple("Result", "name said")
+# name: the outcome, None for one that may not be. said: what helps to understand that one. kills: how
+# many recoveries were killed on the way; a file does not keep it.
+Result = collections.namedtuple("Result", "name said kills", defaults=(0,))
 
 
 def add_options(parser):
@@ -65,6 +68,32 @@ def end_on_request():
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
 
 
+# What a process of the pool does with a number: set before they part, since a function of the moment cannot be
+# handed over.
+_try_one = None
+
+
+def _tried(number):
+    return _try_one(number)
+
+
+def results_of(numbers, try_one, jobs):
+    """Pairs of a number and its Result, in the order in which they come. Each job is a process of its own: most
+    of a point is what Python does with its folders. One alone needs none."""
+    global _try_one
+    if jobs == 1:
+        yield from ((number, try_one(number)) for number in numbers)
+        return
+    _try_one = try_one
+    pool = concurrent.futures.ProcessPoolExecutor(jobs, multiprocessing.get_context("fork"))
+    try:
+        tried = {pool.submit(_tried, number): number for number in numbers}
+        for future in concurrent.futures.as_completed(tried):
+            yield tried[future], future.result()
+    finally:
+        pool.shutdown(cancel_futures=True)
+
+
 def run_points(options, points, try_one, unlisted):
     """Tries all points that the file does not know yet, then tells of all. `points` is a list of pairs,
     a point's text and its operation; `try_one` gives the Result of a point by its number in the list;
@@ -72,13 +101,11 @@ def run_points(options, points, try_one, unlisted):
     results = Results(options.results)
     left = [number for number, point in enumerate(points) if point[0] not in results.done]
     print(f"{len(points)} runs, {len(points) - len(left)} of them done before", flush=True)
-    pool = concurrent.futures.ThreadPoolExecutor(options.jobs)
     try:
-        tried = {pool.submit(try_one, number): number for number in left}
-        for future in concurrent.futures.as_completed(tried):
-            results.add(*points[tried[future]], future.result())
+        with contextlib.closing(results_of(left, try_one, options.jobs)) as found:
+            for number, result in found:
+                results.add(*points[number], result)
     finally:
-        pool.shutdown(cancel_futures=True)
         results.close()
     return tell(points, results, unlisted)
 
@@ -87,6 +114,9 @@ def tell(points, results, unlisted):
     counts = collections.Counter(results.done[point].name or unlisted for point, _ in points)
     for name, number in counts.most_common():
         print(f"{number:7}  {name}")
+    kills = sum(results.done[point].kills for point, _ in points)
+    if kills:
+        print(f"{kills} recoveries were killed themselves")
     bad = [(point, operation) for point, operation in points if results.done[point].name is None]
     for point, operation in bad[:20]:
         print(f"{unlisted.lower()}: --only {point}: {operation}\n{results.done[point].said}")

@@ -3,6 +3,7 @@
 import contextlib
 import io
 import json
+import os
 import pathlib
 import tempfile
 import types
@@ -21,13 +22,13 @@ class GoingOn(unittest.TestCase):
         self.path = pathlib.Path(folder.name, "apply.jsonl")
         self.tried = []
 
-    def run_all(self, outcome="whole", points=tuple(POINTS), keep=True):
+    def run_all(self, outcome="whole", points=tuple(POINTS), keep=True, kills=0):
         """What the run says; `outcome` is that of each point, or raised by it."""
         def try_one(number):
             self.tried.append(points[number][0])
             if isinstance(outcome, BaseException):
                 raise outcome
-            return Result(outcome, "what it said")
+            return Result(outcome, "what it said", kills)
         options = types.SimpleNamespace(results=str(self.path) if keep else None, jobs=1)
         with contextlib.redirect_stdout(io.StringIO()) as said:
             self.bad = results.run_points(options, points, try_one, "NOT LISTED")
@@ -86,6 +87,24 @@ class GoingOn(unittest.TestCase):
         with self.assertRaises(KeyboardInterrupt):
             self.run_all(KeyboardInterrupt())
         self.assertEqual([line["point"] for line in self.kept()], ["one 1 KILL"])
+
+    def test_several_jobs_are_processes_that_share_one_file(self):
+        options = types.SimpleNamespace(results=str(self.path), jobs=2)
+        points = [(f"one {number} EIO", "open64 a") for number in range(20)]
+        with contextlib.redirect_stdout(io.StringIO()):
+            results.run_points(options, points, lambda number: Result(f"by {os.getpid()}", ""), "NOT LISTED")
+        self.assertEqual({line["point"] for line in self.kept()}, {point for point, _ in points})
+        self.assertNotIn(f"by {os.getpid()}", {line["outcome"] for line in self.kept()})
+
+    def test_what_breaks_a_process_off_breaks_the_run_off(self):
+        options = types.SimpleNamespace(results=str(self.path), jobs=2)
+        def break_off(number):
+            raise OSError("no space")
+        with contextlib.redirect_stdout(io.StringIO()), self.assertRaises(OSError):
+            results.run_points(options, POINTS, break_off, "NOT LISTED")
+
+    def test_recoveries_that_were_killed_are_counted(self):
+        self.assertEqual(self.run_all(kills=2).splitlines()[-1], "6 recoveries were killed themselves")
 
     def test_two_runs_on_one_file_are_refused(self):
         first = results.Results(self.path)
