@@ -32,10 +32,15 @@ QSize frameOf(const QWidget *window) {
 
 constexpr int usualLooks = 5; // at how the window system has settled a size
 constexpr int lateLooks = 10;
+constexpr int longestAnswer = 5000; // milliseconds
 
 // Sizes are rounded at fractions of a pixel.
+bool isAbout(int length, int other) {
+    return qAbs(length - other) <= 1;
+}
+
 bool isAbout(const QSize &size, const QSize &other) {
-    return qAbs(size.width() - other.width()) <= 1 && qAbs(size.height() - other.height()) <= 1;
+    return isAbout(size.width(), other.width()) && isAbout(size.height(), other.height());
 }
 
 } // namespace
@@ -87,10 +92,16 @@ void WindowFit::fit() {
     const int high = giveWay(wide, most.height());
     // A minimum above the size would resize the window itself.
     const QSize minimum = layout->totalMinimumSize().boundedTo(most);
-    window->setMinimumSize(minimum.boundedTo(window->size()));
+    holdTo(minimum.boundedTo(window->size()));
     resizeTo({wide, qBound(least.height(), wholePixels(high), most.height())});
-    window->setMinimumSize(minimum.boundedTo(window->size()));
+    holdTo(minimum.boundedTo(window->size()));
     layout->activate();
+}
+
+void WindowFit::holdTo(const QSize &minimum) {
+    if (!minimums.contains(minimum))
+        minimums.append(minimum);
+    window->setMinimumSize(minimum);
 }
 
 // The height that the content needs at a width, once texts have given way to make it at most
@@ -161,6 +172,7 @@ void WindowFit::resizeTo(const QSize &size) {
     keepOnScreen();
     looksLeft = usualLooks;
     lateLooksLeft = lateLooks;
+    answersDue.setRemainingTime(longestAnswer);
     if (window->isVisible())
         settling.start();
 }
@@ -206,8 +218,7 @@ void WindowFit::keepOnScreen() const {
 
 // A window system reports sizes late, and at fractions of a pixel it rounds: both are no user.
 void WindowFit::noteSize(const QSize &size) {
-    const auto isKnown = [&size](const QSize &known) { return isAbout(known, size); };
-    if (isKnown(usersSize) || std::any_of(asked.cbegin(), asked.cend(), isKnown)) {
+    if (isAbout(usersSize, size) || isAnswer(size)) {
         // On a busy machine it comes when nobody looks any more. One that insists on its size gets it.
         const bool isLate = !asked.isEmpty() && !isAbout(size, asked.last());
         if (isLate && !settling.isActive() && lateLooksLeft-- > 0)
@@ -216,6 +227,23 @@ void WindowFit::noteSize(const QSize &size) {
     }
     usersSize = size;
     asked.clear();
+    minimums.clear();
+}
+
+// A window manager reads the minimum when it comes to a size that was asked for, and by then there may be a newer
+// one: it answers with the larger of both, which is the width of one and the height of another.
+bool WindowFit::isAnswer(const QSize &size) const {
+    const auto isOneOf = [](const QVector<QSize> &sizes, const auto &matches) {
+        return std::any_of(sizes.cbegin(), sizes.cend(), matches);
+    };
+    if (isOneOf(asked, [&](const QSize &known) { return isAbout(known, size); }))
+        return true;
+    if (asked.isEmpty() || answersDue.hasExpired())
+        return false;
+    const auto isWide = [&](const QSize &known) { return isAbout(known.width(), size.width()); };
+    const auto isHigh = [&](const QSize &known) { return isAbout(known.height(), size.height()); };
+    return (isOneOf(asked, isWide) || isOneOf(minimums, isWide)) &&
+           (isOneOf(asked, isHigh) || isOneOf(minimums, isHigh));
 }
 
 bool WindowFit::eventFilter(QObject *watched, QEvent *event) {

@@ -7,6 +7,7 @@
 // a size that the user has set takes the place of startSize. Main thread only.
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QList>
 #include <QObject>
 #include <QSize>
@@ -48,9 +49,11 @@ private:
     void fit();
     void followScreen();
     void noteSize(const QSize &size);
+    [[nodiscard]] bool isAnswer(const QSize &size) const;
     void layoutAnew() const;
     [[nodiscard]] int giveWay(int width, int mostHeight) const;
     [[nodiscard]] bool somethingWent();
+    void holdTo(const QSize &minimum);
     void resizeTo(const QSize &size);
     void keepOnScreen() const;
     void settle();
@@ -60,7 +63,10 @@ private:
     Parts parts;
     QVector<bool> shownBefore; // as `comeAndGo`
     QSize usersSize;           // invalid unless the user has set one
-    QVector<QSize> asked; // sizes that were asked for since, which a window system reports late
+    // Sizes that were asked for since, which a window system reports late, and the minimums that it was told.
+    QVector<QSize> asked;
+    QVector<QSize> minimums;
+    QDeadlineTimer answersDue;
     bool requested = false;
     bool following = false; // the screen
     QTimer settling;

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void changesWithinOneTurnAreFittedOnce();
     void anEarlierSizeThatComesLateDoesNotStay();
     void anEarlierSizeThatNobodyIsToldOfDoesNotStay();
+    void aSizeThatAWindowManagerHeldToALaterMinimumDoesNotStay();
     void aLabelAtItsLimitHoldsTheRestInItsToolTip();
 
 private:
@@ -304,6 +305,28 @@ void SizeTest::anEarlierSizeThatNobodyIsToldOfDoesNotStay() {
     handle->screen()->grabWindow(handle->winId(), 0, 0, 1,
                                  1); // which the window system answers after both
     QTRY_COMPARE(handle->size(), grown);
+    QCOMPARE(scene.window.size(), grown);
+}
+
+// It answers the request for an earlier size once it knows of a minimum that came later.
+void SizeTest::aSizeThatAWindowManagerHeldToALaterMinimumDoesNotStay() {
+    WindowScene scene;
+    scene.window.show();
+    SizesTold told(scene.window);
+    scene.service.statusText = findings();
+    scene.put(State::RepairMode);
+    QTRY_VERIFY(told.last().height() > 360);
+    const QSize grown = scene.window.size();
+    const QSize mixed(grown.width(), scene.window.minimumHeight());
+    QVERIFY(mixed.height() != 360 && mixed.height() < grown.height());
+    told.sizes.clear();
+    const auto hasCome = [&] {
+        if (!told.sizes.contains(mixed))
+            scene.window.windowHandle()->resize(mixed);
+        return told.sizes.contains(mixed);
+    };
+    QTRY_VERIFY(hasCome());
+    QTRY_COMPARE(told.last(), grown);
     QCOMPARE(scene.window.size(), grown);
 }
 
