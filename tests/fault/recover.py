@@ -57,6 +57,10 @@ class RecoveryBench(Bench):
         outcome = super().observe(point, told, code, data, project)
         if not self.recovering:
             return outcome
+        return self.after(point, code, data, project)
+
+    def after(self, point, code, data, project):
+        """`code` is what the update ended with."""
         if code != -signal.SIGKILL:
             return Recovered(None, f"the update was not killed: {code}", 0)
         return self.recover(point, data, project)
@@ -124,9 +128,12 @@ def arguments():
 
 def result_of(bench, point):
     try:
-        recovered = bench.run(*point, FAULTS["KILL"])
+        return result_from(bench.run(*point, FAULTS["KILL"]))
     except subprocess.TimeoutExpired:
         return results.Result(None, f"  it did not end within {PATIENCE} s")
+
+
+def result_from(recovered):
     return results.Result(recovered.name, recovered.said, recovered.kills)
 
 

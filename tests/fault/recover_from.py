@@ -49,7 +49,10 @@ class PackageBench(Bench):
         outcome = super().observe(point, told, code, data, project)
         if not self.recovering:
             return outcome
-        name = whole(self, outcome) or named_case(self, outcome)
+        return self.after(point, whole(self, outcome) or named_case(self, outcome), data, project)
+
+    def after(self, point, name, data, project):
+        """`name` is what run.py calls the outcome of the update."""
         if name is None or not name.startswith(NOT_WHOLE):
             return results.Result(LEFT_WHOLE, "")
         return self.recover(point, name, data, project)

@@ -50,14 +50,19 @@ def read_tree(folder):
     """Relative path -> content; empty folders end in a slash. None if there is no such folder."""
     if not folder.is_dir():
         return None
-    tree = {}
-    for path, folders, files in os.walk(folder):
-        below = os.path.relpath(path, folder)
-        for name in files:
-            file = pathlib.Path(path, name)
-            tree[os.path.normpath(os.path.join(below, name))] = file.read_bytes()
-        if not folders and not files and below != ".":
-            tree[below + "/"] = b""
+    tree, waiting = {}, [("", folder)]
+    while waiting:
+        below, path = waiting.pop()
+        with os.scandir(path) as entries:
+            found = list(entries)
+        if not found and below:
+            tree[below] = b""
+        for entry in found:
+            if entry.is_dir(follow_symlinks=False):
+                waiting.append((f"{below}{entry.name}/", entry.path))
+            else:
+                with open(entry.path, "rb", buffering=0) as file:
+                    tree[below + entry.name] = file.readall()
     return tree
 
 
@@ -94,6 +99,13 @@ class Bench:
         self.old = read_tree(self.place / "old")
         self.new = {}  # by layout
         self.operations = {}  # by layout: their names
+
+    @classmethod
+    def beside(cls, bench):
+        """One with the same folders, trees and further attributes."""
+        twin = cls.__new__(cls)
+        vars(twin).update(vars(bench))
+        return twin
 
     def measure(self, layout):
         """An apply without a fault."""
@@ -198,11 +210,22 @@ def faults_at(operation):
     return [name for name, fault in FAULTS.items() if moves_data or not fault.short]
 
 
+def name_of(bench, outcome, fault):
+    """None for an outcome that is not listed."""
+    if outcome.told is None and not (fault == "KILL" and outcome.code == -9):
+        return None
+    return whole(bench, outcome) or named_case(bench, outcome)
+
+
 def judge(bench, layout, operation, fault):
     outcome = bench.run(layout, operation, FAULTS[fault])
-    if outcome.told is None and not (fault == "KILL" and outcome.code == -9):
-        return None, outcome
-    return whole(bench, outcome) or named_case(bench, outcome), outcome
+    return name_of(bench, outcome, fault), outcome
+
+
+def points_of(bench, layouts, every=1):
+    return [(layout, operation, fault) for layout in layouts
+            for operation in range(1, len(bench.operations[layout]) + 1, every)
+            for fault in faults_at(bench.operations[layout][operation - 1])]
 
 
 def explain(bench, layout, outcome):
@@ -272,9 +295,7 @@ def main():
             print(name or "NOT LISTED")
             print(explain(bench, layout, outcome))
             return 0 if name else 1
-        points = [(layout, operation, fault) for layout in layouts
-                  for operation in range(1, len(bench.operations[layout]) + 1, options.every)
-                  for fault in faults_at(bench.operations[layout][operation - 1])]
+        points = points_of(bench, layouts, options.every)
         if options.sample:
             points = chance.sample_of(points, options.sample, chance.seed_of(options))
         failed = run_points(bench, points, options)
