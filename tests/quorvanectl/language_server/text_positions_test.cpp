@@ -28,6 +28,7 @@ private Q_SLOTS:
     void places_data();
     void places();
     void anIndexOutsideOfTheText();
+    void anIndexWithinALinesEnd();
     void linesAndColumns();
     void placesBehindTheirLine_data();
     void placesBehindTheirLine();
@@ -88,6 +89,16 @@ void TextPositionsTest::anIndexOutsideOfTheText() {
         const TextPositions positions("ab\nc", unit);
         QCOMPARE(placeText(positions.positionOf(9)), QString("1:1"));
         QCOMPARE(placeText(positions.positionOf(-1)), QString("0:0"));
+    }
+}
+
+// What was typed may have ended there before a feed came behind it; the protocol has no such place.
+void TextPositionsTest::anIndexWithinALinesEnd() {
+    for (const ColumnUnit unit : {ColumnUnit::Utf16, ColumnUnit::Utf8}) {
+        const TextPositions positions("ab\r\nc", unit);
+        QCOMPARE(placeText(positions.positionOf(2)), QString("0:2"));
+        QCOMPARE(placeText(positions.positionOf(3)), QString("0:2"));
+        QCOMPARE(placeText(positions.positionOf(4)), QString("1:0"));
     }
 }
 

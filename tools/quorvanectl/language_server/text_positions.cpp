@@ -92,7 +92,8 @@ int TextPositions::columns(int from, int to) const {
 QJsonObject TextPositions::positionOf(int index) const {
     const int within = qBound(0, index, text.size());
     const int line = lineAt(within);
-    const int column = columns(lines.at(line), within);
+    const IndexRange whole = rangeOfLine(line);
+    const int column = columns(whole.from, qMin(within, whole.to));
     return {{QStringLiteral("line"), line}, {QStringLiteral("character"), column}};
 }
 

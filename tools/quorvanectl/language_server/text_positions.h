@@ -30,7 +30,7 @@ public:
     [[nodiscard]] int indexAt(int line, int column) const;
     // Nothing for what is no range, or one whose end comes before its start.
     [[nodiscard]] std::optional<IndexRange> indexRange(const QJsonValue &range) const;
-    // An index outside of the text is drawn into it.
+    // An index outside of the text is drawn into it, one between a return and its feed to the end of the line.
     [[nodiscard]] QJsonObject positionOf(int index) const;
     [[nodiscard]] QJsonObject rangeBetween(int from, int to) const; // indices
     [[nodiscard]] QJsonObject rangeOf(const TextRange &range) const;
