@@ -28,6 +28,10 @@ inline constexpr char removeRecentProject[] = "DELETE FROM recent_projects WHERE
 
 inline constexpr char readVersion[] = "SELECT version FROM schema_version LIMIT 1";
 inline constexpr char writeFirstVersion[] = "INSERT INTO schema_version(version) VALUES(1)";
+// Around the reading and writing of the first version: from the first of them on nobody else writes.
+inline constexpr char beginToWrite[] = "BEGIN IMMEDIATE";
+inline constexpr char endOfWriting[] = "COMMIT";
+inline constexpr char giveUpWriting[] = "ROLLBACK";
 inline constexpr char writeSecondVersion[] = "UPDATE schema_version SET version=2";
 
 inline constexpr char makeVersionTable[] =

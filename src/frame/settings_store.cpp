@@ -12,6 +12,8 @@
 #include <QSqlQuery>
 #include <QVariant>
 
+#include <optional>
+
 namespace {
 
 constexpr int examinedAtOpen = 100; // older recent projects wait until they come among these
@@ -100,15 +102,36 @@ bool runSchema(const char *statement) {
     return false;
 }
 
-// The stored version, at least 1. A database without one gets the first; should that row not be
-// written, the tables are made all the same.
-int schemaVersion() {
+// Nothing in a database that has none yet.
+std::optional<int> storedVersion() {
     QSqlQuery query(connection());
-    if (ended(query.exec(QLatin1String(settings_schema::readVersion)), query) && query.next())
-        return qMax(1, query.value(0).toInt());
-    query.finish();
-    (void)runSchema(settings_schema::writeFirstVersion);
-    return 1;
+    if (!ended(query.exec(QLatin1String(settings_schema::readVersion)), query) || !query.next())
+        return std::nullopt;
+    return query.value(0).toInt();
+}
+
+// What goes around statements; nobody needs to be told where it fails, for they tell it themselves.
+bool runQuietly(const char *statement) {
+    QSqlQuery query(connection());
+    return ended(query.exec(QLatin1String(statement)), query);
+}
+
+// A database without a version gets the first; should that row not be written, the tables are made all the
+// same. Two launchers may start for the first time at once: who has come to write looks once more.
+int writeFirstVersion() {
+    const bool isAlone = runQuietly(settings_schema::beginToWrite);
+    const std::optional<int> written = isAlone ? storedVersion() : std::nullopt;
+    if (!written)
+        (void)runSchema(settings_schema::writeFirstVersion);
+    if (isAlone && !runQuietly(settings_schema::endOfWriting))
+        (void)runQuietly(settings_schema::giveUpWriting);
+    return written.value_or(1);
+}
+
+// The stored version, at least 1.
+int schemaVersion() {
+    const std::optional<int> stored = storedVersion();
+    return qMax(1, stored ? *stored : writeFirstVersion());
 }
 
 bool makeFirstVersion() {

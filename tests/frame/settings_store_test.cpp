@@ -109,6 +109,7 @@ private Q_SLOTS:
     void rowStoredInAnotherFormStays();
     void removingTakesTheAbsoluteForm();
     void processesLoseNoSetting();
+    void firstStartsAtOnceMakeOneVersion();
 
 private:
     void readsDefaultsAndLosesWrites();
@@ -503,6 +504,19 @@ void SettingsStoreTest::processesLoseNoSetting() {
     QCOMPARE(sql("SELECT COUNT(*) FROM app_settings"), QStringList(QString::number(2 * count)));
     QCOMPARE(sql("SELECT DISTINCT version FROM schema_version"), QStringList("2"));
     QCOMPARE(tables().size(), allTables.size());
+}
+
+// As often as a race without a lock shows itself.
+void SettingsStoreTest::firstStartsAtOnceMakeOneVersion() {
+    for (int round = 0; round < 20; ++round) {
+        QFile::remove(AppPaths::databasePath());
+        QProcess starts[4];
+        for (QProcess &start : starts)
+            start.start(FRAME_PROBE, {"settings", "a", "1"});
+        for (QProcess &start : starts)
+            QVERIFY(start.waitForFinished(120000));
+        QCOMPARE(sql("SELECT version FROM schema_version"), QStringList("2"));
+    }
 }
 
 void SettingsStoreTest::readsDefaultsAndLosesWrites() {
