@@ -53,11 +53,14 @@ class Desktop:
     def click(self, x, y):
         self._output(["xdotool", "mousemove", str(x), str(y), "click", "1"])
 
+    def windows_of(self, pid):
+        """The visible windows of a process, the newest last."""
+        return self._output(["xdotool", "search", "--all", "--onlyvisible", "--pid", str(pid),
+                             "--name", ""]).split()
+
     def window_of(self, pid, title):
         """The newest visible window of a process with exactly this title, or None."""
-        windows = self._output(["xdotool", "search", "--all", "--onlyvisible", "--pid", str(pid),
-                                "--name", ""]).split()
-        for window in reversed(windows):
+        for window in reversed(self.windows_of(pid)):
             if self._output(["xdotool", "getwindowname", window]).rstrip("\n") == title:
                 return window
         return None

@@ -3,10 +3,11 @@ import os
 import pathlib
 import signal
 import subprocess
+import time
 
 from harness import screen_reader
 from harness.translation import say
-from harness.waiting import wait_for
+from harness.waiting import POLL_SECONDS, wait_for
 
 # An ordinary user owns the installation and may do nothing that takes a privilege. Inside the
 # namespace every account bears the number 0; what makes root is the capabilities.
@@ -19,6 +20,9 @@ STATUS_REPAIR = "修复模式：选择 yslib、查看日志或手动启动。"
 CANCEL_TASK = "取消更新任务"
 BUTTON_LAUNCH = "立即启动"
 BUTTON_BROWSE = "浏览 yslib…"
+
+MOST_CLOSING_KEYS = 5
+CLOSING_SECONDS = 5
 
 
 class Launcher:
@@ -195,8 +199,17 @@ class Launcher:
         self.wait_until_closed(title)
 
     def close(self):
-        """What the cross in its title bar does."""
-        self.desktop.ask_to_close(self._focus(self.say(TITLE)))
+        """What the cross in its title bar does. On a busy machine the window manager misses its key now and then:
+        it is pressed again where nothing has gone or come."""
+        window = self._focus(self.say(TITLE))
+        shown = self.desktop.windows_of(self.pid)
+        for _ in range(MOST_CLOSING_KEYS):
+            self.desktop.ask_to_close(window)
+            deadline = time.monotonic() + CLOSING_SECONDS
+            while time.monotonic() < deadline:
+                if not self.is_running() or self.desktop.windows_of(self.pid) != shown:
+                    return
+                time.sleep(POLL_SECONDS)
 
     def kill(self):
         """The end of a test: whatever is left of it goes."""
