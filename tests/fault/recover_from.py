@@ -2,7 +2,7 @@
 """Brings a project back from its package where an update that failed has left no whole copy of it.
 
   recover_from.py TOOL REFERENCE_APPLY INTERPOSER   at each operation from the backup on, on one volume and
-                                                    two, each fault but a kill
+                                                    two, each fault but a kill; before it those that stay
   recover_from.py --every N ...                     each N-th of these points
   recover_from.py --sample N ...                    N of them, chosen by chance: others each run
   recover_from.py --sample N --seed S ...           the N that a run with this seed chose; the environment
@@ -114,13 +114,14 @@ class PackageBench(Bench):
 
 
 def points_of(bench, layouts):
-    """From the backup on: what comes before takes nothing from a project."""
+    """From the backup on: what comes before takes nothing from a project, unless it stays."""
     points = []
     for layout in layouts:
         operations = bench.operations[layout]
         first = next(i for i, name in enumerate(operations) if "/update/backup/" in name)
         points += [(layout, number, fault) for number, name in enumerate(operations, 1)
-                   if number > first for fault in faults_at(name) if fault != "KILL"]
+                   for fault in faults_at(name)
+                   if fault != "KILL" and (number > first or FAULTS[fault].stays)]
     return points
 
 
