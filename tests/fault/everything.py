@@ -96,8 +96,7 @@ def arguments():
     chance.add_seed(parser)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--results", type=pathlib.Path, metavar="FOLDER")
-    for name in ("tool", "program", "interposer"):
-        parser.add_argument(name, type=pathlib.Path)
+    results.add_programs(parser)
     return parser.parse_args()
 
 

@@ -21,7 +21,6 @@ tool is given only if it does without it in no other way. Ends with 1 if anythin
 import argparse
 import collections
 import os
-import pathlib
 import random
 import signal
 import subprocess
@@ -121,8 +120,7 @@ def arguments():
     parser.add_argument("--again", type=int, default=0)
     parser.add_argument("--clock", type=int, default=0)
     results.add_options(parser)
-    for name in ("tool", "program", "interposer"):
-        parser.add_argument(name, type=pathlib.Path)
+    results.add_programs(parser)
     return parser.parse_args()
 
 

@@ -19,7 +19,6 @@ to do. Ends with 1 if anything else came.
 """
 import argparse
 import os
-import pathlib
 import random
 import signal
 import subprocess
@@ -152,8 +151,7 @@ def arguments():
     parser.add_argument("--only", nargs=3, metavar=("LAYOUT", "OPERATION", "FAULT"))
     parser.add_argument("--again", type=int, default=0)
     results.add_options(parser)
-    for name in ("tool", "program", "interposer"):
-        parser.add_argument(name, type=pathlib.Path)
+    results.add_programs(parser)
     return parser.parse_args()
 
 

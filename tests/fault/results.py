@@ -10,6 +10,7 @@ import fcntl
 import json
 import multiprocessing
 import os
+import pathlib
 import signal
 import sys
 
@@ -21,6 +22,12 @@ Result = collections.namedtuple("Result", "name said kills", defaults=(0,))
 def add_options(parser):
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--results", metavar="FILE")
+
+
+def add_programs(parser):
+    """The tool, the update and what lets it fail."""
+    for name in ("tool", "program", "interposer"):
+        parser.add_argument(name, type=pathlib.Path)
 
 
 class Results:
