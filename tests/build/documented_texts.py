@@ -23,7 +23,7 @@ FOLDERS = ("frame", "launcher", "project", "script", "update", "window")
 
 # Beginnings of literals that are no texts.
 NO_TEXT = {
-    "CREATE ", "INSERT ", "SELECT ", "UPDATE ", "DELETE ", "PRAGMA ",  # statements for the database
+    "CREATE ", "INSERT ", "SELECT ", "UPDATE ", "DELETE ", "PRAGMA ", "BEGIN ",  # statements for the database
     "yyyy-MM-dd HH:mm:ss",                                  # the form of a time
     "QPushButton {", "#updateBanner {", "#updateTaskPanel {",  # style sheets
     "$ErrorActionPreference", "$ProgressPreference",        # scripts for PowerShell
