@@ -337,6 +337,8 @@ void UpdateApplyTest::aFailureIsToldWhenAllIsDone() {
     LauncherService &service = launcher.service;
     service.state = State::ApplyingUpdate;
     bool told = false;
+    connect(&service, &LauncherService::statusChanged, this,
+            [] { QCOMPARE(logLines(), QStringList()); });
     connect(&service, &LauncherService::applyUpdateFinished, this, [&] {
         told = true;
         QCOMPARE(logLines(), QStringList(text));

@@ -167,6 +167,9 @@ private Q_SLOTS:
     void aSecondCheckWithinTheWindowIsThrottled_data();
     void aSecondCheckWithinTheWindowIsThrottled();
     void f8WithAKnownUpdateShowsItAgain();
+    void f8ShowsAnUpdateThatWasSkippedMeanwhileAsABadge();
+    void aPostedLookChecksInThreeStates_data();
+    void aPostedLookChecksInThreeStates();
     void everyAnswerInEveryState_data();
     void everyAnswerInEveryState();
     void aPauseWithoutSecondsLeftIsNotResumed();
@@ -177,6 +180,7 @@ private Q_SLOTS:
     void answersWithoutAnUpdateDoNothing();
     void refreshStatusBuildsTheSummaryAnew_data();
     void refreshStatusBuildsTheSummaryAnew();
+    void whoHearsOfAnOfferSeesTheMode();
     void theSummaryFollowsTheLanguage();
     void anUpdateThatIsInstalledMeanwhileKeepsItsSummary();
     void aSnapshotWithoutTextIsNotWeighed();
@@ -764,6 +768,38 @@ void UpdatePromptsTest::f8WithAKnownUpdateShowsItAgain() {
     QCOMPARE(launcher.log.take(), QStringList("prompt OnlineBanner"));
 }
 
+void UpdatePromptsTest::f8ShowsAnUpdateThatWasSkippedMeanwhileAsABadge() {
+    Launcher launcher;
+    launcher.knowUpdate();
+    launcher.service.enterRepairMode();
+    (void)launcher.log.take();
+    SettingsStore::instance().setValue(skippedKey, "runtime:9.0.0"); // by another launcher
+    processPosted();
+    QCOMPARE(launcher.log.take(), QStringList("prompt BadgeOnly"));
+}
+
+void UpdatePromptsTest::aPostedLookChecksInThreeStates_data() {
+    QTest::addColumn<State>("state");
+    QTest::addColumn<bool>("checks");
+    const QVector<State> open{State::Idle, State::Countdown, State::RepairMode};
+    for (int i = 0; i <= int(State::Failed); ++i) {
+        const State state = static_cast<State>(i);
+        QTest::addRow("%s", qPrintable(SignalLog::name(state))) << state << open.contains(state);
+    }
+}
+
+void UpdatePromptsTest::aPostedLookChecksInThreeStates() {
+    QFETCH(State, state);
+    QFETCH(bool, checks);
+    Launcher launcher;
+    launcher.service.enterRepairMode();
+    launcher.service.state = state;
+    processPosted();
+    QCOMPARE(launcher.service.isUpdateTaskActive(), checks);
+    if (checks)
+        launcher.waitForCheck();
+}
+
 // --- Answers ------------------------------------------------------------------------------------------
 
 void UpdatePromptsTest::everyAnswerInEveryState_data() {
@@ -953,6 +989,25 @@ void UpdatePromptsTest::refreshStatusBuildsTheSummaryAnew() {
     const QStringList quiet{"UpdateCheck", "ApplyingUpdate", "RepairMode", "Failed"};
     QCOMPARE(sequence.size(), quiet.contains(SignalLog::name(state)) ? 3 : 4);
     QCOMPARE(launcher.service.updateSummary, summary);
+}
+
+// That of the offer at the end of a check, and the one before where an offer is told again.
+void UpdatePromptsTest::whoHearsOfAnOfferSeesTheMode() {
+    offer("9.0.0");
+    Launcher launcher;
+    LauncherService &service = launcher.service;
+    QList<Prompt> modes;
+    connect(&service, &LauncherService::updateSuggestionReady, this,
+            [&] { modes.append(service.promptMode); });
+    service.start();
+    processPosted();
+    launcher.waitForCheck();
+    QCOMPARE(modes.value(0, Prompt::None), Prompt::OnlineBanner);
+    modes.clear();
+    service.promptMode = Prompt::None;
+    service.refreshStatus();
+    QCOMPARE(modes, QList<Prompt>{Prompt::None});
+    QCOMPARE(service.promptMode, Prompt::OnlineBanner);
 }
 
 void UpdatePromptsTest::theSummaryFollowsTheLanguage() {

@@ -48,6 +48,9 @@ private Q_SLOTS:
     void theEndIsToldWhenAllIsDone();
     void theSetupIsCancelled();
     void anApplyThatEndsWhileASetupRunsBeginsNoSecondOne();
+    void theApplyIsLoggedBeforeItsSetupBegins();
+    void aSetupBelongsToATask_data();
+    void aSetupBelongsToATask();
     void everyWorkerMakesATaskActive_data();
     void everyWorkerMakesATaskActive();
     void aWorkerMayOutliveTheService();
@@ -223,6 +226,38 @@ void UpdateTasksTest::anApplyThatEndsWhileASetupRunsBeginsNoSecondOne() {
     QCOMPARE(installation::takeLog(), QStringList("[task apply_1] phase=apply elapsedMs=0 m"));
     QVERIFY(!service.launchAfterSetup);
     setup.reportFinished();
+}
+
+void UpdateTasksTest::theApplyIsLoggedBeforeItsSetupBegins() {
+    LauncherService service;
+    service.state = State::ApplyingUpdate;
+    service.taskId = "apply_1";
+    bool began = false;
+    connect(&service, &LauncherService::updateTaskProgressChanged, this, [&] {
+        if (std::exchange(began, true))
+            return;
+        QCOMPARE(installation::takeLog(), QStringList("[task apply_1] phase=apply elapsedMs=0 m"));
+    });
+    service.applyWatcher.setFuture(ended(ApplyResult{true, "m", QString(), QString()}));
+    QTRY_VERIFY(began);
+}
+
+void UpdateTasksTest::aSetupBelongsToATask_data() {
+    QTest::addColumn<QString>("task");
+    QTest::newRow("that of the apply before it") << "apply_1";
+    QTest::newRow("a new one where there is none") << "";
+}
+
+void UpdateTasksTest::aSetupBelongsToATask() {
+    QFETCH(QString, task);
+    LauncherService service;
+    service.state = State::ApplyingUpdate;
+    service.taskId = task;
+    service.applyWatcher.setFuture(ended(ApplyResult{true, "m", QString(), QString()}));
+    QTRY_VERIFY(service.reloadModelsOnLaunch);
+    QCOMPARE(service.taskId.section('_', 0, 0), QString(task.isEmpty() ? "setup" : "apply"));
+    QCOMPARE(installation::takeLog().contains("[task " + service.taskId + "] started kind=setup"),
+             task.isEmpty());
 }
 
 void UpdateTasksTest::everyWorkerMakesATaskActive_data() {

@@ -205,6 +205,7 @@ private Q_SLOTS:
     void thePackageIsDownloaded();
     void aPackageWithoutAFileOfItsOwnIsMissing_data();
     void aPackageWithoutAFileOfItsOwnIsMissing();
+    void aPackageThatIsNamedAsAFolderIsNotFetched();
     void theServerHasNoPackage();
     void aDownloadWithAnotherHashStaysInTheCache();
     void theBackupCannotBegin();
@@ -1110,6 +1111,20 @@ void ProjectApplyTest::aPackageWithoutAFileOfItsOwnIsMissing() {
     QCOMPARE(result.errorClass, QString("network"));
     QCOMPARE(server.paths(), QStringList());
     QCOMPARE(support::readTree(projectFolder()), oldProject());
+}
+
+// By its name, whether there is a cache yet or not.
+void ProjectApplyTest::aPackageThatIsNamedAsAFolderIsNotFetched() {
+    const support::ScriptedServer server;
+    for (const QString &name : {"/.", "/.."}) {
+        QVERIFY(QDir(AppPaths::updateCacheDirectory()).removeRecursively());
+        Offer offer(newProject());
+        offer.putOnline(server.url("/p/").toString(), "pkg" + name);
+        const ApplyResult result = apply(offer, install(oldProject()));
+        QCOMPARE(result.message, "Unable to resolve update zip: update zip not found: " +
+                                     AppPaths::updateCacheDirectory() + name);
+    }
+    QCOMPARE(server.paths(), QStringList());
 }
 
 void ProjectApplyTest::theServerHasNoPackage() {
