@@ -3,6 +3,8 @@
 // time goes there. This leaves them only what stands in no system header. The static analyser has a list
 // of its own and is not touched.
 //
+// It also writes down which files were read, to the one that QUORVANE_TIDY_READ names.
+//
 // The interface is that of plug-ins in the manual "Clang Plugins"; TraversalScope is what clangd sets for
 // the same purpose.
 #include <clang/AST/ASTConsumer.h>
@@ -11,7 +13,20 @@
 #include <clang/Frontend/CompilerInstance.h>
 #include <clang/Frontend/FrontendPluginRegistry.h>
 
+#include <cstdlib>
+#include <fstream>
+
 namespace {
+
+// One to a line, as the compiler found them.
+void tellFiles(const clang::SourceManager &files) {
+    const char *place = std::getenv("QUORVANE_TIDY_READ");
+    if (place == nullptr)
+        return;
+    std::ofstream told(place);
+    for (auto file = files.fileinfo_begin(); file != files.fileinfo_end(); ++file)
+        told << file->first->getName().str() << '\n';
+}
 
 class OwnCodeOnly : public clang::ASTConsumer {
 public:
@@ -23,6 +38,7 @@ public:
                 own.push_back(declaration);
         }
         context.setTraversalScope(own);
+        tellFiles(files);
     }
 };
 

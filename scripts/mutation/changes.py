@@ -18,7 +18,7 @@ def build_finder(folder):
     source, plugin = here / "find_points.cpp", folder / "find_points.so"
     if not plugin.exists() or plugin.stat().st_mtime < source.stat().st_mtime:
         include = subprocess.check_output(["llvm-config", "--includedir"], text=True).strip()
-        subprocess.check_call(["clang++", "-std=c++17", "-O1", "-fno-rtti", "-fPIC", "-shared",
+        subprocess.check_call(["clang++", "-std=c++17", "-O0", "-fno-rtti", "-fPIC", "-shared",
                                f"-I{include}", str(source), "-o", str(plugin)])
     return plugin
 
