@@ -30,12 +30,15 @@ Number number(const QByteArray &bytes, int at) {
 
 struct Source {
     QFile &file;
+    const qint64 fileSize;
     QString damage = QString(); // of the disk, as the system tells it
     bool isShort = false;       // whether the bytes asked for last are not all there
 
-    // The bytes at that place; as many zeros if the file does not hold them.
+    // The bytes at that place; as many zeros if the file does not hold them. Of a place behind its end the
+    // systems say different things.
     QByteArray bytesAt(qint64 at, int size) {
-        QByteArray bytes = at >= 0 && file.seek(at) ? file.read(size) : QByteArray();
+        const bool isThere = at >= 0 && at < fileSize && file.seek(at);
+        QByteArray bytes = isThere ? file.read(size) : QByteArray();
         if (file.error() == QFileDevice::ReadError)
             damage = file.errorString();
         isShort = bytes.size() != size;
@@ -45,13 +48,12 @@ struct Source {
 
 // All places of end records whose comment is the rest of the file.
 QVector<qint64> endRecords(Source &source) {
-    const qint64 size = source.file.size();
-    const int tailSize = int(std::min<qint64>(size, endSize + longestComment));
-    const QByteArray tail = source.bytesAt(size - tailSize, tailSize);
+    const int tailSize = int(std::min<qint64>(source.fileSize, endSize + longestComment));
+    const QByteArray tail = source.bytesAt(source.fileSize - tailSize, tailSize);
     QVector<qint64> found;
     for (int at = 0; (at = tail.indexOf("PK\x05\x06", at)) >= 0 && at + endSize <= tailSize; ++at) {
         if (at + endSize + number<quint16>(tail, at + 20) == tailSize)
-            found.append(size - tailSize + at);
+            found.append(source.fileSize - tailSize + at);
     }
     return found;
 }
@@ -133,7 +135,7 @@ bool checkNames(Source &source, const QDeadlineTimer &deadline, ZipFailure *fail
 
 // What cannot be read is no reason to suspect the archive.
 bool checkStoredNames(QFile &file, const QDeadlineTimer &deadline, ZipFailure *failure) {
-    Source source{file};
+    Source source{file, file.size()};
     const bool isSound = checkNames(source, deadline, failure);
     if (source.damage.isNull())
         return isSound;
