@@ -159,6 +159,8 @@ void LexerTest::unknownCharacters_data() {
     QTest::newRow("a full-width comma") << "f(a，b)" << message("，", 1, 4);
     QTest::newRow("a form feed is not skipped") << "a\fb" << message("\f", 1, 2);
     QTest::newRow("a NUL") << QString("a") + QChar(0) << message(QChar(0), 1, 2);
+    QTest::newRow("the first unit beyond ASCII")
+        << QString(QChar(0x80)) << message(QChar(0x80), 1, 1);
     QTest::newRow("a no-break space") << QString("a\u00a0b") << message("\u00a0", 1, 2);
     QTest::newRow("a fraction does not begin a word") << "½" << message("½", 1, 1);
     // A letter beyond the basic plane is two units, neither of which is a letter.

@@ -152,6 +152,9 @@ void ProjectChecksTest::imports_data() {
         << "a.ys" << QByteArray("import \"C:/b.ys\";import \"c:\\b.ys\";") << QStringList();
     QTest::newRow("a drive letter without a slash is relative")
         << "a.ys" << QByteArray("import \"C:b.ys\";") << QStringList("C:b.ys");
+    QTest::newRow("a sign that is written small as a letter is no drive")
+        << "a.ys" << QByteArray("import \"\xE2\x84\xAA:/b.ys\";") // of the Kelvin
+        << QStringList(QChar(0x212A) + QStringLiteral(":/b.ys"));
     QTest::newRow("an empty path is the folder itself")
         << "sub/a.ys" << QByteArray("import \"\";") << QStringList("sub");
     QTest::newRow("inside a block is no import")

@@ -70,6 +70,7 @@ private Q_SLOTS:
     void preservedFoldersComeAlongAndTheirFilesWin();
     void aPreservedNameIsMeantToTheLetter();
     void aPreservedNameThatIsAFile();
+    void aPreservedNameThatLeadsNowhere();
     void noStagingFolder();
     void aBackupThatCannotBeMade();
     void aStaleBackupThatCannotBeRemoved();
@@ -535,6 +536,15 @@ void FileOperationsTest::aPreservedNameThatIsAFile() {
     QVERIFY(QFileInfo::exists(path("new")));
 }
 
+void FileOperationsTest::aPreservedNameThatLeadsNowhere() {
+    write("new/file", "new");
+    write("old/file", "old");
+    if (!link("nowhere", "old/logs"))
+        QSKIP(noLinks);
+    QVERIFY(replaceDirectory(path("new"), path("old"), {"logs"}, path("backup")));
+    QCOMPARE(tree(""), QStringList({"old/", "old/file"}));
+}
+
 void FileOperationsTest::noStagingFolder() {
     write("old/file");
     QString error;
@@ -687,6 +697,9 @@ void FileOperationsTest::targetsThatAreRefused_data() {
     QTest::newRow("what holds staging, by a link") << "BASE/way"
                                                    << "BASE/p/new"
                                                    << "BASE/b";
+    QTest::newRow("what is to hold the backup, by a link into it") << "BASE/p"
+                                                                   << "BASE/new"
+                                                                   << "BASE/inside/not/yet";
 }
 
 void FileOperationsTest::targetsThatAreRefused() {
@@ -697,7 +710,8 @@ void FileOperationsTest::targetsThatAreRefused() {
     write("new/file");
     write("p/new/file");
     write("p/kept");
-    if (!link(path("p"), "way") && target == "BASE/way")
+    const bool linked = link(path("p"), "way") && link(path("p/new"), "inside");
+    if (!linked && (target == "BASE/way" || backup.startsWith("BASE/inside")))
         QSKIP(noLinks);
     const QStringList before = tree("");
     const auto inPlace = [this](QString name) { return name.replace("BASE", path("")); };
