@@ -1116,7 +1116,7 @@ void ProjectApplyTest::aPackageWithoutAFileOfItsOwnIsMissing() {
 // By its name, whether there is a cache yet or not.
 void ProjectApplyTest::aPackageThatIsNamedAsAFolderIsNotFetched() {
     const support::ScriptedServer server;
-    for (const QString &name : {"/.", "/.."}) {
+    for (const QString &name : QStringList{"/.", "/.."}) {
         QVERIFY(QDir(AppPaths::updateCacheDirectory()).removeRecursively());
         Offer offer(newProject());
         offer.putOnline(server.url("/p/").toString(), "pkg" + name);
