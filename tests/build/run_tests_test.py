@@ -127,6 +127,19 @@ class Rerun(unittest.TestCase):
                 with self.subTest(test):
                     self.assertEqual(expected, tree.targets(test, words))
 
+    def test_what_a_test_has_made_is_no_program_of_the_build(self):
+        with tempfile.TemporaryDirectory() as place:
+            tree = run_tests.Tree.__new__(run_tests.Tree)
+            tree.folder = pathlib.Path(place)
+            (tree.folder / "build.ninja").write_text("rule copy\n  command = cp $in $out\n"
+                                                     "build made.exe: copy part.exe\n")
+            for name in ("part.exe", "made.exe", "setup.exe"):
+                (tree.folder / name).write_text("")
+            self.assertEqual(["made.exe", "part.exe"], tree.programs_of("made.exe"))
+            self.assertEqual([], tree.programs_of("setup.exe"))
+            (tree.folder / "build.ninja").write_text("no rules\n")
+            self.assertRaises(subprocess.CalledProcessError, tree.programs_of, "part.exe")
+
 
 if __name__ == "__main__":
     unittest.main()
