@@ -127,6 +127,19 @@ class Rerun(unittest.TestCase):
                 with self.subTest(test):
                     self.assertEqual(expected, tree.targets(test, words))
 
+    def test_what_sees_the_whole_build_sees_each_of_its_programs(self):
+        """Also one that nothing but a name is made of, as the launcher."""
+        with tempfile.TemporaryDirectory() as place:
+            tree = run_tests.Tree.__new__(run_tests.Tree)
+            tree.folder = pathlib.Path(place)
+            (tree.folder / "build.ninja").write_text("rule copy\n  command = cp $in $out && chmod +x $out\n"
+                                                     "build bin/launcher: copy text\n"
+                                                     "build launcher: phony bin/launcher\n"
+                                                     "build all: phony launcher\n")
+            (tree.folder / "text").touch()
+            subprocess.run(["ninja", "-C", place], check=True, stdout=subprocess.DEVNULL)
+            self.assertEqual(["bin/launcher"], tree.programs_of("all"))
+
     def test_what_a_test_has_made_is_no_program_of_the_build(self):
         with tempfile.TemporaryDirectory() as place:
             tree = run_tests.Tree.__new__(run_tests.Tree)
