@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Runs one scenario file against a copy of an installation, as root or as an ordinary user.
 
-    run.py --installation DIR --translation FILE --update-host HOST --account root|user
-           --pictures DIR SCENARIO
+    run.py --installation DIR --translation FILE --publisher KEY --update-host HOST
+           --account root|user --pictures DIR SCENARIO
 
 The installation is copied to a place outside the source tree. The scenario then runs in a user,
 mount and network namespace of its own, so that it may mount what it likes and reaches no network.
@@ -65,6 +65,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--installation", type=pathlib.Path, required=True)
     parser.add_argument("--translation", type=pathlib.Path, required=True)
+    parser.add_argument("--publisher", type=pathlib.Path, required=True)
     parser.add_argument("--update-host", required=True)
     parser.add_argument("--account", choices=("root", "user"), required=True)
     parser.add_argument("--pictures", type=pathlib.Path, required=True)
@@ -79,6 +80,7 @@ def main():
         shutil.copytree(options.installation, stage / "template", symlinks=True)
         shutil.copytree(HERE, stage / "end_to_end", ignore=shutil.ignore_patterns("__pycache__"))
         shutil.copy(options.translation, stage / "quorvane_en.ts")
+        shutil.copy(options.publisher, stage / "publisher.pem")
         stage.chmod(0o755)
         result = subprocess.run(command_for(stage, options.scenario, options.account),
                                 env=environment(stage, options.account, options.update_host),

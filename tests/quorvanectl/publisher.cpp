@@ -3,11 +3,19 @@
 #include "quorvanectl/keys/signing_key.h"
 #include "quorvanectl/package/project_pack.h"
 
+#include <QFile>
+
 namespace support {
 namespace {
 
+// Making one takes a second, and every test program wants it.
 const ctl::SigningKey &key() {
-    static const ctl::SigningKey key = ctl::SigningKey::make();
+    static const ctl::SigningKey key = [] {
+        QFile file(QStringLiteral(PUBLISHER_KEY));
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("%s cannot be read", PUBLISHER_KEY);
+        return ctl::SigningKey::fromPem(file.readAll(), file.fileName(), {}, nullptr);
+    }();
     return key;
 }
 

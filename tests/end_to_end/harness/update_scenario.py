@@ -47,7 +47,7 @@ class UpdateScenario(Scenario):
         cls.authority = network.Authority("trusted")
         network.lead_here(network.UPDATE_HOST)
         network.trust_only(cls.authority)
-        cls.publisher = Publisher(STAGE)
+        cls.publisher = Publisher(STAGE / "publisher.pem")
 
     def setUp(self):
         super().setUp()

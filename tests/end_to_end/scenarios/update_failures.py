@@ -23,7 +23,7 @@ class UpdateFailures(UpdateScenario):
         folder = self.installation.root / "other publisher"
         folder.mkdir()
         key = self.installation.program_folder / "config" / "update.pub"
-        key.write_bytes(Publisher(folder).public)
+        key.write_bytes(Publisher.with_new_key(folder).public)
         self.accept(launcher)
         text, = self.read_box(launcher, WRONG_SIGNATURE,
                               "[verify] Apply pre-check signature failed: RSA signature "

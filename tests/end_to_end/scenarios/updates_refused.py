@@ -1,4 +1,5 @@
 """Manifests that prove false: each is refused with its reason, and the start goes on."""
+import base64
 import hashlib
 import json
 
@@ -30,7 +31,7 @@ class UpdatesRefused(UpdateScenario):
     def test_the_signature_of_a_stranger(self):
         folder = self.installation.root / "stranger"
         folder.mkdir()
-        manifest = Publisher(folder).sign(runtime={"version": "2.0.0", "setupUrl": "runtime.exe"})
+        manifest = Publisher.with_new_key(folder).sign(runtime={"version": "2.0.0", "setupUrl": "runtime.exe"})
         self.check_refused(manifest, self.wrong_signature(manifest))
 
     def test_no_signature(self):
@@ -60,9 +61,10 @@ class UpdatesRefused(UpdateScenario):
 
     def wrong_signature(self, manifest):
         key = self.installation.program_folder / "config" / "update.pub"
-        digest = hashlib.sha256(canonical(json.loads(manifest)).encode()).hexdigest()
+        parsed = json.loads(manifest)
+        digest = hashlib.sha256(canonical(parsed).encode()).hexdigest()
         return (f"RSA signature verification failed ({FAILED}), key={key}, "
-                f"canonical_sha256={digest}, sig_bytes=256")
+                f"canonical_sha256={digest}, sig_bytes={len(base64.b64decode(parsed['signature']))}")
 
     def check_refused(self, manifest, why):
         server = self.start_server(manifest)
