@@ -74,7 +74,8 @@ class Desktop:
         self.key("alt+F4")
 
     def picture(self, name):
-        self._output(["import", "-window", "root", str(STAGE / "pictures" / f"{name}.png")])
+        self._output(["import", "-window", "root", "-define", "png:compression-level=1",
+                      str(STAGE / "pictures" / f"{name}.png")])
 
     def _output(self, command):
         """What a command prints; nothing if it hangs, which the next wait will tell."""

@@ -44,7 +44,8 @@ class HeldWorker:
         self.threads = []
 
     def __enter__(self):
-        wait_for(self.moment, self.what, told=self.launcher.situation, poll_seconds=0.0005)
+        wait_for(self.moment, self.what, told=self.launcher.situation, poll_seconds=0.0005,
+                 share_of_looks=1)
         for task in pathlib.Path(f"/proc/{self.launcher.pid}/task").iterdir():
             if (task / "comm").read_text().strip() == POOL_THREAD:
                 self._stop(int(task.name))

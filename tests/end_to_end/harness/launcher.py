@@ -198,14 +198,14 @@ class Launcher:
         self.desktop.key("Return")
         self.wait_until_closed(title)
 
-    def close(self):
+    def close(self, again_after=CLOSING_SECONDS):
         """What the cross in its title bar does. On a busy machine the window manager misses its key now and then:
         it is pressed again where nothing has gone or come."""
         window = self._focus(self.say(TITLE))
         shown = self.desktop.windows_of(self.pid)
         for _ in range(MOST_CLOSING_KEYS):
             self.desktop.ask_to_close(window)
-            deadline = time.monotonic() + CLOSING_SECONDS
+            deadline = time.monotonic() + again_after
             while time.monotonic() < deadline:
                 if not self.is_running() or self.desktop.windows_of(self.pid) != shown:
                     return
