@@ -2,7 +2,11 @@
 ; placer has reported.
 Unicode true
 Target amd64-unicode
+!ifdef QUICKLY
+SetCompressor zlib
+!else
 SetCompressor /SOLID lzma
+!endif
 SetDateSave off ; two builds give the same bytes
 ManifestDPIAware true
 ManifestSupportedOS all

@@ -158,7 +158,7 @@ class Trials:
 
     def build(self, wish, package, version, *more):
         out = self.root / "installers"
-        subprocess.run([wish.builder, "--package", package, "--placer", wish.placer, "--version", version,
+        subprocess.run([wish.builder, "--quickly", "--package", package, "--placer", wish.placer, "--version", version,
                         "--libraries", wish.package, "--out", out, *more], check=True, stdout=subprocess.DEVNULL)
         return out / f"quorvaner-setup-{version}.exe"
 
