@@ -8,7 +8,6 @@
 #include "update/files/zip_extract.h"
 
 #include <QTemporaryDir>
-#include <QThread>
 
 #include <cerrno>
 #include <climits>
@@ -514,7 +513,7 @@ void RefusedCallsTest::anArchiveThatIsCutWhileItIsRead() {
 void RefusedCallsTest::anArchiveOnADiskThatStandsStill() {
     constexpr int limit = 400; // ms
     support::writeTree(place->path(), {{"a.zip", packed()}});
-    meanwhile = [] { QThread::msleep(limit); };
+    meanwhile = [] { QTest::qSleep(limit); };
     bool extracted = false;
     for (int wellBefore = 0; !extracted; ++wellBefore) {
         refuse({{"read", "a.zip", slowly, wellBefore, 1}});

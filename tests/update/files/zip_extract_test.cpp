@@ -10,7 +10,6 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QThread>
 #include <QtEndian>
 
 #include <clocale>
@@ -891,7 +890,7 @@ void ZipExtractTest::theTimeRunsOutBetweenEntries() {
         const auto leavesOut = [limit, &asked](const QString &name) {
             asked.append(name);
             for (const QDeadlineTimer over(limit); !over.hasExpired();)
-                QThread::msleep(1);
+                QTest::qSleep(1);
             return true;
         };
         ZipFailure failure;
