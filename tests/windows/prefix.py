@@ -2,8 +2,6 @@
 """A Wine prefix to be copied by each test that needs one of its own: making it takes longer than the copy.
 
     prefix.py FOLDER
-
-From the one that WINE_NEW names, in which nothing has run yet, or from nothing, which takes half a minute.
 """
 import os
 import pathlib
@@ -53,16 +51,12 @@ def make_prefix(prefix):
     part = prefix.with_name(prefix.name + ".part")
     for folder in (prefix, part):
         shutil.rmtree(folder, ignore_errors=True)
-    template = os.environ.get("WINE_NEW")
-    if template:
-        copy_prefix(template, part)
-    else:
-        part.mkdir(parents=True)
+    part.mkdir(parents=True)
     values = {**environment(part, os.environ), "DISPLAY": ""}
     fonts = part / "fonts.reg"
     rows = "".join(f'"{name}"="Noto Sans CJK SC"\n' for name in REPLACED)
     fonts.write_text(f"REGEDIT4\n\n[{FONTS}]\n{rows}", encoding="ascii")
-    for command in (*([] if template else [("wineboot", "-i")]), ("regedit", "/S", f"Z:{fonts}")):
+    for command in (("wineboot", "-i"), ("regedit", "/S", f"Z:{fonts}")):
         subprocess.run([LOADER, *command], env=values, check=True, timeout=300, stdout=subprocess.DEVNULL,
                        stderr=subprocess.DEVNULL)
     subprocess.run([SERVER, "-w"], env=values, check=True)  # it has written the registry then
