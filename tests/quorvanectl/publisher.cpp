@@ -8,7 +8,7 @@
 namespace support {
 namespace {
 
-// Making one takes a second, and every test program wants it.
+// The build has made it: that takes a second, and every test program wants it.
 const ctl::SigningKey &key() {
     static const ctl::SigningKey key = [] {
         QFile file(QStringLiteral(PUBLISHER_KEY));
