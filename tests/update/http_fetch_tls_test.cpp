@@ -6,12 +6,14 @@
 #include "support/search_path.h"
 #include "support/staged_main.h"
 #include "update/http_fetch.h"
+#include "update/rsa_verifier.h"
 
 #include <QElapsedTimer>
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QSslSocket>
 
+#include <openssl/err.h>
 #include <openssl/ssl.h>
 
 #include <algorithm>
@@ -123,6 +125,7 @@ private Q_SLOTS:
     void anEndlessBodyEndsAtTheLimit();
     void anAddressInPlaceOfAName();
     void redirectsBetweenTlsAndPlain();
+    void aKeyThatIsRefusedLeavesNoErrorToAConnection();
 };
 
 void HttpFetchTlsTest::trust(const QList<QByteArray> &pems) {
@@ -397,6 +400,13 @@ void HttpFetchTlsTest::redirectsBetweenTlsAndPlain() {
     const FetchResult result = fetchUrl(secure.url("/a"), longLimit, 8);
     QCOMPARE(result.body, QByteArray("body"));
     QCOMPARE(result.finalUrl, secure.url("/c"));
+}
+
+// Both share the library's queue of errors, and it would be read as the connection's.
+void HttpFetchTlsTest::aKeyThatIsRefusedLeavesNoErrorToAConnection() {
+    QCOMPARE(ERR_peek_error(), 0ul);
+    QVERIFY(!platformRsaVerifier()->decodeKey("no key").ok);
+    QCOMPARE(ERR_peek_error(), 0ul);
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, HttpFetchTlsTest)

@@ -28,6 +28,7 @@ private Q_SLOTS:
     void theRolesAreThoseOfTheControls();
     void thePanelsHaveNames_data();
     void thePanelsHaveNames();
+    void whatShowsNoTextHasAName();
     void theChildrenStandInTheOrderOfTheEye();
     void theMovingBarStandsStillWhereLessMotionIsWanted_data();
     void theMovingBarStandsStillWhereLessMotionIsWanted();
@@ -206,6 +207,17 @@ void AccessibilityTest::thePanelsHaveNames() {
     for (QWidget *panel : {scene.parts.taskPanel, scene.parts.bannerPanel, scene.parts.repairPanel})
         told.append(QAccessible::queryAccessibleInterface(panel)->text(QAccessible::Name));
     QCOMPARE(told, names);
+}
+
+void AccessibilityTest::whatShowsNoTextHasAName() {
+    useLanguage(Language::Chinese);
+    const WindowScene scene;
+    const auto nameOf = [](QWidget *widget) {
+        return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+    };
+    QCOMPARE(nameOf(scene.parts.projectPathEdit), QString("项目文件路径"));
+    QCOMPARE(nameOf(scene.parts.busyBar), QString("正在处理"));
+    QCOMPARE(nameOf(scene.parts.taskProgressBar), QString("更新任务"));
 }
 
 void AccessibilityTest::theChildrenStandInTheOrderOfTheEye() {

@@ -10,6 +10,8 @@
 #include <QRegularExpression>
 #include <QSignalSpy>
 
+#include <algorithm>
+
 using State = LauncherService::State;
 using PromptMode = LauncherService::UpdatePromptMode;
 
@@ -35,6 +37,7 @@ private Q_SLOTS:
     void theFocusMovesOnce();
     void theFocusIsNeverTakenFromThePathField();
     void aDisabledButtonIsWaitedForOnItsPanel();
+    void aTaskTakesTheFocusFromTheOfferToThePanelOfTheStart();
     void whoMovedOnIsNotCalledBack();
     void anOpenBoxKeepsTheFocusAndGivesItBack();
     void spacePressesTheButtonUnlessItComesTooEarly();
@@ -216,6 +219,27 @@ void KeyboardTest::theTabOrderGoesFromTopToBottom() {
             !widget->focusProxy())
             expected.insert(widget);
     QCOMPARE(QSet<QWidget *>(visited.begin(), visited.end()), expected);
+
+    const WindowParts &parts = scene.parts;
+    QList<QWidget *> order = {parts.taskCancelButton,
+                              parts.bannerUpdateButton,
+                              parts.bannerRemindButton,
+                              parts.bannerSkipButton,
+                              parts.logView,
+                              parts.projectPathEdit,
+                              parts.skipPrecheckCheck,
+                              parts.hasUpdateButton,
+                              parts.browseButton,
+                              parts.openLogButton,
+                              parts.openDumpsButton,
+                              parts.launchButton,
+                              parts.applyButton,
+                              parts.skipButton,
+                              parts.languageButton};
+    order.erase(std::remove_if(order.begin(), order.end(),
+                               [&](QWidget *widget) { return !expected.contains(widget); }),
+                order.end());
+    QCOMPARE(visited, order);
 }
 
 // --- The focus ---------------------------------------------------------------------------------
@@ -302,6 +326,16 @@ void KeyboardTest::aDisabledButtonIsWaitedForOnItsPanel() {
     QCOMPARE(QApplication::focusWidget(), scene.parts.repairPanel);
     scene.setTaskActive(false);
     QCOMPARE(QApplication::focusWidget(), scene.parts.launchButton);
+}
+
+void KeyboardTest::aTaskTakesTheFocusFromTheOfferToThePanelOfTheStart() {
+    WindowScene scene;
+    scene.put(State::RepairMode);
+    scene.offerUpdate(PromptMode::OnlineBanner);
+    showActive(scene);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.bannerUpdateButton);
+    scene.setTaskActive(true);
+    QCOMPARE(QApplication::focusWidget(), scene.parts.repairPanel);
 }
 
 void KeyboardTest::whoMovedOnIsNotCalledBack() {

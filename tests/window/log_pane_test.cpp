@@ -140,6 +140,8 @@ void LogPaneTest::ofALineBeyondAllMeasureThePaneLaysOutAPart() {
     const QTextBlock block = scene.parts.logView->document()->firstBlock();
     const QTextLayout &layout = *block.layout();
     QVERIFY(layout.lineCount() > 1);
+    QCOMPARE(layout.lineAt(0).y(), 0.0);
+    QCOMPARE(layout.lineAt(1).y(), layout.lineAt(0).height());
     const QTextLine last = layout.lineAt(layout.lineCount() - 1);
     QVERIFY(last.textStart() < mostShown);
     QVERIFY(last.textStart() + last.textLength() >= mostShown);

@@ -365,11 +365,15 @@ void ReactionTest::browsingTakesAProject() {
 
 void ReactionTest::browsingThatIsCancelledChangesNothing() {
     WindowScene scene;
+    scene.service.selectProject("/projects/chosen.yslib");
+    const QString chosen = scene.service.projectPath;
+    QVERIFY(!chosen.isEmpty());
     scene.put(State::RepairMode);
     SignalLog log(scene.service);
     QVERIFY(duringModal([&] { scene.parts.browseButton->click(); },
                         [](QWidget *dialog) { dialog->close(); }));
     QCOMPARE(log.take(), QStringList());
+    QCOMPARE(scene.service.projectPath, chosen);
 }
 
 void ReactionTest::remindingLater() {

@@ -35,6 +35,7 @@ private Q_SLOTS:
     void nothingTickedGivesAWarning();
     void whatWasTickedIsAppliedItemByItem_data();
     void whatWasTickedIsAppliedItemByItem();
+    void whatWasTickedCountsForTheApplyThatFollows();
     void aTaskThatBeginsWhileTheDialogIsOpen_data();
     void aTaskThatBeginsWhileTheDialogIsOpen();
     void theThreeWaysIntoTheDialog();
@@ -87,6 +88,31 @@ WindowScene &withOffer(WindowScene &scene) {
     scene.service.state = State::RepairMode;
     scene.offerUpdate(PromptMode::OnlineBanner);
     return scene;
+}
+
+// Ticks the box at that place alone and presses OK in the dialog that `button` opens, and closes a message that
+// comes behind it. How many came up.
+int applyTicked(QPushButton *button, int place) {
+    int modals = 0;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &look, [&] {
+        QWidget *modal = QApplication::activeModalWidget();
+        if (modal == nullptr)
+            return;
+        ++modals;
+        if (qobject_cast<QMessageBox *>(modal)) {
+            modal->close();
+            return;
+        }
+        const auto boxes = boxesOf(modal);
+        for (QCheckBox *box : boxes)
+            box->setChecked(false);
+        boxes.at(place)->setChecked(true);
+        press(modal, QDialogButtonBox::Ok);
+    });
+    look.start(0);
+    button->click();
+    return modals;
 }
 
 } // namespace
@@ -425,31 +451,24 @@ void UpdateTest::whatWasTickedIsAppliedItemByItem() {
     scene.put(State::RepairMode); // without an update every request is refused
     scene.service.selection = UpdateSelection();
     SignalLog log(scene.service);
-    int modals = 0;
-    QTimer look;
-    connect(&look, &QTimer::timeout, &look, [&] {
-        QWidget *modal = QApplication::activeModalWidget();
-        if (modal == nullptr)
-            return;
-        ++modals;
-        if (qobject_cast<QMessageBox *>(modal)) {
-            modal->close();
-            return;
-        }
-        const auto boxes = boxesOf(modal);
-        for (QCheckBox *box : boxes)
-            box->setChecked(false);
-        boxes.at(place)->setChecked(true);
-        press(modal, QDialogButtonBox::Ok);
-    });
-    look.start(0);
-    scene.parts.hasUpdateButton->click();
+    const int modals = applyTicked(scene.parts.hasUpdateButton, place);
     const UpdateSelection &chosen = scene.service.selection;
     QCOMPARE(int(chosen.project) | int(chosen.runtime) << 1 | int(chosen.launcher) << 2 |
                  int(chosen.editor) << 3 | int(chosen.pythonTools) << 4,
              bit);
     QCOMPARE(log.take(), QStringList("not applied 当前没有可应用的已验证更新。"));
     QCOMPARE(modals, 2);
+}
+
+void UpdateTest::whatWasTickedCountsForTheApplyThatFollows() {
+    WindowScene scene;
+    withOffer(scene);
+    scene.service.selection = {false, false, false, false, false};
+    SignalLog log(scene.service);
+    QCOMPARE(applyTicked(scene.parts.bannerUpdateButton, 0), 2);
+    QString why;
+    QVERIFY(!scene.service.isProjectEligible(&why));
+    QCOMPARE(log.take(), QStringList("not applied 项目更新不可用：" + why));
 }
 
 void UpdateTest::aTaskThatBeginsWhileTheDialogIsOpen_data() {

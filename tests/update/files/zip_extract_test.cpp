@@ -112,6 +112,7 @@ private Q_SLOTS:
     void tooManyNames();
     void namesThatAreMadeToBeFoundSlowly();
     void headersOfManyBytes();
+    void contentOfMoreBytesThanHeadersMayHave();
     void aBombEndsAtTheLimit();
     void aBombEndsAtTheFullDisk();
     void theCommandOfPowershell();
@@ -947,6 +948,12 @@ void ZipExtractTest::headersOfManyBytes() {
     }
     QVERIFY(!extract(makeZipAs(wish)));
     QCOMPARE(reason, QStringLiteral("the zip archive's directory is too large"));
+}
+
+void ZipExtractTest::contentOfMoreBytesThanHeadersMayHave() {
+    const int size = (64 << 20) + 1;
+    QVERIFY2(extract(makeZip({{"large", QByteArray(size, 'x')}})), qPrintable(reason));
+    QCOMPARE(QFileInfo(path("out/large")).size(), qint64(size));
 }
 
 // --- PowerShell
