@@ -951,9 +951,13 @@ void ZipExtractTest::headersOfManyBytes() {
 }
 
 void ZipExtractTest::contentOfMoreBytesThanHeadersMayHave() {
-    const int size = (64 << 20) + 1;
-    QVERIFY2(extract(makeZip({{"large", QByteArray(size, 'x')}})), qPrintable(reason));
-    QCOMPARE(QFileInfo(path("out/large")).size(), qint64(size));
+    QVERIFY2(!QStandardPaths::findExecutable("zip").isEmpty(),
+             "zip is not installed: run scripts/setup test");
+    const qint64 size = (64 << 20) + 1;
+    QVERIFY(QFile::resize(write("in/large", ""), size));
+    run("zip", {"-q", "-0", path("a.zip"), "large"}, path("in"));
+    QVERIFY2(extractZip(path("a.zip"), path("out"), &reason), qPrintable(reason));
+    QCOMPARE(QFileInfo(path("out/large")).size(), size);
 }
 
 // --- PowerShell
