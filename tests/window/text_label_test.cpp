@@ -28,6 +28,7 @@ private Q_SLOTS:
     void theToolTipOfAnElidedLabelHoldsAllOfIt();
     void richTextInAToolTipIsShownLetterByLetter();
     void theLastLineIsPainted();
+    void aWrappedTextIsPaintedLineByLine();
 };
 
 namespace {
@@ -248,6 +249,19 @@ void TextLabelTest::theLastLineIsPainted() {
     for (int i = 0; i < 3; ++i)
         QVERIFY2(hasInk(image, QRect(0, i * line, 60, line)), qPrintable(QString::number(i)));
     QVERIFY(!hasInk(image, QRect(200, 0, 100, label.height())));
+}
+
+void TextLabelTest::aWrappedTextIsPaintedLineByLine() {
+    TextLabel wrapped(nullptr);
+    TextLabel broken(nullptr);
+    wrapped.setText("first second third");
+    broken.setText("first\nsecond\nthird");
+    for (TextLabel *label : {&wrapped, &broken})
+        label->setWordWrap(true);
+    const int width = wrapped.fontMetrics().horizontalAdvance("second ");
+    const QSize size(width, heightOfLines(wrapped, 3));
+    QCOMPARE(wrapped.heightForWidth(width), size.height());
+    QCOMPARE(painted(wrapped, size), painted(broken, size));
 }
 
 QUORVANE_TEST_MAIN(QApplication, TextLabelTest)

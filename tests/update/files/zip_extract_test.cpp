@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 #include <QtEndian>
 
+#include <algorithm>
 #include <clocale>
 #include <limits>
 #include <memory>
@@ -81,6 +82,7 @@ private Q_SLOTS:
     void aNulInTheName();
     void twoHalves_data();
     void twoHalves();
+    void twoDirectories_data();
     void twoDirectories();
     void anEndThatSaysOtherwise_data();
     void anEndThatSaysOtherwise();
@@ -571,14 +573,24 @@ void ZipExtractTest::twoHalves() {
     QVERIFY(!QFileInfo::exists(path("xt")) && !QFileInfo::exists("/xt"));
 }
 
+void ZipExtractTest::twoDirectories_data() {
+    QTest::addColumn<int>("commentSize"); // at least
+    QTest::newRow("side by side") << 0;
+    QTest::newRow("as far apart as they can be") << 65535;
+}
+
 // The one is in the other's comment; some readers take this one, some that one.
 void ZipExtractTest::twoDirectories() {
+    QFETCH(int, commentSize);
     ZipWish wish;
     wish.entries = {{"one", "1"}};
     ZipWish inner;
     inner.entries = {{"other", "2"}};
-    inner.before = makeZipAs(wish);
-    wish.comment = makeZipAs(inner).mid(inner.before.size());
+    const QByteArray outer = makeZipAs(wish);
+    inner.before = outer;
+    const int left = commentSize - (makeZipAs(inner).size() - outer.size());
+    inner.before.append(QByteArray(std::max(0, left), ' '));
+    wish.comment = makeZipAs(inner).mid(outer.size());
     QVERIFY(!extract(makeZipAs(wish)));
     QCOMPARE(reason, QStringLiteral("Zip archive inconsistent"));
     QCOMPARE(tree(), QStringList());
