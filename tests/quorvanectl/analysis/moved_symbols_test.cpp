@@ -49,6 +49,7 @@ private Q_SLOTS:
     void typed();
     void whereALocalIsKnownGrowsWithTheText();
     void manyEditsInATextThatDoesNotParse();
+    void whoAskedBeforeATextSettledIsToldAnew();
     void aFileIsReadOnceItsContentIsAnother();
 };
 
@@ -161,6 +162,18 @@ void MovedSymbolsTest::manyEditsInATextThatDoesNotParse() {
              QString("(").repeated(250) + QString("import \"b.ys\"; int {a 0};"));
     moved.change(text.replace("b.ys", "c.ys"));
     QVERIFY(moved.symbols()->imports.isEmpty());
+}
+
+void MovedSymbolsTest::whoAskedBeforeATextSettledIsToldAnew() {
+    const ProjectFolder folder;
+    ctl::MovedSymbols moved(folder.path("a.ys"));
+    moved.change("int a;");
+    moved.settle();
+    const QString text = "int a; int b;";
+    moved.change(text);
+    QCOMPARE(markedText(text, *moved.symbols()), QString("int {a 0}; int b;"));
+    moved.settle();
+    QCOMPARE(markedText(text, *moved.symbols()), QString("int {a 0}; int {b 1};"));
 }
 
 void MovedSymbolsTest::aFileIsReadOnceItsContentIsAnother() {

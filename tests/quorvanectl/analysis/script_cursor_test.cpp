@@ -85,6 +85,8 @@ void ScriptCursorTest::places_data() {
     row("a backslash in a character means nothing", R"(x = '\' b|)", "code [b]");
     row("an import", "import \"a/b|.ys\";", "import [a/b.ys]");
     row("an import that is left open", "import \"a|\nint n;", "import [a]");
+    row("an import that is left open before both signs of a line's end", "import \"a|\r\nint n;",
+        "import [a]");
     row("an import's text in the next line is no path", "import \"a\nb|\";", "text [a\nb]");
     row("a text behind another word is none", "print \"a|\"", "text [a]");
 

@@ -51,6 +51,7 @@ void ScriptWordsTest::words_data() {
         << QStringList{"variable a", "property b", "operator =",  "operator !",
                        "variable c", "number 0",   "operator &&", "text \"d\ne\"",
                        "operator +", "text 'f'",   "operator ++", "variable g"};
+    QTest::newRow("the last of the operators") << "--g" << QStringList{"operator --", "variable g"};
     QTest::newRow("an include") << "#include <a.b>"
                                 << QStringList{"keyword #",  "keyword include", "operator <",
                                                "variable a", "property b",      "operator >"};

@@ -18,6 +18,10 @@
 #include <QJsonDocument>
 #include <QTranslator>
 
+#ifdef Q_OS_UNIX
+#include "terminal.h"
+#endif
+
 using support::Answer;
 
 namespace {
@@ -113,6 +117,9 @@ private Q_SLOTS:
     void readsTheProjectTwice();
 #endif
     void refusedManifestIsAFinding();
+#ifdef Q_OS_UNIX // where a test can be a terminal
+    void theVerdictOnTheSignatureHasItsColour();
+#endif
     void speaksTheLaunchersLanguage();
     void installationIsFoundByItsFolderToo();
     void refusals_data();
@@ -265,6 +272,25 @@ void UpdateExplainTest::refusedManifestIsAFinding() {
     QVERIFY(!text.contains("Items"));
     QVERIFY(text.endsWith("What the launcher says\n" + launcher.summary + '\n'));
 }
+
+#ifdef Q_OS_UNIX
+void UpdateExplainTest::theVerdictOnTheSignatureHasItsColour() {
+    qputenv("TERM", "xterm");
+    qunsetenv("NO_COLOR");
+    QString manifest = support::signedManifest(project("2.0"), publisher());
+    for (const bool isSound : {true, false}) {
+        if (!isSound)
+            manifest.replace("2.0", "2.1");
+        support::writeTree(stick(), {{"manifest.json", manifest.toUtf8()}});
+        support::Terminal shown(QUORVANE_TOOL, arguments());
+        (void)shown.wait();
+        const QByteArray screen = shown.screen();
+        const QByteArray heading = "Signature\x1b[0m\r\n  ";
+        const QByteArray colour = isSound ? "\x1b[32m" : "\x1b[31m";
+        QVERIFY2(screen.contains(heading + colour), screen.constData());
+    }
+}
+#endif
 
 void UpdateExplainTest::speaksTheLaunchersLanguage() {
     support::writeTree(stick(), {{"manifest.json",

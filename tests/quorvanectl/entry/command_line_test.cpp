@@ -65,6 +65,14 @@ void CommandLineTest::wrongUsage() {
     QCOMPARE(answer.status, int(ctl::Refused));
 }
 
+namespace {
+
+const QString helpEnd =
+    "\n`quorvanectl FAMILY COMMAND --help` tells the options of a command.\n"
+    "Exit status: 0 clean or warnings, 1 errors, 2 wrong usage or a file that cannot be used.\n";
+
+} // namespace
+
 void CommandLineTest::theHelpShowsEveryCommandWithItsExample() {
     const Answer answer = runTool({"--help"});
     QCOMPARE(answer.status, int(ctl::Clean));
@@ -75,6 +83,10 @@ void CommandLineTest::theHelpShowsEveryCommandWithItsExample() {
                                      command.example + "\n"),
                  qPrintable(title));
     }
+    QVERIFY(answer.out.startsWith("Usage: quorvanectl FAMILY COMMAND [options] ARGUMENTS\n\n"
+                                  "Checks projects and scripts, makes and explains updates, "
+                                  "helps where something went wrong.\n"));
+    QVERIFY(answer.out.endsWith(helpEnd));
     QCOMPARE(runTool({"-h"}).out, answer.out);
 }
 
@@ -84,6 +96,9 @@ void CommandLineTest::theHelpOfAFamilyShowsItsCommandsAlone() {
             continue; // it has no family
         const Answer answer = runTool({shown.family, "--help"});
         QCOMPARE(answer.status, int(ctl::Clean));
+        QVERIFY(answer.out.startsWith("Usage: quorvanectl " + shown.family +
+                                      " COMMAND [options] ARGUMENTS\n"));
+        QVERIFY(answer.out.endsWith(helpEnd));
         for (const ctl::Command &command : ctl::allCommands())
             QCOMPARE(answer.out.contains("$ " + command.example + "\n"),
                      command.family == shown.family);

@@ -10,6 +10,8 @@
 
 #include <QTemporaryDir>
 
+#include <openssl/err.h>
+
 #include <unistd.h>
 
 using ctl::Passphrase;
@@ -64,6 +66,7 @@ private Q_SLOTS:
     void refusals_data();
     void refusals();
     void anAnswerThatFailsIsTheReason();
+    void aRefusedKeyLeavesNoErrorBehind();
 };
 
 QString SigningKeyTest::path(const QString &name) const {
@@ -191,6 +194,14 @@ void SigningKeyTest::anAnswerThatFailsIsTheReason() {
     };
     QVERIFY(!SigningKey::fromPem(key.privatePem(&passphrase), "a.pem", refuse, &error).isValid());
     QCOMPARE(error, QString("a.pem: nobody is there"));
+}
+
+// The library's queue of errors would tell of it where the next call fails.
+void SigningKeyTest::aRefusedKeyLeavesNoErrorBehind() {
+    QString error;
+    QCOMPARE(ERR_peek_error(), 0ul);
+    QVERIFY(!SigningKey::fromPem("no key", "a.pem", neverAsk, &error).isValid());
+    QCOMPARE(ERR_peek_error(), 0ul);
 }
 
 QUORVANE_TEST_MAIN(QCoreApplication, SigningKeyTest)

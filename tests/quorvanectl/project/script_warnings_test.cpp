@@ -71,6 +71,7 @@ void ScriptWarningsTest::warnings_data() {
     row("a text that ends in a backslash", "s = \"a\\\\\"", true, {});
     row("a character", "c = 'ab", true, {openText("1:5")});
     row("a quote of a character alone", "c = '", true, {openText("1:5")});
+    row("an empty character is closed", "c = ''", true, {});
     row("a character that is a backslash", "c = '\\'", true, {});
     row("a parenthesis", "a = (1 + 2;\n", true, {open("1:5", "(")});
     row("a bracket", "a[1 = 2;\n", true, {open("1:2", "[")});

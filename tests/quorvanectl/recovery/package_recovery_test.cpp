@@ -159,7 +159,7 @@ void PackageRecoveryTest::theRecordOfThisProject_data() {
         << ours << QJsonArray{7, "weld", record("weld", "2.0.0")} << "2.0.0";
     QTest::newRow("by the name in its backup")
         << FileTree{{"pc/line/line.yslib", "{"}, {backup, projectFile("weld")}}
-        << QJsonArray{record("weld", "2.0.0")} << "2.0.0";
+        << QJsonArray{record("cut", "3.0.0"), record("weld", "2.0.0")} << "2.0.0";
     QTest::newRow("any, where nothing tells its name any more")
         << FileTree{{"pc/line/line.yslib", "{"}} << QJsonArray{record("cut", "3.0.0")} << "3.0.0";
 }
