@@ -41,7 +41,6 @@ private Q_SLOTS:
     void theColumnsThatTheEditorAsksFor();
     void findingsAreToldOnceForAllThatCame();
     void closingTakesBackWhatWasTold();
-    void whatIsAsItWasIsNotSentAgain();
     void findingsAcrossFiles();
     void aTextWithoutAFile();
     void aConversationOverStreams_data();
@@ -301,17 +300,6 @@ void ConversationTest::closingTakesBackWhatWasTold() {
     QCOMPARE(conversation.findingsAfter({about("textDocument/didClose", odd)}),
              QStringList(odd + "@0"));
     QCOMPARE(conversation.say({about("textDocument/didClose", odd)}), QStringList());
-}
-
-void ConversationTest::whatIsAsItWasIsNotSentAgain() {
-    Conversation conversation;
-    conversation.begin();
-    const QString one = "file:///nowhere/a.ys";
-    const QString other = "file:///nowhere/b.ys";
-    QCOMPARE(conversation.findingsAfter({opened(one, "$")}),
-             QStringList(one + "@1 0:0-0:1 1 YS100"));
-    QCOMPARE(conversation.findingsAfter({opened(other, "$ ")}),
-             QStringList(other + "@1 0:0-0:1 1 YS100"));
 }
 
 void ConversationTest::findingsAcrossFiles() {
