@@ -63,6 +63,8 @@ void TextPositionsTest::places_data() {
                                    << "0:4";
     QTest::newRow("behind half a pair") << QString(QChar(0xd83d)) + "=" << 1 << "0:1"
                                         << "0:3";
+    QTest::newRow("behind half a pair at the end") << QString(QChar(0xd83d)) << 1 << "0:1"
+                                                   << "0:3";
     QTest::newRow("behind a return with a feed") << "a\r\nb" << 3 << "1:0"
                                                  << "1:0";
     QTest::newRow("behind a return alone") << "a\rb\r" << 3 << "1:1"

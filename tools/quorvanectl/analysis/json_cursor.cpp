@@ -58,7 +58,7 @@ private:
         const bool isClosed = at < json.size() && json.at(at) == QLatin1Char('"');
         const QString content = json.mid(start + 1, at - start - 1);
         at += isClosed ? 1 : 0;
-        if (start < end && (at > end || (at == end && !isClosed)))
+        if (at > end || (at == end && !isClosed))
             found(start, at);
         else
             takeValue(content);
