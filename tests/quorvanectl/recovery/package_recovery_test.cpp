@@ -77,6 +77,7 @@ private Q_SLOTS:
     void aFileInTheProjectsPlaceIsKept();
     void logsFromEverywhere_data();
     void logsFromEverywhere();
+    void aPackageThatIsGone();
     void placesThatCannotBeHad_data();
     void placesThatCannotBeHad();
     void aPackageThatFitsNotThisFolder();
@@ -327,6 +328,18 @@ void PackageRecoveryTest::logsFromEverywhere() {
     QCOMPARE(support::below(support::readTree(path("pc/line")), "logs"), logs);
     if (tree.contains("pc/line/logs"))
         QCOMPARE(asides(), (FileTree{{"logs", "a file"}}));
+}
+
+void PackageRecoveryTest::aPackageThatIsGone() {
+    support::writeTree(folder->path(), {{"pc/line/line.yslib", projectFile("line")}});
+    publish(newProject, ofLine);
+    QVERIFY(QFile::remove(path("p.zip")));
+    const FileTree before = all();
+    const RecoveryResult result = recover();
+    QVERIFY(!result.ok);
+    QVERIFY2(result.error.startsWith(path("p.zip") + ": cannot be copied to "),
+             qPrintable(result.error));
+    QCOMPARE(all(), before);
 }
 
 void PackageRecoveryTest::placesThatCannotBeHad_data() {

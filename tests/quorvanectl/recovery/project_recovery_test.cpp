@@ -42,6 +42,7 @@ private Q_SLOTS:
     void aWholeProjectStays();
     void theBackupTakesThePlace_data();
     void theBackupTakesThePlace();
+    void theBackupOfAnotherVolumeIsCopied();
     void aProjectsPlaceThatIsAFile();
     void aPlaceThatIsGone();
     void aBackupThatHasGoneMeanwhile();
@@ -115,6 +116,25 @@ void ProjectRecoveryTest::theBackupTakesThePlace() {
         QVERIFY(result.keptAs.startsWith(path("line.set_aside_")));
         QCOMPARE(support::readTree(result.keptAs), support::below(before, "line"));
     }
+}
+
+// It is renamed where that can be done at once, and never moved file by file.
+void ProjectRecoveryTest::theBackupOfAnotherVolumeIsCopied() {
+    const QTemporaryDir memory("/dev/shm/project_recovery_XXXXXX");
+    if (support::onWindows || !memory.isValid())
+        return; // one volume is all there is
+    const QString backup = memory.filePath("backup");
+    support::writeTree(path("line"), {{"main.ys", "// mine\n"}});
+    support::writeTree(path("backup"), wholeProject);
+    support::writeTree(backup, wholeProject);
+    UpdateRemains remains = remainsOf(Recovery::Backup);
+    remains.backup.folder = backup;
+    remains.backup.projectFile = backup + "/line.yslib";
+    const RecoveryResult result = ctl::recoverProject(remains);
+    QVERIFY2(result.ok, qPrintable(result.error));
+    QCOMPARE(support::readTree(path("line")), wholeProject);
+    QCOMPARE(support::readTree(result.keptAs), (FileTree{{"main.ys", "// mine\n"}}));
+    QVERIFY(!names().contains("line.recovering"));
 }
 
 // Somebody's file is no less worth than somebody's folder.
