@@ -337,7 +337,8 @@ void PackageRecoveryTest::aPackageThatIsGone() {
     const FileTree before = all();
     const RecoveryResult result = recover();
     QVERIFY(!result.ok);
-    QVERIFY2(result.error.startsWith(path("p.zip") + ": cannot be copied to "),
+    QVERIFY2(result.error.startsWith(path("p.zip") + ": cannot be copied to ") &&
+                 result.error.endsWith("/package.zip"),
              qPrintable(result.error));
     QCOMPARE(all(), before);
 }
