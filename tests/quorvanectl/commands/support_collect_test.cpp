@@ -168,8 +168,8 @@ void SupportCollectTest::holdsWhatSupportAsksFor() {
                  {"ui/locale", "en"},
                  {"update/online_skipped_version_fingerprint", "https://host/m.json?(left out)"},
                  {"default_project_path", toldHome + "/p/line3.yslib"},
-                 {"recent_projects",
-                  QJsonArray{QJsonArray{toldHome + "/p/line3.yslib", "产线三", "7"}}}}));
+                 {"recent_projects", QJsonArray{QJsonValue(QJsonArray{toldHome + "/p/line3.yslib",
+                                                                      "产线三", "7"})}}}));
     const QByteArray hash =
         QCryptographicHash::hash("CONTENT-OF-THE-PROJECT", QCryptographicHash::Sha256).toHex();
     QVERIFY(files["projects.txt"].contains(hash + "           22 "));
