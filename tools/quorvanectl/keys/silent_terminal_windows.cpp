@@ -6,6 +6,7 @@
 #include <io.h>
 
 #include <array>
+#include <atomic>
 #include <string>
 
 namespace ctl {
@@ -27,12 +28,29 @@ bool isHighSurrogate(wchar_t unit) {
     return unit >= 0xD800 && unit < 0xDC00;
 }
 
+// The keys while they are silent, and the mode that they get back.
+std::atomic<HANDLE> silentKeys{nullptr};
+DWORD modeBefore = 0;
+
+// Ctrl-Break, or the end of the console or the session: who comes after ends the program, and the console
+// outlives it.
+BOOL WINAPI giveKeysBack(DWORD) {
+    if (const HANDLE keys = silentKeys)
+        (void)SetConsoleMode(keys, modeBefore);
+    return FALSE;
+}
+
+// Entered once and never left: whoever leaves waits for an answer that may be on its way.
+void giveKeysBackAtTheEnd() {
+    static const BOOL isEntered = SetConsoleCtrlHandler(giveKeysBack, TRUE);
+    (void)isEntered;
+}
+
 } // namespace
 
 struct SilentTerminal::State {
     HANDLE keys = INVALID_HANDLE_VALUE;
     HANDLE screen = INVALID_HANDLE_VALUE;
-    DWORD before = 0;
     bool isSilent = false;
     std::array<char, 4> character{}; // in UTF-8, of which `left` bytes are still to be read
     int size = 0;
@@ -58,19 +76,22 @@ SilentTerminal::SilentTerminal()
     : state(std::make_unique<State>()) {
     state->keys = openConsole(L"CONIN$");
     state->screen = openConsole(L"CONOUT$");
-    if (state->screen == INVALID_HANDLE_VALUE || GetConsoleMode(state->keys, &state->before) == 0)
+    if (state->screen == INVALID_HANDLE_VALUE || GetConsoleMode(state->keys, &modeBefore) == 0)
         return;
     const DWORD silent =
-        state->before & ~DWORD(ENABLE_ECHO_INPUT | ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT);
+        modeBefore & ~DWORD(ENABLE_ECHO_INPUT | ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT);
     (void)FlushConsoleInputBuffer(state->keys);
+    giveKeysBackAtTheEnd();
+    silentKeys = state->keys;
     state->isSilent = SetConsoleMode(state->keys, silent) != 0;
 }
 
 SilentTerminal::~SilentTerminal() {
     if (state->isSilent) {
         (void)FlushConsoleInputBuffer(state->keys);
-        (void)SetConsoleMode(state->keys, state->before);
+        (void)SetConsoleMode(state->keys, modeBefore);
     }
+    silentKeys = nullptr;
     for (const HANDLE handle : {state->keys, state->screen}) {
         if (handle != INVALID_HANDLE_VALUE)
             CloseHandle(handle);
