@@ -5,6 +5,8 @@
 //             package from the stick, `sha256sum` of it, `unzip -q`, `cp -a` (the backup), `sync -f` of
 //             both folders, `rm -rf` of the old one, `mv`, and `rm -rf` of what is left: at most 0.8 times
 //             their wall and processor time on a tmpfs, and their wall time on a disk
+//   bare      the same against a program that does nothing but these steps, with the same libraries, and that
+//             one against the programs: reported
 //   one file  the same with all in one file (FILES 1): at most 1.1
 //   stick     the same where the package is read at 30 MB/s, on both sides: at most 1.05 of the wall time
 //   memory    what the apply takes beyond the idle program: less than 64 MiB
@@ -18,6 +20,7 @@
 // PROGRAM is another build of this one, whose apply is measured instead. The sides take turns in beginning
 // a round, and each begins when the disk has come to rest.
 #include "../support/measured_process.h"
+#include "bare_apply.h"
 #include "measured_project.h"
 #include "quiet_disk.h"
 #include "update/files/text_file.h"
@@ -122,52 +125,84 @@ void runPrograms(const Place &place, bool slow, Programs *sums) {
     sums->withoutCopyAndSync.add(withoutCopyAndSync);
 }
 
-void runApply(const Place &place, bool slow, Side *sums, double *peak) {
-    const Spent spent = runProcess(
-        slowly(place, slow,
-               {place.bytes("app/benchmark_apply"), "--apply", QFile::encodeName(place.root)}));
-    std::printf("  apply: %.2f/%.2f s\n", spent.seconds, spent.processorSeconds);
-    *peak = qMax(*peak, spent.peakMebibytes);
+// This program once more, for one side of a round.
+Spent runSelf(const Place &place, bool slow, const QByteArray &program, const char *side) {
+    return runProcess(slowly(place, slow, {program, side, QFile::encodeName(place.root)}));
+}
+
+void report(const char *what, const Spent &spent, Side *sums) {
+    std::printf("  %s: %.2f/%.2f s\n", what, spent.seconds, spent.processorSeconds);
     Times times;
     times.add(spent);
     sums->add(times);
 }
 
-double ratio(const std::vector<double> &ours, const std::vector<double> &theirs) {
-    return median(ours) / median(theirs);
+void runApply(const Place &place, bool slow, Side *sums, double *peak) {
+    const Spent spent = runSelf(place, slow, place.bytes("app/benchmark_apply"), "--apply");
+    report("apply", spent, sums);
+    *peak = qMax(*peak, spent.peakMebibytes);
 }
 
-// The row's first line is what scripts/benchmark reads.
-void compareApply(const Place &place, const char *what, bool slow, int rounds) {
-    const double idle =
-        runProcess({place.bytes("app/benchmark_apply"), "--idle", QFile::encodeName(place.root)})
-            .peakMebibytes;
-    Side ours;
-    Programs theirs;
-    double peak = 0;
-    for (int turn = 0; turn < 2 * rounds; ++turn) {
+void runBare(const Place &place, Side *sums) {
+    const QByteArray self = QFile::encodeName(QCoreApplication::applicationFilePath());
+    report("bare", runSelf(place, false, self, "--bare"), sums);
+}
+
+// "1.00 in wall time (2.00 s, the programs 2.00 s), ..." of the medians.
+void printRatio(const Side &ours, const Side &theirs, const char *named) {
+    std::printf("ratio %.2f in wall time (%.2f s, %s %.2f s), %.2f in processor time (%.2f s, "
+                "%.2f s), medians of %d rounds\n",
+                median(ours.wall) / median(theirs.wall), median(ours.wall), named,
+                median(theirs.wall), median(ours.processor) / median(theirs.processor),
+                median(ours.processor), median(theirs.processor), int(ours.wall.size()));
+}
+
+// One process of each kind a round, in another order each time. From a stick nothing stands bare: its reading
+// takes most of the time on either side.
+struct Sides {
+    Side apply;
+    Programs programs;
+    Side bare;
+    double peak = 0; // of the applies, in MiB
+};
+
+Sides runRounds(const Place &place, bool slow, int rounds) {
+    Sides sides;
+    const int kinds = slow ? 2 : 3;
+    for (int turn = 0; turn < kinds * rounds; ++turn) {
         putOldProject(place);
-        if (turn % 4 == 0 || turn % 4 == 3) // ours, theirs; theirs, ours
-            runApply(place, slow, &ours, &peak);
+        const int side = (turn / kinds + turn) % kinds;
+        if (side == 0)
+            runApply(place, slow, &sides.apply, &sides.peak);
+        else if (side == 1)
+            runPrograms(place, slow, &sides.programs);
         else
-            runPrograms(place, slow, &theirs);
+            runBare(place, &sides.bare);
         std::fflush(stdout);
     }
+    return sides;
+}
+
+// scripts/benchmark reads the beginnings of these lines.
+void compareApply(const Place &place, const char *what, bool slow, int rounds) {
+    const double idle =
+        runSelf(place, false, place.bytes("app/benchmark_apply"), "--idle").peakMebibytes;
+    const Sides sides = runRounds(place, slow, rounds);
     const QByteArray volume = QStorageInfo(place.root).fileSystemType();
-    std::printf(
-        "%s on %s: ratio %.2f in wall time (%.2f s, the programs %.2f s), %.2f in processor "
-        "time (%.2f s, %.2f s), medians of %d rounds\n",
-        what, volume.constData(), ratio(ours.wall, theirs.all.wall), median(ours.wall),
-        median(theirs.all.wall), ratio(ours.processor, theirs.all.processor),
-        median(ours.processor), median(theirs.all.processor), rounds);
-    std::printf(
-        "without the cp of the package: %.2f and %.2f; without sync -f too: %.2f and %.2f\n",
-        ratio(ours.wall, theirs.withoutCopy.wall),
-        ratio(ours.processor, theirs.withoutCopy.processor),
-        ratio(ours.wall, theirs.withoutCopyAndSync.wall),
-        ratio(ours.processor, theirs.withoutCopyAndSync.processor));
-    std::printf("memory: peak %.1f MiB, idle %.1f MiB, %.1f MiB above   (reach 64)\n", peak, idle,
-                peak - idle);
+    std::printf("%s on %s: ", what, volume.constData());
+    printRatio(sides.apply, sides.programs.all, "the programs");
+    std::printf("without the cp of the package: ");
+    printRatio(sides.apply, sides.programs.withoutCopy, "the programs");
+    std::printf("without sync -f too: ");
+    printRatio(sides.apply, sides.programs.withoutCopyAndSync, "the programs");
+    if (!slow) {
+        std::printf("against the bare steps: ");
+        printRatio(sides.apply, sides.bare, "bare");
+        std::printf("the bare steps against the programs: ");
+        printRatio(sides.bare, sides.programs.all, "the programs");
+    }
+    std::printf("memory: peak %.1f MiB, idle %.1f MiB, %.1f MiB above   (reach 64)\n", sides.peak,
+                idle, sides.peak - idle);
 }
 
 void compareHash(const Place &place, int rounds) {
@@ -197,6 +232,10 @@ int main(int argc, char **argv) {
     QStringList arguments = QCoreApplication::arguments();
     if (arguments.value(1) == "--apply" || arguments.value(1) == "--idle")
         return applyPackage({arguments.value(2)}, arguments.value(1) == "--idle");
+    if (arguments.value(1) == "--bare") {
+        bareApply({arguments.value(2)});
+        return 0;
+    }
     const bool slow = arguments.removeAll("--stick") > 0;
     const auto number = [&arguments](int index, int otherwise) {
         return arguments.size() > index ? arguments.at(index).toInt() : otherwise;
