@@ -157,8 +157,6 @@ void printRatio(const Side &ours, const Side &theirs, const char *named) {
                 median(ours.processor), median(theirs.processor), int(ours.wall.size()));
 }
 
-// One process of each kind a round, in another order each time. From a stick nothing stands bare: its reading
-// takes most of the time on either side.
 struct Sides {
     Side apply;
     Programs programs;
@@ -166,6 +164,8 @@ struct Sides {
     double peak = 0; // of the applies, in MiB
 };
 
+// One process of each kind a round, in another order each time. From a stick nothing stands bare: its reading
+// takes most of the time on either side.
 Sides runRounds(const Place &place, bool slow, int rounds) {
     Sides sides;
     const int kinds = slow ? 2 : 3;

@@ -1,6 +1,8 @@
 #include "bare_apply.h"
 
-#include <QCryptographicHash>
+#include "update/files/file_copy.h"
+#include "update/files/text_file.h"
+
 #include <QFile>
 
 #include <fcntl.h>
@@ -8,7 +10,6 @@
 #include <unistd.h>
 #include <zip.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -18,8 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr qint64 hashPiece = 1 << 20; // bytes
-constexpr std::size_t block = 1 << 18;
+constexpr std::size_t block = 1 << 18; // bytes
 
 // A file that is written.
 class NewFile {
@@ -62,17 +62,6 @@ void copyFolder(const fs::path &from, const fs::path &to) {
     }
 }
 
-void hash(const fs::path &path) {
-    QFile file(QString::fromStdString(path));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("cannot read %s", path.c_str());
-    QCryptographicHash sha256(QCryptographicHash::Sha256);
-    while (!file.atEnd())
-        sha256.addData(file.read(hashPiece));
-    if (sha256.result().isEmpty())
-        qFatal("no hash");
-}
-
 void unpackEntry(zip_t *archive, zip_uint64_t index, const fs::path &to, std::vector<char> *bytes) {
     zip_file_t *const content = zip_fopen_index(archive, index, 0);
     const NewFile file(to);
@@ -103,11 +92,13 @@ void unpack(const fs::path &package, const fs::path &to) {
     }
 }
 
+QString nameOf(const fs::path &path) {
+    return QFile::decodeName(path.c_str());
+}
+
 void waitForDisk(const fs::path &folder) {
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0 || ::syncfs(descriptor) != 0)
+    if (!flushFolder(nameOf(folder)))
         qFatal("the disk was not waited for");
-    ::close(descriptor);
 }
 
 } // namespace
@@ -116,7 +107,8 @@ void bareApply(const Place &place) {
     const fs::path root = QFile::encodeName(place.root).toStdString();
     const fs::path copy = root / "copy.zip";
     copyFile(root / "line3.zip", copy);
-    hash(copy);
+    if (fileSha256Hex(nameOf(copy)).isEmpty())
+        qFatal("no hash");
     unpack(copy, root / "staging");
     fs::remove(copy);
     copyFolder(root / "project", root / "backup");
