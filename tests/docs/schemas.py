@@ -3,6 +3,8 @@
 
     schemas.py --schemas DIR --tool FILE --project FILE.yslib --vectors vectors.json
 
+--tool: the program of command_lines.cpp.
+
 A document without a fault of shape holds against its schema; any other is refused at the same places. A
 place that lies in another that is told is the same: where an object is a text, the tool tells each key
 that is missing in it.
@@ -10,13 +12,11 @@ that is missing in it.
 import argparse
 import copy
 import json
-import os
 import pathlib
 import re
 import subprocess
 import sys
 import tempfile
-from concurrent.futures import ThreadPoolExecutor
 
 import jsonschema
 
@@ -72,28 +72,30 @@ def agree(one, other):
     return same and ("" in one) == ("" in other)
 
 
-def run_tool(tool, words, folder):
-    """A sanitized tool does not look for leaks here, a third of each of these many starts: the commands' own
-    tests and the fuzzers do, in the same readers."""
-    environment = {**os.environ, "ASAN_OPTIONS": f"{os.environ.get('ASAN_OPTIONS', '')}:detect_leaks=0"}
-    result = subprocess.run([tool, *words, "--format", "json"], cwd=folder, stdout=subprocess.PIPE,
-                            stderr=subprocess.PIPE, timeout=60, check=False, env=environment)
-    if result.returncode == 2:
-        raise ValueError(result.stderr.decode())
-    return json.loads(result.stdout)
+def run_tool(tool, commands):
+    """What each of them found; nothing for one that was refused."""
+    lines = "".join(json.dumps([*words, "--format", "json"]) + "\n" for words in commands)
+    result = subprocess.run([tool], input=lines, stdout=subprocess.PIPE, encoding="utf-8", check=True)
+    answers = [json.loads(line) for line in result.stdout.split("\n") if line]
+    assert len(answers) == len(commands)
+    return [None if answer["status"] == 2 else json.loads(answer["out"]) for answer in answers]
+
+
+def found_in(tool, command, suffix, documents):
+    """What the command finds in each of the documents."""
+    with tempfile.TemporaryDirectory() as folder:
+        paths = [pathlib.Path(folder) / f"document{number}{suffix}" for number in range(len(documents))]
+        for path, document in zip(paths, documents):
+            path.write_text(json.dumps(document), encoding="utf-8")
+        return run_tool(tool, [[*command, str(path)] for path in paths])
 
 
 # --- manifests --------------------------------------------------------------------------------------
 
-def manifest_faults(tool, document):
+def manifest_faults(found):
     """Where the tool refuses it; as a whole, if it is no object."""
-    with tempfile.TemporaryDirectory() as folder:
-        path = pathlib.Path(folder) / "manifest.json"
-        path.write_text(json.dumps(document), encoding="utf-8")
-        try:
-            found = run_tool(tool, ["update", "lint", "manifest.json"], folder)
-        except ValueError:
-            return {""}
+    if found is None:
+        return {""}
     return {f"{it['where']}.path" if it["kind"] == "no-path" else it["where"]
             for it in found["findings"] if it["kind"] in SHAPE}
 
@@ -113,10 +115,7 @@ def manifests(vectors):
 
 # --- projects ---------------------------------------------------------------------------------------
 
-def project_faults(tool, folder, number, document):
-    name = f"variant{number}.yslib"
-    (folder / name).write_text(json.dumps(document), encoding="utf-8")
-    found = run_tool(tool, ["project", "check", name], folder)
+def project_faults(found):
     return {it["path"] for it in found["issues"]
             if it["severity"] == 0 and not NO_SHAPE.search(it["message"])}
 
@@ -158,37 +157,29 @@ def tell(name, by_schema, by_tool):
     print(f"{name}: the schema refuses {sorted(by_schema)}, the tool {sorted(by_tool)}")
 
 
-def check_manifests(options, pool):
-    schema = read_schema(options, "manifest")
-    documents = manifests(options.vectors)
-    faults = list(pool.map(lambda it: manifest_faults(options.tool, it[1]), documents))
+def disagreements(schema, documents, found):
+    """How many there are. Each document comes with its name, and with where the tool refuses it."""
     wrong = refused = 0
-    for (name, document), by_tool in zip(documents, faults):
-        by_schema = refused_by_schema(schema, document)
-        refused += bool(by_tool)
-        if not agree(by_schema, by_tool):
-            tell(name, by_schema, by_tool)
-            wrong += 1
-    print(f"{len(documents)} manifests, {refused} of them refused")
-    return wrong + (refused == 0) + (refused == len(documents))
-
-
-def check_projects(options, pool):
-    schema = read_schema(options, "yslib")
-    documents = list(variants(json.loads(options.project.read_text(encoding="utf-8"))))
-    with tempfile.TemporaryDirectory() as folder:
-        faults = list(pool.map(
-            lambda it: project_faults(options.tool, pathlib.Path(folder), it[0], it[1][1]),
-            enumerate(documents)))
-    wrong = refused = 0
-    for (name, document), by_tool in zip(documents, faults):
+    for (name, document), by_tool in zip(documents, found):
         by_schema = refused_by_schema(schema, document)
         refused += bool(by_tool)
         if not agree(by_schema, by_tool) or (name == "the demo" and by_schema):
             tell(name, by_schema, by_tool)
             wrong += 1
-    print(f"{len(documents)} projects, {refused} of them refused")
+    print(f"{len(documents)} documents, {refused} of them refused")
     return wrong + (refused == 0) + (refused == len(documents))
+
+
+def check_manifests(options):
+    documents = manifests(options.vectors)
+    found = found_in(options.tool, ["update", "lint"], ".json", [it for _, it in documents])
+    return disagreements(read_schema(options, "manifest"), documents, map(manifest_faults, found))
+
+
+def check_projects(options):
+    documents = list(variants(json.loads(options.project.read_text(encoding="utf-8"))))
+    found = found_in(options.tool, ["project", "check"], ".yslib", [it for _, it in documents])
+    return disagreements(read_schema(options, "yslib"), documents, map(project_faults, found))
 
 
 def read_schema(options, name):
@@ -205,8 +196,7 @@ def main():
     parser.add_argument("--vectors", type=pathlib.Path, required=True)
     options = parser.parse_args()
     options.tool = options.tool.resolve()
-    with ThreadPoolExecutor(os.cpu_count()) as pool:
-        wrong = check_manifests(options, pool) + check_projects(options, pool)
+    wrong = check_manifests(options) + check_projects(options)
     sys.exit(1 if wrong else 0)
 
 
