@@ -28,6 +28,7 @@ Answer runProcess(const QString &program, const QStringList &arguments, const QS
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(folder);
     process.setStandardInputFile(QProcess::nullDevice());
+    leaveOutConsole(&process);
     process.start(program, arguments);
     if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
         return {-1, {}, process.errorString()};

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLibrary>
+#include <QProcess>
 
 namespace support {
 
@@ -47,6 +48,17 @@ inline QString withWindowsNumbers(QString details, bool isWine = underWine()) {
         for (const char *const own : {"2148073504", "2148073488"})
             details.replace(own, "2148073478");
     return details;
+}
+
+// Has a program whose streams all lead elsewhere started without a console: on Windows that is a process more.
+inline void leaveOutConsole(QProcess *program) {
+#ifdef Q_OS_WIN
+    constexpr unsigned long detachedProcess = 0x8; // CreateProcess's DETACHED_PROCESS
+    program->setCreateProcessArgumentsModifier(
+        [](QProcess::CreateProcessArguments *how) { how->flags |= detachedProcess; });
+#else
+    Q_UNUSED(program)
+#endif
 }
 
 // What the system says of a failure.

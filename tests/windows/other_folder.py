@@ -17,10 +17,14 @@ OBJECTS = (
     "product/frame/CMakeFiles/quorvane_settings.dir/Unity/unity_0_cxx.cxx.obj",
     "product/library/CMakeFiles/quorvane_library.dir/Unity/unity_0_cxx.cxx.obj",
     "resources/CMakeFiles/quorvane_resources.dir/qrc_quorvane.cpp.obj",
+    "tools/quorvanectl/CMakeFiles/quorvane_ctl_shell.dir/Unity/unity_1_cxx.cxx.obj",
 )
-# What the build would put before it, a dozen others, does not go into it.
-ALONE = "tools/quorvanectl/CMakeFiles/quorvane_ctl_shell.dir/Unity/unity_1_cxx.cxx.obj"
-ITS_RESOURCES = "tools/quorvanectl/qrc_function_library.cpp"
+# What goes into them, which is made first. The libraries that the build would make before, a dozen objects, do not.
+PARTS = (
+    "product/CMakeFiles/quorvane_product_headers.dir/cmake_pch.hxx.gch",
+    "resources/qrc_quorvane.cpp",
+    "tools/quorvanectl/qrc_function_library.cpp",
+)
 
 
 def copy_of(source, folder):
@@ -32,6 +36,13 @@ def copy_of(source, folder):
                             stdout=subprocess.PIPE).stdout
     folder.mkdir(parents=True)
     subprocess.run(["tar", "-x", "-m", "-C", folder], input=copied, check=True)
+
+
+def make_alone(tree, path, environment):
+    told = subprocess.run(["ninja", "-C", tree, "-t", "commands", "-s", path], env=environment, check=True,
+                          stdout=subprocess.PIPE, text=True)
+    (tree / path).parent.mkdir(parents=True, exist_ok=True)
+    subprocess.run(told.stdout, shell=True, cwd=tree, env=environment, check=True)
 
 
 def main():
@@ -48,15 +59,10 @@ def main():
         subprocess.run(["cmake", "--preset", "windows"], cwd=copy, env=values, check=True,
                        stdout=subprocess.DEVNULL)
         other = copy / "build/windows"
-        subprocess.run(["ninja", "-C", other, *OBJECTS, ITS_RESOURCES], env=values, check=True,
-                       stdout=subprocess.DEVNULL)
-        compile_alone = subprocess.run(["ninja", "-C", other, "-t", "commands", "-s", ALONE], env=values, check=True,
-                                       stdout=subprocess.PIPE, text=True).stdout
-        (other / ALONE).parent.mkdir(parents=True, exist_ok=True)
-        subprocess.run(compile_alone, shell=True, cwd=other, env=values, check=True)
-        objects = (*OBJECTS, ALONE)
-        differing = [path for path in objects if (wish.tree / path).read_bytes() != (other / path).read_bytes()]
-    print(f"{len(objects)} objects compared")
+        for path in (*PARTS, *OBJECTS):
+            make_alone(other, path, values)
+        differing = [path for path in OBJECTS if (wish.tree / path).read_bytes() != (other / path).read_bytes()]
+    print(f"{len(OBJECTS)} objects compared")
     if differing:
         sys.exit("another one in another folder: " + ", ".join(differing))
 
