@@ -53,7 +53,13 @@ if(QUORVANE_SANITIZE)
     if(QUORVANE_SANITIZE MATCHES address)
         # What the sanitizers keep of each check holds half a million addresses, which every start of a program
         # that may lie anywhere has to adjust: a quarter of its time, thousands of times in the tests.
-        add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-no-pie>)
+        # As libraries, the two runtimes would each bring six megabytes of their own that every search for leaks
+        # reads: a tenth to a seventh of such a start. Clang takes them so by itself.
+        set(own_runtime -no-pie)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+            list(APPEND own_runtime -static-libasan -static-libubsan)
+        endif()
+        add_link_options("$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${own_runtime}>")
     endif()
 endif()
 
