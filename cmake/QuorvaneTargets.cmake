@@ -171,3 +171,23 @@ function(quorvane_run_as_user)
         endforeach()
     endforeach()
 endfunction()
+
+# quorvane_run_in_little_memory(<folder>/<name> <test function>)
+#
+# Registers one function of a test once more, as <folder>/<name>/in_little_memory: it limits the memory of a
+# program, and a sanitizer has a memory of its own, so trees with one pass over it. Label and target of all that
+# are such: little_memory, tests_in_little_memory.
+function(quorvane_run_in_little_memory test function)
+    if(CMAKE_CROSSCOMPILING OR QUORVANE_SANITIZE)
+        return()
+    endif()
+    string(REPLACE "/" "_" target "test_${test}")
+    add_test(NAME "${test}/in_little_memory" COMMAND ${target} ${function})
+    set_tests_properties(
+        "${test}/in_little_memory" PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen" TIMEOUT 300
+                                              LABELS little_memory FAIL_REGULAR_EXPRESSION "SKIP  ")
+    if(NOT TARGET tests_in_little_memory)
+        add_custom_target(tests_in_little_memory)
+    endif()
+    add_dependencies(tests_in_little_memory ${target})
+endfunction()
